@@ -1,0 +1,73 @@
+#include "reports/log_record.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace zanvik {
+namespace {
+
+std::size_t shape_hash(const record_shape& shape) {
+  std::size_t hash = shape.columns.size();
+  const auto mix = [&hash](std::string_view text) {
+    hash = hash * 0x9e3779b97f4a7c15u + std::hash<std::string_view>{}(text);
+  };
+  for (const shape_column& column : shape.columns) {
+    mix(column.name);
+    if (column.literal) mix(column.text);
+  }
+  return hash;
+}
+
+}  // namespace
+
+record_container::record_container() = default;
+
+void record_container::add(const LogRecord& record) {
+  LogRecord& added = records_.emplace_back(record);
+  if (!added.provider) added.provider = intern_text({});
+  if (!added.description) added.description = intern_text({});
+  if (!added.extra_text) added.extra_text = intern_text({});
+  if (!added.shape) added.shape = intern_shape({});
+}
+
+std::span<const LogRecord* const> record_container::in_time_order() {
+  ordered_.clear();
+  ordered_.reserve(records_.size());
+  for (const LogRecord& record : records_) ordered_.push_back(&record);
+  const auto earlier = [](const LogRecord* a, const LogRecord* b) { return a->time < b->time; };
+  // Logs are mostly in order already.
+  if (!std::is_sorted(ordered_.begin(), ordered_.end(), earlier)) {
+    std::stable_sort(ordered_.begin(), ordered_.end(), earlier);
+  }
+  return ordered_;
+}
+
+void record_container::clear() {
+  records_.clear();
+  ordered_.clear();
+  texts_.clear();
+  shapes_.clear();
+  arena_.clear();
+  ++generation_;
+}
+
+const std::string* record_container::intern_text(std::string_view text) {
+  const auto found = texts_.find(text);
+  if (found != texts_.end()) return found->second.get();
+  auto owned = std::make_unique<std::string>(text);
+  const std::string* result = owned.get();
+  texts_.emplace(*result, std::move(owned));
+  return result;
+}
+
+const record_shape* record_container::intern_shape(record_shape shape) {
+  const std::size_t hash = shape_hash(shape);
+  const auto [first, last] = shapes_.equal_range(hash);
+  for (auto it = first; it != last; ++it) {
+    if (it->second->columns == shape.columns) return it->second.get();
+  }
+  return shapes_.emplace(hash, std::make_unique<record_shape>(std::move(shape)))->second.get();
+}
+
+}  // namespace zanvik

@@ -1,0 +1,97 @@
+// The packed values of one kept record, and the arena that holds the blocks of all of them.
+//
+// A block is a row of cells. A cell is a head, an LEB128 number that holds the length in bytes
+// times 2 plus 1 when the text is `marked`, and then the text. An unmarked text holds no comma, no
+// vertical bar, no carriage return and no line feed, so that a writer may copy it as it stands.
+// Blocks live until the arena is cleared; behind each one at least `value_arena::slack` bytes are
+// readable, so that a copy may run past a cell's end.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace zanvik {
+
+struct value_cell {
+  std::string_view text;
+  bool marked = false;
+};
+
+// Walks the cells of a block. The caller knows their count (`record_shape::value_count`).
+class cell_reader {
+ public:
+  explicit cell_reader(const char* block) : at_(block) {}
+
+  value_cell next() {
+    std::uint64_t head = 0;
+    unsigned shift = 0;
+    std::uint8_t byte;
+    do {
+      byte = static_cast<std::uint8_t>(*at_++);
+      head |= std::uint64_t{byte & 0x7fu} << shift;
+      shift += 7;
+    } while (byte & 0x80u);
+    const std::size_t length = head >> 1;
+    const value_cell cell{{at_, length}, (head & 1) != 0};
+    at_ += length;
+    return cell;
+  }
+
+ private:
+  const char* at_;
+};
+
+// Longest head of a cell, in bytes.
+inline constexpr std::size_t max_cell_head = 10;
+
+// Writes a cell's head to `out`, which has room for `max_cell_head` bytes; returns its end.
+inline char* write_cell_head(char* out, std::size_t length, bool marked) {
+  std::uint64_t head = (std::uint64_t{length} << 1) | (marked ? 1u : 0u);
+  while (head >= 0x80) {
+    *out++ = static_cast<char>(head | 0x80);
+    head >>= 7;
+  }
+  *out++ = static_cast<char>(head);
+  return out;
+}
+
+// Memory for value blocks: reserved by an upper bound, kept by what was used.
+class value_arena {
+ public:
+  static constexpr std::size_t slack = 64;
+
+  // Room for `bytes` in a row, valid until the next `reserve`; nothing is kept before `keep`.
+  char* reserve(std::size_t bytes) {
+    if (bytes > room_) grow(bytes);
+    return next_;
+  }
+  // Keeps the first `bytes` of what was reserved.
+  void keep(std::size_t bytes) {
+    next_ += bytes;
+    room_ -= bytes;
+  }
+  void clear() {
+    chunks_.clear();
+    next_ = nullptr;
+    room_ = 0;
+  }
+
+ private:
+  static constexpr std::size_t chunk_bytes = std::size_t{1} << 20;
+
+  void grow(std::size_t bytes) {
+    const std::size_t size = bytes > chunk_bytes ? bytes : chunk_bytes;
+    chunks_.push_back(std::make_unique_for_overwrite<char[]>(size + slack));
+    next_ = chunks_.back().get();
+    room_ = size;
+  }
+
+  std::vector<std::unique_ptr<char[]>> chunks_;
+  char* next_ = nullptr;
+  std::size_t room_ = 0;
+};
+
+}  // namespace zanvik
