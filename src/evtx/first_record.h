@@ -1,0 +1,16 @@
+// The text of a chunk's first record, by which a log of unknown name finds its channel.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace zanvik {
+
+// Renders the first record of `chunk` (its 65,536 bytes, signature checked by the caller) as the
+// XML-like text that its binary XML composes, slots included, in the case it is written in.
+// Returns nothing when the record has no usable template or is no template record.
+std::optional<std::string> first_record_text(std::span<const std::byte> chunk);
+
+}  // namespace zanvik
