@@ -1,0 +1,74 @@
+// One 64 KiB chunk of an .evtx log: records one behind the other, then header, tables and CRCs.
+//
+// In: record_builder values, each the number, time and content of a record. Out: 65,536 bytes with
+// everything a reader may check in order, unless the test overrides it. Records that do not fit
+// stop the program by std::logic_error.
+#pragma once
+
+#include <initializer_list>
+#include <optional>
+#include <vector>
+
+#include "bxml_builder.h"
+
+namespace zanvik::testing {
+
+inline constexpr std::size_t chunk_bytes = 65536;
+
+// A record in waiting: the head's fields and what writes its binary XML once its place is known.
+struct record_builder {
+  std::uint64_t number = 0;
+  std::uint64_t filetime = 0;
+  bxml_writer content{};
+  std::optional<std::uint32_t>
+      declared_size{};  // put into both size fields instead of the true one
+};
+
+// A record with a template instance.
+record_builder template_record(std::uint64_t number, std::uint64_t filetime,
+                               template_definition definition, std::vector<slot_value> slots);
+// A record of plain binary XML; `content` writes the fragment header too, if it is to have one.
+record_builder plain_record(std::uint64_t number, std::uint64_t filetime, bxml_writer content);
+// A record whose content is just these bytes.
+record_builder raw_record(std::uint64_t number, std::uint64_t filetime, byte_vector content);
+
+class chunk_builder {
+ public:
+  chunk_builder() = default;
+  chunk_builder(std::initializer_list<record_builder> records) : records_(records) {}
+  explicit chunk_builder(std::vector<record_builder> records) : records_(std::move(records)) {}
+
+  chunk_builder& add(record_builder record);
+  // A record behind the last declared one: in the free space, as a reused chunk leaves it.
+  chunk_builder& slack(record_builder record);
+  // Raw bytes at the start of the free space, behind the slack records.
+  chunk_builder& free_tail(byte_vector bytes);
+  // The logical numbers in the header, instead of those of the first and the last record.
+  chunk_builder& declare(std::uint64_t first, std::uint64_t last);
+  // All ones for the last record: the chunk declares itself empty.
+  chunk_builder& declare_empty();
+  // Words of the two tables that differ from what the records gave, by index.
+  chunk_builder& string_table_entry(std::size_t index, std::uint32_t offset);
+  chunk_builder& template_table_entry(std::size_t index, std::uint32_t offset);
+
+  struct built {
+    byte_vector bytes;                        // 65,536
+    std::vector<std::size_t> record_offsets;  // declared records, then slack records
+    std::uint64_t next_number = 1;            // one past the last declared number
+  };
+  built build() const;
+
+ private:
+  void write_header(byte_vector& chunk, const chunk_tables& tables, std::size_t last_record,
+                    std::size_t free_space) const;
+
+  std::vector<record_builder> records_;
+  std::vector<record_builder> slack_;
+  byte_vector tail_;
+  std::optional<std::pair<std::uint64_t, std::uint64_t>> declared_;
+  bool declared_empty_ = false;
+  std::vector<std::pair<std::size_t, std::uint32_t>> string_overrides_;
+  std::vector<std::pair<std::size_t, std::uint32_t>> template_overrides_;
+};
+
+}  // namespace zanvik::testing
