@@ -1,0 +1,35 @@
+// The way into this folder, which turns selected records into results: a padded table or a CSV
+// table for each event ID and provider.
+//
+//   write_records     dispatch, called each time a set of selected records is complete
+//   write_grouped     one table a group, an empty line between them
+//   event_table.h     one table: its columns (table_layout.h) and its rows (row_writer.h)
+//   table_engine.h    the plain, cell-by-cell way to write a table
+//
+// No writer reports an error: a stream in a failed state swallows what follows. Nothing is kept
+// between calls but what changes in the `output_format`.
+#pragma once
+
+#include <ostream>
+#include <span>
+
+#include "output/write_context.h"
+#include "reports/log_record.h"
+#include "support/output_format.h"
+
+namespace zanvik {
+
+// Writes the records of the container, by time within their groups, in the form that `format` asks
+// for; all bytes have reached `out` on return. An empty container writes nothing, not even a
+// header.
+//   format  loses the blanks of its separator when `no_whitespace` is on, takes the channel as its
+//           `tool_tag`, and has its header flag cleared by a table.
+void write_records(std::ostream& out, record_container& records, output_format& format,
+                   const write_context& context);
+
+// Writes one table a group of equal event ID and provider, in order of ID and then of the
+// provider's bytes. `records` are in time order and stay so within a group.
+void write_grouped(std::ostream& out, std::span<const LogRecord* const> records,
+                   output_format& format, const write_context& context);
+
+}  // namespace zanvik
