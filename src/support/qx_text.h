@@ -1,0 +1,46 @@
+// Case, blanks, replacing and searching in narrow text.
+//
+// Letters are folded byte by byte as in the classic locale: only A to Z have a lower case, so UTF-8
+// beyond ASCII stays as it is. A blank is one of " \t\r\n".
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace zanvik {
+
+constexpr char lower_char(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Folds `text` in place and returns it.
+std::string& to_lower_in_place(std::string& text);
+std::string to_lower(std::string_view text);
+
+// `text` without its leading and trailing blanks, as a view into it.
+std::string_view trimmed(std::string_view text);
+// The same in place. False when nothing is left.
+bool trim_blanks(std::string& text);
+
+// Takes every `c` out of `text`; returns how many there were.
+std::size_t remove_char(std::string& text, char c);
+// Takes the CRs and LFs off the end of `text`; returns how many there were.
+std::size_t strip_line_ends(std::string& text);
+
+// Replaces every `from` by `to`, with `any_case` both cases of `from`. Nothing to do when the two
+// are equal.
+void replace_char(std::string& text, char from, char to, bool any_case);
+// Replaces the first `what` by `by`; `any_case` finds it in any case and leaves the rest of `text`
+// in its own. False, with `text` unchanged, when `what` is empty or not there.
+bool replace_first(std::string& text, std::string_view what, std::string_view by, bool any_case);
+
+// `text` on one row: CR LF becomes "[CRLF]", LF CR "[LFCR]", LF "[LF]". A lone CR becomes "[CR]"
+// only in a text without any LF; beside an LF it stays raw.
+std::string mark_line_ends(std::string_view text);
+
+// True when `needle` occurs in `haystack`, in any case; an empty needle occurs everywhere.
+// Allocates nothing: it stands on the road of every record.
+bool contains_nocase(std::string_view haystack, std::string_view needle);
+
+}  // namespace zanvik
