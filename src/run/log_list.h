@@ -1,0 +1,31 @@
+// The logs of a run by name, and how a log gets its kind and its channel: from the file name where
+// that is one of the well-known ones, otherwise from the first record. Nothing here prints; a file
+// that is too short, unreadable or of neither kind is simply not recognised.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace zanvik {
+
+struct LogEntry {
+  std::string path;          // as given, after environment references
+  bool is_evtx = true;       // otherwise the legacy kind
+  bool unclassified = true;  // no signature was recognised
+  std::uint64_t reserved = 0;
+  std::string channel = "unk";  // lower case; reports go by it
+};
+
+// By path as it stands, so that a run treats its logs in the order of their paths.
+using log_map = std::map<std::string, LogEntry>;
+
+// Fills `entry` for the log at `path` and returns true when it is one. `entry` may be one that
+// served another log: what a failure leaves undecided keeps its value.
+[[nodiscard]] bool classify_log(LogEntry& entry, const std::string& path);
+
+// Enters the logs that a `-log` value names into `table`, recognised or not; of equal paths the
+// first stays. `scratch` serves each of them in turn.
+void add_logs(const std::string& value, LogEntry& scratch, log_map& table);
+
+}  // namespace zanvik
