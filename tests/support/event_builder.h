@@ -20,9 +20,9 @@ struct data_field {
 
 enum class payload_form {
   event_data,          // <EventData><Data Name="...">
-  unnamed_event_data,  // <EventData><Data> ... <Data>, names not used
+  unnamed_event_data,  // <EventData><Data>; a datum named Binary becomes <Binary>
   user_data,           // <UserData><element><name>...
-  none,                // the slot is there and empty
+  none,                // the slot is there and null
 };
 
 struct event {
@@ -45,6 +45,7 @@ struct event {
   payload_form form = payload_form::event_data;
   std::vector<data_field> data{};
   std::string user_data_element{"EventXML"};  // the element inside UserData
+  bool classic = false;  // provider and channel stand in the template, as old sources have it
   instance_head nested_head = instance_head::with_fragment;
 };
 
@@ -56,9 +57,10 @@ record_builder record(std::uint64_t number);
 // The time of a record whose event names none.
 std::uint64_t default_filetime(std::uint64_t number);
 
-// The templates of an event, for tests that put records together by hand: 18 slots, of which
-// slot 14 is the provider's name, 16 the channel and 17 the nested part.
-template_definition system_template(const std::string& computer);
+// The parts of an event, for tests that put records together by hand. The system template has 18
+// slots: 14 is the provider's name, 16 the channel, 17 the nested part; of a classic event it has
+// 20, and 19 is the nested part.
+template_definition system_template(const event& content);
 std::vector<slot_value> system_slots(std::uint64_t number, const event& content);
 template_definition payload_template(const event& content);
 
