@@ -1,0 +1,88 @@
+// The tokens of binary XML: recognisers, and the layouts of what stands behind a token byte.
+//
+// A token byte holds its number in the low four bits; 0x40 means that more data follows. Every
+// function takes the chunk and a chunk offset, reads through the chunk's cursor and reports what
+// is not all there as not recognised. Lengths are in bytes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "evtx/chunk.h"
+
+namespace zanvik {
+
+// The one fragment header that is accepted: token 0x0F, then 1, 1, 0.
+inline constexpr std::uint32_t expected_fragment = 0x0001010f;
+
+enum bxml_token : std::uint8_t {
+  token_end_of_stream = 0,
+  token_open_element = 1,
+  token_close_start = 2,
+  token_close_empty = 3,
+  token_end_element = 4,
+  token_value = 5,
+  token_attribute = 6,
+  token_character_reference = 8,
+  token_entity_reference = 9,
+  token_template_instance = 12,
+  token_normal_substitution = 13,
+  token_optional_substitution = 14,
+  token_fragment_header = 15,
+};
+inline constexpr std::uint8_t token_more = 0x40;
+
+// True for a byte that the recognisers take: bit 0x20 is not accepted, 0x40 is the more-data flag.
+inline bool is_acceptable(std::uint8_t byte) { return byte < 32 || (byte >= 64 && byte < 96); }
+inline bool is_token(std::uint8_t byte, bxml_token token) {
+  return (byte & 0x1f) == token && is_acceptable(byte);
+}
+
+// A template instance's head: where its definition is, and how long the head is.
+struct instance_head {
+  std::uint32_t template_id = 0;
+  std::uint32_t definition = 0;  // chunk offset
+  std::uint32_t length = 0;      // 14 with a fragment header, 10 without
+};
+
+// The head of a fragment header and template instance at `offset`; its template id is not 0.
+std::optional<instance_head> fragment_instance_at(const chunk_view& chunk, std::uint64_t offset);
+// The same, with a definition not above `size`, which is not tested when it exceeds 32 bits.
+std::optional<instance_head> fragment_instance_in(const chunk_view& chunk, std::uint64_t offset,
+                                                  std::uint64_t size);
+// The head of a template instance without fragment header.
+std::optional<instance_head> bare_instance_at(const chunk_view& chunk, std::uint64_t offset);
+
+// A name in the chunk or in the stream. `text` is empty when its length fails its bound or it is
+// not all there; `length` is what it takes up, with the optional NUL that belongs to it.
+struct name_entry {
+  std::string text;
+  std::uint64_t units = 0;
+  std::uint64_t length = 0;
+};
+
+// The name entry (link, hash, count, UTF-16 name) at `offset`; nothing when its head is not there.
+std::optional<name_entry> name_entry_at(const chunk_view& chunk, std::uint64_t offset);
+// The inline name (hash, count, UTF-16 name) at `offset`, read when its count is at most `bound`.
+std::optional<name_entry> inline_name_at(const chunk_view& chunk, std::uint64_t offset,
+                                         std::int64_t bound);
+// UTF-16 text of `units` at `offset`, with the rule of the optional NUL.
+name_entry counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,
+                           bool read, std::uint64_t head_length);
+
+// An open start element, an attribute or an entity reference.
+struct named_token {
+  name_entry name;
+  std::uint64_t length = 0;  // of the whole token; 0 when no layout takes it
+  std::uint32_t element_size = 0;
+  bool name_past_end = false;  // a name by offset that would run past the bound: ends the stream
+};
+
+named_token element_at(const chunk_view& chunk, std::uint64_t offset);
+named_token attribute_at(const chunk_view& chunk, std::uint64_t offset);
+named_token entity_at(const chunk_view& chunk, std::uint64_t offset);
+// Whether one of the three element layouts takes what stands at `offset`.
+bool is_open_element(const chunk_view& chunk, std::uint64_t offset);
+
+}  // namespace zanvik

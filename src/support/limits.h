@@ -1,0 +1,34 @@
+// The limits that keep work and memory in proportion to the input, each with the reason for its
+// value. All are far above what a log that Windows wrote needs; what goes over one is lost, without
+// a word, like any other damage.
+#pragma once
+
+#include <cstdint>
+
+namespace zanvik::limits {
+
+// Slots in a substitution array. Part of the format as this reader takes it: more is refused.
+inline constexpr std::uint32_t slots_per_table = 96;
+
+// How deep binary XML may nest in binary XML. Logs nest 2 deep; the stack takes hundreds.
+inline constexpr unsigned nesting_depth = 24;
+
+// The budgets below are bytes of a chunk's content that its records may consume together, as a
+// multiple of the chunk's 65,536 bytes. Records that do not overlap consume each byte once or
+// twice; crafted ones could make every record read the rest of the block.
+
+// Slot tables, descriptors and values: what is rendered and kept is at most 3 times this.
+inline constexpr std::int64_t slot_bytes_per_chunk = 4 * 65536;
+
+// Binary XML outside templates (plain records and nested plain values), names by reference
+// included: it is kept per record.
+inline constexpr std::int64_t plain_bytes_per_chunk = 8 * 65536;
+
+// Template bodies: a body is decoded again only for records off the usual road, 600 records of
+// 3 KiB bodies at the most in a real chunk.
+inline constexpr std::int64_t body_bytes_per_chunk = 64 * 65536;
+
+// Decoded templates kept for the records of later chunks, by count; more starts the cache anew.
+inline constexpr std::size_t cached_layouts = 4096;
+
+}  // namespace zanvik::limits
