@@ -53,15 +53,18 @@ class fileio {
                               std::uint64_t offset);
 
   // Reads the file from `start_offset` to its end in blocks of `block_size`, the last one shorter,
-  // into one buffer, and hands each that holds any bytes to `callback`. A place that cannot be read
-  // costs the rest of its block. Returns false when there is nothing at `start_offset`, when memory
-  // for a block cannot be had, or when the callback returned false.
+  // into one buffer, and hands each to `callback`, but for those that lie in a hole of the file. A
+  // place that cannot be read costs the rest of its block. Returns false when there is nothing at
+  // `start_offset`, when memory for a block cannot be had, or when the callback returned false.
   [[nodiscard]] bool walk_blocks(std::uint64_t block_size, std::uint64_t start_offset,
                                  const block_callback& callback);
 
  private:
   enum class read_end { full, end_of_file, error };
   read_end read_at(std::span<std::byte> buffer, std::size_t& count, std::uint64_t offset) const;
+  // The same for a buffer of zeros: holes of the file are not read, so they take no memory.
+  read_end read_extents(std::span<std::byte> buffer, std::size_t& count,
+                        std::uint64_t offset) const;
   std::uint64_t measure() const;
 
   int fd_ = -1;
