@@ -1,0 +1,107 @@
+#include "run/driver.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <initializer_list>
+#include <string>
+
+#include "run/evt_output_options.h"
+#include "run/run_reports.h"
+#include "run/stats_file.h"
+#include "run/usage.h"
+#include "support/cmdline_ctx.h"
+#include "support/console.h"
+#include "support/fileio.h"
+#include "support/fileio_output.h"
+
+namespace zanvik {
+namespace {
+
+constexpr char version_text[] = "ver: 0.65";
+constexpr char identity_text[] = "zanvik ver: 0.65; ";
+
+// Output that nobody reads is swallowed, and a descriptor that the caller closed is not handed to
+// the first file that is opened, where messages or results would then end up.
+void prepare_process() {
+  std::signal(SIGPIPE, SIG_IGN);
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(descriptor, F_GETFD) == -1 && ::open("/dev/null", O_RDWR) == -1) return;
+  }
+}
+
+argument_list arguments_of(int argc, char** argv) {
+  argument_list params;
+  for (int i = 0; i < argc; ++i) params.emplace_back(argv[i] == nullptr ? "" : argv[i]);
+  return params;
+}
+
+bool wants_help(const argument_list& params) {
+  return has_option_from("-h", params, 0) || has_option_from("-help", params, 0) ||
+         has_option_from("/?", params, 0) || has_option_from("--help", params, 0) ||
+         params.size() == 1;
+}
+
+std::string identification_line(const argument_list& params) {
+  std::string text = "\"cmdline:";
+  text += identity_text;
+  if (has_option_from("-pipe", params, 0)) text += "<filelist> ... | ";
+  return text + command_line_text(params, '\'') + "\"\n";
+}
+
+// What stands between valid options and a run; says so and returns false when there is no run.
+bool pass_gates(evt_output_options& options, std::ofstream& stats_stream,
+                const std::string& identification) {
+  if (!options.create_log_path.empty()) {
+    prob_message("Option is not available\n");
+    return false;
+  }
+  if (options.log_table.empty() && !options.walk.is_stream_run()) {
+    prob_message("need to specify a log file, via the -log <event log> option\n");
+    return false;
+  }
+  if (!options.stats_on) return true;
+  if (!open_stats_file(options, stats_stream)) {
+    prob_message("prob creating stats file: %s, aborting\n", options.stats_file.c_str());
+    return false;
+  }
+  stats_stream << identification;
+  return true;
+}
+
+}  // namespace
+
+int run_program(int argc, char** argv) {
+  prepare_process();
+  argument_list params = arguments_of(argc, argv);
+  if (wants_help(params)) {
+    print_usage();
+    return 0;
+  }
+  // The parsing takes the list apart, so the line is made first.
+  const std::string identification = identification_line(params);
+  evt_output_options options;
+  if (!options.parse_log_options(params, version_text, identity_text)) {
+    uni::fileio_output(STDOUT_FILENO) << identification;
+    return -1;
+  }
+  const cmdline_ctx context(options, [](const std::string&) { return 0; });
+  uni::fileio results_file;
+  if (!options.out_file.empty() && !results_file.open(options.out_file, uni::open_mode::replace)) {
+    prob_message("prob opening results file: %s for writing\n", options.out_file.c_str());
+    return -1;
+  }
+  uni::fileio_output results(options.out_file.empty() ? STDOUT_FILENO : results_file.descriptor());
+  results << identification << '\n' << std::flush;
+
+  std::ofstream stats_stream;
+  if (!pass_gates(options, stats_stream, identification)) return 0;
+  options.results_stream = &results;
+  if (!options.walk.is_stream_run()) (void)run_reports(options);
+  return 0;
+}
+
+}  // namespace zanvik

@@ -1,0 +1,148 @@
+#include "run/log_list.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "evtx/first_record.h"
+#include "support/byte_cursor.h"
+#include "support/fileio.h"
+#include "support/qx_path.h"
+#include "support/qx_split.h"
+#include "support/qx_text.h"
+
+namespace zanvik {
+namespace {
+
+constexpr std::size_t signature_head_bytes = 16;
+constexpr std::size_t evtx_header_bytes = 0x1000;
+constexpr std::size_t chunk_bytes = 0x10000;
+constexpr std::size_t first_template_offset_at = 546;  // in the chunk: of the first record
+constexpr std::size_t evt_header_bytes = 48;
+constexpr std::size_t evt_head_bytes = evt_header_bytes + 4096;
+
+bool starts_with(std::span<const std::byte> bytes, std::string_view signature) {
+  return bytes.size() >= signature.size() &&
+         std::memcmp(bytes.data(), signature.data(), signature.size()) == 0;
+}
+
+// The channel of a log of a well-known name, which its content cannot overrule. The first row
+// whose text stands anywhere in the name decides.
+std::optional<std::string> channel_from_name(std::string_view name) {
+  struct known_name {
+    std::string_view part;
+    std::string_view channel;
+  };
+  static constexpr std::array<known_name, 7> known = {{
+      {"security.", "security"},
+      {"secevent.", "security"},
+      {"system.", "system"},
+      {"sysevent.", "system"},
+      {"application.", "application"},
+      {"appevent.", "application"},
+      {"driverframeworks-usermode", "driverframeworks"},
+  }};
+  for (const known_name& row : known) {
+    if (name.find(row.part) != std::string_view::npos) return std::string(row.channel);
+  }
+  return std::nullopt;
+}
+
+// Sets `channel` from the text of the first record; one without a channel leaves it alone.
+// Returns false when the element is not closed.
+bool channel_from_text(std::string_view text, std::string& channel) {
+  constexpr std::string_view opening = "<channel>";
+  const std::size_t found = text.find(opening);
+  if (found == std::string_view::npos) return true;
+  const std::size_t begin = found + opening.size();
+  const std::size_t end = text.find("</channel>", begin);
+  if (end == std::string_view::npos) return false;
+  channel = text.substr(begin, end - begin);
+  remove_char(channel, '"');
+  if (channel.find("driverframeworks-usermode") != std::string::npos) channel = "driverframeworks";
+  return true;
+}
+
+bool channel_from_evtx(const std::string& path, std::string& channel) {
+  using namespace std::string_view_literals;
+  std::vector<std::byte> head;
+  constexpr std::size_t wanted = evtx_header_bytes + chunk_bytes;
+  if (!uni::read_file_head(head, path, wanted) || head.size() < wanted) return false;
+  const auto chunk = std::span<const std::byte>(head).subspan(evtx_header_bytes);
+  if (!starts_with(chunk, "ElfChnk\0"sv)) return false;
+  const byte_cursor cursor(chunk);
+  if (cursor.at_or_zero<std::uint32_t>(first_template_offset_at) > wanted) return false;
+  return channel_from_text(to_lower(first_record_text(chunk).value_or("")), channel);
+}
+
+// True when the zero-terminated UTF-16 text at the start of `units` is `text` in any case.
+bool is_wide_text(std::span<const std::byte> units, std::string_view text) {
+  const byte_cursor cursor(units);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto unit = cursor.at_or_zero<std::uint16_t>(2 * i);
+    if (unit > 0x7f || lower_char(static_cast<char>(unit)) != text[i]) return false;
+  }
+  return cursor.at_or_zero<std::uint16_t>(2 * text.size()) == 0;
+}
+
+bool channel_from_evt(const std::string& path, std::string& channel) {
+  std::vector<std::byte> head;
+  if (!uni::read_file_head(head, path, evt_head_bytes)) return false;
+  const byte_cursor cursor(head);
+  const auto length = cursor.at_or_zero<std::uint32_t>(evt_header_bytes);
+  if (length < 60 || length > 4096) return false;
+  // This is four bytes into the source name, so it is hardly ever "security". It is meant: most
+  // legacy logs go by their file name.
+  constexpr std::size_t text_at = 108;
+  const std::size_t start = std::min(text_at, head.size());
+  if (is_wide_text(std::span<const std::byte>(head).subspan(start), "security")) {
+    channel = "security";
+  }
+  return true;
+}
+
+}  // namespace
+
+bool classify_log(LogEntry& entry, const std::string& path) {
+  using namespace std::string_view_literals;
+  entry.channel.clear();
+  entry.path = path;
+  std::string folder;
+  std::string name;
+  split_path(path, folder, name);
+  to_lower_in_place(name.empty() ? name = path : name);
+  entry.unclassified = true;
+  std::vector<std::byte> head;
+  if (!uni::read_file_head(head, path, signature_head_bytes)) return false;
+  if (starts_with(head, "\x30\0\0\0LfLe"sv)) {
+    entry.is_evtx = false;
+  } else if (starts_with(head, "ElfFile\0"sv)) {
+    entry.is_evtx = true;
+  } else {
+    return false;
+  }
+  entry.unclassified = false;
+  entry.channel = name;
+  if (const auto known = channel_from_name(name)) {
+    entry.channel = *known;
+    return true;
+  }
+  return entry.is_evtx ? channel_from_evtx(path, entry.channel)
+                       : channel_from_evt(path, entry.channel);
+}
+
+void add_logs(const std::string& value, LogEntry& scratch, log_map& table) {
+  std::vector<std::string> items;
+  split_on_first_of(value, items, true, false, "|,;");
+  for (const std::string& item : items) {
+    const std::string path = expand_env_references(item, true);
+    (void)classify_log(scratch, path);  // one that is no log finds out when it is opened
+    table.emplace(path, scratch);
+  }
+}
+
+}  // namespace zanvik

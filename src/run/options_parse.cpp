@@ -1,0 +1,117 @@
+// The option pass about logs, around the shared one.
+#include <string_view>
+
+#include "run/evt_output_options.h"
+#include "support/csv_separator.h"
+#include "support/qx_number.h"
+#include "support/qx_split.h"
+#include "support/qx_time.h"
+
+namespace zanvik {
+namespace {
+
+// Numbers separated by `,`, else by `|`, else by blanks; items that are no numbers are left out.
+std::vector<std::uint64_t> numbers_from_list(const std::string& value) {
+  char separator = ' ';
+  if (value.find(',') != std::string::npos) {
+    separator = ',';
+  } else if (value.find('|') != std::string::npos) {
+    separator = '|';
+  }
+  std::vector<std::int64_t> numbers;
+  parse_number_list(value, numbers, separator);
+  return {numbers.begin(), numbers.end()};
+}
+
+// Sets `bound` when `name` gives a usable time, and leaves it alone without a word otherwise.
+void take_time_bound(std::string_view name, argument_list& argv_list, std::uint64_t& bound) {
+  std::string value;
+  if (!take_value_option(name, value, argv_list)) return;
+  const qx::time time(value, true);
+  if (time.valid()) bound = time.filetime();
+}
+
+}  // namespace
+
+void evt_output_options::take_selection_options(argument_list& argv_list) {
+  std::string value;
+  if (take_value_option("-eventid", value, argv_list)) {
+    selection.event_ids = numbers_from_list(value);
+  }
+  if (take_value_option("-rec_id", value, argv_list)) {
+    selection.record_ids = numbers_from_list(value);
+    selection.record_range_on = true;
+  }
+  if (take_value_option("-rec_start", value, argv_list)) {
+    selection.record_start = u64_from_text(value).value_or(0);
+    selection.record_stop = selection_options::all_ones;
+    selection.record_range_on = true;
+  }
+  if (take_value_option("-rec_stop", value, argv_list)) {
+    selection.record_stop = u64_from_text(value).value_or(selection.record_stop);
+    selection.record_range_on = true;
+  }
+  (void)take_value_option("-createlog", create_log_path, argv_list);
+  take_time_bound("-start_time", argv_list, selection.start_time);
+  take_time_bound("-stop_time", argv_list, selection.stop_time);
+  (void)take_value_option("-string", selection.substring, argv_list);
+}
+
+void evt_output_options::take_report_options(argument_list& argv_list) {
+  struct report_option {
+    std::string_view name;
+    bool report_flags::*flag;
+  };
+  static constexpr report_option report_options[] = {
+      {"-pw", &report_flags::pw},
+      {"-time", &report_flags::time},
+      {"-logon", &report_flags::logon},
+      {"-startstop", &report_flags::startstop},
+      {"-creds", &report_flags::creds},
+      {"-usb", &report_flags::usb},
+      {"-partition_metadata", &report_flags::partition_metadata},
+  };
+  all_records = true;
+  for (const report_option& option : report_options) {
+    if (!take_flag_option(option.name, argv_list)) continue;
+    reports.*option.flag = true;
+    all_records = false;
+  }
+}
+
+bool evt_output_options::parse_log_options(argument_list& argv_list, std::string_view version_text,
+                                           std::string_view title_text) {
+  format.tool_tag = "EVT";
+  format.output_csv = true;
+  format.base16 = false;
+  record_writer_first = true;
+  if (!parse_options(argv_list)) return false;
+  // Once more for whatever the shared pass chose: a comma in a field now becomes a semicolon.
+  set_csv_separator(format, format.csv_separator, true);
+  version = version_text;
+  title = title_text;
+  if (format.output_bodyfile) allparams = take_flag_option("-allparams", argv_list);
+  take_selection_options(argv_list);
+  take_report_options(argv_list);
+  show_offsets = take_flag_option("-show_offsets", argv_list);
+  inc_slack = take_flag_option("-inc_slack", argv_list);
+  std::string value;
+  if (take_value_option("-stats", stats_file, argv_list)) {
+    stats_on = true;
+    if (take_value_option("-hist", value, argv_list)) {
+      split_on_char(value, '|', hist_fields, true, false, false);
+    }
+  }
+  if (take_value_option("-cmdfile", cmd_file, argv_list)) all_records = false;
+  if (take_value_option("-log", value, argv_list)) add_logs(value, scratch_log_entry, log_table);
+  return true;
+}
+
+void evt_output_options::set_current_log(const LogEntry& entry) {
+  current_log_path = entry.path;
+  current_log_channel = entry.channel;
+  current_log_is_evtx = entry.is_evtx;
+  current_log_reserved = entry.reserved;
+}
+
+}  // namespace zanvik
