@@ -7,9 +7,9 @@
 namespace zanvik {
 
 struct write_context {
-  std::string_view channel;   // of the current log; becomes the label of timeline rows
-  bool inc_slack = false;     // `-inc_slack`: records out of range are shown, column "del"
-  bool show_offsets = false;  // `-show_offsets`: column "rec offset"
+  std::string_view channel = {};  // of the current log; becomes the label of timeline rows
+  bool inc_slack = false;         // `-inc_slack`: records out of range are shown, column "del"
+  bool show_offsets = false;      // `-show_offsets`: column "rec offset"
 };
 
 }  // namespace zanvik

@@ -1,0 +1,164 @@
+#include "output/table_layout.h"
+
+#include <algorithm>
+
+namespace zanvik {
+namespace {
+
+constexpr std::size_t longest_measured = 599;  // a longer value does not widen its column
+constexpr std::size_t widest_field = 600;
+constexpr std::size_t overwide_field = 20;  // width of a column whose name is wider than that
+
+// What the first pass learns of the records.
+class survey {
+ public:
+  survey(table_layout& layout, bool measure) : layout_(layout), measure_(measure) {}
+
+  void add(const LogRecord& record) {
+    const std::size_t number = layout_.shapes.of(record);
+    if (number == uses_.size()) add_use(record);
+    if (measure_ && record.shape->value_count != 0) measure_values(record, uses_[number].longest);
+    if (record.is_evtx) {
+      layout_.has_provider = true;
+      provider_width = std::max(provider_width, record.provider->size());
+    }
+    // The captions of anomalous records do not count.
+    if (record.description->size() > description_width && !is_anomalous(record)) {
+      description_width = record.description->size();
+    }
+  }
+  // Fills the layout's `fields`.
+  void join_fields(bool drop_event_id);
+
+  std::size_t provider_width = 13;
+  std::size_t description_width = 0;
+
+ private:
+  struct shape_use {
+    const record_shape* shape;
+    bool anomalous;
+    std::vector<std::size_t> longest;  // of the values of each column, as far as they count
+  };
+
+  void add_use(const LogRecord& record);
+  static void measure_values(const LogRecord& record, std::vector<std::size_t>& longest);
+
+  table_layout& layout_;
+  bool measure_;
+  std::vector<shape_use> uses_;
+};
+
+void survey::add_use(const LogRecord& record) {
+  const record_shape& shape = *record.shape;
+  uses_.push_back({&shape, is_anomalous(record), {}});
+  if (!is_anomalous(record) && !layout_.name_giver && !shape.columns.empty()) {
+    layout_.name_giver = &shape;
+  }
+  if (!measure_) return;
+  std::vector<std::size_t>& longest = uses_.back().longest;
+  longest.reserve(shape.columns.size());
+  for (const shape_column& column : shape.columns) {
+    const std::size_t length = column.literal ? column.text.size() : 0;
+    longest.push_back(length <= longest_measured ? length : 0);
+  }
+}
+
+void survey::measure_values(const LogRecord& record, std::vector<std::size_t>& longest) {
+  cell_reader cells(record.values);
+  const std::vector<shape_column>& columns = record.shape->columns;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (columns[i].literal) continue;
+    const std::size_t length = cells.next().text.size();
+    if (length > longest[i] && length <= longest_measured) longest[i] = length;
+  }
+}
+
+void survey::join_fields(bool drop_event_id) {
+  const bool of_anomalous = !layout_.name_giver;
+  std::vector<field_column>& fields = layout_.fields;
+  for (const shape_use& use : uses_) {
+    if (use.anomalous != of_anomalous) continue;
+    for (std::size_t i = 0; i < use.shape->columns.size(); ++i) {
+      const std::string_view name = use.shape->columns[i].name;
+      fields.push_back({name, measure_ ? std::max(name.size(), use.longest[i]) : 0, false});
+    }
+  }
+  // Of one name, the widest stands first and stays.
+  std::sort(fields.begin(), fields.end(), [](const field_column& a, const field_column& b) {
+    const int order = a.name.compare(b.name);
+    return order != 0 ? order < 0 : a.width > b.width;
+  });
+  const auto same = [](const field_column& a, const field_column& b) { return a.name == b.name; };
+  fields.erase(std::unique(fields.begin(), fields.end(), same), fields.end());
+  for (field_column& field : fields) {
+    field.dropped = field.name == "Provider Name" || (drop_event_id && field.name == "EventID");
+  }
+}
+
+// Adds columns with their widths, which count only in a padded table.
+class column_list {
+ public:
+  column_list(std::vector<table_column>& columns, bool padded)
+      : columns_(columns), padded_(padded) {}
+  void add(std::string_view name, std::size_t width, std::uint32_t flags = 0,
+           std::uint16_t kind = cell_plain) {
+    add_column(columns_, name, padded_ ? width : 0, kind, flags);
+  }
+
+ private:
+  std::vector<table_column>& columns_;
+  bool padded_;
+};
+
+void add_time_columns(column_list& list, const output_format& format) {
+  const std::size_t date = format.date_format.size();
+  const std::size_t time = format.time_format.size();
+  if (format.pair_datetime) {
+    list.add("Date [UTC]", date + time + 1);
+  } else {
+    list.add("Date", date);
+    list.add("Time-UTC", time, 0, cell_time_column);
+  }
+}
+
+void add_columns(table_layout& layout, const survey& found, const output_format& format,
+                 const write_context& context) {
+  column_list list(layout.columns, !format.no_whitespace);
+  list.add("Record#", 10, column_centred);
+  list.add("EventID", 10, column_centred);
+  add_time_columns(list, format);
+  if (context.show_offsets) list.add("rec offset", 10);
+  if (context.inc_slack) list.add("del", 3);
+  list.add("Level (translated)", 18);
+  if (layout.has_description) {
+    list.add("name", std::max<std::size_t>(found.description_width, 4), column_centred);
+  }
+  if (layout.has_provider) list.add("Provider Name", found.provider_width);
+  layout.first_field = layout.columns.size();
+  for (const field_column& field : layout.fields) {
+    if (field.dropped) continue;
+    list.add(field.name, field.width <= widest_field ? field.width : overwide_field);
+  }
+  list.add("event log", 11, column_centred);
+}
+
+}  // namespace
+
+std::size_t shape_index::find(const record_shape* shape, bool anomalous) {
+  const auto [at, added] = numbers_[anomalous].try_emplace(shape, count_);
+  if (added) ++count_;
+  return at->second;
+}
+
+table_layout lay_out_table(std::span<const LogRecord* const> records, const output_format& format,
+                           const write_context& context) {
+  table_layout layout;
+  survey found(layout, !format.no_whitespace);
+  for (const LogRecord* record : records) found.add(*record);
+  found.join_fields(context.inc_slack);
+  layout.has_description = found.description_width != 0;
+  add_columns(layout, found, format, context);
+  return layout;
+}
+
+}  // namespace zanvik

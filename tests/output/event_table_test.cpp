@@ -1,0 +1,197 @@
+// Tables as they must come out, their lines written by hand.
+#include <gtest/gtest.h>
+
+#include "record_tables.h"
+
+namespace zanvik {
+namespace {
+
+const char csv_head[] = "Record#,EventID,Date, Time-UTC,Level (translated),Provider Name,";
+const char csv_row[] = "7,1,2013-01-01, 02:00:00.000,info,P,";
+const test_field channel{"Channel", "Sys", true};
+
+TEST(event_table, padded_by_default) {
+  EXPECT_EQ(
+      table_text({test_record(7036, {channel, {"param1", "a|b running"}})}, padded_format()),
+      " Record#   |  EventID   | Date       |  Time-UTC     | Level (translated) | Provider Name | "
+      "Channel | param1      |  event log \n"
+      "         7 |       7036 | 2013-01-01 |  02:00:00.000 | info               | P             | "
+      "Sys     | a;b running | System.evtx\n");
+}
+
+TEST(event_table, csv_keeps_the_blank_before_the_time) {
+  EXPECT_EQ(
+      table_text({test_record(1, {channel, {"a", "x,y|z"}}), test_record(1, {{"b", "1\r\n2"}})},
+                 csv_format()),
+      std::string(csv_head) + "Channel,a,b,event log\n" + csv_row + "Sys,x;y|z,,System.evtx\n" +
+          csv_row + ",,1[CRLF]2,System.evtx\n");
+}
+
+// The table stays padded, and the date alone takes the width of the pair.
+TEST(event_table, csv_with_pair_datetime_is_padded) {
+  output_format format = csv_format();
+  format.no_whitespace = false;
+  format.pair_datetime = true;
+  EXPECT_EQ(table_text({test_record(1, {channel})}, format),
+            line(",", {" Record#  ", " EventID  ", "Date [UTC]             ", "Level (translated)",
+                       "Provider Name", "Channel", " event log "}) +
+                line(",", {"         7", "         1", " 2013-01-01              02:00:00.000",
+                           "info              ", "P            ", "Sys    ", "System.evtx"}));
+}
+
+TEST(event_table, quoted_texts_and_bare_numbers) {
+  output_format format = csv_format();
+  format.quoted_fields = true;
+  format.pad_fields = false;
+  const std::vector<test_field> fields = {
+      {"a", "x,y"}, {"b", "{\"k\":1}"}, {"c", "{\""}, {"d", "say \"hi\"", true}, {"e", ""}};
+  EXPECT_EQ(table_text({test_record(1, fields), test_record(1, {{"f", "\n\r\n"}})}, format),
+            "Record#,EventID,Date,Time-UTC,Level (translated),Provider Name,a,b,c,d,e,f,event log\n"
+            "7,1,2013-01-01,02:00:00.000,\"info\",\"P\",\"x,y\",{\"k\":1},\"{\"\",\"say \"hi\"\","
+            "\"\",\"\",\"System.evtx\"\n"
+            "7,1,2013-01-01,02:00:00.000,\"info\",\"P\",\"\",\"\",\"\",\"\",\"\","
+            "\"[LFCR]\n\"[CRLF]\",\"System.evtx\"\n");
+}
+
+TEST(event_table, tab_separated_values_keep_commas_and_bars) {
+  output_format format = csv_format();
+  format.csv_separator = "\t";
+  format.separator_char = format.separator_substitute = 0;
+  EXPECT_EQ(table_text({test_record(1, {{"a", "x,y|z"}})}, format),
+            "Record#\tEventID\tDate\t Time-UTC\tLevel (translated)\tProvider Name\ta\tevent log\n"
+            "7\t1\t2013-01-01\t 02:00:00.000\tinfo\tP\tx,y|z\tSystem.evtx\n");
+}
+
+TEST(event_table, base16_reaches_the_offset_alone) {
+  output_format format = csv_format();
+  format.base16 = true;
+  const write_context context{.inc_slack = true, .show_offsets = true};
+  EXPECT_EQ(table_text({test_record(0x2'0010).number(4096),
+                        test_record(0x2'0010).flags(record_plain_or_slack)},
+                       format, context),
+            "Record#,EventID,Date, Time-UTC,rec offset,del,Level (translated),Provider Name,event "
+            "log\n"
+            "4096,16,2013-01-01, 02:00:00.000,0x1200,,info,P,System.evtx\n"
+            "7,16,2013-01-01, 02:00:00.000,0x1200,*,info,P,System.evtx\n");
+}
+
+// The dropped column takes a cell in a record that lacks it: all behind it move to the right.
+TEST(event_table, a_missing_dropped_field_shifts_the_row) {
+  const std::vector<test_record> given = {
+      test_record(1, {{"A", "1"}, {"EventID", "77"}, {"Provider Name", "P"}, {"Z", "9"}}),
+      test_record(1, {{"A", "2"}, {"EventID", "78"}, {"Z", "8"}}),
+      test_record(1, {{"A", "3"}, {"Z", "7"}}),
+      test_record(1, {{"EventID", "79"}, {"Provider Name", "P"}})};
+  EXPECT_EQ(table_text(given, csv_format()),
+            std::string(csv_head) + "A,EventID,Z,event log\n" +  //
+                csv_row + "1,77,9,System.evtx\n" +               //
+                csv_row + "2,78,,8\n" +                          //
+                csv_row + "3,,,7\n" +                            //
+                csv_row + ",79,,System.evtx\n");
+  const std::string slack_row = "7,1,2013-01-01, 02:00:00.000,,info,P,";
+  EXPECT_EQ(table_text(given, csv_format(), {.inc_slack = true}),
+            "Record#,EventID,Date, Time-UTC,del,Level (translated),Provider Name,A,Z,event log\n" +
+                slack_row + "1,9,System.evtx\n" +  //
+                slack_row + "2,,8\n" +             //
+                slack_row + "3,,\n" +              // two are missing: not even Z has room
+                slack_row + ",,System.evtx\n");
+}
+
+TEST(event_table, anomalous_records_take_the_names_of_the_first_ordinary_one) {
+  const auto cut = [](std::vector<test_field> fields) {
+    return test_record(1, std::move(fields)).flags(record_cut | record_inside_range);
+  };
+  const test_record plain(1, {{"A", "1"}, {"B", "2"}});
+  const test_record bare(1);
+  const struct {
+    const char* reason;
+    std::vector<test_record> given;
+    const char* columns;
+    std::vector<const char*> rows;
+  } cases[] = {
+      {"same count of fields", {cut({{"x", "8"}, {"y", "9"}}), plain}, "A,B", {"8,9", "1,2"}},
+      {"other count: unknown names get no column",
+       {plain, cut({{"B", "7"}, {"x", "8"}, {"y", "9"}})},
+       "A,B",
+       {"1,2", ",7"}},
+      {"no ordinary record", {cut({{"x", "8"}}), cut({{"y", "9"}})}, "x,y", {"8,", ",9"}},
+      {"no ordinary record with a field", {bare, cut({{"x", "8"}})}, "x", {"", "8"}},
+      {"plain or in range is ordinary",
+       {plain, test_record(1, {{"C", "3"}, {"D", "4"}}).flags(record_plain_or_slack)},
+       "A,B,C,D",
+       {"1,2,,", ",,3,4"}},
+  };
+  for (const auto& c : cases) {
+    std::string expected = std::string(csv_head) + c.columns + ",event log\n";
+    for (const char* row : c.rows) expected += std::string(csv_row) + row + ",System.evtx\n";
+    EXPECT_EQ(table_text(c.given, csv_format()), expected) << c.reason;
+  }
+}
+
+TEST(event_table, records_out_of_range_are_hidden_and_the_header_stays) {
+  const std::vector<test_record> given = {test_record(1, {{"A", "1"}}).flags(record_outside_range)};
+  EXPECT_EQ(table_text(given, csv_format()), std::string(csv_head) + "A,event log\n");
+  EXPECT_EQ(table_text(given, csv_format(), {.inc_slack = true}),
+            "Record#,EventID,Date, Time-UTC,del,Level (translated),Provider Name,A,event log\n"
+            "7,1,2013-01-01, 02:00:00.000,*,info,P,1,System.evtx\n");
+}
+
+TEST(event_table, legacy_records_have_no_provider_column) {
+  EXPECT_EQ(table_text({test_record(528, {{"source name", "S"}}).legacy(16),
+                        test_record(528, {{"source name", "S"}}).legacy(8)},
+                       csv_format()),
+            "Record#,EventID,Date, Time-UTC,Level (translated),source name,event log\n"
+            "7,528,2013-01-01, 02:00:00.000,unk,S,System.evtx\n"
+            "7,528,2013-01-01, 02:00:00.000,a-pass,S,System.evtx\n");
+}
+
+TEST(event_table, a_count_that_is_no_time_gives_blanks) {
+  output_format pair = csv_format();
+  pair.pair_datetime = true;
+  const std::vector<test_record> given = {test_record(1).time(0)};
+  EXPECT_NE(table_text(given, csv_format()).find("\n7,1,, ,info,"), std::string::npos);
+  EXPECT_NE(table_text(given, pair).find("\n7,1, ,info,"), std::string::npos);
+  EXPECT_NE(table_text(given, padded_format())
+                .find("\n         7 |          1 |            |               | info"),
+            std::string::npos);
+}
+
+TEST(event_table, widths) {
+  const std::string name25(25, 'n'), name601(601, 'm');
+  const struct {
+    const char* reason;
+    test_record record;
+    std::string header_end;
+    std::string row_end;
+  } cases[] = {
+      {"a name wider than its values", test_record(1, {{name25, "v"}}), name25,
+       "v" + std::string(24, ' ')},
+      {"599 bytes count", test_record(1, {{"f", std::string(599, 'v')}}),
+       "f" + std::string(598, ' '), std::string(599, 'v')},
+      {"600 bytes do not", test_record(1, {{"f", std::string(600, 'v')}}), "f",
+       std::string(600, 'v')},
+      {"a name over 600 gives 20", test_record(1, {{name601, "v"}}), name601,
+       "v" + std::string(19, ' ')},
+      {"a literal counts", test_record(1, {{"f", "vvvv", true}}), "f   ", "vvvv"},
+      {"a mark does not", test_record(1, {{"f", "a\r\nb"}}), "f   ", "a[CRLF]b"},
+  };
+  for (const auto& c : cases) {
+    const std::string text = table_text({c.record}, padded_format());
+    EXPECT_NE(text.find(" | " + c.header_end + " |  event log \n"), std::string::npos) << c.reason;
+    EXPECT_NE(text.find(" | " + c.row_end + " | System.evtx\n"), std::string::npos) << c.reason;
+  }
+}
+
+TEST(event_table, captions) {
+  const std::string two = table_text({test_record(1).caption("pw")}, padded_format());
+  EXPECT_NE(two.find("| name | Provider Name |"), std::string::npos);  // never below 4
+  EXPECT_NE(two.find("| pw   | P "), std::string::npos);
+  const std::string six = table_text({test_record(1).caption("logon!")}, padded_format());
+  EXPECT_NE(six.find("|  name  | Provider Name |"), std::string::npos);
+  // Those of damaged records do not count.
+  const test_record damaged = test_record(1).caption("longer").flags(record_cut);
+  EXPECT_EQ(table_text({damaged}, csv_format()).find("name"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zanvik

@@ -1,0 +1,116 @@
+// Records put into a container in a few words, and output formats as the options leave them.
+#pragma once
+
+#include <initializer_list>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "output/write_records.h"
+#include "reports/log_record.h"
+#include "support/output_format.h"
+#include "support/qx_time_format.h"
+
+namespace zanvik {
+
+inline constexpr std::uint64_t new_year_2013 = 130'014'792'000'000'000;  // 2013-01-01 02:00:00
+
+struct test_field {
+  std::string name;
+  std::string value;
+  bool literal = false;  // stands in the shape
+};
+
+// A record to be; `add_to` copies what it points to into the container.
+struct test_record {
+  LogRecord record;
+  std::string provider = "P";
+  std::string description;
+  std::string path = "System.evtx";
+  std::vector<test_field> fields;
+
+  explicit test_record(std::uint64_t event_id, std::vector<test_field> values = {})
+      : fields(std::move(values)) {
+    record.record_number = 7;
+    record.event_id = event_id;
+    record.time = new_year_2013;
+    record.level = 4;
+    record.file_offset = 4608;
+    record.flags = record_inside_range;
+  }
+  test_record& flags(std::uint32_t bits) { return record.flags = bits, *this; }
+  test_record& number(std::uint64_t value) { return record.record_number = value, *this; }
+  test_record& time(std::uint64_t value) { return record.time = value, *this; }
+  test_record& from(std::string_view name) { return provider = name, *this; }
+  test_record& caption(std::string_view text) { return description = text, *this; }
+  test_record& legacy(std::uint32_t type) {
+    record.is_evtx = false;
+    record.level = type;
+    provider.clear();
+    return *this;
+  }
+  void add_to(record_container& records) const;
+};
+
+inline void test_record::add_to(record_container& records) const {
+  record_shape shape;
+  std::string block;
+  for (const test_field& field : fields) {
+    shape.columns.push_back({field.name, field.literal, field.literal ? field.value : ""});
+    if (field.literal) continue;
+    char head[max_cell_head];
+    const bool marked = field.value.find_first_of(",|\r\n") != std::string::npos;
+    block.append(head, write_cell_head(head, field.value.size(), marked));
+    block += field.value;
+    ++shape.value_count;
+  }
+  LogRecord added = record;
+  added.provider = records.intern_text(provider);
+  added.description = records.intern_text(description);
+  added.extra_text = records.intern_text(path);
+  added.shape = records.intern_shape(std::move(shape));
+  if (!block.empty()) {
+    char* to = records.arena().reserve(block.size());
+    block.copy(to, block.size());
+    records.arena().keep(block.size());
+    added.values = to;
+  }
+  records.add(added);
+}
+
+inline output_format padded_format() {
+  output_format format;
+  format.base16 = false;
+  build_format_descriptor(format.descriptor, format.date_format, format.time_format, false);
+  return format;
+}
+inline output_format csv_format() {
+  output_format format = padded_format();
+  format.csv_separator = ",";
+  format.separator_char = ',';
+  format.no_whitespace = true;
+  return format;
+}
+
+// What write_records gives for the records, in the order given.
+inline std::string table_text(const std::vector<test_record>& given, output_format format,
+                              const write_context& context = {}) {
+  record_container records;
+  for (const test_record& record : given) record.add_to(records);
+  std::ostringstream out;
+  write_records(out, records, format, context);
+  return out.str();
+}
+
+// A line whose cells are told one by one.
+inline std::string line(std::string_view separator, std::initializer_list<std::string_view> cells) {
+  std::string text;
+  for (const std::string_view cell : cells) {
+    if (!text.empty()) text += separator;
+    text += cell;
+  }
+  return text + '\n';
+}
+
+}  // namespace zanvik

@@ -1,0 +1,272 @@
+// Dispatch and grouping, path aliases, offsets; and the fast tables against the plain ones.
+#include "output/write_records.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <ranges>
+
+#include "output/cell_text.h"
+#include "output/path_alias.h"
+#include "output/plain_event_table.h"
+#include "output/table_engine.h"
+#include "record_tables.h"
+
+namespace zanvik {
+namespace {
+
+// The first cell of each line; "-" for an empty line.
+std::string first_cells(const std::string& text) {
+  std::string result;
+  std::istringstream in(text);
+  for (std::string one; std::getline(in, one);) {
+    result += one.empty() ? "-" : one.substr(0, one.find(','));
+    result += ' ';
+  }
+  return result;
+}
+
+TEST(write_records, groups_by_event_id_and_provider) {
+  const auto at = [](std::uint64_t number, std::uint64_t id, std::string_view provider,
+                     std::uint64_t later = 0) {
+    return test_record(id).number(number).from(provider).time(new_year_2013 + later);
+  };
+  const struct {
+    const char* reason;
+    std::vector<test_record> given;
+    const char* expected;
+  } cases[] = {
+      {"nothing, not even a header", {}, ""},
+      {"numbers, not texts, order the IDs",
+       {at(1, 10, "P"), at(2, 9, "P")},
+       "Record# 2 - Record# 1 "},
+      {"the whole ID counts",
+       {at(1, 0x10001, "P"), at(2, 1, "P"), at(3, 1ull << 40, "P")},
+       "Record# 2 - Record# 1 - Record# 3 "},
+      {"bytes order the providers",
+       {at(1, 1, "\xc3\xa9"), at(2, 1, "a"), at(3, 1, "B")},
+       "Record# 3 - Record# 2 - Record# 1 "},
+      {"time orders a group, then insertion",
+       {at(1, 1, "P", 5), at(2, 1, "P"), at(3, 2, "P"), at(4, 1, "P"), at(5, 1, "P", 5)},
+       "Record# 2 4 1 5 - Record# 3 "},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(first_cells(table_text(c.given, csv_format())), c.expected) << c.reason;
+  }
+}
+
+TEST(write_records, takes_the_form_from_the_format) {
+  record_container records;
+  test_record(1).add_to(records);
+  std::ostringstream none;
+  output_format format = csv_format();
+  format.output_csv = false;  // as a form without records leaves it
+  write_records(none, records, format, {.channel = "system"});
+  EXPECT_EQ(none.str(), "");
+  EXPECT_EQ(format.tool_tag, "system");
+
+  std::ostringstream out;
+  format.output_csv = true;
+  format.csv_separator = " ; \t";  // blanks leave it, the tab stays
+  write_records(out, records, format, {});
+  EXPECT_EQ(out.str().substr(0, 16), "Record#;\tEventID");
+  EXPECT_EQ(format.csv_separator, ";\t");
+  EXPECT_FALSE(format.header_pending);
+}
+
+TEST(path_alias, whole_paths_before_folders) {
+  output_format format;
+  EXPECT_EQ(apply_alias(format, "/Img/A.evtx"), "/Img/A.evtx");
+  format.alias_files = {{"/img/a.evtx", "first"}};
+  format.alias_paths = {{"/img", "C:"}, {"/logs", "D:"}, {"/vol/b.evtx", "never"}};
+  const struct {
+    const char *path, *expected, *reason;
+  } cases[] = {
+      {"/IMG/A.evtx", "first", "the whole path, in any case"},
+      {"/Img/Logs/B.evtx", "C:/Logs/B.evtx", "the first key that occurs; the rest keeps its case"},
+      {"/mnt/Logs/B.evtx", "D:/B.evtx", "anywhere; what stands before it goes"},
+      {"/Vol/B.evtx", "/Vol/B.evtx", "a key as long as the path does not count"},
+      {"", "", "no path"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(apply_alias(format, c.path), c.expected) << c.reason;
+}
+
+TEST(cell_text, offsets) {
+  const struct {
+    std::uint64_t value;
+    const char *decimal, *hex;
+  } cases[] = {{0, "0", "0x00"},
+               {254, "254", "0xfe"},
+               {255, "255", "0x00ff"},
+               {65535, "65535", "0x00ffff"},
+               {16777215, "16777215", "0x00ffffff"},
+               {1ull << 32, "4294967296", "0x100000000"}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(format_offset(c.value, false), c.decimal);
+    EXPECT_EQ(format_offset(c.value, true), c.hex);
+  }
+}
+
+TEST(cell_text, levels) {
+  std::string evtx, evt;
+  for (std::uint32_t level = 0; level <= 16; ++level) {
+    evtx += std::string(level_text(true, level)) + ' ';
+    evt += std::string(level_text(false, level)) + ' ';
+  }
+  EXPECT_EQ(evtx, "info crit error warn info unk unk unk unk unk unk unk unk unk unk unk unk ");
+  EXPECT_EQ(evt, "info error warn unk info unk unk unk a-pass unk a-fail unk unk unk unk unk unk ");
+}
+
+TEST(table_engine, cells_that_do_not_fit_vanish) {
+  table_row row(2, 0), invalid;
+  EXPECT_EQ(set_text_cell(row, 0, "a", cell_text, 0), 1);
+  EXPECT_EQ(set_text_cell(row, 2, "b", cell_text, 0), 1);
+  EXPECT_EQ(set_text_cell(row, static_cast<std::size_t>(-1), "c", cell_text, 0), 1);
+  EXPECT_EQ(set_text_cell(row, 1, "d", 32, 0), 1);
+  EXPECT_EQ(set_text_cell(invalid, 0, "e", cell_text, 0), 1);
+  EXPECT_EQ(set_number_cell(row, 5, 1, cell_date_and_time, 0), 1);
+  output_format format = csv_format();
+  format.header_pending = false;
+  std::vector<table_column> columns;
+  add_column(columns, "x", 0, cell_plain, 0);
+  add_column(columns, "y", 0, cell_plain, 0);
+  std::ostringstream out;
+  write_table_row(out, row, columns, format);
+  EXPECT_EQ(out.str(), "a,\n");
+}
+
+TEST(table_engine, numbers_in_hexadecimal_unless_decimal_is_asked_for) {
+  output_format format = padded_format();
+  format.base16 = true;
+  std::vector<table_column> columns;
+  for (const char* name : {"a", "b", "c"}) add_column(columns, name, 12, cell_plain, 0);
+  table_row row(3, 0);
+  set_number_cell(row, 0, 31, cell_number16, 0);
+  set_number_cell(row, 1, 31, cell_number64, 0);
+  set_number_cell(row, 2, 31, cell_number64, cell_decimal);
+  std::ostringstream out;
+  write_table_row(out, row, columns, format);
+  EXPECT_EQ(out.str(),
+            "a            | b            | c           \n"
+            "      0x001f |   0x0000001f |           31\n");
+}
+
+// ---- two ways, one answer
+
+// write_records by the plain way: text keys, copies, cell by cell.
+std::string plain_text(record_container& records, output_format format,
+                       const write_context& context) {
+  std::multimap<std::string, const LogRecord*> sorted;
+  if (format.no_whitespace) std::erase(format.csv_separator, ' ');
+  for (const LogRecord* record : records.in_time_order()) {
+    const std::string id = std::to_string(record->event_id);
+    sorted.emplace(std::string(20 - id.size(), '0') + id + ':' + *record->provider, record);
+  }
+  std::ostringstream out;
+  for (auto it = sorted.begin(); it != sorted.end();) {
+    if (it != sorted.begin()) out << '\n';
+    std::vector<const LogRecord*> group;
+    const std::string key = it->first;
+    for (; it != sorted.end() && it->first == key; ++it) group.push_back(it->second);
+    write_plain_event_table(out, group, format, context);
+  }
+  return out.str();
+}
+
+class table_maker {
+ public:
+  explicit table_maker(unsigned seed) : random_(seed) {}
+
+  std::size_t below(std::size_t end) { return random_() % end; }
+  bool one_in(std::size_t n) { return below(n) == 0; }
+  test_record record();
+  std::string value();
+  output_format format();
+
+ private:
+  std::mt19937 random_;
+};
+
+std::string table_maker::value() {
+  static const char* const odd[] = {"",    "a,b",  "a|b",       "\n\r\n",     "\r",    "x\ry\n",
+                                    "{\"", "{\"a", "{\"a\":1,", "\"quoted\"", "\r\n,", "\xc3\xa9;"};
+  static const std::size_t sizes[] = {1, 15, 31, 32, 33, 62, 63, 64, 65, 127, 128, 599, 600, 9000};
+  if (one_in(2)) return odd[below(std::size(odd))];
+  std::string text(sizes[one_in(8) ? below(std::size(sizes)) : below(5)], 'v');
+  if (one_in(6)) text[below(text.size())] = ",|\n\r"[below(4)];
+  return text;
+}
+
+test_record table_maker::record() {
+  static const std::string names[] = {"A",    "Channel", "EventID", "Provider Name",
+                                      "a,b",  "z",       "zz",      std::string(601, 'w'),
+                                      "data", "\xc3\xa4"};
+  static const std::uint32_t flags[] = {0x40, 0x40, 0x40, 0x01, 0x41, 0x42, 0x08, 0x09, 0x80000040};
+  std::map<std::string, test_field> fields;
+  const std::uint64_t shape = below(one_in(4) ? 1024 : 3) * 37 % 1024;
+  for (std::size_t i = 0; i < std::size(names); ++i) {
+    if (shape >> i & 1) fields[names[i]] = {names[i], value(), (shape + i) % 3 == 0 && one_in(2)};
+  }
+  test_record made(1 + below(2));
+  for (const auto& entry : fields | std::views::values) made.fields.push_back(entry);
+  made.flags(flags[below(std::size(flags))]).number(random_()).from(one_in(9) ? "Q,R" : "Prov");
+  made.record.level = static_cast<std::uint32_t>(below(6));
+  made.record.file_offset = std::uint64_t{random_()} << below(32);
+  made.record.is_evtx = !one_in(5);
+  made.time(one_in(9) ? below(2) : new_year_2013 + std::uint64_t{random_()} * 1000);
+  if (one_in(3)) made.caption(one_in(2) ? "cap" : "a caption, longer");
+  if (one_in(4)) made.path = "/Cases/Second,one.evtx";
+  return made;
+}
+
+output_format table_maker::format() {
+  output_format format = one_in(2) ? csv_format() : padded_format();
+  static const char* const separators[] = {" | ", ",", "|", "\t", "; ", ""};
+  if (one_in(2)) format.csv_separator = separators[below(std::size(separators))];
+  if (one_in(3)) format.separator_char = "\0|,v"[below(4)];
+  if (one_in(4)) format.no_whitespace = one_in(2);
+  format.quoted_fields = one_in(4);
+  format.pad_fields = !one_in(3);
+  format.base16 = one_in(2);
+  format.pair_datetime = one_in(4);
+  if (one_in(5)) format.alias_paths = {{"/cases", "E:,"}};
+  return format;
+}
+
+TEST(fast_and_plain, agree_on_generated_tables) {
+  for (unsigned seed = 1; seed <= 600; ++seed) {
+    table_maker make(seed);
+    record_container records;
+    for (std::size_t i = 0, count = 1 + make.below(12); i < count; ++i) {
+      make.record().add_to(records);
+    }
+    output_format format = make.format();
+    const write_context context{.inc_slack = make.one_in(2), .show_offsets = make.one_in(2)};
+    const std::string plain = plain_text(records, format, context);
+    std::ostringstream out;
+    write_records(out, records, format, context);
+    ASSERT_EQ(out.str(), plain) << "seed " << seed;
+  }
+}
+
+// Rows across the end of the buffer, values larger than it, and more shapes than plans are kept.
+TEST(fast_and_plain, agree_on_large_tables) {
+  record_container records;
+  for (std::size_t i = 0; i < 900; ++i) {
+    test_record record(1, {{"A", std::string(i * 7 % 1500, 'a')}, {"B", "x,y"}});
+    if (i % 300 == 7) record.fields[0].value.assign(400'000, i % 2 ? ',' : 'b');
+    const std::string own = "C" + std::to_string(i);
+    record.fields.push_back({own, std::string(i % 3 ? 20 : 30'000, 'c'), true});
+    record.add_to(records);
+  }
+  for (output_format format : {csv_format(), padded_format()}) {
+    const std::string plain = plain_text(records, format, {});
+    std::ostringstream out;
+    write_records(out, records, format, {});
+    ASSERT_TRUE(out.str() == plain);
+  }
+}
+
+}  // namespace
+}  // namespace zanvik
