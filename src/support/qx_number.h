@@ -17,7 +17,8 @@ namespace zanvik {
 
 // Blanks and case do not matter. `x` in the second place: hexadecimal from the third ("0x10").
 // Else `x` in the first: hexadecimal behind it; `o`: octal behind it. Else a leading `-`, `+` or
-// digit: decimal. Else 'c' in quotes: the code of c (in lower case). Anything else is nothing.
+// digit: decimal. Else a character in single quotes: its code, in the case it was typed. Anything
+// else is nothing.
 std::optional<std::uint32_t> unsigned_from_text(std::string_view text);
 
 // An `x` anywhere: hexadecimal from behind the first. Else an `o` anywhere: octal from behind it.

@@ -107,4 +107,7 @@ std::uint64_t loose_to_filetime(const loose_time& parts);
 // The same of a system time; below the millisecond nothing counts.
 std::uint64_t system_to_filetime(const qx::_windows_systemtime& parts);
 
+// Seconds that local time is ahead of UTC, by the zone's rule of today.
+std::int64_t local_offset_seconds();
+
 }  // namespace zanvik

@@ -1,9 +1,9 @@
 // UTF-8 out of UTF-16LE and out of code points, the test for strict UTF-8, and the search for
 // UTF-16 text in a block of bytes.
 //
-// Every text of an .evtx log comes this way, so runs of ASCII take a short path. Damaged UTF-16 is
-// not an error: a text with a surrogate that has no partner is given unit by unit, each surrogate
-// as the 3 bytes its number makes, so that a broken string still shows.
+// These stand on qx_utf16_write.h, which the texts of a listing take straight into a buffer.
+// Damaged UTF-16 is not an error: a text with a surrogate that has no partner is given unit by
+// unit, each surrogate as the 3 bytes its number makes, so that a broken string still shows.
 #pragma once
 
 #include <cstddef>
