@@ -1,0 +1,260 @@
+#include "support/fileio.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "scratch_dir.h"
+#include "support/fileio_output.h"
+
+namespace zanvik::uni {
+namespace {
+
+using testing::file_text;
+using testing::scratch_dir;
+
+std::string text_of(std::span<const std::byte> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+TEST(fileio, opens_what_can_be_read_without_waiting) {
+  const scratch_dir scratch;
+  scratch.write("a.evtx", "text");
+  scratch.write("\xff.evtx", "text");
+  ASSERT_EQ(::mkfifo(scratch.path("fifo").c_str(), 0600), 0);
+  struct row {
+    const char* reason;
+    std::string path;
+    bool opens;
+  };
+  const row rows[] = {
+      {"a file", scratch.path("a.evtx"), true},
+      {"trailing separators go", scratch.path("a.evtx/\\/"), true},
+      {"a folder, which has no bytes", scratch.path(""), true},
+      {"nothing there", scratch.path("b.evtx"), false},
+      {"a name that is not UTF-8", scratch.path("\xff.evtx"), false},
+      {"a FIFO, which would have to be waited for", scratch.path("fifo"), false},
+      {"separators only", "//", false},
+      {"no path", "", false},
+  };
+  for (const row& r : rows) {
+    fileio file;
+    EXPECT_EQ(file.open(r.path), r.opens) << r.reason;
+    EXPECT_EQ(file.is_open(), r.opens) << r.reason;
+    std::vector<std::byte> bytes;
+    EXPECT_EQ(read_file_head(bytes, r.path, 4), r.path.find("a.evtx") != std::string::npos)
+        << r.reason;
+  }
+}
+
+TEST(fileio, only_replace_makes_a_file) {
+  const scratch_dir scratch;
+  fileio file;
+  EXPECT_FALSE(file.open(scratch.path("new"), open_mode::update));
+  EXPECT_TRUE(file.open(scratch.path("new"), open_mode::replace));
+  const std::string old = scratch.write("old", "bytes");
+  EXPECT_TRUE(file.open(old, open_mode::update));
+  EXPECT_EQ(file_text(old), "bytes");
+  EXPECT_TRUE(file.open(old, open_mode::replace));
+  EXPECT_EQ(file_text(old), "");
+}
+
+TEST(fileio, reads_end_where_the_file_ends) {
+  const scratch_dir scratch;
+  fileio file;
+  ASSERT_TRUE(file.open(scratch.write("f", "0123456789")));
+  struct row {
+    std::uint64_t count, offset;
+    bool reads;
+    const char* text;
+  };
+  constexpr auto all = ~std::uint64_t{0};
+  const row rows[] = {{4, 2, true, "2345"}, {4, 8, true, "89"}, {all, 0, true, "0123456789"},
+                      {0, 9, true, ""},     {0, 10, false, ""}, {1, 10, false, ""},
+                      {1, all, false, ""}};
+  for (const row& r : rows) {
+    std::vector<std::byte> bytes;
+    EXPECT_EQ(file.read(bytes, r.count, r.offset), r.reads) << r.count << " at " << r.offset;
+    EXPECT_EQ(text_of(bytes), r.text) << r.count << " at " << r.offset;
+    std::byte raw[4];
+    std::size_t count = r.count;
+    EXPECT_EQ(file.read_raw(raw, count, r.offset), r.reads);
+    EXPECT_EQ(text_of(std::span(raw).first(count)), std::string(r.text).substr(0, 4));
+  }
+}
+
+// Walks the file in blocks and gives them as "offset:bytes ".
+std::string blocks_of(fileio& file, std::uint64_t block_size, std::uint64_t start, bool& result) {
+  std::string text;
+  const std::byte* buffer = nullptr;
+  result = file.walk_blocks(block_size, start, [&](std::span<std::byte> bytes, std::uint64_t at) {
+    EXPECT_TRUE(buffer == nullptr || buffer == bytes.data()) << "one buffer serves all blocks";
+    buffer = bytes.data();
+    text += std::to_string(at) + ":" + text_of(bytes) + " ";
+    return true;
+  });
+  return text;
+}
+
+TEST(walk_blocks, gives_each_byte_once) {
+  const scratch_dir scratch;
+  fileio file;
+  ASSERT_TRUE(file.open(scratch.write("f", "0123456789")));
+  struct row {
+    std::uint64_t block_size, start;
+    bool walked;
+    const char* blocks;
+  };
+  constexpr auto all = ~std::uint64_t{0};
+  const row rows[] = {{4, 1, true, "1:1234 5:5678 9:9 "},
+                      {5, 0, true, "0:01234 5:56789 "},
+                      {all, 3, true, "3:3456789 "},
+                      {4, 10, false, ""},
+                      {4, all, false, ""},
+                      {0, 0, false, ""}};
+  for (const row& r : rows) {
+    bool walked = false;
+    EXPECT_EQ(blocks_of(file, r.block_size, r.start, walked), r.blocks) << r.block_size;
+    EXPECT_EQ(walked, r.walked) << r.block_size;
+  }
+}
+
+TEST(walk_blocks, ends_when_told_to) {
+  const scratch_dir scratch;
+  fileio file;
+  ASSERT_TRUE(file.open(scratch.write("f", "0123456789")));
+  int calls = 0;
+  EXPECT_FALSE(file.walk_blocks(2, 0, [&](auto, auto) { return ++calls < 3; }));
+  EXPECT_EQ(calls, 3);
+}
+
+TEST(walk_blocks, a_file_that_shrinks_gives_what_is_left) {
+  const scratch_dir scratch;
+  const std::string path = scratch.write("f", "0123456789");
+  fileio file;
+  ASSERT_TRUE(file.open(path));
+  std::string text;
+  EXPECT_TRUE(file.walk_blocks(4, 0, [&](std::span<std::byte> bytes, std::uint64_t) {
+    text += text_of(bytes) + " ";
+    return ::truncate(path.c_str(), 6) == 0;
+  }));
+  EXPECT_EQ(text, "0123 45 ");
+}
+
+TEST(walk_blocks, a_folder_holds_no_block) {
+  const scratch_dir scratch;
+  fileio file;
+  ASSERT_TRUE(file.open(scratch.path("")));
+  (void)file.walk_blocks(~std::uint64_t{0}, 0, [](auto, auto) {
+    ADD_FAILURE() << "bytes of a folder";
+    return true;
+  });
+}
+
+// A file of a huge size with the byte 'a' first and 'z' last; empty where the file system makes
+// no holes.
+std::string file_with_a_hole(const scratch_dir& scratch, off_t size) {
+  const std::string path = scratch.write("hole", "a");
+  const int fd = ::open(path.c_str(), O_RDWR);
+  const bool made = ::pwrite(fd, "z", 1, size - 1) == 1 && ::lseek(fd, 0, SEEK_HOLE) < size;
+  ::close(fd);
+  return made ? path : "";
+}
+
+TEST(walk_blocks, holes_cost_neither_time_nor_memory) {
+  const scratch_dir scratch;
+  constexpr off_t size = off_t{1} << 42;
+  const std::string path = file_with_a_hole(scratch, size);
+  if (path.empty()) GTEST_SKIP() << "no files with holes here";
+  fileio file;
+  ASSERT_TRUE(file.open(path));
+  std::vector<std::uint64_t> offsets;
+  EXPECT_TRUE(file.walk_blocks(1 << 20, 0, [&](auto, std::uint64_t offset) {
+    offsets.push_back(offset);
+    return true;
+  }));
+  EXPECT_EQ(offsets, (std::vector<std::uint64_t>{0, size - (1 << 20)}));
+  EXPECT_FALSE(file.walk_blocks(size, 0, [](auto, auto) { return true; }))
+      << "a block of 4 TiB should not be had";
+}
+
+TEST(walk_blocks, a_large_block_holds_its_data_in_place) {
+  const scratch_dir scratch;
+  constexpr off_t size = off_t{64} << 20;  // above what comes from the heap
+  const std::string path = file_with_a_hole(scratch, size);
+  if (path.empty()) GTEST_SKIP() << "no files with holes here";
+  fileio file;
+  ASSERT_TRUE(file.open(path));
+  EXPECT_TRUE(file.walk_blocks(size, 0, [&](std::span<std::byte> bytes, std::uint64_t) {
+    EXPECT_EQ(bytes.size(), size);
+    EXPECT_EQ(text_of(bytes.first(2)), std::string("a\0", 2));
+    EXPECT_EQ(text_of(bytes.last(2)), std::string("\0z", 2));
+    return true;
+  }));
+}
+
+TEST(fileio_output, text_of_any_length_arrives_in_order) {
+  const scratch_dir scratch;
+  fileio file;
+  ASSERT_TRUE(file.open(scratch.path("out"), open_mode::replace));
+  std::string expected;
+  {
+    fileio_output out(file.descriptor(), 16);
+    for (const std::size_t length : {0, 1, 15, 16, 17, 3, 100}) {
+      const std::string text(length, static_cast<char>('a' + length % 26));
+      out << text << '.';
+      expected += text + '.';
+    }
+    out << std::flush;
+    EXPECT_EQ(file_text(file.path()), expected);
+    out << "end";
+  }
+  EXPECT_EQ(file_text(file.path()), expected + "end");
+}
+
+TEST(fileio_output, short_writes_go_on) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  ASSERT_EQ(::fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);  // writes come short and fail with EAGAIN
+  std::string received;
+  std::thread reader([&] {
+    char buffer[5000];
+    for (ssize_t n; (n = ::read(ends[0], buffer, sizeof(buffer))) > 0;) {
+      received.append(buffer, static_cast<std::size_t>(n));
+    }
+  });
+  std::string expected;
+  {
+    fileio_output out(ends[1]);
+    for (int i = 0; i < 100'000; ++i) {
+      const std::string text = std::to_string(i) + '\n';
+      expected += text;
+      out << text;
+    }
+  }
+  ::close(ends[1]);
+  reader.join();
+  ::close(ends[0]);
+  EXPECT_EQ(received, expected);
+}
+
+TEST(fileio_output, an_error_makes_the_stream_bad_and_nothing_else) {
+  const int full = ::open("/dev/full", O_WRONLY);
+  if (full == -1) GTEST_SKIP() << "no /dev/full here";
+  {
+    fileio_output out(full, 16);
+    out << "some text" << std::flush;
+    EXPECT_TRUE(out.bad());
+    out << std::string(100, 'x') << std::flush;
+  }
+  ::close(full);
+}
+
+}  // namespace
+}  // namespace zanvik::uni
