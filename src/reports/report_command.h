@@ -15,25 +15,26 @@ namespace zanvik {
 inline constexpr std::uint64_t any_event_id = std::numeric_limits<std::uint64_t>::max();
 
 struct ReportCommand {
-  std::int32_t index = -1;                // position of the line in its list
+  std::int32_t index = -1;  // position of the line in its list
   std::uint64_t event_id = any_event_id;
-  std::vector<std::string> conditions;    // "field|substring" or "field"; all must hold
-  std::string name;                       // caption shown with each record
-  std::string log_path;                   // the log it is for, as it was named
+  std::vector<std::string> conditions;  // "field|substring" or "field"; all must hold
+  std::string name;                     // caption shown with each record
+  std::string log_path;                 // the log it is for, as it was named
   std::string type_filter;
   std::uint64_t log_reserved = 0;
   std::uint32_t record_base = 0;
-  std::string string_exists;              // a text that some value must hold
-  std::string level_condition;            // one more condition, of the same form
-  std::uint64_t start_time = 0;           // FILETIME, inclusive
+  std::string string_exists;     // a text that some value must hold
+  std::string level_condition;   // one more condition, of the same form
+  std::uint64_t start_time = 0;  // FILETIME, inclusive
   std::uint64_t stop_time = std::numeric_limits<std::uint64_t>::max();  // inclusive; 0 is none
-  bool emit = true;                       // a matching record is kept for output
-  bool all_data = false;                  // every field is a column
-  bool skip_system_fields = true;         // but the first "EventID" and "SystemTime"
+  bool emit = true;                // a matching record is kept for output
+  bool all_data = false;           // every field is a column
+  bool skip_system_fields = true;  // but the first "EventID" and "SystemTime"
   bool is_evt = false;
-  std::vector<std::string> pull;          // fields that are columns, in the order named
+  std::vector<std::string> pull;  // fields that are columns, in the order named
   std::map<std::string, std::string> translate_terms;
-  std::map<std::uint16_t, std::string> param_labels;  // stays empty; records look in it all the same
+  std::map<std::uint16_t, std::string>
+      param_labels;  // stays empty; records look in it all the same
   bool event_lookup = false;
   bool has_hist = false;
   std::vector<std::string> hist_fields;

@@ -1,12 +1,48 @@
 #include "run/run_reports.h"
 
 #include <iostream>
+#include <utility>
+
+#include "run/command_run.h"
+#include "support/diag.h"
 
 namespace zanvik {
+namespace {
+
+// One command for each event ID that was asked for, which by default is any.
+CommandSet listing_commands(const evt_output_options& options, const LogEntry& log) {
+  ReportCommand command;
+  command.all_data = true;
+  command.skip_system_fields = true;
+  command.log_path = log.path;
+  command.start_time = options.selection.start_time;
+  command.stop_time = options.selection.stop_time;
+  command.string_exists = options.selection.substring;
+  CommandSet set;
+  for (const std::uint64_t event_id : options.selection.event_ids) {
+    command.event_id = event_id;
+    set.emplace(log.path, command);
+  }
+  return set;
+}
+
+bool run_listing(evt_output_options& options) {
+  bool any_results = false;
+  for (const auto& [path, log] : options.log_table) {
+    const CommandSet set = listing_commands(options, log);
+    diag_line(options.trace, "analyzing: %s", path.c_str());
+    options.record_writer_first = true;
+    options.set_current_log(log);
+    any_results = run_command_set(set, options) || any_results;
+  }
+  return any_results;
+}
+
+}  // namespace
 
 bool run_reports(evt_output_options& options) {
   if (options.results_stream == nullptr) options.results_stream = &std::cout;
-  return false;
+  return options.all_records && run_listing(options);
 }
 
 }  // namespace zanvik

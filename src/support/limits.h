@@ -3,6 +3,7 @@
 // a word, like any other damage.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace zanvik::limits {
@@ -17,6 +18,10 @@ inline constexpr unsigned nesting_depth = 24;
 // multiple of the chunk's 65,536 bytes. Records that do not overlap consume each byte once or
 // twice; crafted ones could make every record read the rest of the block.
 
+// How far a chunk's records are followed from its start. Sizes lead out of a chunk only in damaged
+// logs; in a file that is one block of chunks, each could lead through all that follow.
+inline constexpr std::uint64_t record_walk_bytes = 4 * 65536;
+
 // Slot tables, descriptors and values: what is rendered and kept is at most 3 times this.
 inline constexpr std::int64_t slot_bytes_per_chunk = 4 * 65536;
 
@@ -30,5 +35,6 @@ inline constexpr std::int64_t body_bytes_per_chunk = 64 * 65536;
 
 // Decoded templates kept for the records of later chunks, by count; more starts the cache anew.
 inline constexpr std::size_t cached_layouts = 4096;
+inline constexpr std::size_t cached_layout_bytes = 16 << 20;  // of names and literal values
 
 }  // namespace zanvik::limits

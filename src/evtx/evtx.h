@@ -1,0 +1,56 @@
+// The way into this folder, which turns blocks of an .evtx file into decoded records.
+//
+//   evtx.h              the walk: blocks, chunks, record headers
+//   record_reader.h     one record, by the quick road (quick_records.h) or the plain one
+//   template_record.h   the plain road: slots (slot_table.h), bodies (bxml_decoder.h)
+//   value_text.h        typed values as text
+//   first_record.h      the text of a chunk's first record
+//
+// A reader knows no report: each decoded record goes to a sink, and tests, fuzzers and benchmarks
+// plug in there too. Damage is silent: a bad chunk, record or field costs that item, and the walk
+// goes on. No checksum is ever looked at.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "evtx/record_reader.h"
+#include "support/diag.h"
+
+namespace zanvik {
+
+class record_sink {
+ public:
+  virtual ~record_sink() = default;
+  // Takes a record; it and all it points to are valid during the call only.
+  virtual void on_record(record_fields& record) = 0;
+};
+
+// What a walk tells of its progress, and to whom.
+struct walk_progress {
+  const diag_trace* trace = nullptr;  // a line a record at level 2 and above; null for none
+  bool show_status = false;           // a status line now and then
+  std::string log_path;
+};
+
+enum class walk_result {
+  nothing,        // an empty block
+  not_evtx,       // it starts with neither signature: for the legacy reader
+  no_full_chunk,  // it ended before its first full chunk
+  walked,         // it ended behind its last full chunk
+};
+
+// Walks one block: a file header and the chunks behind it, or chunks alone; `base_offset` is its
+// offset in the file. Chunks are found by their position; one with a bad signature is skipped, and
+// an invalid record header ends its chunk. A block whose first chunk has lost its signature yields
+// nothing, although later chunks in it may be sound; that is meant.
+walk_result walk_evtx_block(std::span<const std::byte> block, std::uint64_t base_offset,
+                            record_reader& reader, record_sink& sink,
+                            const walk_progress& progress);
+
+// Whether a record header stands at `offset` of the block: signature, and size in its bounds.
+bool is_record_header(const byte_cursor& block, std::uint64_t offset);
+
+}  // namespace zanvik

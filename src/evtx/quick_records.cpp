@@ -1,0 +1,164 @@
+#include "evtx/quick_records.h"
+
+#include <cstring>
+#include <utility>
+
+#include "evtx/template_record.h"
+#include "evtx/value_text.h"
+
+namespace zanvik {
+namespace {
+
+// Appends the values of a slot table as slots; `type_33` is called for a nested one, with its
+// offset, and may append slots of its own. False as soon as the table is not an ordinary one.
+template <typename F>
+bool walk_table(const chunk_view& chunk, std::uint64_t table, bool children,
+                std::vector<record_slot>& slots, std::uint16_t& count_out, F&& nested) {
+  constexpr std::uint64_t least_bytes = 8;  // of a table, an empty one included
+  if (table > evtx_layout::chunk_bytes - least_bytes) return false;
+  const auto count = chunk.bytes.at<std::uint32_t>(table);
+  if (!count || *count > limits::slots_per_table) return false;
+  const auto descriptors = chunk.bytes.bytes_at(table + 4, 4 * std::uint64_t{*count});
+  if (descriptors.size() != 4u * *count) return false;
+  std::uint64_t value = table + 4 + descriptors.size();
+  const std::uint64_t begin = table;
+  for (std::uint32_t i = 0; i < *count; ++i) {
+    std::uint32_t word;
+    std::memcpy(&word, descriptors.data() + 4 * i, sizeof(word));
+    const auto size = static_cast<std::uint16_t>(word);
+    const auto type = static_cast<std::uint16_t>(word >> 16);
+    slots.push_back({static_cast<std::uint32_t>(value), size, type, 0,
+                     static_cast<std::uint16_t>(children ? i + 1 : 0)});
+    if (type == value_type::bxml && !nested(i, value)) return false;
+    value += size;
+    if (value >= evtx_layout::chunk_bytes) return false;  // cut, or as good as cut
+  }
+  count_out = static_cast<std::uint16_t>(*count);
+  // The values of a nested table are the nested slot's bytes; they are paid for once more here.
+  return work_budget::spend(chunk.budget->slot_bytes, value - begin);
+}
+
+std::size_t mixed(std::uint64_t value, std::size_t places) {
+  return static_cast<std::size_t>(value * 0x9e3779b97f4a7c15u >> 40) & (places - 1);
+}
+
+}  // namespace
+
+void quick_records::start_chunk() {
+  templates_.fill({});
+  known_layouts_.fill({});
+}
+
+// One place for each offset; another template that falls on it drives the first one out.
+quick_records::known_template& quick_records::place_of(std::uint32_t definition) {
+  return templates_[mixed(definition, places)];
+}
+
+const quick_records::known_template* quick_records::first_template(template_catalogue& catalogue,
+                                                                   const chunk_view& chunk,
+                                                                   std::uint64_t bxml,
+                                                                   const instance_head& head) {
+  known_template& place = place_of(head.definition);
+  if (place.definition == head.definition && place.ref) return &place;
+  const template_ref* ref =
+      resolve_first_reference(catalogue, chunk, bxml, head.template_id, head.definition);
+  const auto size =
+      chunk.bytes.at<std::uint32_t>(head.definition + evtx_layout::definition_size_at);
+  if (!ref || !size || !body_matches(chunk, *ref)) return nullptr;
+  place = {head.definition, *size, ref};
+  return &place;
+}
+
+// The nested template instance at `value` and the values behind it.
+bool quick_records::read_nested(template_catalogue& catalogue, const chunk_view& chunk,
+                                std::uint64_t value, std::vector<record_slot>& slots,
+                                layout_key& key) {
+  auto head = fragment_instance_at(chunk, value);
+  if (!head) head = bare_instance_at(chunk, value);
+  if (!head || head->definition > chunk.bound) return false;
+  known_template& place = place_of(head->definition);
+  if (place.definition != head->definition || !place.ref) {
+    const auto named = definition_at(chunk, head->definition, head->template_id);
+    if (!named) return false;
+    catalogue.add(*named);
+    const template_ref* ref = catalogue.find(named->guid);
+    if (!body_matches(chunk, *ref)) return false;
+    place = {head->definition, named->size_record, ref};
+  }
+  std::uint32_t first_of_guid;
+  std::memcpy(&first_of_guid, place.ref->guid.data(), sizeof(first_of_guid));
+  if (first_of_guid != head->template_id) return false;  // it names no template
+  std::uint64_t table = value + head->length;
+  if (head->definition == table) {
+    // User data is decoded where it stands and then by the catalogue: these must be the same.
+    if (place.ref->definition != head->definition) return false;
+    table += evtx_layout::definition_head_bytes + place.size_record;
+  }
+  key.second = place.ref->definition;
+  return walk_table(chunk, table, true, slots, key.children,
+                    [](std::uint32_t, std::uint64_t) { return false; });
+}
+
+bool quick_records::read_own_slots(template_catalogue& catalogue, const chunk_view& chunk,
+                                   std::uint64_t table, std::vector<record_slot>& slots,
+                                   layout_key& key) {
+  return walk_table(chunk, table, false, slots, key.slots,
+                    [&](std::uint32_t slot, std::uint64_t value) {
+                      if (key.second != 0) return false;  // a second nested template
+                      key.nested_slot = static_cast<std::uint16_t>(slot);
+                      return read_nested(catalogue, chunk, value, slots, key);
+                    });
+}
+
+const record_layout* quick_records::layout_for(const chunk_view& chunk, const layout_key& key) {
+  const std::uint64_t mix = key.first ^ key.second << 20 ^ std::uint64_t{key.slots} << 40 ^
+                            std::uint64_t{key.children} << 48;
+  known_layout& place = known_layouts_[mixed(mix, places)];
+  if (place.layout && place.key == key) return place.layout;
+  // The bodies are decoded over empty slots: their names do not depend on the values.
+  template_content content;
+  content.slots.resize(key.slots);
+  if (!decode_template_body(
+          chunk,
+          {key.first,
+           *chunk.bytes.at<std::uint32_t>(key.first + evtx_layout::definition_size_at),
+           {}},
+          content.slots, content.fields, nullptr)) {
+    return nullptr;
+  }
+  if (key.second != 0) {
+    std::vector<slot_entry>& children = content.slots[key.nested_slot].children;
+    children.resize(key.children);
+    field_map found;
+    const auto size =
+        chunk.bytes.at_or_zero<std::uint32_t>(key.second + evtx_layout::definition_size_at);
+    // Without children the body is not decoded and gives no fields.
+    if (!children.empty() &&
+        decode_template_body(chunk, {key.second, size, {}}, children, found, nullptr)) {
+      content.fields.merge(found);
+    }
+  }
+  record_layout layout;
+  std::vector<record_slot> unused_slots;
+  std::vector<slot_text> unused_texts;
+  flatten_content(std::move(content), unused_slots, unused_texts, layout);
+  place = {key, layouts_.intern(std::move(layout))};
+  return place.layout;
+}
+
+const record_layout* quick_records::read(template_catalogue& catalogue, const chunk_view& chunk,
+                                         std::uint64_t bxml, const instance_head& head,
+                                         std::vector<record_slot>& slots) {
+  slots.clear();
+  if (bxml > evtx_layout::chunk_bytes) return nullptr;
+  const known_template* known = first_template(catalogue, chunk, bxml, head);
+  if (!known) return nullptr;
+  std::uint64_t table = bxml + head.length;
+  if (head.definition == table) table += evtx_layout::definition_head_bytes + known->size_record;
+  layout_key key;
+  key.first = known->ref->definition;
+  if (!read_own_slots(catalogue, chunk, table, slots, key)) return nullptr;
+  return layout_for(chunk, key);
+}
+
+}  // namespace zanvik

@@ -1,0 +1,119 @@
+#include "evtx/record_reader.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "evtx/template_record.h"
+#include "support/qx_text.h"
+#include "support/qx_time_format.h"
+#include "support/qx_time_parse.h"
+
+namespace zanvik {
+
+void record_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
+                                std::uint64_t file_offset) {
+  budget_ = {};
+  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_};
+  catalogue_.read(chunk_);
+  layouts_.drop_if_full();
+  quick_records_.start_chunk();
+  record_.first_number =
+      chunk_.bytes.at_or_zero<std::uint64_t>(evtx_layout::first_logical_record_at);
+  record_.last_number = chunk_.bytes.at_or_zero<std::uint64_t>(evtx_layout::nth_logical_record_at);
+}
+
+record_fields* record_reader::read(std::uint64_t offset) {
+  read_header(offset);
+  const std::uint64_t bxml = offset + evtx_layout::record_header_bytes;
+  const auto head = fragment_instance_at(chunk_, bxml);
+  const bool good = head ? read_template(bxml, *head) : read_plain(bxml);
+  return good ? &record_ : nullptr;
+}
+
+void record_reader::read_header(std::uint64_t offset) {
+  const byte_cursor& bytes = chunk_.bytes;
+  record_.chunk = &chunk_;
+  record_.size = bytes.at_or_zero<std::uint32_t>(offset + 4);
+  record_.number = bytes.at_or_zero<std::uint64_t>(offset + 8);
+  record_.time_written = bytes.at_or_zero<std::uint64_t>(offset + 16);
+  record_.file_offset = chunk_.file_offset + offset;
+  record_.event_id = 0;
+  record_.slot_texts.clear();
+}
+
+bool record_reader::read_template(std::uint64_t bxml, const instance_head& head) {
+  if (head.definition > evtx_layout::chunk_bytes) return false;
+  record_.plain = false;
+  record_.time = record_.time_written;
+  record_.layout = quick_ ? quick_records_.read(catalogue_, chunk_, bxml, head, slots_) : nullptr;
+  if (!record_.layout) {
+    auto content = read_template_record(catalogue_, chunk_, bxml, head, nullptr);
+    if (!content) return false;
+    flatten_content(std::move(*content), slots_, record_.slot_texts, own_layout_);
+    record_.layout = layouts_.intern(std::move(own_layout_));
+  }
+  record_.slots = slots_;
+  if (record_.layout->event_id_slot >= 0) find_event_id();
+  return true;
+}
+
+void record_reader::find_event_id() {
+  const auto slot = static_cast<std::size_t>(record_.layout->event_id_slot);
+  const raw_value value = record_.value(slot);
+  if (value.type == value_type::uint16 && value.readable >= 2 && record_.slot_texts.empty()) {
+    std::uint16_t id;
+    std::memcpy(&id, value.data, sizeof(id));
+    record_.event_id = id;
+    return;
+  }
+  scratch_.clear();
+  append_slot_text(scratch_, record_, slot);
+  record_.event_id = static_cast<std::uint32_t>(std::atol(scratch_.c_str()));
+}
+
+// The header's time, which is when a collector wrote the record, as a field of its own.
+void record_reader::add_collector_time(field_map& fields) const {
+  std::string date;
+  std::string time;
+  (void)format_with_strings(date, time, qx::time(record_.time_written, qx::type_time::filetime),
+                            format_.date_format, format_.time_format);
+  fields.try_emplace("TimeCreated (Collector) UTC",
+                     field_value{value_type::filetime, date + " " + time, 0});
+}
+
+bool record_reader::read_plain(std::uint64_t bxml) {
+  bxml_cursor cursor{chunk_};
+  cursor.position = bxml;
+  cursor.budget = &budget_.plain_bytes;
+  field_map fields;
+  decode_bxml(nullptr, fields, cursor);
+  if (fields.empty()) return false;
+  const auto text_of = [&fields](std::string_view name) {
+    const auto exact = fields.find(name);
+    if (exact != fields.end()) return exact->second.text;
+    const auto found = std::find_if(fields.begin(), fields.end(), [name](const auto& field) {
+      return to_lower(field.first) == to_lower(name);
+    });
+    return found == fields.end() ? std::string() : found->second.text;
+  };
+  record_.plain = true;
+  record_.event_id = static_cast<std::uint32_t>(std::atol(text_of("EventID").c_str()));
+  record_.time = parse_iso8601(text_of("TimeCreated SystemTime"));
+  if (record_.time != 0) {
+    add_collector_time(fields);
+  } else {
+    record_.time = record_.time_written;
+  }
+  own_layout_ = {};
+  for (auto& [name, value] : fields) {
+    own_layout_.fields.push_back({name, value.type, std::move(value.text)});
+  }
+  slots_.clear();
+  record_.slots = slots_;
+  record_.layout = &own_layout_;
+  return true;
+}
+
+}  // namespace zanvik

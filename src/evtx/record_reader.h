@@ -1,0 +1,58 @@
+// From a record's header and binary XML to `record_fields`: records with a template by the quick
+// road or the plain one, records without by the token decoder.
+//
+// One reader serves a run. Per chunk it keeps the catalogue of templates and the chunk's work
+// budget; across chunks the layouts. The record it gives lives until the next one is read.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "evtx/layout_cache.h"
+#include "evtx/quick_records.h"
+#include "evtx/record_fields.h"
+#include "support/output_format.h"
+
+namespace zanvik {
+
+class record_reader {
+ public:
+  // `format` gives the form of a collector's time in records without a template; it must outlive
+  // the reader. `quick` false sends every record the plain way; the reference that tests compare
+  // with.
+  explicit record_reader(const output_format& format, bool quick = true)
+      : format_(format), quick_(quick), quick_records_(layouts_) {}
+  record_reader(const record_reader&) = delete;
+  record_reader& operator=(const record_reader&) = delete;
+
+  // Starts a chunk: `bytes` from its first byte to the end of the block, `bound` the size of the
+  // block, `file_offset` the chunk's.
+  void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
+                   std::uint64_t file_offset);
+  const chunk_view& chunk() const { return chunk_; }
+
+  // Reads the record at chunk offset `offset`, whose header is there. Null when nothing usable is
+  // in it.
+  record_fields* read(std::uint64_t offset);
+
+ private:
+  void read_header(std::uint64_t offset);
+  bool read_template(std::uint64_t bxml, const instance_head& head);
+  bool read_plain(std::uint64_t bxml);
+  void find_event_id();
+  void add_collector_time(field_map& fields) const;
+
+  const output_format& format_;
+  bool quick_;
+  chunk_view chunk_;
+  work_budget budget_;
+  template_catalogue catalogue_;
+  layout_cache layouts_;
+  quick_records quick_records_;
+  record_fields record_;
+  record_layout own_layout_;  // of a record without templates
+  std::vector<record_slot> slots_;
+  std::string scratch_;
+};
+
+}  // namespace zanvik

@@ -1,0 +1,194 @@
+#include "reports/record_keeper.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace zanvik {
+namespace {
+
+constexpr std::string_view null_text = "[null]";
+
+bool holds_mark(std::string_view text) {
+  return text.find_first_of(",|\r\n") != std::string_view::npos;
+}
+
+// The text of a value that has one in its place, on one line.
+std::string replaced_column_text(std::string text, const plan_value& value, bool& marked) {
+  if (value.one_line) std::erase(text, '\n');
+  const char* end =
+      clean_value_text(text.data(), text.data() + text.size(), value_form::all_data, marked);
+  text.resize(static_cast<std::size_t>(end - text.data()));
+  return text;
+}
+
+// Puts the head in front of a cell's text, which was written with one byte of room before it.
+char* finish_cell(char* cell, char* end, bool marked) {
+  char* const text = cell + 1;
+  const auto length = static_cast<std::size_t>(end - text);
+  constexpr std::size_t one_byte_lengths = 64;
+  if (length < one_byte_lengths) {
+    write_cell_head(cell, length, marked);
+    return end;
+  }
+  char head[max_cell_head];
+  const auto head_length = static_cast<std::size_t>(write_cell_head(head, length, marked) - head);
+  std::memmove(cell + head_length, text, length);
+  std::memcpy(cell, head, head_length);
+  return cell + head_length + length;
+}
+
+// Writes cells to memory that has room for them.
+class block_writer {
+ public:
+  block_writer(char* out, value_writer& writer) : out_(out), writer_(writer) {}
+
+  // Returns the text as it was written.
+  std::string_view add(const record_fields& record, const plan_value& value) {
+    bool marked = false;
+    char* const text = out_ + 1;
+    char* end;
+    if (const std::string* replaced = record.replaced_text(value.slot)) {
+      end = copy(text, replaced_column_text(*replaced, value, marked));
+    } else {
+      const raw_value raw = record.value(value.slot);
+      end = writer_.write(text, raw, value_form::all_data, marked);
+      if (end == text && value.null_if_empty && raw.type == value_type::binary) {
+        end = copy(text, null_text);
+      }
+    }
+    if (end - text == 1 && *text == ',') end = text;  // what a line break becomes
+    const auto length = static_cast<std::size_t>(end - text);
+    out_ = finish_cell(out_, end, marked);
+    return {out_ - length, length};
+  }
+
+  void add(std::string_view text) {
+    if (text == ",") text = {};
+    out_ = finish_cell(out_, copy(out_ + 1, text), holds_mark(text));
+  }
+
+  char* end() const { return out_; }
+
+ private:
+  static char* copy(char* out, std::string_view text) {
+    if (!text.empty()) std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+  }
+
+  char* out_;
+  value_writer& writer_;
+};
+
+std::size_t cell_bound(const record_fields& record, std::size_t slot) {
+  if (const std::string* replaced = record.replaced_text(slot)) {
+    return replaced->size() + max_cell_head;
+  }
+  return value_text_bound(record.value(slot)) + max_cell_head;
+}
+
+}  // namespace
+
+void record_keeper::keep(const record_fields& record) {
+  if (generation_ != records_.generation()) {
+    generation_ = records_.generation();
+    plans_.clear();
+    description_ = records_.intern_text(command_.name);
+    log_path_ = records_.intern_text(command_.log_path);
+    last_provider_ = records_.intern_text({});
+  }
+  LogRecord kept = head_of(record);
+  if (!command_.all_data) {
+    // No columns.
+  } else if (record.layout->id == 0) {
+    keep_plain(record, kept);
+  } else {
+    const column_plan& plan = plan_for(record);
+    kept.shape = plan.shape;
+    kept.level = plan.level;
+    kept.provider = provider_of(record, plan);
+    kept.values = write_block(record, plan, kept);
+  }
+  records_.add(kept);
+}
+
+LogRecord record_keeper::head_of(const record_fields& record) {
+  LogRecord kept;
+  kept.report_entry_id = command_.index;
+  kept.time = record.time;
+  kept.event_id = record.event_id;
+  kept.record_number = record.number;
+  kept.file_offset = record.file_offset;
+  kept.description = description_;
+  kept.extra_text = log_path_;
+  const bool inside = record.number >= record.first_number && record.number <= record.last_number;
+  kept.flags = inside ? record_inside_range : record_outside_range;
+  if (record.plain || record.in_slack) kept.flags |= record_plain_or_slack;
+  return kept;
+}
+
+const column_plan& record_keeper::plan_for(const record_fields& record) {
+  const auto known = plans_.find(record.layout->id);
+  if (known != plans_.end()) return known->second;
+  column_plan plan = plan_all_data(record, command_.skip_system_fields, records_);
+  if (!plan.reusable) return own_plan_ = std::move(plan);
+  if (plans_.size() >= limits::cached_layouts) plans_.clear();
+  return plans_.emplace(record.layout->id, std::move(plan)).first->second;
+}
+
+const std::string* record_keeper::provider_of(const record_fields& record,
+                                              const column_plan& plan) {
+  if (plan.provider) return plan.provider;
+  scratch_.clear();
+  append_value_text(scratch_, record.value(static_cast<std::size_t>(plan.provider_slot)),
+                    value_form::all_data);
+  if (*last_provider_ != scratch_) last_provider_ = records_.intern_text(scratch_);
+  return last_provider_;
+}
+
+const char* record_keeper::write_block(const record_fields& record, const column_plan& plan,
+                                       LogRecord& kept) {
+  std::size_t bound = 0;
+  for (const plan_value& value : plan.values) bound += cell_bound(record, value.slot);
+  char* const block = records_.arena().reserve(bound);
+  block_writer writer(block, writer_);
+  for (std::size_t i = 0; i < plan.values.size(); ++i) {
+    const std::string_view text = writer.add(record, plan.values[i]);
+    if (static_cast<std::ptrdiff_t>(i) == plan.level_value) kept.level = level_from_text(text);
+  }
+  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
+  return block;
+}
+
+// A record without templates has its fields as values; only their names are shared.
+void record_keeper::keep_plain(const record_fields& record, LogRecord& kept) {
+  std::vector<const layout_field*> columns;
+  bool event_id_dropped = !command_.skip_system_fields;
+  bool system_time_dropped = !command_.skip_system_fields;
+  std::size_t bound = 0;
+  record_shape shape;
+  for (const layout_field& field : record.layout->fields) {
+    if (field.name == "Provider Name") {
+      kept.provider = records_.intern_text(field.text);
+    } else if (!event_id_dropped && field.name == "EventID") {
+      event_id_dropped = true;
+    } else if (!system_time_dropped && field.name == "SystemTime") {
+      system_time_dropped = true;
+    } else {
+      if (field.name == "Level") kept.level = level_from_text(field.text);
+      columns.push_back(&field);
+      shape.columns.push_back({field.name, false, {}});
+      bound += field.text.size() + max_cell_head;
+    }
+  }
+  shape.value_count = columns.size();
+  kept.shape = records_.intern_shape(std::move(shape));
+  char* const block = records_.arena().reserve(bound);
+  block_writer writer(block, writer_);
+  for (const layout_field* field : columns) writer.add(field->text);
+  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
+  kept.values = block;
+}
+
+}  // namespace zanvik

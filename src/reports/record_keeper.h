@@ -1,0 +1,43 @@
+// Fills `LogRecord`s from decoded .evtx records and puts them into the run's container: the values
+// of a record are rendered once, straight into the container's memory, in the order of its columns.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+#include "evtx/value_text.h"
+#include "reports/column_plan.h"
+#include "reports/report_command.h"
+
+namespace zanvik {
+
+// Keeps the records of one command. The command and the container must outlive it.
+class record_keeper {
+ public:
+  record_keeper(const ReportCommand& command, record_container& records)
+      : command_(command), records_(records) {}
+
+  // Adds the record, which the command has selected.
+  void keep(const record_fields& record);
+
+ private:
+  const column_plan& plan_for(const record_fields& record);
+  void keep_plain(const record_fields& record, LogRecord& kept);
+  const char* write_block(const record_fields& record, const column_plan& plan, LogRecord& kept);
+  const std::string* provider_of(const record_fields& record, const column_plan& plan);
+  LogRecord head_of(const record_fields& record);
+
+  const ReportCommand& command_;
+  record_container& records_;
+  std::uint64_t generation_ = 0;  // of the container, for which what follows holds
+  const std::string* description_ = nullptr;
+  const std::string* log_path_ = nullptr;
+  const std::string* last_provider_ = nullptr;
+  std::unordered_map<std::uint64_t, column_plan> plans_;  // by layout id
+  column_plan own_plan_;                                  // of one record
+  value_writer writer_;
+  std::string scratch_;
+};
+
+}  // namespace zanvik

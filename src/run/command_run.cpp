@@ -1,0 +1,92 @@
+#include "run/command_run.h"
+
+#include <iostream>
+#include <limits>
+#include <vector>
+
+#include "evtx/evtx.h"
+#include "output/write_records.h"
+#include "reports/evtx_selector.h"
+#include "support/fileio.h"
+
+namespace zanvik {
+namespace {
+
+// A log above this size is written in runs of this many records, each sorted within itself.
+constexpr std::uint64_t large_log_bytes = 0x10000000;
+constexpr std::size_t large_log_flush = 200000;
+
+// The walk of one log by the commands that are for it.
+class log_walk {
+ public:
+  log_walk(const std::vector<ReportCommand>& commands, evt_output_options& options)
+      : options_(options),
+        reader_(options.format),
+        selector_(commands, records_),
+        progress_{&options.trace, options.show_status, options.current_log_path} {}
+
+  // Returns whether the log was walked to its end.
+  bool run(const std::string& path) {
+    uni::fileio log;
+    if (!log.open(path)) return false;
+    const std::uint64_t size = log.get_size();
+    if (size > large_log_bytes) flush_limit_ = large_log_flush;
+    const bool is_evtx = has_evtx_signature(log);
+    const std::uint64_t first_offset = is_evtx ? evtx_layout::file_header_bytes : 0;
+    std::uint64_t block_bytes = is_evtx ? evtx_layout::block_bytes : size;
+    constexpr std::uint64_t four_gib = std::uint64_t{1} << 32;
+    if (size < four_gib && size <= block_bytes) block_bytes = size - first_offset;
+    const bool walked = log.walk_blocks(block_bytes, first_offset,
+                                        [this](std::span<std::byte> block, std::uint64_t offset) {
+                                          walk_block(block, offset);
+                                          return true;
+                                        });
+    if (walked && !records_.empty()) write_results();
+    return walked;
+  }
+
+ private:
+  static bool has_evtx_signature(uni::fileio& log) {
+    std::byte head[256];
+    std::size_t count = sizeof(head);
+    if (!log.read_raw(head, count, 0)) return false;
+    return byte_cursor(std::span(head, count)).at<std::uint64_t>(0) == evtx_layout::file_signature;
+  }
+
+  void walk_block(std::span<std::byte> block, std::uint64_t offset) {
+    walk_evtx_block(block, offset, reader_, selector_, progress_);
+    if (records_.size() < flush_limit_) return;
+    write_results();
+    *options_.results_stream << '\n';
+  }
+
+  void write_results() {
+    const write_context context{options_.current_log_channel, options_.inc_slack,
+                                options_.show_offsets};
+    write_records(*options_.results_stream, records_, options_.format, context);
+    records_.clear();
+  }
+
+  evt_output_options& options_;
+  record_container records_;
+  record_reader reader_;
+  evtx_selector selector_;
+  walk_progress progress_;
+  std::size_t flush_limit_ = std::numeric_limits<std::size_t>::max();
+};
+
+}  // namespace
+
+bool run_command_set(const CommandSet& set, evt_output_options& options) {
+  if (options.results_stream == nullptr) options.results_stream = &std::cout;
+  bool walked = false;
+  for (auto group = set.begin(); group != set.end(); group = set.upper_bound(group->first)) {
+    std::vector<ReportCommand> commands;
+    const auto [first, last] = set.equal_range(group->first);
+    for (auto command = first; command != last; ++command) commands.push_back(command->second);
+    walked = log_walk(commands, options).run(commands.front().log_path);
+  }
+  return walked;
+}
+
+}  // namespace zanvik

@@ -1,0 +1,15 @@
+// Runs the commands of a report over their logs: opens each log, reads it block by block, and hands
+// the records that were selected to the writers.
+#pragma once
+
+#include "reports/report_command.h"
+#include "run/evt_output_options.h"
+
+namespace zanvik {
+
+// Runs the commands of each log in `set`, log by log in order of their keys. A log that cannot be
+// opened or read is passed over without a word. Returns true when the last log was walked to its
+// end.
+bool run_command_set(const CommandSet& set, evt_output_options& options);
+
+}  // namespace zanvik
