@@ -26,9 +26,9 @@ struct program_run {
 };
 
 struct run_setup {
-  std::string input;
-  std::string folder;  // working folder; empty: the test's
-  int out_fd = -1;     // standard output, if it is not to be caught
+  std::string input{};
+  std::string folder{};  // working folder; empty: the test's
+  int out_fd = -1;       // standard output, if it is not to be caught
 };
 
 // In the child: `target` becomes the file at `path`, or `fd` when that is one.

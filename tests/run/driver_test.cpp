@@ -1,0 +1,149 @@
+// Whole runs of the built program: exit status and what it says on both outputs.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "program_run.h"
+
+namespace zanvik::testing {
+namespace {
+
+const std::string head = "\"cmdline:zanvik ver: 0.65; zanvik";
+
+TEST(driver, help_in_any_place_is_all_that_happens) {
+  const scratch_dir scratch;
+  const std::string usage = run_zanvik({}).err;
+  EXPECT_TRUE(
+      usage.starts_with("zanvik ver: 0.65\n\nUsage:\n\n  zanvik -log \"log1 | log2 | ..\"  "))
+      << usage;
+  EXPECT_NE(usage.find("= log2timeline output \n"), std::string::npos);
+  EXPECT_NE(usage.find("= sleuthkit output \n"), std::string::npos);
+  EXPECT_TRUE(usage.ends_with("= incl any records from slack as well\n\n")) << usage;
+  const std::string out = scratch.path("results");
+  for (const char* word : {"-h", "-HELP", "/?", "--help"}) {
+    const auto run = run_zanvik({"-out", out, "-log", "a.evtx", word});
+    EXPECT_EQ(run.status, 0) << word;
+    EXPECT_EQ(run.err, usage) << word;
+    EXPECT_EQ(run.out, "") << word;
+    EXPECT_EQ(::access(out.c_str(), F_OK), -1) << word;
+  }
+}
+
+TEST(driver, what_ends_a_run_before_it_starts) {
+  struct row {
+    const char* reason;
+    std::vector<std::string> args;
+    int status;
+    std::string out;
+    std::string err;  // without what erases the status line
+  };
+  const std::string no_log = "need to specify a log file, via the -log <event log> option";
+  const row rows[] = {
+      {"no log", {"-csv"}, 0, head + " -csv\"\n\n", no_log},
+      {"an unknown word is none", {"a.evtx"}, 0, head + " a.evtx\"\n\n", no_log},
+      {"an option in the last place", {"-log"}, 0, head + " -log\"\n\n", no_log},
+      {"-createlog",
+       {"-createlog", "x", "-log", "y"},
+       0,
+       head + " -createlog x -log y\"\n\n",
+       "Option is not available"},
+      {"no folder for the statistics",
+       {"-log", "y", "-stats", "no/such/f"},
+       0,
+       head + " -log y -stats no/such/f\"\n\n",
+       "prob creating stats file: no/such/f, aborting"},
+      {"results file",
+       {"-log", "a b", "-out", "no/such/f"},
+       255,
+       head + " -log 'a b' -out no/such/f\"\n",
+       "prob opening file no/such/f for output, aborting"},
+      {"not in this build",
+       {"-sqlite", "x"},
+       255,
+       head + " -sqlite x\"\n",
+       "This option is not offered in this build"},
+      {"odd aliases",
+       {"-alias", "a"},
+       255,
+       head + " -alias a\"\n",
+       "imbalanced alias to true pathfiles, aborting"},
+      {"no date", {"-cmd_start_time", "x"}, 255, head + " -cmd_start_time x\"\n", ""},
+      {"messages share a line",
+       {"-dateformat", "x", "-timeformat", "y"},
+       0,
+       head + " -dateformat x -timeformat y\"\n\n",
+       "invalid x, using default formatinvalid y, using default format" + no_log},
+  };
+  for (const row& r : rows) {
+    const scratch_dir scratch;
+    const auto run = run_zanvik(r.args, {.folder = scratch.path("")});
+    EXPECT_EQ(run.status, r.status) << r.reason;
+    EXPECT_EQ(run.out, r.out) << r.reason;
+    EXPECT_EQ(without_erasing(run.err), r.err) << r.reason;
+  }
+}
+
+TEST(driver, piped_names_are_told_in_the_identification) {
+  EXPECT_EQ(run_zanvik({"-PIPE", "-quiet"}).out,
+            "\"cmdline:zanvik ver: 0.65; <filelist> ... | zanvik -PIPE -quiet\"\n\n");
+}
+
+TEST(driver, results_and_statistics_begin_with_the_identification) {
+  const scratch_dir scratch;
+  scratch.write("r", "earlier and far longer results than the identification line of this run");
+  const auto run = run_zanvik({"-log", "lost", "-out", "r", "-append", "-stats", "s", "-quiet"},
+                              {.folder = scratch.path("")});
+  const std::string line = head + " -log lost -out r -append -stats s -quiet\"\n";
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_EQ(file_text(scratch.path("r")), line + "\n");
+  EXPECT_EQ(file_text(scratch.path("s")).substr(0, line.size()), line);
+}
+
+TEST(driver, statistics_that_cannot_be_made_are_done_without) {
+  const scratch_dir scratch;
+  ASSERT_EQ(::mkdir(scratch.path("s").c_str(), 0700), 0);
+  const auto run =
+      run_zanvik({"-log", "lost", "-stats", "s", "-quiet"}, {.folder = scratch.path("")});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+}
+
+TEST(driver, quiet_leaves_the_status_line_alone) {
+  EXPECT_EQ(run_zanvik({"-log", "lost", "-quiet"}).err, "");
+  EXPECT_NE(run_zanvik({"-log", "lost"}).err, "");
+  EXPECT_EQ(without_erasing(run_zanvik({"-log", "lost"}).err), "");
+}
+
+TEST(driver, run_time_goes_to_standard_error_or_to_the_trace) {
+  const scratch_dir scratch;
+  const run_setup setup = {.folder = scratch.path("")};
+  const std::string told = run_zanvik({"-log", "lost", "-quiet", "-profile"}, setup).err;
+  EXPECT_TRUE(told.starts_with("->") && told.ends_with(" secs\n")) << told;
+  EXPECT_EQ(run_zanvik({"-log", "lost", "-quiet", "-diags", "t"}, setup).err, "");
+  const std::string trace = file_text(scratch.path("t"));
+  EXPECT_TRUE(trace.starts_with("->zanvik -log lost -quiet -diags t\n")) << trace;
+  EXPECT_TRUE(trace.ends_with(" secs")) << trace;
+}
+
+TEST(driver, output_that_nobody_takes_is_swallowed) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  ::close(ends[0]);
+  EXPECT_EQ(run_zanvik({"-log", "lost"}, {.out_fd = ends[1]}).status, 0);
+  ::close(ends[1]);
+}
+
+TEST(driver, nothing_that_is_named_as_a_log_stops_the_run) {
+  const scratch_dir scratch;
+  ASSERT_EQ(::mkfifo(scratch.path("fifo").c_str(), 0600), 0);
+  ASSERT_EQ(::mkdir(scratch.path("folder").c_str(), 0700), 0);
+  scratch.write("empty", "");
+  const auto run =
+      run_zanvik({"-log", "fifo|folder|empty|/dev/zero|\xff|" + std::string(9000, 'x')},
+                 {.folder = scratch.path("")});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out.substr(run.out.find('\n')), "\n\n");
+}
+
+}  // namespace
+}  // namespace zanvik::testing

@@ -1,0 +1,234 @@
+// What the option passes make of a command line.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+#include "run/evt_output_options.h"
+#include "scratch_dir.h"
+
+namespace zanvik {
+namespace {
+
+using testing::file_text;
+using testing::scratch_dir;
+
+constexpr std::uint64_t all_ones = std::numeric_limits<std::uint64_t>::max();
+
+// Parses the words behind a program name; the words that nobody took are left in it.
+struct parsed {
+  explicit parsed(argument_list words) : list(std::move(words)) {
+    list.insert(list.begin(), "/bin/zanvik.real");
+    goes_on = options.parse_log_options(list, "ver: 0.65", "title");
+  }
+  argument_list list;
+  evt_output_options options;
+  bool goes_on = false;
+};
+
+// The shape of results in short: form, separator, its character and substitute, three flags.
+std::string shape(const output_format& format) {
+  std::string text;
+  if (format.output_csv) text += "csv ";
+  if (format.output_csvgen) text += "csvgen ";
+  if (format.output_l2t) text += "l2t ";
+  if (format.output_bodyfile) text += "bodyfile ";
+  if (format.output_xml) text += "xml ";
+  if (format.output_multiline) text += "multiline ";
+  const auto character = [](char c) { return c == 0 ? std::string("0") : std::string(1, c); };
+  text += "[" + format.csv_separator + "] " + character(format.separator_char) +
+          character(format.separator_substitute);
+  if (format.no_whitespace) text += " tight";
+  if (!format.pad_fields) text += " unpadded";
+  if (!format.row_form) text += " no rows";
+  return text;
+}
+
+TEST(options, shape_of_results) {
+  struct row {
+    const char* reason;
+    argument_list words;
+    const char* shape;
+  };
+  const row rows[] = {
+      {"default", {}, "csv [ | ] |;"},
+      {"any case", {"-CSV"}, "csv [,] ,; tight"},
+      {"no abbreviation", {"-cs"}, "csv [ | ] |;"},
+      {"paired date and time keep the blanks", {"-csv", "-pair_datetime"}, "csv [,] ,;"},
+      {"bodyfile beats csv in either order", {"-bodyfile", "-csv"}, "bodyfile [|] |; tight"},
+      {"multiline beats all",
+       {"-multiline", "-xml", "-bodyfile", "-csvl2t", "-csvgen"},
+       "multiline [] 00 tight"},
+      {"xml has no rows", {"-xml"}, "xml [] 00 no rows"},
+      {"timeline", {"-csvl2t"}, "l2t [,] ,;"},
+      {"tab in any case", {"-csv_separator", "TAB"}, "csv [\t] 00"},
+      {"tab as an escape", {"-csv_separator", "\\t"}, "csv [\t] 00"},
+      {"a comma becomes a semicolon", {"-csv_separator", ","}, "csv [,] ,;"},
+      {"a bar before a comma", {"-csv_separator", ",|"}, "csv [,|] |;"},
+      {"another text replaces nothing", {"-csv_separator", "~"}, "csv [~] 00"},
+      {"no blanks", {"-no_whitespace"}, "csv [|] |; tight unpadded"},
+      {"quoted", {"-enable_quoted_csv_fields"}, "csv [|] 0; unpadded"},
+      {"quoting keeps a tab whole",
+       {"-csv_separator", " \t", "-enable_quoted_csv_fields"},
+       "csv [ \t] 00 unpadded"},
+  };
+  for (const row& r : rows) {
+    const parsed line(r.words);
+    EXPECT_TRUE(line.goes_on) << r.reason;
+    EXPECT_EQ(shape(line.options.format), r.shape) << r.reason;
+  }
+}
+
+TEST(options, formats_are_taken_by_their_length) {
+  struct row {
+    argument_list words;
+    const char* date;
+    const char* time;
+    unsigned digits;
+  };
+  const row rows[] = {
+      {{"-dateformat", "MM/DD/YY"}, "mm/dd/yy", "hh:mm:ss.xxx", 3},
+      {{"-dateformat", "dd-mmm-yyyy"}, "yyyy-mm-dd", "hh:mm:ss.xxx", 3},  // 11 characters
+      {{"-timeformat", "hh:mm:ss.xxxxxxxxx"}, "yyyy-mm-dd", "hh:mm:ss.xxxxxxxxx", 9},
+      {{"-timeformat", "hh:mm:ss.xxxxxxxxxxxx"}, "yyyy-mm-dd", "hh:mm:ss.xxx", 3},
+      {{"-timeformat", "hh:mm:ss"}, "yyyy-mm-dd", "hh:mm:ss", 0},
+      {{"-timeformat", "hh-mm-ss"}, "yyyy-mm-dd", "hh:mm:ss.xxx", 3},  // no colon
+  };
+  for (const row& r : rows) {
+    const parsed line(r.words);
+    EXPECT_TRUE(line.goes_on);
+    EXPECT_EQ(line.options.format.date_format, r.date) << r.words[1];
+    EXPECT_EQ(line.options.format.time_format, r.time) << r.words[1];
+    EXPECT_EQ(line.options.format.descriptor.fraction_digits(), r.digits) << r.words[1];
+  }
+}
+
+TEST(options, selection_of_records) {
+  struct row {
+    const char* reason;
+    argument_list words;
+    std::vector<std::uint64_t> event_ids;
+    std::uint64_t start_time, stop_time;
+  };
+  constexpr std::uint64_t march_first = 129750336000000000;  // 2012-03-01 00:00 UTC
+  const row rows[] = {
+      {"any", {}, {all_ones}, 0, all_ones},
+      {"commas", {"-eventid", "4624, 0x10"}, {4624, 16}, 0, all_ones},
+      {"bars", {"-eventid", "o17|7"}, {15, 7}, 0, all_ones},
+      {"blanks", {"-eventid", "1 2"}, {1, 2}, 0, all_ones},
+      {"a comma is looked for first", {"-eventid", "1,2|3"}, {1, 2}, 0, all_ones},
+      {"what does not read is left out", {"-eventid", "a,5"}, {5}, 0, all_ones},
+      {"nothing that reads selects nothing", {"-eventid", "a"}, {}, 0, all_ones},
+      {"only the first option counts", {"-eventid", "1", "-eventid", "2"}, {1}, 0, all_ones},
+      {"times",
+       {"-start_time", "03/01/2012", "-stop_time", "3/1/12 00:00:01"},
+       {all_ones},
+       march_first,
+       march_first + 10'000'000},
+      {"no such date", {"-start_time", "13/45/2012"}, {all_ones}, 0, all_ones},
+  };
+  for (const row& r : rows) {
+    const parsed line(r.words);
+    EXPECT_EQ(line.options.selection.event_ids, r.event_ids) << r.reason;
+    EXPECT_EQ(line.options.selection.start_time, r.start_time) << r.reason;
+    EXPECT_EQ(line.options.selection.stop_time, r.stop_time) << r.reason;
+  }
+}
+
+TEST(options, record_numbers_open_a_range) {
+  struct row {
+    argument_list words;
+    bool on;
+    std::vector<std::uint64_t> ids;
+    std::uint64_t start, stop;
+  };
+  const row rows[] = {
+      {{}, false, {}, 0, 0},
+      {{"-rec_id", "7|9"}, true, {7, 9}, 0, 0},
+      {{"-rec_start", "0x100000000"}, true, {}, 0x100000000, all_ones},
+      {{"-rec_stop", "9", "-rec_start", "3"}, true, {}, 3, 9},
+      {{"-rec_stop", "9"}, true, {}, 0, 9},
+  };
+  for (const row& r : rows) {
+    const selection_options& found = parsed(r.words).options.selection;
+    EXPECT_EQ(found.record_range_on, r.on);
+    EXPECT_EQ(found.record_ids, r.ids);
+    EXPECT_EQ(found.record_start, r.start);
+    EXPECT_EQ(found.record_stop, r.stop);
+  }
+}
+
+TEST(options, reports_and_a_command_file_end_the_plain_listing) {
+  const parsed plain({"-allparams"});
+  EXPECT_TRUE(plain.options.all_records);
+  EXPECT_FALSE(plain.options.allparams) << "counts with -bodyfile only";
+  EXPECT_EQ(plain.list.size(), 2u);
+  const parsed reports({"-usb", "-PW", "-bodyfile", "-allparams"});
+  EXPECT_FALSE(reports.options.all_records);
+  EXPECT_TRUE(reports.options.reports.pw && reports.options.reports.usb);
+  EXPECT_FALSE(reports.options.reports.time || reports.options.reports.partition_metadata);
+  EXPECT_TRUE(reports.options.allparams);
+  EXPECT_FALSE(parsed({"-cmdfile", "f"}).options.all_records);
+}
+
+TEST(options, fields_to_count_need_a_statistics_file) {
+  EXPECT_TRUE(parsed({"-hist", "a|b"}).options.hist_fields.empty());
+  const parsed line({"-hist", "a | b", "-stats", "f"});
+  EXPECT_TRUE(line.options.stats_on);
+  EXPECT_EQ(line.options.hist_fields, (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(options, aliases_come_in_pairs) {
+  const parsed line({"-alias", "C:\\A.evtx | one", "-aliaspath", "/Logs/|/shown/|\"\"|all"});
+  EXPECT_EQ(line.options.format.alias_files,
+            (std::map<std::string, std::string>{{"c:\\a.evtx", "one"}}));
+  EXPECT_EQ(line.options.format.alias_paths,
+            (std::map<std::string, std::string>{{"/logs", "/shown"}, {"*", "all"}}));
+  EXPECT_FALSE(parsed({"-alias", "a|b|c"}).goes_on);
+  EXPECT_FALSE(parsed({"-aliaspath", "a"}).goes_on);
+}
+
+TEST(options, words_without_meaning_are_swallowed_with_their_values) {
+  const parsed line({"-gzip", "-threads", "-zlibex", "-cpu", "4", "-separate_files", "-outdir",
+                     "-pipe", "-verbose", "-v", "word", "-quiet"});
+  EXPECT_EQ(line.list, (argument_list{"/bin/zanvik.real", "-v", "word"}));
+  EXPECT_FALSE(line.options.walk.pipe) << "it was the value of another option";
+  EXPECT_FALSE(line.options.show_status);
+  EXPECT_EQ(line.options.program_name, "zanvik");
+}
+
+TEST(options, a_stream_run) {
+  const parsed line({"-enumdir", "/cases", "-num_subdirs", "0x10", "-profile"});
+  EXPECT_TRUE(line.options.walk.is_stream_run());
+  EXPECT_EQ(line.options.walk.enum_dir, "/cases");
+  EXPECT_EQ(line.options.walk.num_subdirs, 16);
+  EXPECT_TRUE(line.options.profile);
+}
+
+TEST(options, the_results_file_is_probed_and_gone) {
+  const scratch_dir scratch;
+  const std::string path = scratch.write("old.txt", "earlier results");
+  EXPECT_TRUE(parsed({"-append", "-out", path}).goes_on);
+  EXPECT_EQ(::access(path.c_str(), F_OK), -1) << "-append saves nothing";
+  EXPECT_TRUE(parsed({"-append", "-outfile", path}).goes_on);
+  EXPECT_TRUE(parsed({"-out", "/dev/null"}).goes_on);
+  EXPECT_EQ(::access("/dev/null", F_OK), 0) << "what is no file stays";
+  EXPECT_EQ(parsed({"-out", "/dev\\null"}).options.out_file, "/dev/null");
+  EXPECT_FALSE(parsed({"-out", scratch.path("no/folder")}).goes_on);
+  EXPECT_FALSE(parsed({"-out", ""}).goes_on);
+}
+
+TEST(options, the_trace_begins_with_the_command_line) {
+  const scratch_dir scratch;
+  const std::string path = scratch.path("trace");
+  const parsed line({"-diags", path, "-l3", "a b"});
+  EXPECT_EQ(line.options.trace.diag_level, 3);
+  EXPECT_EQ(file_text(path), "->/bin/zanvik.real -diags " + path + " -l3 \"a b\"\n");
+  EXPECT_EQ(parsed({"-l3", "-l2"}).options.trace.diag_level, 2);
+  const parsed lost({"-diags", scratch.path("no/folder")});
+  EXPECT_TRUE(lost.goes_on);
+  EXPECT_FALSE(lost.options.trace.diags_on);
+}
+
+}  // namespace
+}  // namespace zanvik
