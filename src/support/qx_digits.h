@@ -21,13 +21,6 @@ inline char* write_two_digits(char* out, std::uint32_t value) {
   return out + 2;
 }
 
-// Exactly `width` digits: the last of `value`, filled with zeros in front.
-inline char* write_digits(char* out, std::uint64_t value, unsigned width) {
-  for (unsigned i = width; i > 0; --i, value /= 10)
-    out[i - 1] = static_cast<char>('0' + value % 10);
-  return out + width;
-}
-
 // Decimal digits, filled with zeros to `min_width` and never cut; at most 20 bytes or `min_width`.
 char* write_decimal(char* out, std::uint64_t value, unsigned min_width = 1);
 

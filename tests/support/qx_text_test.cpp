@@ -1,0 +1,171 @@
+// Case, blanks, replacing, line-end marks, search without case, and splitting.
+#include "support/qx_text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/qx_split.h"
+
+namespace zanvik {
+namespace {
+
+using texts = std::vector<std::string>;
+
+TEST(qx_text, trimming) {
+  const struct {
+    std::string text, left;
+    bool result;
+  } rows[] = {
+      {" \t a b\r\n", "a b", true},
+      {"ab", "ab", true},
+      {"  ", "", false},  // nothing left is false
+      {"", "", false},
+  };
+  for (const auto& row : rows) {
+    std::string text = row.text;
+    EXPECT_EQ(trim_blanks(text), row.result) << row.text;
+    EXPECT_EQ(text, row.left);
+    EXPECT_EQ(trimmed(row.text), row.left);
+  }
+}
+
+TEST(qx_text, replacing) {
+  std::string text = "aAbA-\r\n\n";
+  replace_char(text, 'a', '.', false);
+  EXPECT_EQ(text, ".AbA-\r\n\n");
+  replace_char(text, 'a', '.', true);
+  EXPECT_EQ(strip_line_ends(text), 3u);
+  EXPECT_EQ(remove_char(text, '.'), 3u);
+  EXPECT_EQ(text, "b-");
+  std::string hit = "One TWO two";
+  EXPECT_FALSE(replace_first(hit, "Two", "3", false));
+  EXPECT_TRUE(replace_first(hit, "Two", "3", true));  // the rest keeps its case
+  EXPECT_EQ(hit, "One 3 two");
+  EXPECT_FALSE(replace_first(hit, "", "x", true));
+}
+
+TEST(qx_text, line_end_marks) {
+  const struct {
+    std::string text, marked;
+  } rows[] = {
+      {"a\r\nb\n", "a[CRLF]b[LF]"},
+      {"a\rb\nc", "a\rb[LF]c"},  // beside an LF a lone CR stays
+      {"a\rb\r", "a[CR]b[CR]"},
+      {"\n\ra", "[LFCR]a"},
+      {"a\n\r\nb", "a[LFCR][CRLF]b"},  // the CR belongs to both, and is there once
+      {"\r\n\r\n", "[CRLF][CRLF]"},
+      {"\r\r\nx", "\r[CRLF]x"},
+      {"\n", "[LF]"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(mark_line_ends(row.text), row.marked);
+}
+
+// The plain way: lower-cased copies and a substring search.
+bool contains_plainly(const std::string& haystack, const std::string& needle) {
+  return to_lower(haystack).find(to_lower(needle)) != std::string::npos;
+}
+
+TEST(qx_text, search_without_case_agrees_with_the_plain_one) {
+  // Every place in texts around the block size, decoys of the first letter in front and behind.
+  for (std::size_t size = 0; size <= 40; ++size) {
+    for (std::size_t at = 0; at <= size; ++at) {
+      std::string text(size, 'n');
+      text.insert(at, "nEEdle");
+      for (const std::string needle : {"Needle", "eedle", "E", "NNEEDLE", "needlen", "needles"}) {
+        EXPECT_EQ(contains_nocase(text, needle), contains_plainly(text, needle)) << text << needle;
+      }
+    }
+  }
+  EXPECT_TRUE(contains_nocase("a", ""));
+  EXPECT_FALSE(contains_nocase("\xc3\x84", "\xc3\xa4"));  // beyond ASCII the bytes count
+  EXPECT_FALSE(contains_nocase("@", "`"));                // a case apart, yet no letters
+}
+
+TEST(qx_text, splitting_on_a_character) {
+  const struct {
+    std::string value;
+    bool trim, keep_empty;
+    texts items;
+  } rows[] = {
+      {"a,,b", false, false, {"a", "b"}},
+      {"a,,b", false, true, {"a", "", "b"}},
+      {",a", false, false, {"a"}},
+      {"a,", false, true, {"a", ""}},
+      {"abc", false, false, {"abc"}},
+      {" a , b ", true, false, {"a", "b"}},
+      {"a, ,b", true, false, {"a", "b"}},  // trimmed to nothing
+      {"a, ,b", false, false, {"a", " ", "b"}},
+      {" ", true, true, {""}},
+  };
+  for (const auto& row : rows) {
+    texts items = {"gone"};
+    EXPECT_TRUE(split_on_char(row.value, ',', items, row.trim, row.keep_empty, false));
+    EXPECT_EQ(items, row.items) << row.value;
+  }
+  texts items = {"kept"};
+  EXPECT_TRUE(split_on_char("a,b", ',', items, false, false, true));
+  EXPECT_EQ(items, (texts{"kept", "a", "b"}));
+  EXPECT_FALSE(split_on_char("", ',', items, false, true, false));
+  EXPECT_TRUE(items.empty());
+}
+
+TEST(qx_text, splitting_goes_by_the_order_of_the_separators) {
+  const struct {
+    std::string value;
+    char found;
+    texts items;
+  } rows[] = {
+      {"a,b|c", '|', {"a,b", "c"}},  // not the one that stands first in the value
+      {"a;b,c", ',', {"a;b", "c"}},
+      {" a b ", 0, {"a b"}},
+      {"", 0, {}},
+  };
+  for (const auto& row : rows) {
+    texts items = {"gone"};
+    EXPECT_EQ(split_on_first_of(row.value, items, true, false, "|,;"), row.found) << row.value;
+    EXPECT_EQ(items, row.items);
+  }
+}
+
+TEST(qx_text, splitting_on_blanks_honours_quotes) {
+  const struct {
+    std::string text;
+    std::size_t limit;
+    bool quotes;
+    texts items;
+  } rows[] = {
+      {"  a\tb \r\n c", 0, false, {"a", "b", "c"}},
+      {"a b c", 2, false, {"a", "b"}},
+      {R"(a "b  c" d)", 0, true, {"a", "b c", "d"}},  // the words are joined by one blank
+      {R"(a "b c)", 0, true, {"a", "b c"}},           // an open quote takes the rest
+      {R"("a" b)", 0, true, {"a", "b"}},
+      {R"("a")", 0, true, {R"("a")"}},  // a single word keeps its quotes
+      {R"(a "b c")", 0, false, {"a", R"("b)", R"(c")"}},
+      {R"(a " b " c)", 0, true, {"a", " b ", "c"}},
+      {"", 0, true, {}},
+  };
+  for (const auto& row : rows) {
+    texts items = {"gone"};
+    EXPECT_EQ(split_on_blanks(row.text, row.limit, items, row.quotes), row.items.size());
+    EXPECT_EQ(items, row.items) << row.text;
+  }
+}
+
+TEST(qx_text, lists_of_numbers_and_bytes_leave_out_what_does_not_read) {
+  std::vector<std::int64_t> numbers;
+  EXPECT_TRUE(parse_number_list("4624, x10,bad , -1", numbers, ','));
+  EXPECT_EQ(numbers, (std::vector<std::int64_t>{4624, 16, -1}));
+  EXPECT_FALSE(parse_number_list("zz", numbers, ','));
+  EXPECT_TRUE(numbers.empty());
+
+  std::vector<std::uint8_t> bytes;
+  EXPECT_EQ(parse_hex_bytes(bytes, "4d:5a:ff:zz", ':', true), 4u);
+  EXPECT_EQ(bytes, (std::vector<std::uint8_t>{0x4d, 0x5a, 0xff, 0}));
+  EXPECT_EQ(parse_hex_bytes(bytes, "10:0x10:zz:257", ':', false), 3u);
+  EXPECT_EQ(bytes, (std::vector<std::uint8_t>{10, 16, 1}));
+}
+
+}  // namespace
+}  // namespace zanvik
