@@ -48,6 +48,8 @@ named_token token_by_offset(const chunk_view& chunk, std::uint64_t offset, std::
   auto name = name_entry_at(chunk, name_offset);
   if (name) token.name = std::move(*name);
   token.length = head;
+  token.offset_field = head - 4;  // the offset ends the head in every layout
+  token.name_offset = name_offset;
   if (name_offset == offset + head) {
     if (!name) return {};  // the rest of the token is not there
     token.length += token.name.length;
@@ -114,8 +116,8 @@ std::optional<name_entry> inline_name_at(const chunk_view& chunk, std::uint64_t 
   return counted_text_at(chunk, offset + 4, *units, *units <= bound, 4);
 }
 
-bool is_open_element(const chunk_view& chunk, std::uint64_t offset) {
-  return element_form_at(chunk, offset) != element_form::none;
+bool is_element_without_id(const chunk_view& chunk, std::uint64_t offset) {
+  return element_form_at(chunk, offset) == element_form::without_id;
 }
 
 named_token element_at(const chunk_view& chunk, std::uint64_t offset) {

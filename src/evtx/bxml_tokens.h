@@ -77,12 +77,15 @@ struct named_token {
   std::uint64_t length = 0;  // of the whole token; 0 when no layout takes it
   std::uint32_t element_size = 0;
   bool name_past_end = false;  // a name by offset that would run past the bound: ends the stream
+  std::uint64_t offset_field = 0;  // where in the token the name's offset is; 0 for an inline name
+  std::uint64_t name_offset = 0;   // that offset
 };
 
 named_token element_at(const chunk_view& chunk, std::uint64_t offset);
 named_token attribute_at(const chunk_view& chunk, std::uint64_t offset);
 named_token entity_at(const chunk_view& chunk, std::uint64_t offset);
-// Whether one of the three element layouts takes what stands at `offset`.
-bool is_open_element(const chunk_view& chunk, std::uint64_t offset);
+// Whether the open element at `offset` has the layout without an id, which is taken only when the
+// bytes that would be sizes and offsets in the layout with one are out of bounds.
+bool is_element_without_id(const chunk_view& chunk, std::uint64_t offset);
 
 }  // namespace zanvik

@@ -38,20 +38,28 @@ bool walk_table(const chunk_view& chunk, std::uint64_t table, bool children,
   return work_budget::spend(chunk.budget->slot_bytes, value - begin);
 }
 
-std::size_t mixed(std::uint64_t value, std::size_t places) {
-  return static_cast<std::size_t>(value * 0x9e3779b97f4a7c15u >> 40) & (places - 1);
+std::size_t mixed(std::uint64_t value) {
+  return static_cast<std::size_t>(value * 0x9e3779b97f4a7c15u >> 40);
 }
 
 }  // namespace
 
-void quick_records::start_chunk() {
+std::size_t quick_records::key_hash::operator()(const layout_key& key) const {
+  return mixed(key.first ^ key.second << 20 ^ std::uint64_t{key.slots} << 40 ^
+               std::uint64_t{key.children} << 48);
+}
+
+void quick_records::start_chunk(bool layouts_dropped) {
   templates_.fill({});
   known_layouts_.fill({});
+  if (bodies_.drop_if_full() || layouts_dropped || by_bodies_.size() > limits::cached_layouts) {
+    by_bodies_.clear();
+  }
 }
 
 // One place for each offset; another template that falls on it drives the first one out.
 quick_records::known_template& quick_records::place_of(std::uint32_t definition) {
-  return templates_[mixed(definition, places)];
+  return templates_[mixed(definition) & (places - 1)];
 }
 
 const quick_records::known_template* quick_records::first_template(template_catalogue& catalogue,
@@ -64,9 +72,19 @@ const quick_records::known_template* quick_records::first_template(template_cata
       resolve_first_reference(catalogue, chunk, bxml, head.template_id, head.definition);
   const auto size =
       chunk.bytes.at<std::uint32_t>(head.definition + evtx_layout::definition_size_at);
-  if (!ref || !size || !body_matches(chunk, *ref)) return nullptr;
-  place = {head.definition, *size, ref};
+  if (!ref || !size || !enter(chunk, head.definition, *size, ref, place)) return nullptr;
   return &place;
+}
+
+// Notes what is known of a template; false when the definition that its reference leads to is not
+// the one meant.
+bool quick_records::enter(const chunk_view& chunk, std::uint32_t definition,
+                          std::uint32_t size_record, const template_ref* ref,
+                          known_template& place) {
+  if (!body_matches(chunk, *ref)) return false;
+  place = {definition, size_record, ref,
+           bodies_.identify(chunk, ref->definition, ref->size_record, ref->guid)};
+  return true;
 }
 
 // The nested template instance at `value` and the values behind it.
@@ -82,8 +100,7 @@ bool quick_records::read_nested(template_catalogue& catalogue, const chunk_view&
     if (!named) return false;
     catalogue.add(*named);
     const template_ref* ref = catalogue.find(named->guid);
-    if (!body_matches(chunk, *ref)) return false;
-    place = {head->definition, named->size_record, ref};
+    if (!enter(chunk, head->definition, named->size_record, ref, place)) return false;
   }
   std::uint32_t first_of_guid;
   std::memcpy(&first_of_guid, place.ref->guid.data(), sizeof(first_of_guid));
@@ -95,6 +112,7 @@ bool quick_records::read_nested(template_catalogue& catalogue, const chunk_view&
     table += evtx_layout::definition_head_bytes + place.size_record;
   }
   key.second = place.ref->definition;
+  key.second_body = place.body;
   return walk_table(chunk, table, true, slots, key.children,
                     [](std::uint32_t, std::uint64_t) { return false; });
 }
@@ -111,30 +129,48 @@ bool quick_records::read_own_slots(template_catalogue& catalogue, const chunk_vi
 }
 
 const record_layout* quick_records::layout_for(const chunk_view& chunk, const layout_key& key) {
-  const std::uint64_t mix = key.first ^ key.second << 20 ^ std::uint64_t{key.slots} << 40 ^
-                            std::uint64_t{key.children} << 48;
-  known_layout& place = known_layouts_[mixed(mix, places)];
+  known_layout& place = known_layouts_[key_hash()(key) & (places - 1)];
   if (place.layout && place.key == key) return place.layout;
-  // The bodies are decoded over empty slots: their names do not depend on the values.
+  const layout_key bodies = body_key(key);
+  const auto known = by_bodies_.find(bodies);
+  if (bodies.first != 0 && known != by_bodies_.end()) {
+    place = {key, known->second};
+    return place.layout;
+  }
+  const record_layout* layout = decode_layout(chunk, key);
+  if (!layout) return nullptr;
+  place = {key, layout};
+  // What a chunk's work budget cut short says nothing about other chunks.
+  if (bodies.first != 0 && chunk.budget->body_bytes > 0) by_bodies_.emplace(bodies, layout);
+  return layout;
+}
+
+// The key with the numbers of the bodies in place of their offsets; `first` is 0 when one of them
+// is not known.
+quick_records::layout_key quick_records::body_key(const layout_key& key) {
+  layout_key bodies = key;
+  bodies.first = key.second != 0 && key.second_body == 0 ? 0 : key.first_body;
+  bodies.second = key.second_body;
+  return bodies;
+}
+
+// Decodes the bodies over empty slots: the names that they give do not depend on the values.
+const record_layout* quick_records::decode_layout(const chunk_view& chunk, const layout_key& key) {
+  const auto reference = [&chunk](std::uint64_t definition) {
+    const auto size =
+        chunk.bytes.at_or_zero<std::uint32_t>(definition + evtx_layout::definition_size_at);
+    return template_ref{definition, size, {}};
+  };
   template_content content;
   content.slots.resize(key.slots);
-  if (!decode_template_body(
-          chunk,
-          {key.first,
-           *chunk.bytes.at<std::uint32_t>(key.first + evtx_layout::definition_size_at),
-           {}},
-          content.slots, content.fields, nullptr)) {
+  if (!decode_template_body(chunk, reference(key.first), content.slots, content.fields, nullptr)) {
     return nullptr;
   }
-  if (key.second != 0) {
+  if (key.children != 0) {  // without values the nested body is not decoded and gives no fields
     std::vector<slot_entry>& children = content.slots[key.nested_slot].children;
     children.resize(key.children);
     field_map found;
-    const auto size =
-        chunk.bytes.at_or_zero<std::uint32_t>(key.second + evtx_layout::definition_size_at);
-    // Without children the body is not decoded and gives no fields.
-    if (!children.empty() &&
-        decode_template_body(chunk, {key.second, size, {}}, children, found, nullptr)) {
+    if (decode_template_body(chunk, reference(key.second), children, found, nullptr)) {
       content.fields.merge(found);
     }
   }
@@ -142,8 +178,7 @@ const record_layout* quick_records::layout_for(const chunk_view& chunk, const la
   std::vector<record_slot> unused_slots;
   std::vector<slot_text> unused_texts;
   flatten_content(std::move(content), unused_slots, unused_texts, layout);
-  place = {key, layouts_.intern(std::move(layout))};
-  return place.layout;
+  return layouts_.intern(std::move(layout));
 }
 
 const record_layout* quick_records::read(template_catalogue& catalogue, const chunk_view& chunk,
@@ -157,6 +192,7 @@ const record_layout* quick_records::read(template_catalogue& catalogue, const ch
   if (head.definition == table) table += evtx_layout::definition_head_bytes + known->size_record;
   layout_key key;
   key.first = known->ref->definition;
+  key.first_body = known->body;
   if (!read_own_slots(catalogue, chunk, table, slots, key)) return nullptr;
   return layout_for(chunk, key);
 }

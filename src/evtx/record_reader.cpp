@@ -17,8 +17,7 @@ void record_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t 
   budget_ = {};
   chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_};
   catalogue_.read(chunk_);
-  layouts_.drop_if_full();
-  quick_records_.start_chunk();
+  quick_records_.start_chunk(layouts_.drop_if_full());
   record_.first_number =
       chunk_.bytes.at_or_zero<std::uint64_t>(evtx_layout::first_logical_record_at);
   record_.last_number = chunk_.bytes.at_or_zero<std::uint64_t>(evtx_layout::nth_logical_record_at);
