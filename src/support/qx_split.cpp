@@ -59,7 +59,7 @@ char split_on_first_of(std::string_view value, std::vector<std::string>& out, bo
     split_on_char(value, separator, out, trim, keep_empty, false);
     return separator;
   }
-  keep_piece(value, out, trim, keep_empty);
+  out.emplace_back(value);  // blanks and all: nothing was split
   return 0;
 }
 

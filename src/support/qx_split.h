@@ -18,7 +18,7 @@ bool split_on_char(std::string_view value, char separator, std::vector<std::stri
 
 // Cuts `value` at the first of `separators`, in their order and not in that of the value, that
 // occurs in it at all: "a,b|c" with "|,;" gives "a,b" and "c". Returns that separator; 0 when none
-// occurs (`out` is then the whole value as one piece) or when the value is empty.
+// occurs (`out` is then the whole value as one piece, blanks and all) or when the value is empty.
 char split_on_first_of(std::string_view value, std::vector<std::string>& out, bool trim,
                        bool keep_empty, std::string_view separators);
 

@@ -75,6 +75,9 @@ TEST(qx_text, search_without_case_agrees_with_the_plain_one) {
       text.insert(at, "nEEdle");
       for (const std::string needle : {"Needle", "eedle", "E", "NNEEDLE", "needlen", "needles"}) {
         EXPECT_EQ(contains_nocase(text, needle), contains_plainly(text, needle)) << text << needle;
+        const auto cut = text.substr(0, at + 5);  // in the midst of it; the rest stands behind
+        EXPECT_EQ(contains_nocase(std::string_view(text).substr(0, at + 5), needle),
+                  contains_plainly(cut, needle));
       }
     }
   }
@@ -119,7 +122,7 @@ TEST(qx_text, splitting_goes_by_the_order_of_the_separators) {
   } rows[] = {
       {"a,b|c", '|', {"a,b", "c"}},  // not the one that stands first in the value
       {"a;b,c", ',', {"a;b", "c"}},
-      {" a b ", 0, {"a b"}},
+      {" a b ", 0, {" a b "}},  // nothing split, nothing trimmed
       {"", 0, {}},
   };
   for (const auto& row : rows) {

@@ -67,6 +67,7 @@ TEST(qx_time_format, the_digest_and_what_it_prints) {
        true, "", "04:05:06"},  // this order has no form with a name
       {"yyyy-dd-mm", "hh:mm:ss.xxxx", false, '-', f::month_digits | f::year_four, 4, true, "",
        "04:05:06.1234"},
+      {"mm-yyyy-dd", "", false, '-', f::month_digits | f::year_four, 0, true, "", "04:05:06"},
       {"yyyy/mm", "hh:mm:ss", false, '/', f::month_digits | f::year_four, 0, true, "", "04:05:06"},
       {"yyyymmdd", "hh:mm:ss", true, 0, f::month_digits | f::year_four | f::year_month_day, 0,
        false, "2012-03-01", "04:05:06.123"},  // no separator: the default form

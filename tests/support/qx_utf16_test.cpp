@@ -46,6 +46,13 @@ TEST(qx_utf16, surrogates_pair_or_all_stand_alone) {
   }
 }
 
+TEST(qx_utf16, a_partner_behind_the_end_is_none) {
+  std::string out;
+  const auto bytes = bytes_of(u"x\U0001f600");
+  EXPECT_EQ(append_utf8_from_utf16(out, std::span(bytes).first(4)), 2u);
+  EXPECT_EQ(out, "x\xed\xa0\xbd");
+}
+
 TEST(qx_utf16, any_place_of_the_first_other_unit) {
   // Lengths over the blocks of eight and over the text that is taken in one go.
   for (std::size_t size : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 127u, 128u, 129u, 300u}) {
