@@ -138,8 +138,7 @@ bool classify_log(LogEntry& entry, const std::string& path) {
 
 void add_logs(const std::string& value, LogEntry& scratch, log_map& table) {
   std::vector<std::string> items;
-  const char separator = split_on_first_of(value, items, true, false, "|,;");
-  if (separator == 0 && !value.empty()) items.assign(1, value);  // a name alone is not trimmed
+  split_on_first_of(value, items, true, false, "|,;");
   for (const std::string& item : items) {
     const std::string path = expand_env_references(item, true);
     (void)classify_log(scratch, path);  // one that is no log finds out when it is opened
