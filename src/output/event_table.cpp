@@ -1,5 +1,6 @@
 #include "output/event_table.h"
 
+#include "output/prefetch.h"
 #include "output/row_writer.h"
 #include "output/table_engine.h"
 #include "output/table_layout.h"
@@ -14,9 +15,14 @@ void write_event_table(row_buffer& out, time_cells& times,
   out.append(table_header(layout.columns, format));
   format.header_pending = false;
   row_writer rows(out, times, layout, format, context);
-  for (const LogRecord* record : records) {
-    if ((record->flags & record_outside_range) && !context.inc_slack) continue;
-    rows.write(*record);
+  const std::size_t count = records.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i + records_ahead < count) prefetch_bytes(records[i + records_ahead], sizeof(LogRecord));
+    if (i + values_ahead < count) {
+      prefetch_bytes(records[i + values_ahead]->values, value_bytes_ahead);
+    }
+    if ((records[i]->flags & record_outside_range) && !context.inc_slack) continue;
+    rows.write(*records[i]);
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "output/prefetch.h"
+
 namespace zanvik {
 namespace {
 
@@ -154,7 +156,12 @@ table_layout lay_out_table(std::span<const LogRecord* const> records, const outp
                            const write_context& context) {
   table_layout layout;
   survey found(layout, !format.no_whitespace);
-  for (const LogRecord* record : records) found.add(*record);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    if (i + records_ahead < records.size()) {
+      prefetch_bytes(records[i + records_ahead], sizeof(LogRecord));
+    }
+    found.add(*records[i]);
+  }
   found.join_fields(context.inc_slack);
   layout.has_description = found.description_width != 0;
   add_columns(layout, found, format, context);

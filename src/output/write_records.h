@@ -4,7 +4,7 @@
 //   write_records     dispatch, called each time a set of selected records is complete
 //   write_grouped     one table a group, an empty line between them
 //   event_table.h     one table: its columns (table_layout.h) and its rows (row_writer.h)
-//   table_engine.h    the plain, cell-by-cell way to write a table
+//   table_engine.h    the plain, cell-by-cell way; plain_event_table.h makes a whole table by it
 //
 // No writer reports an error: a stream in a failed state swallows what follows. Nothing is kept
 // between calls but what changes in the `output_format`.

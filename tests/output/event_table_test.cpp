@@ -45,12 +45,21 @@ TEST(event_table, quoted_texts_and_bare_numbers) {
   format.pad_fields = false;
   const std::vector<test_field> fields = {
       {"a", "x,y"}, {"b", "{\"k\":1}"}, {"c", "{\""}, {"d", "say \"hi\"", true}, {"e", ""}};
-  EXPECT_EQ(table_text({test_record(1, fields), test_record(1, {{"f", "\n\r\n"}})}, format),
-            "Record#,EventID,Date,Time-UTC,Level (translated),Provider Name,a,b,c,d,e,f,event log\n"
-            "7,1,2013-01-01,02:00:00.000,\"info\",\"P\",\"x,y\",{\"k\":1},\"{\"\",\"say \"hi\"\","
-            "\"\",\"\",\"System.evtx\"\n"
-            "7,1,2013-01-01,02:00:00.000,\"info\",\"P\",\"\",\"\",\"\",\"\",\"\","
-            "\"[LFCR]\n\"[CRLF]\",\"System.evtx\"\n");
+  EXPECT_EQ(
+      table_text({test_record(1, fields), test_record(1)}, format),
+      "Record#,EventID,Date,Time-UTC,Level (translated),Provider Name,a,b,c,d,e,event log\n"
+      "7,1,2013-01-01,02:00:00.000,\"info\",\"P\",\"x,y\",{\"k\":1},\"{\"\",\"say \"hi\"\","
+      "\"\",\"System.evtx\"\n"
+      "7,1,2013-01-01,02:00:00.000,\"info\",\"P\",\"\",\"\",\"\",\"\",\"\",\"System.evtx\"\n");
+}
+
+// What stands behind the odd run comes twice, a closing quote too.
+TEST(event_table, lf_cr_lf_leaves_a_raw_line_feed) {
+  const std::vector<test_record> given = {test_record(1, {{"a", "x\n\r\n"}})};
+  output_format quoted = csv_format();
+  quoted.quoted_fields = true;
+  EXPECT_NE(table_text(given, csv_format()).find(",x[LFCR]\n[CRLF],"), std::string::npos);
+  EXPECT_NE(table_text(given, quoted).find(",\"x[LFCR]\n\"[CRLF]\","), std::string::npos);
 }
 
 TEST(event_table, tab_separated_values_keep_commas_and_bars) {
