@@ -14,8 +14,6 @@
 namespace zanvik {
 namespace {
 
-// Longest text of a value whose length its size does not say: a float, a time, a GUID.
-constexpr std::size_t fixed_text_bound = 64;
 // Bytes that the reader's number texts hold at the most, with the one that ends them.
 constexpr std::size_t number_buffer_bytes = 37;
 
@@ -71,13 +69,6 @@ char* write_hex_bytes(char* out, std::span<const std::byte> bytes) {
 // Bytes that the value really has: its size, or less at the end of the block.
 std::span<const std::byte> value_bytes(const raw_value& value) {
   return {value.data, std::min<std::size_t>(value.size, value.readable)};
-}
-
-// The bytes up to the first NUL, without regard to the size.
-std::size_t ansi_length(const raw_value& value) {
-  const void* end = std::memchr(value.data, 0, value.readable);
-  return end ? static_cast<std::size_t>(static_cast<const std::byte*>(end) - value.data)
-             : value.readable;
 }
 
 char* write_ansi(char* out, const raw_value& value) {
@@ -168,14 +159,17 @@ bool is_free_text(std::uint16_t type) {
          type == value_type::multi_utf16 || type == value_type::binary;
 }
 
-char* write_plain(char* out, const raw_value& value, value_form form, filetime_writer& times) {
+// `kinds`: of the characters written; left at any for the types that do not look.
+char* write_plain(char* out, const raw_value& value, value_form form, filetime_writer& times,
+                  unsigned& kinds) {
+  std::size_t units;
   const bool is_32_bits = value.size == 4;
   switch (value.type) {
     case value_type::null:
       return write_text(out, "0");
     case value_type::utf16:
     case value_type::xml:
-      return write_utf8_from_utf16(out, value_bytes(value));
+      return write_utf8_from_utf16(out, value_bytes(value), units, kinds);
     case value_type::ansi:
       return write_ansi(out, value);
     case value_type::int8:  // meant: signed bytes show as unsigned ones
@@ -227,15 +221,10 @@ char* write_plain(char* out, const raw_value& value, value_form form, filetime_w
 
 }  // namespace
 
-raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, std::uint16_t type,
-                       std::uint16_t size) {
-  const std::size_t at = static_cast<std::size_t>(std::min<std::uint64_t>(offset, chunk.size()));
-  return {chunk.bytes().data() + at, chunk.size() - at, type, size};
-}
-
-std::size_t value_text_bound(const raw_value& value) {
-  if (value.type == value_type::ansi) return ansi_length(value) + fixed_text_bound;
-  return 3u * value.size + fixed_text_bound;
+std::size_t ansi_length(const raw_value& value) {
+  const void* end = std::memchr(value.data, 0, value.readable);
+  return end ? static_cast<std::size_t>(static_cast<const std::byte*>(end) - value.data)
+             : value.readable;
 }
 
 char* clean_value_text(char* begin, char* end, value_form form, bool& marked) {
@@ -253,10 +242,19 @@ char* clean_value_text(char* begin, char* end, value_form form, bool& marked) {
 }
 
 char* value_writer::write(char* out, const raw_value& value, value_form form, bool& marked) {
-  char* end = write_plain(out, value, form, times_);
+  const bool is_text = value.type == value_type::utf16 || value.type == value_type::xml;
+  unsigned kinds = is_text ? kind_plain : kind_control | kind_separator;
+  char* end = write_plain(out, value, form, times_, kinds);
   if (!is_free_text(value.type)) return end;
-  if (form != value_form::plain) return clean_value_text(out, end, form, marked);
-  marked = true;
+  if (form == value_form::plain) {
+    marked = marked || kinds != kind_plain;
+    return end;
+  }
+  // Most texts hold nothing that would have to be cleaned.
+  if ((kinds & kind_control) || (end != out && *out == ':')) {
+    return clean_value_text(out, end, form, marked);
+  }
+  marked = marked || (kinds & kind_separator);
   return end;
 }
 

@@ -57,8 +57,11 @@ struct raw_value {
 };
 
 // The value of `size` bytes at chunk offset `offset`; what lies past the end is not readable.
-raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, std::uint16_t type,
-                       std::uint16_t size);
+inline raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, std::uint16_t type,
+                              std::uint16_t size) {
+  const std::size_t at = offset < chunk.size() ? static_cast<std::size_t>(offset) : chunk.size();
+  return {chunk.bytes().data() + at, chunk.size() - at, type, size};
+}
 
 // How a value is shown.
 enum class value_form {
@@ -67,8 +70,16 @@ enum class value_form {
   pulled,    // as a named column: one line, line feeds become ","
 };
 
+// Longest text of a value whose length its size does not say: a float, a time, a GUID.
+inline constexpr std::size_t fixed_text_bound = 64;
+// Length of a text of type ansi: the bytes up to the first NUL, without regard to the size.
+std::size_t ansi_length(const raw_value& value);
+
 // Bytes of buffer that `value_writer::write` may need for the value.
-std::size_t value_text_bound(const raw_value& value);
+inline std::size_t value_text_bound(const raw_value& value) {
+  const std::size_t size = value.type == value_type::ansi ? ansi_length(value) : 3u * value.size;
+  return size + fixed_text_bound;
+}
 
 // Writes values; remembers the day of the last time, since neighbours share it.
 class value_writer {

@@ -49,7 +49,9 @@ class block_writer {
     bool marked = false;
     char* const text = out_ + 1;
     char* end;
-    if (const std::string* replaced = record.replaced_text(value.slot)) {
+    const std::string* replaced =
+        record.slot_texts.empty() ? nullptr : record.replaced_text(value.slot);
+    if (replaced) [[unlikely]] {
       end = copy(text, replaced_column_text(*replaced, value, marked));
     } else {
       const raw_value raw = record.value(value.slot);
@@ -81,11 +83,14 @@ class block_writer {
   value_writer& writer_;
 };
 
-std::size_t cell_bound(const record_fields& record, std::size_t slot) {
-  if (const std::string* replaced = record.replaced_text(slot)) {
-    return replaced->size() + max_cell_head;
+// Memory that the cells of the record's values may need.
+std::size_t block_bound(const record_fields& record, const column_plan& plan) {
+  std::size_t bound = 0;
+  for (const plan_value& value : plan.values) {
+    bound += value_text_bound(record.value(value.slot)) + max_cell_head;
   }
-  return value_text_bound(record.value(slot)) + max_cell_head;
+  for (const slot_text& replaced : record.slot_texts) bound += replaced.text.size();
+  return bound;
 }
 
 }  // namespace
@@ -149,9 +154,7 @@ const std::string* record_keeper::provider_of(const record_fields& record,
 
 const char* record_keeper::write_block(const record_fields& record, const column_plan& plan,
                                        LogRecord& kept) {
-  std::size_t bound = 0;
-  for (const plan_value& value : plan.values) bound += cell_bound(record, value.slot);
-  char* const block = records_.arena().reserve(bound);
+  char* const block = records_.arena().reserve(block_bound(record, plan));
   block_writer writer(block, writer_);
   for (std::size_t i = 0; i < plan.values.size(); ++i) {
     const std::string_view text = writer.add(record, plan.values[i]);

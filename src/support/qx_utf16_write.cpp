@@ -52,29 +52,57 @@ char* write_code_point(char* out, std::uint32_t point) {
   return out;
 }
 
-// Copies ASCII units eight at a time; stops at the first other unit, a NUL, or near the end.
-const std::byte* copy_ascii(const std::byte* in, const std::byte* end, char*& out) {
+unsigned kind_of(std::uint16_t ascii) {
+  if (ascii < 0x20) return kind_control;
+  return ascii == ',' || ascii == '|' ? kind_separator : kind_plain;
+}
+
 #if defined(__SSE2__)
+// Copies eight units; returns how many of them, from the first on, are ASCII and no NUL.
+unsigned copy_eight(const std::byte* in, char* out, unsigned& kinds) {
   const __m128i zero = _mm_setzero_si128();
-  const __m128i above_ascii = _mm_set1_epi16(static_cast<short>(0xff80));
-  while (end - in >= 16) {
-    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
-    const __m128i good = _mm_andnot_si128(_mm_cmpeq_epi16(units, zero),
-                                          _mm_cmpeq_epi16(_mm_and_si128(units, above_ascii), zero));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(units, units));
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(good));
-    if (mask != 0xffff) {
-      const auto bytes = static_cast<unsigned>(__builtin_ctz(~mask));
-      out += bytes / 2;
-      return in + bytes;
+  const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  const __m128i beyond = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xff80)));
+  const __m128i good =
+      _mm_andnot_si128(_mm_cmpeq_epi16(units, zero), _mm_cmpeq_epi16(beyond, zero));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(units, units));
+  const __m128i separators = _mm_or_si128(_mm_cmpeq_epi16(units, _mm_set1_epi16(',')),
+                                          _mm_cmpeq_epi16(units, _mm_set1_epi16('|')));
+  const __m128i controls = _mm_cmplt_epi16(units, _mm_set1_epi16(0x20));
+  // Kinds of units behind the last good one may be counted in; that only costs a second look.
+  if (_mm_movemask_epi8(_mm_or_si128(separators, controls)) != 0) {
+    if (_mm_movemask_epi8(separators) != 0) kinds |= kind_separator;
+    if (_mm_movemask_epi8(controls) != 0) kinds |= kind_control;
+  }
+  const auto mask = static_cast<unsigned>(_mm_movemask_epi8(good));
+  return mask == 0xffff ? 8 : static_cast<unsigned>(__builtin_ctz(~mask)) / 2;
+}
+#endif
+
+// Copies ASCII units, eight at a time as far as it goes; stops at the first other unit or a NUL.
+const std::byte* copy_ascii(const std::byte* in, const std::byte* end, char*& out,
+                            unsigned& kinds) {
+#if defined(__SSE2__)
+  constexpr std::ptrdiff_t step = 16;
+  const std::byte* const begin = in;
+  while (end - in >= step) {
+    const unsigned copied = copy_eight(in, out, kinds);
+    out += copied;
+    in += 2 * copied;
+    if (copied != 8) return in;
+  }
+  if (in != begin && in != end) {  // the last eight once more, with those that are left
+    const std::ptrdiff_t again = step - (end - in);
+    if (copy_eight(end - step, out - again / 2, kinds) == 8) {
+      out += (end - in) / 2;
+      return end;
     }
-    out += 8;
-    in += 16;
   }
 #endif
   while (in != end) {
     const std::uint16_t unit = unit_at(in);
     if (unit == 0 || unit >= 0x80) break;
+    kinds |= kind_of(unit);
     *out++ = static_cast<char>(unit);
     in += 2;
   }
@@ -99,11 +127,15 @@ const std::byte* copy_units(const std::byte* in, const std::byte* end, char*& ou
 
 }  // namespace
 
-char* write_utf8_from_utf16(char* out, std::span<const std::byte> bytes, std::size_t& units) {
+char* write_utf8_from_utf16(char* out, std::span<const std::byte> bytes, std::size_t& units,
+                            unsigned& kinds) {
   const std::byte* const begin = bytes.data();
   const std::byte* const end = begin + (bytes.size() & ~std::size_t{1});
-  const std::byte* in = copy_ascii(begin, end, out);
-  if (in != end && unit_at(in) != 0) in = copy_units(in, end, out);
+  const std::byte* in = copy_ascii(begin, end, out, kinds);
+  if (in != end && unit_at(in) != 0) {
+    kinds |= kind_control | kind_separator;
+    in = copy_units(in, end, out);
+  }
   units = static_cast<std::size_t>(in - begin) / 2;
   return out;
 }
