@@ -222,10 +222,12 @@ TEST(fast_and_plain, agree_on_generated_tables) {
 TEST(fast_and_plain, agree_on_large_tables) {
   record_container records;
   for (std::size_t i = 0; i < 900; ++i) {
-    test_record record(1, {{"A", std::string(i * 7 % 1500, 'a')}, {"B", "x,y"}});
-    if (i % 300 == 7) record.fields[0].value.assign(400'000, i % 2 ? ',' : 'b');
+    test_record record(1, {{"A", std::string(i * 37 % 9000, 'a')}, {"B", "x,y"}});
+    if (i > 890 && i % 4 == 3) record.fields[0].value.assign(400'000, i % 8 == 3 ? ',' : 'b');
     const std::string own = std::string("C").append(std::to_string(i));
     record.fields.push_back({own, std::string(i % 3 ? 20 : 30'000, 'c'), true});
+    // Short cells behind a long one, which need the room that it had when the row began.
+    for (char c = 'a'; c <= 'z'; ++c) record.fields.push_back({{c}, std::string(60, c)});
     record.add_to(records);
   }
   for (output_format format : {csv_format(), padded_format()}) {
