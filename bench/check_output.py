@@ -2,9 +2,10 @@
 
   check_output.py PROGRAM LOG EVENT_ID [KEEP_FOLDER]
 
-Prints the number of records, and ends with status 1 when a record that the chunks announce is
-missing from the listing, or one stands there twice or unannounced, or when the run with an event
-ID does not give just the rows of that ID. KEEP_FOLDER gets a copy of both outputs.
+The last line printed holds three numbers: the records, those of the event ID, and the bytes of the
+log that are records. Ends with status 1 when a record that the chunks announce is missing from the
+listing, or one stands there twice or unannounced, or when the run with an event ID does not give
+just the rows of that ID. KEEP_FOLDER gets a copy of both outputs.
 """
 
 import os
@@ -20,14 +21,16 @@ ROW = re.compile(rb" *([0-9]+), *([0-9]+),")
 
 
 def expected_marks(log):
-    """One byte a record number: how often the listing must hold it."""
-    marks = bytearray()
+    """One byte a record number: how often the listing must hold it; and the records' bytes."""
+    marks, size_bytes = bytearray(), 0
     for chunk in logfile.file_chunks(log):
-        for number in logfile.visible_numbers(chunk):
+        offsets = logfile.walk(chunk) or []
+        size_bytes += logfile.record_bytes(chunk, offsets)
+        for number in logfile.visible_numbers(chunk, offsets):
             if number >= len(marks):
                 marks.extend(bytes(number + 4096 - len(marks)))
             marks[number] = min(marks[number] + 1, 255)
-    return marks
+    return marks, size_bytes
 
 
 def rows(program, arguments, copy):
@@ -59,7 +62,7 @@ def differences(marks, other):
 def main():
     program, log, event_id = sys.argv[1:4]
     keep = (lambda name: os.path.join(sys.argv[4], name)) if len(sys.argv) > 4 else lambda _: None
-    expected = expected_marks(log)
+    expected, record_bytes = expected_marks(log)
     listed, of_event = bytearray(len(expected)), bytearray(len(expected))
     unannounced = 0
     for number, event in rows(program, ["-log", log, "-csv", "-quiet"], keep("all.csv")):
@@ -81,7 +84,7 @@ def main():
     if chosen != of_event:
         sys.exit(f"refused: event ID {event_id} gives {sum(chosen)} rows, {sum(of_event)} in the "
                  f"full listing; first numbers that differ: {differences(of_event, chosen)}")
-    print(sum(expected), sum(of_event))
+    print(sum(expected), sum(of_event), record_bytes)
 
 
 main()

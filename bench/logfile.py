@@ -41,11 +41,16 @@ def walk(chunk):
     return offsets
 
 
-def visible_numbers(chunk):
+def visible_numbers(chunk, offsets):
     """Numbers of the records that a listing shows: those within the chunk's own range."""
     first, last = declared_range(chunk)
-    numbers = (struct.unpack_from("<Q", chunk, at + 8)[0] for at in walk(chunk) or ())
+    numbers = (struct.unpack_from("<Q", chunk, at + 8)[0] for at in offsets)
     return [number for number in numbers if first <= number <= last]
+
+
+def record_bytes(chunk, offsets):
+    """How much of the chunk its records take."""
+    return sum(struct.unpack_from("<I", chunk, at + 4)[0] for at in offsets)
 
 
 def file_chunks(path):

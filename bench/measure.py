@@ -1,6 +1,7 @@
 """Times whole runs of the program beside md5sum on the same file, and takes their peak memory.
+The last three arguments are what check_output.py found.
 
-  measure.py PROGRAM LOG RUNS RECORDS EVENT_ID EVENT_RECORDS
+  measure.py PROGRAM LOG RUNS EVENT_ID RECORDS EVENT_RECORDS RECORD_BYTES
 
 The runs are interleaved, one of each command in turn, so that a drift of the machine hits all of
 them alike; a first round of each is not counted. Peak memory is the kernel's figure for the ended
@@ -47,7 +48,7 @@ def row(command, yardstick, size_bytes):
 
 
 def main():
-    program, log, runs, records, event_id, event_records = sys.argv[1:7]
+    program, log, runs, event_id, records, event_records, record_bytes = sys.argv[1:8]
     listing = [program, "-log", log, "-csv", "-quiet"]
     event = [program, "-log", log, "-eventid", event_id, "-csv", "-quiet"]
     commands = [
@@ -63,8 +64,10 @@ def main():
 
     size_bytes = os.path.getsize(log)
     floor = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024
-    print(f"{int(runs)} runs each after one to warm up; {records} records read, {event_records} of "
-          f"event {event_id}; memory floor {floor:.1f} MiB")
+    filled = int(record_bytes) / size_bytes
+    print(f"log: {size_bytes} bytes, {filled:.0%} of them in {records} records, "
+          f"{event_records} of event {event_id}")
+    print(f"{int(runs)} runs each after one to warm up; memory floor {floor:.1f} MiB")
     print(f"{'':<28}{'min s':>9}{'spread':>9}{'MB/s':>9}{'records/s':>12}{'x md5sum':>9}"
           f"{'peak MiB':>10}{'x file':>8}")
     for command in commands:

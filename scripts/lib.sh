@@ -89,9 +89,9 @@ build() {
   for target in "$@"; do targets+=(--target "$target"); done
   # A folder set up for the tests stays so; turning back and forth would build things anew.
   if cache_says "$preset" ZANVIK_TESTS:BOOL=ON; then tests=ON; fi
-  # A copied or moved checkout brings a cache that cmake refuses.
-  if [[ -e $root/build/$preset/CMakeCache.txt ]] &&
-    ! cache_says "$preset" "CMAKE_HOME_DIRECTORY:INTERNAL=$root"; then
+  # cmake refuses the cache of a checkout that was copied or moved, or of another generator.
+  if ! cache_says "$preset" "CMAKE_HOME_DIRECTORY:INTERNAL=$root" ||
+    ! cache_says "$preset" CMAKE_GENERATOR:INTERNAL=Ninja; then
     fresh=(--fresh)
   fi
   # Compilers keep their temporary files in the build folder too.
