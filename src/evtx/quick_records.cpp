@@ -9,19 +9,26 @@
 namespace zanvik {
 namespace {
 
-// Appends the values of a slot table as slots; `type_33` is called for a nested one, with its
-// offset, and may append slots of its own. False as soon as the table is not an ordinary one.
+// What a walked table holds, and what it costs in bytes of the file.
+struct walked_table {
+  std::uint16_t count = 0;
+  std::uint64_t cost = 0;
+};
+
+// Appends the values of a slot table as slots; `nested` is called for each that is binary XML,
+// with its number and offset, and may append slots of its own. Nothing as soon as the table is not
+// an ordinary one.
 template <typename F>
-bool walk_table(const chunk_view& chunk, std::uint64_t table, bool children,
-                std::vector<record_slot>& slots, std::uint16_t& count_out, F&& nested) {
+std::optional<walked_table> walk_table(const chunk_view& chunk, std::uint64_t table, bool children,
+                                       std::vector<record_slot>& slots, F&& nested) {
   constexpr std::uint64_t least_bytes = 8;  // of a table, an empty one included
-  if (table > evtx_layout::chunk_bytes - least_bytes) return false;
+  if (table > evtx_layout::chunk_bytes - least_bytes) return std::nullopt;
   const auto count = chunk.bytes.at<std::uint32_t>(table);
-  if (!count || *count > limits::slots_per_table) return false;
+  if (!count || *count > limits::slots_per_table) return std::nullopt;
   const auto descriptors = chunk.bytes.bytes_at(table + 4, 4 * std::uint64_t{*count});
-  if (descriptors.size() != 4u * *count) return false;
+  if (descriptors.size() != 4u * *count) return std::nullopt;
   std::uint64_t value = table + 4 + descriptors.size();
-  const std::uint64_t begin = table;
+  walked_table walked{static_cast<std::uint16_t>(*count), 4 + descriptors.size()};
   for (std::uint32_t i = 0; i < *count; ++i) {
     std::uint32_t word;
     std::memcpy(&word, descriptors.data() + 4 * i, sizeof(word));
@@ -29,13 +36,12 @@ bool walk_table(const chunk_view& chunk, std::uint64_t table, bool children,
     const auto type = static_cast<std::uint16_t>(word >> 16);
     slots.push_back({static_cast<std::uint32_t>(value), size, type, 0,
                      static_cast<std::uint16_t>(children ? i + 1 : 0)});
-    if (type == value_type::bxml && !nested(i, value)) return false;
+    if (type == value_type::bxml && !nested(i, value)) return std::nullopt;
+    walked.cost += value_source_bytes(raw_value_at(chunk.bytes, value, type, size));
     value += size;
-    if (value >= evtx_layout::chunk_bytes) return false;  // cut, or as good as cut
+    if (value >= evtx_layout::chunk_bytes) return std::nullopt;  // cut, or as good as cut
   }
-  count_out = static_cast<std::uint16_t>(*count);
-  // The values of a nested table are the nested slot's bytes; they are paid for once more here.
-  return work_budget::spend(chunk.budget->slot_bytes, value - begin);
+  return walked;
 }
 
 std::size_t mixed(std::uint64_t value) {
@@ -113,19 +119,27 @@ bool quick_records::read_nested(template_catalogue& catalogue, const chunk_view&
   }
   key.second = place.ref->definition;
   key.second_body = place.body;
-  return walk_table(chunk, table, true, slots, key.children,
-                    [](std::uint32_t, std::uint64_t) { return false; });
+  const auto walked =
+      walk_table(chunk, table, true, slots, [](std::uint32_t, std::uint64_t) { return false; });
+  if (!walked) return false;
+  key.children = walked->count;
+  cost_ += walked->cost;
+  return true;
 }
 
 bool quick_records::read_own_slots(template_catalogue& catalogue, const chunk_view& chunk,
                                    std::uint64_t table, std::vector<record_slot>& slots,
                                    layout_key& key) {
-  return walk_table(chunk, table, false, slots, key.slots,
-                    [&](std::uint32_t slot, std::uint64_t value) {
-                      if (key.second != 0) return false;  // a second nested template
-                      key.nested_slot = static_cast<std::uint16_t>(slot);
-                      return read_nested(catalogue, chunk, value, slots, key);
-                    });
+  const auto walked =
+      walk_table(chunk, table, false, slots, [&](std::uint32_t slot, std::uint64_t value) {
+        if (key.second != 0) return false;  // a second nested template
+        key.nested_slot = static_cast<std::uint16_t>(slot);
+        return read_nested(catalogue, chunk, value, slots, key);
+      });
+  if (!walked) return false;
+  key.slots = walked->count;
+  cost_ += walked->cost;
+  return true;
 }
 
 const record_layout* quick_records::layout_for(const chunk_view& chunk, const layout_key& key) {
@@ -185,7 +199,8 @@ const record_layout* quick_records::read(template_catalogue& catalogue, const ch
                                          std::uint64_t bxml, const instance_head& head,
                                          std::vector<record_slot>& slots) {
   slots.clear();
-  if (bxml > evtx_layout::chunk_bytes) return nullptr;
+  if (bxml > evtx_layout::chunk_bytes || chunk.budget->slot_bytes <= 0) return nullptr;
+  cost_ = 0;
   const known_template* known = first_template(catalogue, chunk, bxml, head);
   if (!known) return nullptr;
   std::uint64_t table = bxml + head.length;
@@ -194,6 +209,7 @@ const record_layout* quick_records::read(template_catalogue& catalogue, const ch
   key.first = known->ref->definition;
   key.first_body = known->body;
   if (!read_own_slots(catalogue, chunk, table, slots, key)) return nullptr;
+  if (!work_budget::spend(chunk.budget->slot_bytes, cost_)) return nullptr;
   return layout_for(chunk, key);
 }
 

@@ -77,6 +77,7 @@ class quick_records {
 
   static constexpr std::size_t places = 256;  // a power of two, several times a chunk's templates
 
+  std::uint64_t cost_ = 0;  // of the record in hand, in bytes of its slot tables
   layout_cache& layouts_;
   template_bodies bodies_;
   std::unordered_map<layout_key, const record_layout*, key_hash> by_bodies_;  // of the whole run

@@ -54,11 +54,18 @@ bool record_reader::read_template(std::uint64_t bxml, const instance_head& head)
     record_.layout = layouts_.intern(std::move(own_layout_));
   }
   record_.slots = slots_;
-  if (record_.layout->event_id_slot >= 0) find_event_id();
+  find_event_id();
   return true;
 }
 
+// Looked for among the slots; only a record that has none is asked for a field of its template.
 void record_reader::find_event_id() {
+  if (record_.layout->event_id_slot < 0) {
+    const layout_field* field =
+        record_.slots.empty() ? find_layout_field(*record_.layout, "EventID") : nullptr;
+    if (field) record_.event_id = static_cast<std::uint32_t>(std::atol(field->text.c_str()));
+    return;
+  }
   const auto slot = static_cast<std::size_t>(record_.layout->event_id_slot);
   const raw_value value = record_.value(slot);
   if (value.type == value_type::uint16 && value.readable >= 2 && record_.slot_texts.empty()) {

@@ -186,10 +186,12 @@ bool parse_substitution_array(const chunk_view& chunk, std::uint64_t table,
       entry.size = rest;
       slot.flags = slot_cut;
     }
-    if (!work_budget::spend(chunk.budget->slot_bytes, entry.size)) return true;
+    const auto text_size = static_cast<std::uint16_t>(entry.size);
+    const auto cost = value_source_bytes(raw_value_at(chunk.bytes, value, entry.type, text_size));
+    if (!work_budget::spend(chunk.budget->slot_bytes, cost)) return true;
     slot.offset = static_cast<std::uint32_t>(value);
     slot.type = entry.type;
-    slot.size = static_cast<std::uint16_t>(entry.size);
+    slot.size = text_size;
     slots.push_back(std::move(slot));
     value += entry.size;
   }

@@ -7,6 +7,7 @@
 #include <span>
 #include <string_view>
 
+#include "support/limits.h"
 #include "support/qx_digits.h"
 #include "support/qx_utf16.h"
 #include "support/qx_utf16_write.h"
@@ -222,9 +223,9 @@ char* write_plain(char* out, const raw_value& value, value_form form, filetime_w
 }  // namespace
 
 std::size_t ansi_length(const raw_value& value) {
-  const void* end = std::memchr(value.data, 0, value.readable);
-  return end ? static_cast<std::size_t>(static_cast<const std::byte*>(end) - value.data)
-             : value.readable;
+  const std::size_t longest = std::min(value.readable, limits::ansi_text_bytes);
+  const void* end = std::memchr(value.data, 0, longest);
+  return end ? static_cast<std::size_t>(static_cast<const std::byte*>(end) - value.data) : longest;
 }
 
 char* clean_value_text(char* begin, char* end, value_form form, bool& marked) {

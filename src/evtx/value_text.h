@@ -75,6 +75,11 @@ inline constexpr std::size_t fixed_text_bound = 64;
 // Length of a text of type ansi: the bytes up to the first NUL, without regard to the size.
 std::size_t ansi_length(const raw_value& value);
 
+// Bytes of the file that the value's text is made from.
+inline std::size_t value_source_bytes(const raw_value& value) {
+  return value.type == value_type::ansi ? value.size + ansi_length(value) : value.size;
+}
+
 // Bytes of buffer that `value_writer::write` may need for the value.
 inline std::size_t value_text_bound(const raw_value& value) {
   const std::size_t size = value.type == value_type::ansi ? ansi_length(value) : 3u * value.size;

@@ -22,6 +22,9 @@ inline constexpr unsigned nesting_depth = 24;
 // logs; in a file that is one block of chunks, each could lead through all that follow.
 inline constexpr std::uint64_t record_walk_bytes = 4 * 65536;
 
+// Longest text of a value that only a NUL ends: as much as a whole chunk.
+inline constexpr std::size_t ansi_text_bytes = 65536;
+
 // Slot tables, descriptors and values: what is rendered and kept is at most 3 times this.
 inline constexpr std::int64_t slot_bytes_per_chunk = 4 * 65536;
 
