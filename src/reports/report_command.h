@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "reports/command_translate.h"
+
 namespace zanvik {
 
 // An event ID of all ones stands for any.
@@ -32,7 +34,8 @@ struct ReportCommand {
   bool skip_system_fields = true;  // but the first "EventID" and "SystemTime"
   bool is_evt = false;
   std::vector<std::string> pull;  // fields that are columns, in the order named
-  std::map<std::string, std::string> translate_terms;
+  std::map<std::string, std::string> translate_terms;  // by field, as they were written
+  std::map<std::string, translate_spec> translators;   // the readable ones of them
   std::map<std::uint16_t, std::string>
       param_labels;  // stays empty; records look in it all the same
   bool event_lookup = false;
