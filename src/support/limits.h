@@ -22,6 +22,11 @@ inline constexpr unsigned nesting_depth = 24;
 // logs; in a file that is one block of chunks, each could lead through all that follow.
 inline constexpr std::uint64_t record_walk_bytes = 4 * 65536;
 
+// How far the marks of line ends may lengthen a text by repeating its rest, as a multiple of its
+// length. Texts with "\n\r\n" in them repeat it once each, which is meant; one made of nothing else
+// would grow with its square.
+inline constexpr std::size_t marked_text_growth = 8;
+
 // Longest text of a value that only a NUL ends: as much as a whole chunk.
 inline constexpr std::size_t ansi_text_bytes = 65536;
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "support/limits.h"
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -120,8 +122,14 @@ std::string mark_line_ends(std::string_view text) {
   std::size_t copied = 0;
   for (; lf != std::string_view::npos; lf = text.find('\n', copied)) {
     const line_end end = line_end_at(text, lf);
-    // In "\n\r\n" the CR went with the first LF and is the one before the second.
-    if (lf - end.before > copied) out += text.substr(copied, lf - end.before - copied);
+    const std::size_t copy_end = lf - end.before;
+    if (copy_end >= copied) {
+      out += text.substr(copied, copy_end - copied);
+    } else if (out.size() <= limits::marked_text_growth * text.size()) {
+      // Meant: in "\n\r\n" the CR went with the first LF and is the one before the second, so the
+      // length to be copied is below zero, which stands for all the rest.
+      out += text.substr(copied);
+    }
     out += end.mark;
     copied = lf + 1 + end.behind;
   }

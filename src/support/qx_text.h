@@ -36,7 +36,8 @@ void replace_char(std::string& text, char from, char to, bool any_case);
 bool replace_first(std::string& text, std::string_view what, std::string_view by, bool any_case);
 
 // `text` on one row: CR LF becomes "[CRLF]", LF CR "[LFCR]", LF "[LF]". A lone CR becomes "[CR]"
-// only in a text without any LF; beside an LF it stays raw.
+// only in a text without any LF; beside an LF it stays raw. In "\n\r\n" the rest of the text is
+// copied once more in front of the second mark; meant, and kept in proportion by a limit.
 std::string mark_line_ends(std::string_view text);
 
 // True when `needle` occurs in `haystack`, in any case; an empty needle occurs everywhere.

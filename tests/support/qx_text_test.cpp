@@ -54,7 +54,8 @@ TEST(qx_text, line_end_marks) {
       {"a\rb\nc", "a\rb[LF]c"},  // beside an LF a lone CR stays
       {"a\rb\r", "a[CR]b[CR]"},
       {"\n\ra", "[LFCR]a"},
-      {"a\n\r\nb", "a[LFCR][CRLF]b"},  // the CR belongs to both, and is there once
+      {"\n\r\n", "[LFCR]\n[CRLF]"},       // the CR belongs to both ends, so
+      {"a\n\r\nb", "a[LFCR]\nb[CRLF]b"},  // the rest is copied in front of the second
       {"\r\n\r\n", "[CRLF][CRLF]"},
       {"\r\r\nx", "\r[CRLF]x"},
       {"\n", "[LF]"},
