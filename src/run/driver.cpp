@@ -12,6 +12,7 @@
 #include "run/evt_output_options.h"
 #include "run/run_reports.h"
 #include "run/stats_file.h"
+#include "run/stream_run.h"
 #include "run/usage.h"
 #include "support/cmdline_ctx.h"
 #include "support/console.h"
@@ -100,7 +101,11 @@ int run_program(int argc, char** argv) {
   std::ofstream stats_stream;
   if (!pass_gates(options, stats_stream, identification)) return 0;
   options.results_stream = &results;
-  if (!options.walk.is_stream_run()) (void)run_reports(options);
+  if (options.walk.is_stream_run()) {
+    run_stream(options);
+  } else {
+    (void)run_reports(options);
+  }
   return 0;
 }
 

@@ -1,0 +1,66 @@
+#include "run/stream_run.h"
+
+#include <string>
+
+#include "run/run_reports.h"
+#include "support/console.h"
+#include "support/dir_walk.h"
+#include "support/file_match.h"
+#include "support/qx_path.h"
+#include "support/qx_text.h"
+
+namespace zanvik {
+namespace {
+
+// Tells what log comes now: its whole name as a message, and a short one as the status line.
+void announce(const std::string& file_name) {
+  constexpr int status_width = 40;
+  std::string shown = file_name;
+  remove_char(shown, '%');
+  prob_message("analyzing: %s\n", file_name.c_str());
+  print_status(status_width, "analyzing: %s", shown.substr(0, status_width).c_str());
+}
+
+void run_log(const std::string& name, evt_output_options& options) {
+  options.current_log_path = expand_env_references(name, true);
+  std::string folder;
+  std::string file_name;
+  if (!split_path(options.current_log_path, folder, file_name)) return;
+  if (!classify_log(options.scratch_log_entry, options.current_log_path)) return;
+  options.log_table.clear();
+  options.log_table.emplace(options.current_log_path, options.scratch_log_entry);
+  options.record_writer_first = true;
+  options.current_log_reserved = 0;
+  if (options.show_status) announce(file_name);
+  diag_line(options.trace, "analyzing: %s", file_name.c_str());
+  (void)run_reports(options);
+  if (options.show_status) {
+    prob_message("processed log %s\n", options.current_log_path.c_str());
+  }
+}
+
+bool start(qxportdir::stdin_stream_ex& names, const walk_options& walk) {
+  if (walk.pipe) return names.start_stdin();
+  return names.start_walk(walk.enum_dir, walk.num_subdirs, walk.file_filters);
+}
+
+}  // namespace
+
+void run_stream(evt_output_options& options) {
+  const walk_options& walk = options.walk;
+  qxportdir::stdin_stream_ex names(walk);
+  if (!start(names, walk)) return;
+  std::string name;
+  while (names.read_line(name, true)) {
+    bool undecided = false;
+    // The window of file times belongs to the walk: a name by itself has none.
+    if (name.empty() || !match_filters(walk, undecided, name, walk.file_filters, nullptr)) continue;
+    try {
+      run_log(name, options);
+    } catch (...) {
+      prob_message("exception caught on file %s\n", options.current_log_path.c_str());
+    }
+  }
+}
+
+}  // namespace zanvik
