@@ -3,6 +3,7 @@
 //   evtx.h              the walk: blocks, chunks, record headers
 //   record_reader.h     one record, by the quick road (quick_records.h) or the plain one
 //   template_record.h   the plain road: slots (slot_table.h), bodies (bxml_decoder.h)
+//   slack.h             the search for records where none is declared
 //   value_text.h        typed values as text
 //   first_record.h      the text of a chunk's first record
 //
@@ -28,8 +29,9 @@ class record_sink {
   virtual void on_record(record_fields& record) = 0;
 };
 
-// What a walk tells of its progress, and to whom.
-struct walk_progress {
+// What a walk looks at, what it tells of its progress, and to whom.
+struct walk_settings {
+  bool inc_slack = false;             // search behind damage and in free tails too (slack.h)
   const diag_trace* trace = nullptr;  // a line a record at level 2 and above; null for none
   bool show_status = false;           // a status line now and then
   std::string log_path;
@@ -44,13 +46,12 @@ enum class walk_result {
 
 // Walks one block: a file header and the chunks behind it, or chunks alone; `base_offset` is its
 // offset in the file. Chunks are found by their position; one with a bad signature is skipped, and
-// an invalid record header ends its chunk. A block whose first chunk has lost its signature yields
-// nothing, although later chunks in it may be sound; that is meant.
-walk_result walk_evtx_block(std::span<const std::byte> block, std::uint64_t base_offset,
+// an invalid record header ends its chunk, unless slack is searched. The block's bytes are changed
+// in one case: a record found behind damage whose size leads out of its chunk is cut to it, so that
+// all later reads see it so. A block whose first chunk has lost its signature yields nothing,
+// although later chunks in it may be sound; that is meant.
+walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offset,
                             record_reader& reader, record_sink& sink,
-                            const walk_progress& progress);
-
-// Whether a record header stands at `offset` of the block: signature, and size in its bounds.
-bool is_record_header(const byte_cursor& block, std::uint64_t offset);
+                            const walk_settings& settings);
 
 }  // namespace zanvik

@@ -25,9 +25,19 @@ void record_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t 
 
 record_fields* record_reader::read(std::uint64_t offset) {
   read_header(offset);
+  record_.in_slack = false;
   const std::uint64_t bxml = offset + evtx_layout::record_header_bytes;
   const auto head = fragment_instance_at(chunk_, bxml);
-  const bool good = head ? read_template(bxml, *head) : read_plain(bxml);
+  const bool good = head ? read_template(bxml, *head) : read_plain(bxml, no_limit);
+  return good ? &record_ : nullptr;
+}
+
+record_fields* record_reader::read_slack(std::uint64_t offset, std::uint64_t area_bytes) {
+  read_header(offset);
+  record_.in_slack = true;
+  const std::uint64_t bxml = offset + evtx_layout::record_header_bytes;
+  const auto head = fragment_instance_in(chunk_, bxml, area_bytes);
+  const bool good = head ? read_template(bxml, *head) : read_plain(bxml, area_bytes);
   return good ? &record_ : nullptr;
 }
 
@@ -89,12 +99,12 @@ void record_reader::add_collector_time(field_map& fields) const {
                      field_value{value_type::filetime, date + " " + time, 0});
 }
 
-bool record_reader::read_plain(std::uint64_t bxml) {
+bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
   bxml_cursor cursor{chunk_};
   cursor.position = bxml;
   cursor.budget = &budget_.plain_bytes;
   field_map fields;
-  decode_bxml(nullptr, fields, cursor);
+  decode_bxml(nullptr, fields, cursor, limit);
   if (fields.empty()) return false;
   const auto text_of = [&fields](std::string_view name) {
     const auto exact = fields.find(name);

@@ -34,11 +34,15 @@ class record_reader {
   // Reads the record at chunk offset `offset`, whose header is there. Null when nothing usable is
   // in it.
   record_fields* read(std::uint64_t offset);
+  // The same for a candidate in the free tail of the chunk, of which `area_bytes` are searched.
+  record_fields* read_slack(std::uint64_t offset, std::uint64_t area_bytes);
+  // Whether a candidate was tried since this was last set; records show it.
+  void set_after_slack(bool after_slack) { record_.after_slack = after_slack; }
 
  private:
   void read_header(std::uint64_t offset);
   bool read_template(std::uint64_t bxml, const instance_head& head);
-  bool read_plain(std::uint64_t bxml);
+  bool read_plain(std::uint64_t bxml, std::uint64_t limit);
   void find_event_id();
   void add_collector_time(field_map& fields) const;
 

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <cstring>
 
 #include "evtx/evtx.h"
+#include "evtx/slack.h"
 #include "support/console.h"
 #include "support/qx_text.h"
 
@@ -23,76 +25,136 @@ std::string short_log_name(std::string_view path) {
 // The walk over one block.
 class block_walk {
  public:
-  block_walk(std::span<const std::byte> block, std::uint64_t base_offset, record_reader& reader,
-             record_sink& sink, const walk_progress& progress)
-      : block_(block, base_offset),
+  block_walk(std::span<std::byte> block, std::uint64_t base_offset, record_reader& reader,
+             record_sink& sink, const walk_settings& settings)
+      : writable_(block),
+        block_(block, base_offset),
         base_(base_offset),
         reader_(reader),
         sink_(sink),
-        progress_(progress),
-        short_name_(short_log_name(progress.log_path)) {}
+        settings_(settings),
+        short_name_(short_log_name(settings.log_path)) {
+    reader_.set_after_slack(false);
+  }
 
-  void walk_chunk(std::uint64_t position) {
-    reader_.start_chunk(block_.bytes().subspan(static_cast<std::size_t>(position)), block_.size(),
-                        base_ + position);
+  void walk_chunk(std::uint64_t chunk) {
+    reader_.start_chunk(block_.bytes().subspan(static_cast<std::size_t>(chunk)), block_.size(),
+                        base_ + chunk);
+    std::uint64_t record = chunk + layout::chunk_header_bytes;
     if (reader_.chunk().bytes.at<std::uint64_t>(layout::last_record_at) != no_records) {
-      walk_records(position);
+      record = walk_records(chunk, record);
     }
+    if (settings_.inc_slack) walk_slack(chunk, record);
   }
 
  private:
-  void walk_records(std::uint64_t chunk) {
-    const byte_cursor& bytes = reader_.chunk().bytes;
-    std::uint64_t counter = bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
-    const auto last = bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
-    std::uint64_t record = chunk + layout::chunk_header_bytes;
-    // Nothing but the block's end and the counter stops a record size that leaves the chunk.
-    const std::uint64_t end =
-        std::min<std::uint64_t>(block_.size(), chunk + limits::record_walk_bytes);
-    for (; counter <= last && record <= end; ++counter) {
-      tell_progress(record);
-      if (!is_record_header(block_, record)) return;
-      number_before_ = block_.at_or_zero<std::uint64_t>(record + 8);
-      if (record_fields* fields = reader_.read(record - chunk)) sink_.on_record(*fields);
-      record += block_.at_or_zero<std::uint32_t>(record + 4);
-      if (counter == no_records) return;  // it would wrap
-    }
+  std::uint64_t walk_records(std::uint64_t chunk, std::uint64_t record);
+  bool resynchronise(std::uint64_t chunk, std::uint64_t last_good, std::uint64_t& record);
+  void walk_slack(std::uint64_t chunk, std::uint64_t area);
+  bool is_slack_candidate(std::uint64_t record, std::uint64_t area_end) const;
+  void tell_progress(std::uint64_t record);
+
+  std::uint32_t size_of(std::uint64_t record) const {
+    return block_.at_or_zero<std::uint32_t>(record + 4);
+  }
+  std::uint64_t number_of(std::uint64_t record) const {
+    return block_.at_or_zero<std::uint64_t>(record + 8);
   }
 
-  void tell_progress(std::uint64_t record) {
-    if (progress_.trace && progress_.trace->diags_on && progress_.trace->diag_level >= 2) {
-      diag_line(*progress_.trace, "%s: %lld", progress_.log_path.c_str(),
-                static_cast<long long>(block_.at_or_zero<std::uint64_t>(record + 8)));
-    }
-    if (!progress_.show_status) return;
-    constexpr std::uint64_t every = 17;
-    if (shown_++ % every != 0) return;
-    // Of the record before: the one in hand is not looked at yet.
-    print_status(70, "%s: %lld", short_name_.c_str(), static_cast<long long>(number_before_));
-  }
-
+  std::span<std::byte> writable_;
   byte_cursor block_;
   std::uint64_t base_;
   record_reader& reader_;
   record_sink& sink_;
-  const walk_progress& progress_;
+  const walk_settings& settings_;
   std::string short_name_;
   std::uint64_t shown_ = 0;
   std::uint64_t number_before_ = 0;
 };
 
-}  // namespace
-
-bool is_record_header(const byte_cursor& block, std::uint64_t offset) {
-  if (!block.has(offset, layout::record_header_bytes)) return false;
-  if (block.at<std::uint32_t>(offset) != layout::record_signature) return false;
-  const auto size = block.at_or_zero<std::uint32_t>(offset + 4);
-  return size >= layout::record_size_min && size <= layout::record_size_max;
+// The declared records, from `record` on. Returns the position where it stopped.
+std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record) {
+  const byte_cursor& bytes = reader_.chunk().bytes;
+  std::uint64_t counter = bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
+  const auto last = bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
+  // Nothing but the block's end and the counter stops a record size that leaves the chunk.
+  const std::uint64_t end =
+      std::min<std::uint64_t>(block_.size(), chunk + limits::record_walk_bytes);
+  std::uint64_t last_good = 0;
+  for (; counter <= last && record <= end; ++counter) {
+    tell_progress(record);
+    if (!is_record_header(block_, record) && !resynchronise(chunk, last_good, record)) break;
+    if (size_of(record) == 0) break;  // cut down to nothing
+    number_before_ = number_of(record);
+    if (record_fields* fields = reader_.read(record - chunk)) {
+      last_good = record;
+      sink_.on_record(*fields);
+    }
+    record += size_of(record);
+    if (counter == no_records) break;  // it would wrap
+  }
+  return record;
 }
 
-walk_result walk_evtx_block(std::span<const std::byte> block, std::uint64_t base_offset,
+// Finds the next sound record behind the last good one. No record is good yet at a chunk's first
+// one: the search then starts at the block's first byte, which is none, and fails; that is meant.
+bool block_walk::resynchronise(std::uint64_t chunk, std::uint64_t last_good,
+                               std::uint64_t& record) {
+  const std::uint64_t chunk_end = chunk + layout::chunk_bytes;
+  if (!settings_.inc_slack || last_good >= chunk_end) return false;
+  const auto found = find_next_record(block_.bytes_at(last_good, chunk_end - last_good));
+  if (!found) return false;
+  record = last_good + *found;
+  const std::uint64_t distance = chunk_end - record;
+  if (size_of(record) > distance) {
+    const auto cut = static_cast<std::uint32_t>(distance);
+    std::memcpy(writable_.data() + record + 4, &cut, sizeof(cut));
+  }
+  return true;
+}
+
+// The free tail of the chunk, from `area` on: each place with a signature is tried, records inside
+// records and ones that were read already among them.
+void block_walk::walk_slack(std::uint64_t chunk, std::uint64_t area) {
+  const std::uint64_t area_end = chunk + layout::chunk_bytes;
+  if (area >= area_end) return;
+  const std::uint64_t area_bytes = area_end - area;
+  for (const std::uint64_t hit : find_record_signatures(block_.bytes_at(area, area_bytes))) {
+    const std::uint64_t record = area + hit;
+    if (!is_slack_candidate(record, area_end)) continue;
+    reader_.set_after_slack(true);
+    record_fields* fields = reader_.read_slack(record - chunk, area_bytes);
+    if (fields) sink_.on_record(*fields);
+  }
+}
+
+bool block_walk::is_slack_candidate(std::uint64_t record, std::uint64_t area_end) const {
+  if (!block_.has(record, layout::record_header_bytes)) return false;
+  const std::uint64_t size = size_of(record);
+  if (size > area_end - record) return false;
+  // The low 16 bits of the position are where in its chunk it is.
+  if ((record & 0xffff) + size > layout::chunk_bytes) return false;
+  // A signature in the number: what was taken for a size is one as well.
+  return (number_of(record) & 0xffffffff) != layout::record_signature;
+}
+
+void block_walk::tell_progress(std::uint64_t record) {
+  if (settings_.trace && settings_.trace->diags_on && settings_.trace->diag_level >= 2) {
+    diag_line(*settings_.trace, "%s: %lld", settings_.log_path.c_str(),
+              static_cast<long long>(number_of(record)));
+  }
+  if (!settings_.show_status) return;
+  constexpr std::uint64_t every = 17;
+  if (shown_++ % every != 0) return;
+  // Of the record before: the one in hand is not looked at yet.
+  print_status(70, "%s: %lld", short_name_.c_str(), static_cast<long long>(number_before_));
+}
+
+}  // namespace
+
+walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offset,
                             record_reader& reader, record_sink& sink,
-                            const walk_progress& progress) {
+                            const walk_settings& settings) {
   if (block.empty()) return walk_result::nothing;
   const byte_cursor bytes(block);
   const auto signature = bytes.at<std::uint64_t>(0);
@@ -101,7 +163,7 @@ walk_result walk_evtx_block(std::span<const std::byte> block, std::uint64_t base
   }
   std::uint64_t chunk = signature == layout::file_signature ? layout::file_header_bytes : 0;
   if (!bytes.has(chunk, layout::chunk_bytes)) return walk_result::no_full_chunk;
-  block_walk walk(block, base_offset, reader, sink, progress);
+  block_walk walk(block, base_offset, reader, sink, settings);
   for (; bytes.has(chunk, layout::chunk_bytes); chunk += layout::chunk_bytes) {
     if (bytes.at<std::uint64_t>(chunk) == layout::chunk_signature) walk.walk_chunk(chunk);
   }

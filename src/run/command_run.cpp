@@ -23,7 +23,8 @@ class log_walk {
       : options_(options),
         reader_(options.format),
         selector_(commands, records_),
-        progress_{&options.trace, options.show_status, options.current_log_path} {}
+        settings_{options.inc_slack, &options.trace, options.show_status,
+                  options.current_log_path} {}
 
   // Returns whether the log was walked to its end.
   bool run(const std::string& path) {
@@ -54,7 +55,7 @@ class log_walk {
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
-    walk_evtx_block(block, offset, reader_, selector_, progress_);
+    walk_evtx_block(block, offset, reader_, selector_, settings_);
     if (records_.size() < flush_limit_) return;
     write_results();
     *options_.results_stream << '\n';
@@ -71,7 +72,7 @@ class log_walk {
   record_container records_;
   record_reader reader_;
   evtx_selector selector_;
-  walk_progress progress_;
+  walk_settings settings_;
   std::size_t flush_limit_ = std::numeric_limits<std::size_t>::max();
 };
 
