@@ -4,7 +4,6 @@
 // hand when the report's lines are asked for; a log has to pass both.
 #pragma once
 
-#include <array>
 #include <span>
 #include <string_view>
 
@@ -13,12 +12,6 @@
 namespace zanvik {
 
 enum class builtin_report { pw, time, logon, startstop, creds, partition_metadata, usb };
-
-// The order in which reports are made, whatever the order of their options.
-inline constexpr std::array builtin_report_order = {
-    builtin_report::pw,        builtin_report::time,  builtin_report::logon,
-    builtin_report::startstop, builtin_report::creds, builtin_report::partition_metadata,
-    builtin_report::usb};
 
 // The first gate, by channel and kind of the log.
 bool report_concerns_log(builtin_report report, std::string_view channel, bool is_evtx);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "run/command_run.h"
+#include "run/report_runs.h"
 #include "support/diag.h"
 
 namespace zanvik {
@@ -42,7 +43,9 @@ bool run_listing(evt_output_options& options) {
 
 bool run_reports(evt_output_options& options) {
   if (options.results_stream == nullptr) options.results_stream = &std::cout;
-  return options.all_records && run_listing(options);
+  bool any_results = run_builtin_reports(options);
+  any_results = run_command_file(options) || any_results;
+  return (options.all_records && run_listing(options)) || any_results;
 }
 
 }  // namespace zanvik
