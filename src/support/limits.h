@@ -45,4 +45,18 @@ inline constexpr std::int64_t body_bytes_per_chunk = 64 * 65536;
 inline constexpr std::size_t cached_layouts = 4096;
 inline constexpr std::size_t cached_layout_bytes = 16 << 20;  // of names and literal values
 
+// The texts of a legacy .evt log's records, all together, in bytes of UTF-16 that are looked at and
+// a cost for each text. Texts may lie over one another and behind their record, so a small crafted
+// record could name 65,535 long ones. Real logs use up to twice their size in all; the worst that
+// is still sound, a long first string that makes the others of its record lie within it, uses it
+// as often as a record has strings.
+inline constexpr std::int64_t evt_cost_per_text = 16;
+constexpr std::int64_t evt_text_budget(std::uint64_t file_bytes) {
+  return static_cast<std::int64_t>(16 * file_bytes + (1 << 20));
+}
+
+// Columns that the table layouts of one log may have together, one layout for each count of
+// strings. Real records have up to 50 strings, which makes 2,700.
+inline constexpr std::size_t evt_layout_columns = 1 << 18;
+
 }  // namespace zanvik::limits
