@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 
+#include "reports/evtx_fields.h"
 #include "support/qx_digits.h"
 
 namespace zanvik {
@@ -83,6 +85,23 @@ std::string column_key(const collected& source) {
   return key.append(source.name);
 }
 
+// The provider beside named fields. That the record's own value does not count when its name
+// stands first is meant.
+void find_pulled_provider(const record_fields& record, std::span<const std::string> names,
+                          column_plan& plan, record_container& records) {
+  constexpr std::string_view name = "Provider Name";
+  std::string text;
+  if (names.front() == name) {
+    const layout_field* field = find_layout_field(*record.layout, name);
+    if (field && field->name == name) text = field->text;
+  } else {
+    plan.provider_slot = find_slot(*record.layout, name);
+    if (plan.provider_slot >= 0) return;
+    find_field(record, name, text, true);
+  }
+  plan.provider = records.intern_text(text);
+}
+
 }  // namespace
 
 std::uint32_t level_from_text(std::string_view text) {
@@ -123,6 +142,35 @@ column_plan plan_all_data(const record_fields& record, bool skip_system_fields,
   }
   shape.value_count = plan.values.size();
   plan.shape = records.intern_shape(std::move(shape));
+  return plan;
+}
+
+column_plan plan_pulled(const record_fields& record, std::span<const std::string> names,
+                        record_container& records) {
+  column_plan plan;
+  plan.form = value_form::pulled;
+  plan.selects = false;
+  std::string text;
+  record_shape shape;
+  const std::set<std::string_view> keys(names.begin(), names.end());
+  for (const std::string_view key : keys) {
+    const std::ptrdiff_t slot = find_slot(*record.layout, key);
+    if (slot >= 0) {
+      plan.selects = true;
+      if (key == "Level") plan.level_value = static_cast<std::ptrdiff_t>(plan.values.size());
+      shape.columns.push_back({std::string(key), false, {}});
+      plan.values.push_back({static_cast<std::size_t>(slot), false, false});
+      continue;
+    }
+    if (find_field(record, key, text, true)) plan.selects = true;
+    const std::string_view value = without_lone_comma(text);
+    if (key == "Level") plan.level = level_from_text(value);
+    shape.columns.push_back({std::string(key), true, std::string(value)});
+  }
+  if (!plan.selects) return plan;
+  shape.value_count = plan.values.size();
+  plan.shape = records.intern_shape(std::move(shape));
+  find_pulled_provider(record, names, plan, records);
   return plan;
 }
 

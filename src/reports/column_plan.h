@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct column_plan {
   std::ptrdiff_t level_value = -1;        // index in `values` of the column "Level"
   std::uint32_t level = 0;                // when that column is a literal
   bool reusable = true;  // false: it holds for this record only, since a value decided it
+  bool selects = true;   // false: such a record has none of the fields that were named
+  value_form form = value_form::all_data;  // of all values, the provider's too
 };
 
 // The plan for a listing of all data: every named slot, every nested value under its number, every
@@ -33,6 +36,12 @@ struct column_plan {
 // "EventID" and the first "SystemTime" are left out.
 column_plan plan_all_data(const record_fields& record, bool skip_system_fields,
                           record_container& records);
+
+// The plan for named fields: a column for each name, as it is written; one that the record does
+// not have is empty. The provider comes along unasked, and does not make a record one that has a
+// named field; when "Provider Name" itself is the first name, only the template can give it.
+column_plan plan_pulled(const record_fields& record, std::span<const std::string> names,
+                        record_container& records);
 
 // A number as its text begins with one, else 0.
 std::uint32_t level_from_text(std::string_view text);

@@ -15,10 +15,10 @@ bool holds_mark(std::string_view text) {
 }
 
 // The text of a value that has one in its place, on one line.
-std::string replaced_column_text(std::string text, const plan_value& value, bool& marked) {
+std::string replaced_column_text(std::string text, const plan_value& value, value_form form,
+                                 bool& marked) {
   if (value.one_line) std::erase(text, '\n');
-  const char* end =
-      clean_value_text(text.data(), text.data() + text.size(), value_form::all_data, marked);
+  const char* end = clean_value_text(text.data(), text.data() + text.size(), form, marked);
   text.resize(static_cast<std::size_t>(end - text.data()));
   return text;
 }
@@ -45,17 +45,17 @@ class block_writer {
   block_writer(char* out, value_writer& writer) : out_(out), writer_(writer) {}
 
   // Returns the text as it was written.
-  std::string_view add(const record_fields& record, const plan_value& value) {
+  std::string_view add(const record_fields& record, const plan_value& value, value_form form) {
     bool marked = false;
     char* const text = out_ + 1;
     char* end;
     const std::string* replaced =
         record.slot_texts.empty() ? nullptr : record.replaced_text(value.slot);
     if (replaced) [[unlikely]] {
-      end = copy(text, replaced_column_text(*replaced, value, marked));
+      end = copy(text, replaced_column_text(*replaced, value, form, marked));
     } else {
       const raw_value raw = record.value(value.slot);
-      end = writer_.write(text, raw, value_form::all_data, marked);
+      end = writer_.write(text, raw, form, marked);
       if (end == text && value.null_if_empty && raw.type == value_type::binary) {
         end = copy(text, null_text);
       }
@@ -95,7 +95,7 @@ std::size_t block_bound(const record_fields& record, const column_plan& plan) {
 
 }  // namespace
 
-void record_keeper::keep(const record_fields& record) {
+bool record_keeper::keep(const record_fields& record) {
   if (generation_ != records_.generation()) {
     generation_ = records_.generation();
     plans_.clear();
@@ -104,18 +104,26 @@ void record_keeper::keep(const record_fields& record) {
     last_provider_ = records_.intern_text({});
   }
   LogRecord kept = head_of(record);
-  if (!command_.all_data) {
-    // No columns.
-  } else if (record.layout->id == 0) {
-    keep_plain(record, kept);
-  } else {
-    const column_plan& plan = plan_for(record);
-    kept.shape = plan.shape;
-    kept.level = plan.level;
-    kept.provider = provider_of(record, plan);
-    kept.values = write_block(record, plan, kept);
+  if (!fill(record, kept)) return false;
+  if (command_.emit) records_.add(kept);
+  return true;
+}
+
+// Gives the record its columns; all data is more than any list of names.
+bool record_keeper::fill(const record_fields& record, LogRecord& kept) {
+  if (!command_.all_data && command_.pull.empty()) return true;
+  if (record.layout->id == 0) {
+    if (!command_.all_data) return fill_plain_pulled(record, kept);
+    fill_plain(record, kept);
+    return true;
   }
-  records_.add(kept);
+  const column_plan& plan = plan_for(record);
+  if (!plan.selects) return false;
+  kept.shape = plan.shape;
+  kept.level = plan.level;
+  kept.provider = provider_of(record, plan);
+  kept.values = write_block(record, plan, kept);
+  return true;
 }
 
 LogRecord record_keeper::head_of(const record_fields& record) {
@@ -136,7 +144,9 @@ LogRecord record_keeper::head_of(const record_fields& record) {
 const column_plan& record_keeper::plan_for(const record_fields& record) {
   const auto known = plans_.find(record.layout->id);
   if (known != plans_.end()) return known->second;
-  column_plan plan = plan_all_data(record, command_.skip_system_fields, records_);
+  column_plan plan = command_.all_data
+                         ? plan_all_data(record, command_.skip_system_fields, records_)
+                         : plan_pulled(record, command_.pull, records_);
   if (!plan.reusable) return own_plan_ = std::move(plan);
   if (plans_.size() >= limits::cached_layouts) plans_.clear();
   return plans_.emplace(record.layout->id, std::move(plan)).first->second;
@@ -147,7 +157,7 @@ const std::string* record_keeper::provider_of(const record_fields& record,
   if (plan.provider) return plan.provider;
   scratch_.clear();
   append_value_text(scratch_, record.value(static_cast<std::size_t>(plan.provider_slot)),
-                    value_form::all_data);
+                    plan.form);
   if (*last_provider_ != scratch_) last_provider_ = records_.intern_text(scratch_);
   return last_provider_;
 }
@@ -157,7 +167,7 @@ const char* record_keeper::write_block(const record_fields& record, const column
   char* const block = records_.arena().reserve(block_bound(record, plan));
   block_writer writer(block, writer_);
   for (std::size_t i = 0; i < plan.values.size(); ++i) {
-    const std::string_view text = writer.add(record, plan.values[i]);
+    const std::string_view text = writer.add(record, plan.values[i], plan.form);
     if (static_cast<std::ptrdiff_t>(i) == plan.level_value) kept.level = level_from_text(text);
   }
   records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
@@ -165,7 +175,7 @@ const char* record_keeper::write_block(const record_fields& record, const column
 }
 
 // A record without templates has its fields as values; only their names are shared.
-void record_keeper::keep_plain(const record_fields& record, LogRecord& kept) {
+void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
   std::vector<const layout_field*> columns;
   bool event_id_dropped = !command_.skip_system_fields;
   bool system_time_dropped = !command_.skip_system_fields;
@@ -192,6 +202,30 @@ void record_keeper::keep_plain(const record_fields& record, LogRecord& kept) {
   for (const layout_field* field : columns) writer.add(field->text);
   records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
   kept.values = block;
+}
+
+// The same for named fields. The plan has all of them as texts of this one record; only the names
+// are fit to be shared.
+bool record_keeper::fill_plain_pulled(const record_fields& record, LogRecord& kept) {
+  record_shape shape;
+  column_plan plan = plan_pulled(record, command_.pull, plain_records_);
+  if (!plan.selects) return false;
+  kept.level = plan.level;
+  kept.provider = records_.intern_text(*plan.provider);
+  std::size_t bound = 0;
+  for (const shape_column& column : plan.shape->columns) {
+    bound += column.text.size() + max_cell_head;
+    shape.columns.push_back({column.name, false, {}});
+  }
+  shape.value_count = shape.columns.size();
+  kept.shape = records_.intern_shape(std::move(shape));
+  char* const block = records_.arena().reserve(bound);
+  block_writer writer(block, writer_);
+  for (const shape_column& column : plan.shape->columns) writer.add(column.text);
+  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
+  kept.values = block;
+  plain_records_.clear();
+  return true;
 }
 
 }  // namespace zanvik

@@ -18,12 +18,15 @@ class record_keeper {
   record_keeper(const ReportCommand& command, record_container& records)
       : command_(command), records_(records) {}
 
-  // Adds the record, which the command has selected.
-  void keep(const record_fields& record);
+  // Adds the record, which passed the command's tests. Returns false, with nothing added, when it
+  // has none of the fields that the command pulls.
+  bool keep(const record_fields& record);
 
  private:
   const column_plan& plan_for(const record_fields& record);
-  void keep_plain(const record_fields& record, LogRecord& kept);
+  bool fill(const record_fields& record, LogRecord& kept);
+  void fill_plain(const record_fields& record, LogRecord& kept);
+  bool fill_plain_pulled(const record_fields& record, LogRecord& kept);
   const char* write_block(const record_fields& record, const column_plan& plan, LogRecord& kept);
   const std::string* provider_of(const record_fields& record, const column_plan& plan);
   LogRecord head_of(const record_fields& record);
@@ -36,6 +39,7 @@ class record_keeper {
   const std::string* last_provider_ = nullptr;
   std::unordered_map<std::uint64_t, column_plan> plans_;  // by layout id
   column_plan own_plan_;                                  // of one record
+  record_container plain_records_;                        // for the plan of one without templates
   value_writer writer_;
   std::string scratch_;
 };
