@@ -4,8 +4,10 @@
 #include <limits>
 #include <vector>
 
+#include "evt/evt.h"
 #include "evtx/evtx.h"
 #include "output/write_records.h"
+#include "reports/evt_selector.h"
 #include "reports/evtx_selector.h"
 #include "support/fileio.h"
 
@@ -16,6 +18,9 @@ namespace {
 constexpr std::uint64_t large_log_bytes = 0x10000000;
 constexpr std::size_t large_log_flush = 200000;
 
+// Offsets in a legacy log are 32 bits; a larger file is none.
+constexpr std::uint64_t largest_evt_bytes = std::uint64_t{1} << 32;
+
 // The walk of one log by the commands that are for it.
 class log_walk {
  public:
@@ -23,6 +28,7 @@ class log_walk {
       : options_(options),
         reader_(options.format),
         selector_(commands, records_),
+        evt_selector_(commands, records_),
         settings_{options.inc_slack, &options.trace, options.show_status,
                   options.current_log_path} {}
 
@@ -55,15 +61,25 @@ class log_walk {
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
-    walk_evtx_block(block, offset, reader_, selector_, settings_);
+    const auto result = walk_evtx_block(block, offset, reader_, selector_, settings_);
+    if (result == walk_result::not_evtx && block.size() <= largest_evt_bytes) {
+      walk_evt_log(block, evt_selector_);
+    }
     if (records_.size() < flush_limit_) return;
     write_results();
     *options_.results_stream << '\n';
   }
 
   void write_results() {
-    const write_context context{options_.current_log_channel, options_.inc_slack,
-                                options_.show_offsets};
+    const write_context context{.channel = options_.current_log_channel,
+                                .inc_slack = options_.inc_slack,
+                                .show_offsets = options_.show_offsets,
+                                .allparams = options_.allparams,
+                                .log_is_evtx = options_.current_log_is_evtx,
+                                .log_reserved = options_.current_log_reserved,
+                                .username = options_.username,
+                                .hostname = options_.hostname,
+                                .program_name = options_.program_name};
     write_records(*options_.results_stream, records_, options_.format, context);
     records_.clear();
   }
@@ -72,6 +88,7 @@ class log_walk {
   record_container records_;
   record_reader reader_;
   evtx_selector selector_;
+  evt_selector evt_selector_;
   walk_settings settings_;
   std::size_t flush_limit_ = std::numeric_limits<std::size_t>::max();
 };
