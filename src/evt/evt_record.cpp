@@ -144,22 +144,29 @@ void parse_evt_record(const byte_cursor& buffer, std::uint64_t offset, evt_recor
   parse_evt_record(buffer, offset, record, no_limit);
 }
 
-void sid_to_text(std::string& text, std::span<const std::byte> sid) {
-  text.clear();
+char* write_sid_text(char* out, std::span<const std::byte> sid) {
   constexpr std::size_t shortest = 12;
   constexpr std::size_t sub_authorities_at = 8;
-  if (sid.size() < shortest) return;
+  if (sid.size() < shortest) return out;
   const auto count = std::to_integer<std::size_t>(sid[1]);
-  if (sub_authorities_at + 4 * count > sid.size()) return;
-  text = "S-";
-  append_decimal(text, std::to_integer<unsigned>(sid[0]));
-  text += '-';
-  append_decimal(text, std::to_integer<unsigned>(sid[7]));
+  if (sub_authorities_at + 4 * count > sid.size()) return out;
+  *out++ = 'S';
+  const auto put = [&out](std::uint32_t number) {
+    *out++ = '-';
+    out = write_decimal(out, number);
+  };
+  put(std::to_integer<std::uint32_t>(sid[0]));
+  put(std::to_integer<std::uint32_t>(sid[7]));
   const byte_cursor bytes(sid);
   for (std::size_t i = 0; i < count; ++i) {
-    text += '-';
-    append_decimal(text, bytes.at_or_zero<std::uint32_t>(sub_authorities_at + 4 * i));
+    put(bytes.at_or_zero<std::uint32_t>(sub_authorities_at + 4 * i));
   }
+  return out;
+}
+
+void sid_to_text(std::string& text, std::span<const std::byte> sid) {
+  char digits[longest_sid_text];
+  text.assign(digits, write_sid_text(digits, sid));
 }
 
 void append_evt_text(std::string& out, evt_text text) { append_utf8_from_utf16(out, text); }

@@ -68,9 +68,15 @@ void parse_evt_record(const byte_cursor& buffer, std::uint64_t offset, evt_recor
 // The same for a record alone, without a budget.
 void parse_evt_record(const byte_cursor& buffer, std::uint64_t offset, evt_record& record);
 
-// Sets `text` to "S-1-5-21-..." for the bytes of a SID, or to nothing when they are fewer than 12
-// or fewer than their count of sub-authorities asks for. Of the six bytes of the authority only
-// the last one shows, which is meant.
+// Writes "S-1-5-21-..." for the bytes of a SID at `out`, which has room for `longest_sid_text`, and
+// returns its end: nothing when they are fewer than 12 or fewer than their count of sub-authorities
+// asks for. Of the six bytes of the authority only the last one shows, which is meant.
+char* write_sid_text(char* out, std::span<const std::byte> sid);
+
+// "S-255-255" and 255 sub-authorities of 10 digits.
+inline constexpr std::size_t longest_sid_text = 9 + 255 * 11;
+
+// Sets `text` to the same.
 void sid_to_text(std::string& text, std::span<const std::byte> sid);
 
 // Appends the text as UTF-8.

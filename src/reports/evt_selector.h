@@ -1,0 +1,30 @@
+// The sink that tries each legacy .evt record against the commands of a log, in their order, and
+// keeps it for the first that selects it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "evt/evt.h"
+#include "reports/evt_record_keeper.h"
+
+namespace zanvik {
+
+// Whether the command selects the record: by number, time (both ends inclusive, a stop time of 0
+// is none), conditions, level and text. `scratch` is used for texts.
+bool match_evt_record(const ReportCommand& command, const evt_record& record, std::string& scratch);
+
+class evt_selector : public evt_sink {
+ public:
+  // The commands and the container must outlive the selector.
+  evt_selector(const std::vector<ReportCommand>& commands, record_container& records);
+
+  void on_record(const evt_record& record) override;
+
+ private:
+  const std::vector<ReportCommand>& commands_;
+  std::vector<evt_record_keeper> keepers_;  // one a command
+  std::string scratch_;
+};
+
+}  // namespace zanvik
