@@ -60,10 +60,11 @@ struct record_fields {
   std::uint64_t last_number = 0;
   std::uint64_t file_offset = 0;  // of the record
   std::uint32_t event_id = 0;
-  std::uint64_t time = 0;    // FILETIME: its own "TimeCreated", else `time_written`
-  bool plain = false;        // decoded without a template
-  bool in_slack = false;     // a candidate from the free tail of its chunk
-  bool after_slack = false;  // such a candidate was tried before it in the block, or is it
+  std::uint64_t time = 0;     // FILETIME: its own "TimeCreated", else `time_written`
+  bool plain = false;         // decoded without a template
+  bool in_slack = false;      // a candidate from the free tail of its chunk
+  bool slack_search = false;  // slack is searched in this walk
+  bool after_slack = false;   // such a candidate was tried before it in the block, or is it
   std::span<const record_slot> slots;
   const record_layout* layout = nullptr;
   std::vector<slot_text> slot_texts;  // by rising slot; almost always empty

@@ -36,8 +36,11 @@ class record_reader {
   record_fields* read(std::uint64_t offset);
   // The same for a candidate in the free tail of the chunk, of which `area_bytes` are searched.
   record_fields* read_slack(std::uint64_t offset, std::uint64_t area_bytes);
-  // Whether a candidate was tried since this was last set; records show it.
-  void set_after_slack(bool after_slack) { record_.after_slack = after_slack; }
+  // Records show whether slack is searched, and whether a candidate was tried before them.
+  void set_slack_state(bool slack_search, bool after_slack) {
+    record_.slack_search = slack_search;
+    record_.after_slack = after_slack;
+  }
 
  private:
   void read_header(std::uint64_t offset);

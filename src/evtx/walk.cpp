@@ -34,7 +34,7 @@ class block_walk {
         sink_(sink),
         settings_(settings),
         short_name_(short_log_name(settings.log_path)) {
-    reader_.set_after_slack(false);
+    reader_.set_slack_state(settings.inc_slack, false);
   }
 
   void walk_chunk(std::uint64_t chunk) {
@@ -122,7 +122,7 @@ void block_walk::walk_slack(std::uint64_t chunk, std::uint64_t area) {
   for (const std::uint64_t hit : find_record_signatures(block_.bytes_at(area, area_bytes))) {
     const std::uint64_t record = area + hit;
     if (!is_slack_candidate(record, area_end)) continue;
-    reader_.set_after_slack(true);
+    reader_.set_slack_state(true, true);
     record_fields* fields = reader_.read_slack(record - chunk, area_bytes);
     if (fields) sink_.on_record(*fields);
   }

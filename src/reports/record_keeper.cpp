@@ -5,6 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "reports/slack_columns.h"
+#include "support/qx_number.h"
+
 namespace zanvik {
 namespace {
 
@@ -105,8 +108,26 @@ bool record_keeper::keep(const record_fields& record) {
   }
   LogRecord kept = head_of(record);
   if (!fill(record, kept)) return false;
+  if (record.after_slack) [[unlikely]]
+    add_slack_columns(record, kept);
   if (command_.emit) records_.add(kept);
   return true;
+}
+
+void record_keeper::add_slack_columns(const record_fields& record, LogRecord& kept) {
+  column_map columns = unpack_columns(kept);
+  add_slot_columns(columns, kept.flags, record);
+  if (record.plain && record.in_slack) clean_slack_columns(columns);
+  pack_columns(kept, columns, records_);
+}
+
+// With the search for slack on, a record that no slot gives an ID is asked for a field of its
+// template; what selects records is not changed by that.
+std::uint64_t record_keeper::event_id_of(const record_fields& record) {
+  if (record.event_id != 0 || record.plain || !record.slack_search) return record.event_id;
+  const layout_field* field = find_layout_field(*record.layout, "EventID");
+  const auto id = field ? number_from_text(field->text) : std::nullopt;
+  return static_cast<std::uint64_t>(id.value_or(0));
 }
 
 // Gives the record its columns; all data is more than any list of names.
@@ -130,7 +151,7 @@ LogRecord record_keeper::head_of(const record_fields& record) {
   LogRecord kept;
   kept.report_entry_id = command_.index;
   kept.time = record.time;
-  kept.event_id = record.event_id;
+  kept.event_id = event_id_of(record);
   kept.record_number = record.number;
   kept.file_offset = record.file_offset;
   kept.description = description_;

@@ -30,6 +30,8 @@ class record_keeper {
   const char* write_block(const record_fields& record, const column_plan& plan, LogRecord& kept);
   const std::string* provider_of(const record_fields& record, const column_plan& plan);
   LogRecord head_of(const record_fields& record);
+  void add_slack_columns(const record_fields& record, LogRecord& kept);
+  static std::uint64_t event_id_of(const record_fields& record);
 
   const ReportCommand& command_;
   record_container& records_;
