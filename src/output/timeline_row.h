@@ -63,7 +63,6 @@ std::vector<macb_entry> macb_entries(const timeline_row& row);
 
 // The header line, which stands once in a run.
 std::string timeline_header(const output_format& format);
-std::string timeline_header(const timeline_row& row);
 
 // Writes the header if the flag is on, and clears it; then the row's lines. A row without a valid
 // time may so give a header and no line.

@@ -9,6 +9,7 @@
 #include "output/event_table.h"
 #include "output/row_buffer.h"
 #include "output/time_cells.h"
+#include "output/timeline_writer.h"
 #include "support/qx_text.h"
 
 namespace zanvik {
@@ -108,8 +109,11 @@ void write_records(std::ostream& out, record_container& records, output_format& 
   if (records.empty()) return;
   if (format.no_whitespace) remove_char(format.csv_separator, ' ');
   format.tool_tag = context.channel;
-  if (format.output_bodyfile || format.output_l2t || !format.output_csv) return;
-  write_grouped(out, records.in_time_order(), format, context);
+  if (format.output_bodyfile || format.output_l2t) {
+    write_timeline(out, records.in_time_order(), format, context);
+  } else if (format.output_csv) {
+    write_grouped(out, records.in_time_order(), format, context);
+  }
 }
 
 void write_grouped(std::ostream& out, std::span<const LogRecord* const> records,

@@ -1,8 +1,9 @@
 // The way into this folder, which turns selected records into results: a padded table or a CSV
-// table for each event ID and provider.
+// table for each event ID and provider, or one stream of timeline lines.
 //
 //   write_records     dispatch, called each time a set of selected records is complete
 //   write_grouped     one table a group, an empty line between them
+//   timeline_writer.h the timelines; timeline_fill.h makes their rows the plain way
 //   event_table.h     one table: its columns (table_layout.h) and its rows (row_writer.h)
 //   table_engine.h    the plain, cell-by-cell way; plain_event_table.h makes a whole table by it
 //
@@ -23,7 +24,8 @@ namespace zanvik {
 // for; all bytes have reached `out` on return. An empty container writes nothing, not even a
 // header.
 //   format  loses the blanks of its separator when `no_whitespace` is on, takes the channel as its
-//           `tool_tag`, and has its header flag cleared by a table.
+//           `tool_tag`, and has its header flag cleared by a table, or by the first line of a
+//           timeline.
 void write_records(std::ostream& out, record_container& records, output_format& format,
                    const write_context& context);
 
