@@ -47,9 +47,9 @@ inline constexpr std::size_t cached_layout_bytes = 16 << 20;  // of names and li
 
 // The texts of a legacy .evt log's records, all together, in bytes of UTF-16 that are looked at and
 // a cost for each text. Texts may lie over one another and behind their record, so a small crafted
-// record could name 65,535 long ones. Real logs use up to twice their size in all; the worst that
-// is still sound, a long first string that makes the others of its record lie within it, uses it
-// as often as a record has strings.
+// record could name 65,535 long ones. A real log uses 0.9 times its size and cannot well come to
+// more than 2, so this is 8 to 17 times above; only where first strings of more than 512 units make
+// the others of their record lie within them does it count, and then up to 15 strings a record.
 inline constexpr std::int64_t evt_cost_per_text = 16;
 constexpr std::int64_t evt_text_budget(std::uint64_t file_bytes) {
   return static_cast<std::int64_t>(16 * file_bytes + (1 << 20));
