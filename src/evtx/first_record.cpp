@@ -10,10 +10,16 @@ std::optional<std::string> first_record_text(std::span<const std::byte> chunk) {
   template_catalogue catalogue;
   catalogue.read(view);
   constexpr std::uint64_t bxml = evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes;
-  const auto head = fragment_instance_at(view, bxml);
-  if (!head) return std::nullopt;
   std::string text;
-  if (!read_template_record(catalogue, view, bxml, *head, &text)) return std::nullopt;
+  if (const auto head = fragment_instance_at(view, bxml)) {
+    if (!read_template_record(catalogue, view, bxml, *head, &text)) return std::nullopt;
+    return text;
+  }
+  bxml_cursor cursor{view};
+  cursor.position = bxml;
+  cursor.budget = &budget.plain_bytes;
+  field_map fields;
+  decode_bxml(&text, fields, cursor);
   return text;
 }
 

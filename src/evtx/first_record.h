@@ -10,7 +10,7 @@ namespace zanvik {
 
 // Renders the first record of `chunk` (its 65,536 bytes, signature checked by the caller) as the
 // XML-like text that its binary XML composes, slots included, in the case it is written in.
-// Returns nothing when the record has no usable template or is no template record.
+// Returns nothing when the record names a template that cannot be found.
 std::optional<std::string> first_record_text(std::span<const std::byte> chunk);
 
 }  // namespace zanvik

@@ -26,7 +26,6 @@ class log_walk {
  public:
   log_walk(const std::vector<ReportCommand>& commands, evt_output_options& options)
       : options_(options),
-        reader_(options.format),
         selector_(commands, records_),
         evt_selector_(commands, records_),
         settings_{options.inc_slack, &options.trace, options.show_status,
@@ -61,7 +60,7 @@ class log_walk {
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
-    const auto result = walk_evtx_block(block, offset, reader_, selector_, settings_);
+    const auto result = walk_evtx_block(block, offset, options_.reader, selector_, settings_);
     if (result == walk_result::not_evtx && block.size() <= largest_evt_bytes) {
       walk_evt_log(block, evt_selector_);
     }
@@ -86,7 +85,6 @@ class log_walk {
 
   evt_output_options& options_;
   record_container records_;
-  record_reader reader_;
   evtx_selector selector_;
   evt_selector evt_selector_;
   walk_settings settings_;

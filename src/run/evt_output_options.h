@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "evtx/record_reader.h"
 #include "run/log_list.h"
 #include "support/cmd_params.h"
 #include "support/selection_options.h"
@@ -57,6 +58,8 @@ class evt_output_options : public cmd_params {
   std::uint64_t current_log_reserved = 0;
   bool record_writer_first = true;
   std::ostream* results_stream = nullptr;  // set once by the driver
+  // The walker's state: what is known of templates serves all logs of a run.
+  record_reader reader{format};
 
  private:
   void take_selection_options(argument_list& argv_list);
