@@ -1,0 +1,152 @@
+// The walk over blocks, chunks and record headers.
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include "read_back.h"
+
+namespace zanvik::testing {
+namespace {
+
+using numbers = std::vector<std::uint64_t>;
+
+numbers walked(const file_bytes& log) { return record_numbers(walk(log)); }
+
+log_builder two_chunks() { return log_builder().chunk({record(7), record(8)}).chunk({record(9)}); }
+
+TEST(chunk_walk, bad_record_ends_the_chunk_and_spares_the_next) {
+  auto log = two_chunks();
+  const std::size_t second = log.record_offset(0, 1);
+  const struct {
+    const char* reason;
+    std::size_t field;
+    std::uint32_t value;
+    numbers expected;
+  } rows[] = {
+      {"a size of 9 is one too small", 4, 9, {7, 9}},
+      {"10 is not", 4, 10, {7, 8, 9}},
+      {"65,536 is not too large", 4, 65536, {7, 8, 9}},
+      {"65,537 is", 4, 65537, {7, 9}},
+      {"all four bytes of the signature count", 0, 0x01002a2a, {7, 9}},
+  };
+  for (const auto& row : rows) {
+    auto damaged = log;
+    damaged.poke_u32(second + row.field, row.value);
+    EXPECT_EQ(walked(damaged), row.expected) << row.reason;
+  }
+}
+
+TEST(chunk_walk, signatures_decide_what_is_read) {
+  const struct {
+    const char* reason;
+    std::optional<std::size_t> damaged_chunk;
+    bool damaged_file;
+    walk_result result;
+    numbers expected;
+  } rows[] = {
+      {"all in order", std::nullopt, false, walk_result::walked, {7, 8, 9}},
+      {"a chunk behind a file header is skipped", 0, false, walk_result::walked, {9}},
+      {"a later chunk is skipped", 1, false, walk_result::walked, {7, 8}},
+      {"neither file nor chunk", std::nullopt, true, walk_result::not_evtx, {}},
+  };
+  for (const auto& row : rows) {
+    auto log = two_chunks();
+    if (row.damaged_chunk) log.poke_u8(log.chunk_offset(*row.damaged_chunk) + 7, 1);
+    if (row.damaged_file) log.poke_u8(3, 'f');
+    const output_format format;
+    record_reader reader(format);
+    keeping_sink sink;
+    EXPECT_EQ(walk_evtx_block(log.span(), 0, reader, sink, {}), row.result) << row.reason;
+    EXPECT_EQ(record_numbers(sink.records), row.expected) << row.reason;
+  }
+  // In a block that starts with its first chunk that chunk's loss is the loss of all.
+  auto log = two_chunks();
+  log.poke_u8(log.chunk_offset(0), 'e');
+  EXPECT_EQ(record_numbers(walk(log.span().subspan(file_header_bytes))), numbers{});
+}
+
+TEST(chunk_walk, only_full_chunks_are_read) {
+  const auto log = two_chunks();
+  const std::span<const std::byte> bytes = log.bytes();
+  const struct {
+    const char* reason;
+    std::size_t from, size;
+    numbers expected;
+  } rows[] = {
+      {"header alone", 0, 4096, {}},
+      {"one byte short of a chunk", 0, 4096 + 65535, {}},
+      {"one chunk and all but a byte of the next", 0, 4096 + 2 * 65536 - 1, {7, 8}},
+      {"bare chunk", 4096, 65536, {7, 8}},
+      {"bare chunks", 4096, 2 * 65536, {7, 8, 9}},
+      {"nothing", 0, 0, {}},
+      {"less than a signature", 0, 7, {}},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(record_numbers(walk(bytes.subspan(row.from, row.size))), row.expected) << row.reason;
+  }
+}
+
+TEST(chunk_walk, the_declared_range_counts_the_records) {
+  const auto chunk_of = [](std::uint64_t first, std::uint64_t last) {
+    return log_builder().chunk(
+        chunk_builder({record(7), record(8), record(9)}).declare(first, last));
+  };
+  const struct {
+    const char* reason;
+    std::uint64_t first, last;
+    numbers expected;
+  } rows[] = {
+      {"fewer than there are", 7, 8, {7, 8}},
+      {"other numbers: only their count matters", 100, 101, {7, 8}},
+      {"more than there are", 7, 70, {7, 8, 9}},
+      {"the wrong way round", 9, 7, {}},
+      {"up to the largest number", ~std::uint64_t{0} - 1, ~std::uint64_t{0}, {7, 8}},
+  };
+  for (const auto& row : rows) {
+    auto log = chunk_of(row.first, row.last);
+    log.poke_u64(log.chunk_offset(0) + 16, 9);  // the last record, apart from the range
+    EXPECT_EQ(walked(log), row.expected) << row.reason;
+  }
+  auto log = chunk_of(7, 9);
+  log.poke_u64(log.chunk_offset(0) + 16, ~std::uint64_t{0});
+  EXPECT_EQ(walked(log), numbers{}) << "a last record of all ones: the chunk has none";
+}
+
+TEST(chunk_walk, a_size_may_lead_into_the_next_chunk) {
+  auto log = two_chunks();
+  const std::size_t second = log.record_offset(0, 1);
+  const auto far = static_cast<std::uint32_t>(log.record_offset(1, 0) - second);
+  log.poke_u32(second + 4, far);
+  log.poke_u64(log.chunk_offset(0) + 32, 9);
+  // The record there is read with the first chunk's templates, and again in its own chunk.
+  EXPECT_EQ(walked(log), (numbers{7, 8, 9}));
+  const auto records = walk(log);
+  EXPECT_FALSE(records[2].slots.empty());
+  log.poke_u64(log.chunk_offset(1) + 16, ~std::uint64_t{0});
+  EXPECT_EQ(walked(log), (numbers{7, 8})) << "its definition is no offset of the first chunk";
+}
+
+TEST(chunk_walk, checksums_and_flags_do_not_matter) {
+  auto log = two_chunks();
+  const auto before = walk(log);
+  log.poke_u32(120, 3);
+  log.poke_u32(124, 1);
+  for (const std::size_t chunk : {0u, 1u}) {
+    for (const std::size_t field : {40u, 44u, 48u, 52u, 120u, 124u}) {
+      log.poke_u32(log.chunk_offset(chunk) + field, 0x5a5a5a5a);
+    }
+  }
+  const auto after = walk(log);
+  ASSERT_EQ(after.size(), before.size());
+  for (std::size_t i = 0; i < after.size(); ++i) EXPECT_EQ(after[i].all, before[i].all);
+}
+
+TEST(chunk_walk, records_know_their_place_in_the_file) {
+  const auto log = two_chunks();
+  const auto records = walk(std::span(log.bytes()).subspan(4096), true, 4096);
+  const auto at = " at " + std::to_string(log.record_offset(1, 0)) + "\n";
+  EXPECT_NE(records.at(2).all.find(at), std::string::npos) << records.at(2).all;
+}
+
+}  // namespace
+}  // namespace zanvik::testing
