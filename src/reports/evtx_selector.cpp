@@ -84,11 +84,19 @@ void evtx_selector::on_record(record_fields& record) {
   }
 }
 
-bool evtx_selector::try_command(std::size_t command, const record_fields& record) {
+bool evtx_selector::try_command(std::size_t command, record_fields& record) {
   if (!match_record(command, record)) return false;
   auto& keeper = keepers_[command];
   if (!keeper) keeper = std::make_unique<record_keeper>(commands_[command], records_);
+  if (keeper->translate(record)) [[unlikely]]
+    forget_texts();
   return keeper->keep(record);
+}
+
+// The record's values are no longer what they were when commands looked at them.
+void evtx_selector::forget_texts() {
+  ++record_count_;
+  values_started_ = false;
 }
 
 // What is left to be tested of a command for this event ID, the cheap tests first: nothing is

@@ -55,7 +55,8 @@ class evtx_selector : public record_sink {
   bool match_record(std::size_t command, const record_fields& record);
   bool condition_holds(const condition& wanted);
   bool search_holds(shared_search& wanted, const record_fields& record);
-  bool try_command(std::size_t command, const record_fields& record);
+  bool try_command(std::size_t command, record_fields& record);
+  void forget_texts();
 
   const std::vector<ReportCommand>& commands_;
   record_container& records_;
@@ -66,8 +67,8 @@ class evtx_selector : public record_sink {
   std::vector<shared_search> searches_;
   std::vector<std::unique_ptr<record_keeper>> keepers_;  // one a command, when it is needed
   named_values values_;
-  std::uint64_t record_count_ = 0;
-  bool values_started_ = false;  // for the record in hand
+  std::uint64_t record_count_ = 0;  // records, and changes of their values
+  bool values_started_ = false;     // for the record in hand
 };
 
 }  // namespace zanvik

@@ -3,12 +3,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
 #include "evtx/value_text.h"
 #include "reports/column_plan.h"
 #include "reports/report_command.h"
+#include "reports/translated_slots.h"
 
 namespace zanvik {
 
@@ -16,7 +18,13 @@ namespace zanvik {
 class record_keeper {
  public:
   record_keeper(const ReportCommand& command, record_container& records)
-      : command_(command), records_(records) {}
+      : command_(command), records_(records) {
+    if (!command.translators.empty()) translator_.emplace(command.translators);
+  }
+
+  // Gives the record, which passed the command's tests, the texts that the command's translators
+  // make. Returns whether there were any.
+  bool translate(record_fields& record) { return translator_ && translator_->translate(record); }
 
   // Adds the record, which passed the command's tests. Returns false, with nothing added, when it
   // has none of the fields that the command pulls.
@@ -35,6 +43,7 @@ class record_keeper {
 
   const ReportCommand& command_;
   record_container& records_;
+  std::optional<slot_translator> translator_;
   std::uint64_t generation_ = 0;  // of the container, for which what follows holds
   const std::string* description_ = nullptr;
   const std::string* log_path_ = nullptr;

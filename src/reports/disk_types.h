@@ -1,0 +1,27 @@
+// The type byte of a partition: whether a table entry with it counts, and its name.
+//
+// In goes the number as a table or a boot sector gave it; any number is fine. The texts are
+// constants of the program.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zanvik {
+
+inline constexpr std::uint32_t extended_partition = 5;       // holds a chain of further tables
+inline constexpr std::uint32_t extended_partition_lba = 15;  // the same
+inline constexpr std::uint32_t gpt_protective_partition = 238;
+
+// Whether a table entry of this type counts; one that does not ends its table. A protective
+// entry does not.
+bool is_known_partition_type(std::uint8_t type);
+
+// The name of the type, "unk" when it has none. With the top bit set only the low byte is the
+// type, and " [guess]" stands behind the name.
+std::string partition_type_text(std::uint16_t type);
+
+// The same for the type of a found partition, of which 16 bits count.
+std::string partition_text(std::uint32_t type);
+
+}  // namespace zanvik
