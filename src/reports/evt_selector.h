@@ -7,6 +7,7 @@
 
 #include "evt/evt.h"
 #include "reports/evt_record_keeper.h"
+#include "reports/log_statistics.h"
 
 namespace zanvik {
 
@@ -16,13 +17,17 @@ bool match_evt_record(const ReportCommand& command, const evt_record& record, st
 
 class evt_selector : public evt_sink {
  public:
-  // The commands and the container must outlive the selector.
-  evt_selector(const std::vector<ReportCommand>& commands, record_container& records);
+  // The commands and the container must outlive the selector. `statistics`, unless it is null,
+  // counts every record.
+  evt_selector(const std::vector<ReportCommand>& commands, record_container& records,
+               LogStatistics* statistics = nullptr);
 
   void on_record(const evt_record& record) override;
 
  private:
   const std::vector<ReportCommand>& commands_;
+  const record_container& records_;
+  LogStatistics* statistics_;
   std::vector<evt_record_keeper> keepers_;  // one a command
   std::string scratch_;
 };

@@ -26,8 +26,9 @@ bool match_record_plainly(const ReportCommand& command, const record_fields& rec
   return command.string_exists.empty() || field_contains(record, command.string_exists, scratch);
 }
 
-evtx_selector::evtx_selector(const std::vector<ReportCommand>& commands, record_container& records)
-    : commands_(commands), records_(records) {
+evtx_selector::evtx_selector(const std::vector<ReportCommand>& commands, record_container& records,
+                             LogStatistics* statistics, std::string_view channel)
+    : commands_(commands), records_(records), statistics_(statistics), channel_(channel) {
   tests_.reserve(commands.size());
   for (const ReportCommand& command : commands) add_command(command);
   std::sort(by_event_id_.begin(), by_event_id_.end());
@@ -66,9 +67,15 @@ std::size_t evtx_selector::add_search(const std::string& text) {
   return searches_.size();
 }
 
+void evtx_selector::count(const record_fields& record) {
+  if (statistics_->log_type.empty()) statistics_->log_type = channel_;
+  count_record(*statistics_, record.event_id, record.time);
+}
+
 void evtx_selector::on_record(record_fields& record) {
   ++record_count_;
   values_started_ = false;
+  if (statistics_) count(record);
   // The commands for its ID and those for any, together in the order of the set.
   const std::uint64_t id = record.event_id;
   auto own =
@@ -80,7 +87,11 @@ void evtx_selector::on_record(record_fields& record) {
     if (!more_own && !more_any) return;
     const bool own_first = more_own && (!more_any || own->second < *any);
     const std::size_t command = own_first ? (own++)->second : *any++;
-    if (try_command(command, record)) return;  // what is kept is kept once
+    if (!try_command(command, record)) continue;
+    if (statistics_ && commands_[command].emit) {
+      count_hist_from(*statistics_, commands_, command, records_.last());
+    }
+    return;  // what is kept is kept once
   }
 }
 

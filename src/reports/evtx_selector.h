@@ -9,10 +9,12 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "evtx/evtx.h"
+#include "reports/log_statistics.h"
 #include "reports/named_values.h"
 #include "reports/record_keeper.h"
 #include "reports/text_search.h"
@@ -26,8 +28,10 @@ bool match_record_plainly(const ReportCommand& command, const record_fields& rec
 
 class evtx_selector : public record_sink {
  public:
-  // The commands and the container must outlive the selector.
-  evtx_selector(const std::vector<ReportCommand>& commands, record_container& records);
+  // The commands and the container must outlive the selector. `statistics`, unless it is null,
+  // counts every record, and gets `channel` as its type at the first one.
+  evtx_selector(const std::vector<ReportCommand>& commands, record_container& records,
+                LogStatistics* statistics = nullptr, std::string_view channel = {});
 
   void on_record(record_fields& record) override;
 
@@ -49,6 +53,7 @@ class evtx_selector : public record_sink {
     std::size_t search = 0;           // of `searches_`, counted from 1; 0 for none
   };
 
+  void count(const record_fields& record);
   void add_command(const ReportCommand& command);
   void add_condition(std::string_view term);
   std::size_t add_search(const std::string& text);
@@ -60,6 +65,8 @@ class evtx_selector : public record_sink {
 
   const std::vector<ReportCommand>& commands_;
   record_container& records_;
+  LogStatistics* statistics_;
+  std::string channel_;
   std::vector<std::pair<std::uint64_t, std::size_t>> by_event_id_;  // sorted: id, command
   std::vector<std::size_t> for_any_id_;                             // rising
   std::vector<command_test> tests_;                                 // one a command

@@ -74,6 +74,9 @@ class record_container {
   // Adds a copy. Null strings and a null shape become empty ones of this container.
   void add(const LogRecord& record);
 
+  // The record added last; there is one.
+  const LogRecord& last() const { return records_.back(); }
+
   // The records by rising time, equal times in order of insertion. Valid until the next `add` or
   // `clear`.
   std::span<const LogRecord* const> in_time_order();

@@ -1,7 +1,9 @@
 #include "run/command_run.h"
 
+#include <algorithm>
 #include <iostream>
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include "evt/evt.h"
@@ -26,10 +28,13 @@ class log_walk {
  public:
   log_walk(const std::vector<ReportCommand>& commands, evt_output_options& options)
       : options_(options),
-        selector_(commands, records_),
-        evt_selector_(commands, records_),
-        settings_{options.inc_slack, &options.trace, options.show_status,
-                  options.current_log_path} {}
+        statistics_(options.stats_on ? &options.statistics : nullptr),
+        selector_(commands, records_, statistics_, options.current_log_channel),
+        evt_selector_(commands, records_, statistics_),
+        settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path},
+        hist_count_(static_cast<std::size_t>(
+            std::count_if(commands.begin(), commands.end(),
+                          [](const ReportCommand& command) { return command.has_hist; }))) {}
 
   // Returns whether the log was walked to its end.
   bool run(const std::string& path) {
@@ -37,7 +42,11 @@ class log_walk {
     if (!log.open(path)) return false;
     const std::uint64_t size = log.get_size();
     if (size > large_log_bytes) flush_limit_ = large_log_flush;
-    const bool is_evtx = has_evtx_signature(log);
+    const auto head = read_head(log);
+    if (!head) return false;
+    const bool is_evtx = head == evtx_layout::file_signature;
+    init_statistics(options_.statistics, path, "", is_evtx, hist_count_,
+                    options_.format.date_format, options_.format.time_format);
     const std::uint64_t first_offset = is_evtx ? evtx_layout::file_header_bytes : 0;
     std::uint64_t block_bytes = is_evtx ? evtx_layout::block_bytes : size;
     constexpr std::uint64_t four_gib = std::uint64_t{1} << 32;
@@ -52,11 +61,12 @@ class log_walk {
   }
 
  private:
-  static bool has_evtx_signature(uni::fileio& log) {
+  // The first eight bytes, 0 where they are not all there; nothing when the log cannot be read.
+  static std::optional<std::uint64_t> read_head(uni::fileio& log) {
     std::byte head[256];
     std::size_t count = sizeof(head);
-    if (!log.read_raw(head, count, 0)) return false;
-    return byte_cursor(std::span(head, count)).at<std::uint64_t>(0) == evtx_layout::file_signature;
+    if (!log.read_raw(head, count, 0)) return std::nullopt;
+    return byte_cursor(std::span(head, count)).at_or_zero<std::uint64_t>(0);
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
@@ -85,9 +95,11 @@ class log_walk {
 
   evt_output_options& options_;
   record_container records_;
+  LogStatistics* statistics_;
   evtx_selector selector_;
   evt_selector evt_selector_;
   walk_settings settings_;
+  std::size_t hist_count_;  // commands that count combinations of fields
   std::size_t flush_limit_ = std::numeric_limits<std::size_t>::max();
 };
 

@@ -105,6 +105,7 @@ int run_program(int argc, char** argv) {
     run_stream(options);
   } else {
     (void)run_reports(options);
+    write_run_statistics(options);
   }
   return 0;
 }

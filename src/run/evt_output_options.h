@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "evtx/record_reader.h"
+#include "reports/log_statistics.h"
 #include "run/log_list.h"
 #include "support/cmd_params.h"
 #include "support/selection_options.h"
@@ -49,6 +50,7 @@ class evt_output_options : public cmd_params {
   std::string stats_file;
   std::ostream* stats_stream = nullptr;  // the open statistics file; null when there is none
   std::vector<std::string> hist_fields;
+  LogStatistics statistics;  // of the log walked last
 
   log_map log_table;
   LogEntry scratch_log_entry;

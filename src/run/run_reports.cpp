@@ -6,6 +6,7 @@
 #include "run/command_run.h"
 #include "run/report_runs.h"
 #include "support/diag.h"
+#include "support/qx_text.h"
 
 namespace zanvik {
 namespace {
@@ -19,9 +20,15 @@ CommandSet listing_commands(const evt_output_options& options, const LogEntry& l
   command.start_time = options.selection.start_time;
   command.stop_time = options.selection.stop_time;
   command.string_exists = options.selection.substring;
+  command.has_hist = !options.hist_fields.empty();
+  for (const std::string& field : options.hist_fields) {
+    command.hist_fields.push_back(field);
+    command.hist_fields_lower.push_back(to_lower(field));
+  }
   CommandSet set;
   for (const std::uint64_t event_id : options.selection.event_ids) {
     command.event_id = event_id;
+    command.hist_index = static_cast<std::int32_t>(set.size());
     set.emplace(log.path, command);
   }
   return set;

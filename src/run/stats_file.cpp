@@ -25,4 +25,9 @@ bool open_stats_file(evt_output_options& options, std::ofstream& stream) {
   return true;
 }
 
+void write_run_statistics(evt_output_options& options) {
+  if (!options.stats_on || !options.stats_stream || !*options.stats_stream) return;
+  write_statistics(options.statistics, *options.stats_stream);
+}
+
 }  // namespace zanvik

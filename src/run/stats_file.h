@@ -1,4 +1,4 @@
-// The opening of the statistics file of `-stats`.
+// The statistics file of `-stats`.
 #pragma once
 
 #include <fstream>
@@ -12,5 +12,8 @@ namespace zanvik {
 // made in an existing folder gives true all the same, with the statistics turned off: the run goes
 // on without them and without a word. `stream` has to outlive the use of `options.stats_stream`.
 [[nodiscard]] bool open_stats_file(evt_output_options& options, std::ofstream& stream);
+
+// Writes the block of the log walked last, when there is a statistics file and it takes it.
+void write_run_statistics(evt_output_options& options);
 
 }  // namespace zanvik

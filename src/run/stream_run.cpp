@@ -3,6 +3,7 @@
 #include <string>
 
 #include "run/run_reports.h"
+#include "run/stats_file.h"
 #include "support/console.h"
 #include "support/dir_walk.h"
 #include "support/file_match.h"
@@ -29,6 +30,8 @@ void run_log(const std::string& name, evt_output_options& options) {
   if (!classify_log(options.scratch_log_entry, options.current_log_path)) return;
   options.log_table.clear();
   options.log_table.emplace(options.current_log_path, options.scratch_log_entry);
+  init_statistics(options.statistics, options.current_log_path, options.scratch_log_entry.channel,
+                  options.scratch_log_entry.is_evtx, options.hist_fields.empty() ? 0 : 1, "", "");
   options.record_writer_first = true;
   options.current_log_reserved = 0;
   if (options.show_status) announce(file_name);
@@ -37,6 +40,7 @@ void run_log(const std::string& name, evt_output_options& options) {
   if (options.show_status) {
     prob_message("processed log %s\n", options.current_log_path.c_str());
   }
+  write_run_statistics(options);
 }
 
 bool start(qxportdir::stdin_stream_ex& names, const walk_options& walk) {
