@@ -89,7 +89,9 @@ void read_strings(text_reader in, evt_record& record) {
   // In bytes, and 2 too high for each string read: the zero units are not counted, so the last
   // strings may come from behind the record. That is meant.
   std::int64_t remaining = std::int64_t{record.record_size} - record.string_offset;
-  while (record.strings.size() < record.num_strings && remaining >= 1) {
+  const std::size_t count =
+      std::min<std::size_t>(record.num_strings, limits::evt_strings_per_record);
+  while (record.strings.size() < count && remaining >= 1) {
     evt_text text;
     std::size_t length;
     if (!in.read(static_cast<std::size_t>(remaining) / 2, text, length)) return;

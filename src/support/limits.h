@@ -55,8 +55,12 @@ constexpr std::int64_t evt_text_budget(std::uint64_t file_bytes) {
   return static_cast<std::int64_t>(16 * file_bytes + (1 << 20));
 }
 
+// Strings of a legacy record, each a column of its table. Windows writes up to 256; without a limit
+// one crafted record could make each row of a log 65,535 columns wide.
+inline constexpr std::size_t evt_strings_per_record = 1024;
+
 // Columns that the table layouts of one log may have together, one layout for each count of
-// strings. Real records have up to 50 strings, which makes 2,700.
+// strings. All that records of up to 256 strings can have come to 66,000.
 inline constexpr std::size_t evt_layout_columns = 1 << 18;
 
 }  // namespace zanvik::limits
