@@ -48,7 +48,7 @@ class bxml_decode {
   bool entity_reference(std::uint8_t token);
   bool substitution(bool optional);
   void name_slot(std::uint32_t number, bool optional);
-  void write_slot(slot_entry& slot, bool optional);
+  bool write_slot(slot_entry& slot, bool optional);
   bool fragment_header();
 
   std::uint64_t template_instance(const instance_head& head, std::uint64_t at);
@@ -60,6 +60,10 @@ class bxml_decode {
   std::uint16_t data_bit() const { return in_data_section_ ? word_in_data : std::uint16_t{0}; }
   void write(std::string_view piece) {
     if (text_) text_->append(piece);
+  }
+  // A token costs its length, and its name, which may stand elsewhere, once more.
+  bool spend_token(const named_token& token) {
+    return spend(token.length + (token.name.text.empty() ? 0 : 2 * token.name.units));
   }
   bool spend(std::uint64_t n) { return work_budget::spend(*cursor_.budget, n); }
 

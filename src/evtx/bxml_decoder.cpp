@@ -21,7 +21,9 @@ std::uint64_t bxml_decode::run() {
       break;  // not consumed here: the token handler does that
     }
     first = false;
+    const std::uint64_t before = position_;
     run_fragment();
+    if (position_ == before) break;  // nothing was consumed, nor would it be the next time
   }
   if (!slot_named_ && items_.size() > 1) flush_items(items_, fields_, counters_, !cursor_.slots);
   // A stream that ends inside an open EventData does not take this step.
@@ -141,7 +143,8 @@ bool bxml_decode::open_element(std::uint8_t token) {
   items_.clear();
   slot_named_ = false;
   named_token element = element_at(chunk_, position_);
-  if (element.length == 0 || !spend(element.length + 2 * element.name.units)) {
+  write("\n<");
+  if (element.length == 0 || !spend_token(element)) {
     stream_alive_ = false;
     return false;
   }
@@ -149,7 +152,6 @@ bool bxml_decode::open_element(std::uint8_t token) {
   const std::string& name = element.name.text;
   if (!name.empty()) push(name, static_cast<std::uint16_t>(token | data_bit()));
   if (is_data_section(name)) in_data_section_ = true;
-  write("\n<");
   write(name);
   open_names_.push_back(std::move(element.name.text));
   consume(element.length);
@@ -206,7 +208,7 @@ bool bxml_decode::value_text(std::uint8_t token) {
 
 bool bxml_decode::attribute(std::uint8_t token) {
   named_token found = attribute_at(chunk_, position_);
-  if (found.length == 0 || !spend(found.length + 2 * found.name.units)) return false;
+  if (found.length == 0 || !spend_token(found)) return false;
   write(" ");
   write(found.name.text);
   write("=");
@@ -241,7 +243,7 @@ bool bxml_decode::character_reference(std::uint8_t token) {
 
 bool bxml_decode::entity_reference(std::uint8_t token) {
   named_token found = entity_at(chunk_, position_);
-  if (found.length == 0 || !spend(found.length + 2 * found.name.units)) return false;
+  if (found.length == 0 || !spend_token(found)) return false;
   if (!found.name.text.empty()) {
     std::string reference = "&" + found.name.text + ";";
     write(reference);

@@ -25,11 +25,16 @@ std::string take_newest(item_list& items) {
   return text;
 }
 
+// Whether a byte of UTF-8 begins a character.
+bool begins_character(char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }
+
+std::size_t character_count(std::string_view text) {
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins_character));
+}
+
 std::string padded_key(std::string_view name) {
-  const auto characters = std::count_if(name.begin(), name.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xc0) != 0x80;  // not a continuation byte
-  });
-  std::string key(characters < 2 ? static_cast<std::size_t>(2 - characters) : 0, '0');
+  const std::size_t characters = character_count(name);
+  std::string key(characters < 2 ? 2 - characters : 0, '0');
   return key.append(name);
 }
 
@@ -99,14 +104,16 @@ void flush_data_chain(item_list& items, field_map& fields, data_counters& counte
                    data_element ? type_joined_data : type_joined);
 }
 
-// Writes a blank behind each two characters of the digits in `value`.
+// Writes a blank behind each two characters.
 std::string spaced_pairs(std::string_view value) {
   std::string spaced;
   spaced.reserve(value.size() + value.size() / 2 + 1);
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    spaced.push_back(value[i]);
-    if (i % 2 == 1) spaced.push_back(' ');
+  std::size_t characters = 0;
+  for (const char c : value) {
+    if (begins_character(c) && characters++ % 2 == 0 && !spaced.empty()) spaced.push_back(' ');
+    spaced.push_back(c);
   }
+  if (characters % 2 == 0 && characters != 0) spaced.push_back(' ');
   return spaced;
 }
 
@@ -127,7 +134,7 @@ void flush_data_pair(item_list& items, field_map& fields, data_counters& counter
       ++counters.data_index;
     }
     std::string bytes;
-    append_decimal(bytes, std::uint64_t{value.size() / 2});
+    append_decimal(bytes, character_count(value) / 2);
     fields.try_emplace(numbered_key(++counters.data_index, "<unnamed>"),
                        field_value{type, std::move(bytes), 0});
   }

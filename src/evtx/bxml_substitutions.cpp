@@ -17,7 +17,7 @@ bool bxml_decode::substitution(bool optional) {
   if (!items_.empty()) name_slot(*number, optional);
   after_reference_ = false;
   if (in_range) {
-    write_slot((*cursor_.slots)[*number], optional);
+    if (!write_slot((*cursor_.slots)[*number], optional)) return false;
   } else if (text_) {
     text_->push_back('[');
     append_decimal(*text_, std::uint64_t{*number});
@@ -45,8 +45,9 @@ void bxml_decode::name_slot(std::uint32_t number, bool optional) {
   slot_named_ = true;  // holds back the next flush
 }
 
-// Writes the value of a slot, or decodes it when it is nested binary XML.
-void bxml_decode::write_slot(slot_entry& slot, bool optional) {
+// Writes the value of a slot, or decodes it when it is nested binary XML. Returns false when the
+// text would cost more than is left: a body may name one long value over and over.
+bool bxml_decode::write_slot(slot_entry& slot, bool optional) {
   if (slot.type == value_type::bxml) {
     // A body's nested slots are decoded with their own template later, except for user data.
     if (!template_body_) {
@@ -54,18 +55,21 @@ void bxml_decode::write_slot(slot_entry& slot, bool optional) {
     } else if (optional && slot.name == "UserData") {
       decode_nested(slot.offset, &slot.children, true);
     }
-    return;
+    return true;
   }
-  if (!text_) return;
+  if (!text_) return true;
+  const raw_value value = raw_value_at(bytes_, slot.offset, slot.type, slot.size);
+  if (!spend(value_source_bytes(value) + slot.text.size())) return false;
   if (start_tag_open_) text_->push_back('"');
   const std::size_t before = text_->size();
   if (slot.composed) {
     text_->append(slot.text);
   } else {
-    append_value_text(*text_, raw_value_at(bytes_, slot.offset, slot.type, slot.size));
+    append_value_text(*text_, value);
   }
   if (text_->size() == before) append_hex_bytes(*text_, bytes_.bytes_at(slot.offset, slot.size));
   if (start_tag_open_) text_->push_back('"');
+  return true;
 }
 
 void bxml_decode::decode_nested(std::uint64_t at, std::vector<slot_entry>* slots,

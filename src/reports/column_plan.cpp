@@ -61,7 +61,7 @@ void take_provider(const record_fields& record, std::vector<collected>& list, co
     plan.provider = nullptr;
     // A single candidate is taken whatever it holds, so its text need not be looked at.
     if (candidates > 1) {
-      append_value_text(provider, record.value(each.slot), value_form::all_data);
+      append_column_text(provider, record, each.slot, value_form::all_data);
     }
     return true;
   });

@@ -13,18 +13,27 @@ void clean_text(std::string& text, value_form form) {
 
 }  // namespace
 
+void append_column_text(std::string& out, const record_fields& record, std::size_t slot,
+                        value_form form) {
+  const std::string* replaced = record.replaced_text(slot);
+  if (!replaced) return append_value_text(out, record.value(slot), form);
+  std::string text = *replaced;
+  clean_text(text, form);
+  out.append(text);
+}
+
 bool find_field(const record_fields& record, std::string_view name, std::string& value, bool clean,
                 bool slots_only) {
   value.clear();
   const std::ptrdiff_t slot = find_slot(*record.layout, name);
   if (slot >= 0) {
     const auto found = static_cast<std::size_t>(slot);
-    if (!clean || record.replaced_text(found)) {
+    if (!clean) {
       append_slot_text(value, record, found);
     } else {
-      append_value_text(value, record.value(found), value_form::pulled);
-      return true;
+      append_column_text(value, record, found, value_form::pulled);
     }
+    return true;
   } else {
     if (slots_only && !record.slots.empty()) return false;
     const layout_field* field = find_layout_field(*record.layout, name);

@@ -16,6 +16,10 @@ namespace zanvik {
 bool find_field(const record_fields& record, std::string_view name, std::string& value, bool clean,
                 bool slots_only = false);
 
+// Appends the slot's text as a column has it: its value, or what stands in its place, on one line.
+void append_column_text(std::string& out, const record_fields& record, std::size_t slot,
+                        value_form form);
+
 // A term "name|pattern" holds when the field's value contains the pattern, in any case; a term
 // without "|" when there is such a field. `value` receives what was looked at.
 bool field_term_matches(const record_fields& record, std::string_view term, std::string& value,

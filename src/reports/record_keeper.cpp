@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "reports/evtx_fields.h"
 #include "reports/slack_columns.h"
 #include "support/qx_number.h"
 
@@ -177,13 +178,7 @@ const std::string* record_keeper::provider_of(const record_fields& record,
                                               const column_plan& plan) {
   if (plan.provider) return plan.provider;
   scratch_.clear();
-  const auto slot = static_cast<std::size_t>(plan.provider_slot);
-  bool marked = false;
-  if (const std::string* replaced = record.replaced_text(slot)) [[unlikely]] {
-    scratch_ = replaced_column_text(*replaced, {}, plan.form, marked);
-  } else {
-    append_value_text(scratch_, record.value(slot), plan.form);
-  }
+  append_column_text(scratch_, record, static_cast<std::size_t>(plan.provider_slot), plan.form);
   if (*last_provider_ != scratch_) last_provider_ = records_.intern_text(scratch_);
   return last_provider_;
 }

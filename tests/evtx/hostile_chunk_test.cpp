@@ -1,0 +1,93 @@
+// Chunks that were made to cost more than they are: each ends, in what the chunk's purse allows.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "evtx/evtx.h"
+#include "evtx/first_record.h"
+#include "log_builder.h"
+
+namespace zanvik {
+namespace {
+
+using namespace zanvik::testing;
+
+constexpr std::uint64_t some_time = 133000000000000000;
+
+class number_sink : public record_sink {
+ public:
+  void on_record(record_fields& record) override { numbers.push_back(record.number); }
+  std::vector<std::uint64_t> numbers;
+};
+
+std::vector<std::uint64_t> numbers_of(std::vector<std::byte> chunk) {
+  const output_format format;
+  record_reader reader(format);
+  number_sink sink;
+  walk_evtx_block(chunk, 0, reader, sink, {});
+  return sink.numbers;
+}
+
+std::vector<std::byte> bytes_of(const chunk_builder& chunk) {
+  const auto built = chunk.build();
+  const auto* data = reinterpret_cast<const std::byte*>(built.bytes.data());
+  return {data, data + built.bytes.size()};
+}
+
+// Fifty elements of 9 bytes whose one name, elsewhere in the chunk, has 15,000 units.
+record_builder greedy_names(std::uint64_t number) {
+  return plain_record(number, some_time, [](bxml_builder& b) {
+    b.fragment_header();
+    for (int i = 0; i < 50; ++i) b.open(std::string(15000, 'n'));
+    b.end_of_stream();
+  });
+}
+
+record_builder honest_plain(std::uint64_t number) {
+  return plain_record(number, some_time, [](bxml_builder& b) {
+    b.fragment_header().open("Channel").close_start().value("X").end_element().end_of_stream();
+  });
+}
+
+// A stream that no longer may cost anything ends where it stands, its fragment header unread.
+TEST(hostile_chunk, a_used_up_purse_ends_the_streams_behind_it) {
+  const auto greedy = bytes_of(chunk_builder({greedy_names(1), honest_plain(2), honest_plain(3)}));
+  EXPECT_EQ(numbers_of(greedy), std::vector<std::uint64_t>{});
+  const auto honest = bytes_of(chunk_builder({honest_plain(2), honest_plain(3)}));
+  EXPECT_EQ(numbers_of(honest), (std::vector<std::uint64_t>{2, 3}));
+}
+
+// The same where templates are decoded: what is left of the purse names nothing, and ends.
+TEST(hostile_chunk, a_used_up_purse_ends_the_bodies_behind_it) {
+  const template_definition greedy{"11111111-2222-3333-4455-667788990011", [](bxml_builder& b) {
+                                     b.fragment_header();
+                                     for (int i = 0; i < 300; ++i) b.open(std::string(15000, 'n'));
+                                     b.end_of_stream();
+                                   }};
+  const template_definition honest{"21111111-2222-3333-4455-667788990011", [](bxml_builder& b) {
+                                     b.fragment_header().open("Level").close_start();
+                                     b.optional_sub(0, 4).end_element().end_of_stream();
+                                   }};
+  const auto chunk =
+      bytes_of(chunk_builder({template_record(1, some_time, greedy, {slot::uint8(2)}),
+                              template_record(2, some_time, honest, {slot::uint8(3)})}));
+  EXPECT_EQ(numbers_of(chunk), (std::vector<std::uint64_t>{1, 2}));
+}
+
+// A body that names one value of 38,000 bytes over and over: hexadecimal of all would be 680 MB.
+TEST(hostile_chunk, the_text_of_a_first_record_stays_in_proportion) {
+  const template_definition definition{"11111111-2222-3333-4455-667788990011", [](bxml_builder& b) {
+                                         b.fragment_header().open("UserData").close_start();
+                                         for (int i = 0; i < 6000; ++i) b.normal_sub(0, 14);
+                                         b.end_element().end_of_stream();
+                                       }};
+  const auto chunk = bytes_of(chunk_builder({template_record(
+      1, some_time, definition, {slot::binary(byte_vector(38000, std::byte{1}))})}));
+  const auto text = first_record_text(chunk);
+  ASSERT_TRUE(text);
+  EXPECT_GT(text->size(), 38000u);
+  EXPECT_LT(text->size(), 16u << 20);
+}
+
+}  // namespace
+}  // namespace zanvik
