@@ -47,9 +47,10 @@ inline constexpr std::uint32_t definition_head_bytes = 24;
 struct work_budget {
   std::int64_t slot_bytes = limits::slot_bytes_per_chunk;
   std::int64_t plain_bytes = limits::plain_bytes_per_chunk;
+  std::int64_t slack_bytes = limits::slack_bytes_per_chunk;
   std::int64_t body_bytes = limits::body_bytes_per_chunk;
 
-  // Takes `bytes` from one of the three; false once it is used up.
+  // Takes `bytes` from one of them; false once it is used up.
   static bool spend(std::int64_t& left, std::uint64_t bytes) {
     left = bytes > static_cast<std::uint64_t>(left) ? 0 : left - static_cast<std::int64_t>(bytes);
     return left > 0;

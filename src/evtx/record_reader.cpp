@@ -102,10 +102,11 @@ void record_reader::add_collector_time(field_map& fields) const {
 bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
   bxml_cursor cursor{chunk_};
   cursor.position = bxml;
-  cursor.budget = &budget_.plain_bytes;
+  cursor.budget = record_.in_slack ? &budget_.slack_bytes : &budget_.plain_bytes;
   field_map fields;
   decode_bxml(nullptr, fields, cursor, limit);
-  if (fields.empty()) return false;
+  // A record that could not be paid for to its end would be shown as something it is not.
+  if (fields.empty() || *cursor.budget <= 0) return false;
   const auto text_of = [&fields](std::string_view name) {
     const auto exact = fields.find(name);
     if (exact != fields.end()) return exact->second.text;

@@ -37,6 +37,10 @@ inline constexpr std::int64_t slot_bytes_per_chunk = 4 * 65536;
 // included: it is kept per record.
 inline constexpr std::int64_t plain_bytes_per_chunk = 8 * 65536;
 
+// The same for candidates from slack, which may be read from anywhere and run on into one another:
+// a chunk of 29 plain records that were left there takes 11 times its length.
+inline constexpr std::int64_t slack_bytes_per_chunk = 64 * 65536;
+
 // Template bodies: a body is decoded again only for records off the usual road, 600 records of
 // 3 KiB bodies at the most in a real chunk.
 inline constexpr std::int64_t body_bytes_per_chunk = 64 * 65536;
