@@ -28,6 +28,15 @@ log_builder log_of(const std::string& channel) {
   return log_builder().chunk({record(1, {.channel = channel})});
 }
 
+// The same with a first record that has no template.
+log_builder plain_log_of(const std::string& channel) {
+  return log_builder().chunk({plain_record(1, 133000000000000000, [channel](bxml_builder& b) {
+    b.fragment_header().open("Event", element_form::without_id).close_start();
+    b.open("Channel", element_form::without_id).close_start().value(channel).end_element();
+    b.end_element().end_of_stream();
+  })});
+}
+
 // A legacy log with a first record of that length whose source name is `source`.
 std::string evt_log(const std::string& source, std::uint32_t length = 0) {
   evt_builder log;
@@ -57,6 +66,8 @@ TEST(classify_log, by_name_and_by_content) {
       {"legacy names", "AppEvent.Evt", evt_head, true, false, "application"},
       {"a known name in spite of its content", "security.evtx", text_of(log_of("Other").bytes()),
        true, true, "security"},
+      {"the channel of a first record without a template", "p.evtx",
+       text_of(plain_log_of("Fabrikam/Plain").bytes()), true, true, "fabrikam/plain"},
       {"the channel of the first record", "a.evtx", text_of(log_of(partition).bytes()), true, true,
        "microsoft-windows-partition/diagnostic"},
       {"quotes go", "a.evtx", text_of(log_of("\"Any\"").bytes()), true, true, "any"},
