@@ -33,6 +33,9 @@ print_machine() {
   echo "cpu: $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1), $jobs processors"
 }
 
+# Set to `all` by a script that wants the runs of all forms and reports.
+all=''
+
 # Makes the log unless it is there, holds the listing against it, and times.
 #   $1  log     $2  MiB     $3  runs     $4  event ID     $5  folder for the listings, or empty
 #   $6...  logs, or folders of logs, to make it of
@@ -44,5 +47,5 @@ report() {
   # Three numbers, and before them what the check has to say.
   [[ $found != *$'\n'* ]] || printf '%s\n' "${found%$'\n'*}"
   # shellcheck disable=SC2086
-  python3 "$bench/measure.py" "$program" "$log" "$runs" "$event" ${found##*$'\n'}
+  python3 "$bench/measure.py" "$program" "$log" "$runs" "$event" ${found##*$'\n'} $all
 }

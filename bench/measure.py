@@ -1,7 +1,8 @@
 """Times whole runs of the program beside md5sum on the same file, and takes their peak memory.
-The last three arguments are what check_output.py found.
+RECORDS and the two behind it are what check_output.py found; a word behind them asks for the runs
+of the other forms and reports as well.
 
-  measure.py PROGRAM LOG RUNS EVENT_ID RECORDS EVENT_RECORDS RECORD_BYTES
+  measure.py PROGRAM LOG RUNS EVENT_ID RECORDS EVENT_RECORDS RECORD_BYTES [all]
 
 The runs are interleaved, one of each command in turn, so that a drift of the machine hits all of
 them alike; a first round of each is not counted. Peak memory is the kernel's figure for the ended
@@ -13,6 +14,21 @@ import os
 import resource
 import sys
 import time
+
+
+# A word that few records hold, and an event ID that none has.
+RARE_WORD = "zanzibar"
+ABSENT_ID = "65000"
+OTHER_RUNS = [
+    ("-logon -csv", ["-logon", "-csv"]),
+    (f"-string {RARE_WORD} -csv", ["-string", RARE_WORD, "-csv"]),
+    ("-csvl2t", ["-csvl2t"]),
+    ("-bodyfile -allparams", ["-bodyfile", "-allparams"]),
+    ("-inc_slack -csv", ["-inc_slack", "-csv"]),
+    (f"-eventid {ABSENT_ID}", ["-eventid", ABSENT_ID, "-csv"]),
+    ("the same with -stats", ["-eventid", ABSENT_ID, "-csv", "-stats", os.devnull]),
+    ("padded (no form)", []),
+]
 
 
 class Command:
@@ -56,6 +72,10 @@ def main():
         Command("-csv", listing, int(records)),
         Command(f"-eventid {event_id} -csv", event, int(records)),
     ]
+    if len(sys.argv) > 8:  # the runs of the other forms and reports
+        for label, options in OTHER_RUNS:
+            argv = [program, "-log", log, *options, "-quiet"]
+            commands.append(Command(label, argv, int(records)))
     for command in commands:
         command.run()
     for _ in range(int(runs)):
