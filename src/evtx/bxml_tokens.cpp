@@ -57,6 +57,16 @@ named_token token_by_offset(const chunk_view& chunk, std::uint64_t offset, std::
   return token;
 }
 
+// A token of one byte and an inline name.
+named_token token_with_name(const chunk_view& chunk, std::uint64_t offset) {
+  auto name = inline_name_at(chunk, offset + 1, units_behind(chunk.bound, offset) - 2);
+  if (!name) return {};
+  named_token token;
+  token.name = std::move(*name);
+  token.length = 1 + token.name.length;
+  return token;
+}
+
 }  // namespace
 
 std::optional<instance_head> fragment_instance_at(const chunk_view& chunk, std::uint64_t offset) {
@@ -166,12 +176,7 @@ named_token attribute_at(const chunk_view& chunk, std::uint64_t offset) {
     if (!within(std::uint64_t{*name_offset} + 10, chunk.bound)) token.name.text.clear();
     return token;
   }
-  auto name = inline_name_at(chunk, offset + 1, units_behind(chunk.bound, offset) - 2);
-  if (!name) return {};
-  named_token token;
-  token.name = std::move(*name);
-  token.length = 1 + token.name.length;
-  return token;
+  return token_with_name(chunk, offset);
 }
 
 named_token entity_at(const chunk_view& chunk, std::uint64_t offset) {
@@ -182,12 +187,7 @@ named_token entity_at(const chunk_view& chunk, std::uint64_t offset) {
   if (*discriminator == 0) {
     return token_by_offset(chunk, offset, 5, bytes.at_or_zero<std::uint32_t>(offset + 1));
   }
-  auto name = inline_name_at(chunk, offset + 1, units_behind(chunk.bound, offset) - 2);
-  if (!name) return {};
-  named_token token;
-  token.name = std::move(*name);
-  token.length = 1 + token.name.length;
-  return token;
+  return token_with_name(chunk, offset);
 }
 
 }  // namespace zanvik

@@ -12,32 +12,22 @@
 namespace zanvik {
 namespace {
 
-using field_map = std::map<std::string, std::string>;
 using width_map = std::map<std::string, std::size_t>;
 
 constexpr std::uint32_t ordinary_flags = record_plain_or_slack | record_inside_range;
 
 bool anomalous(const LogRecord& record) { return (record.flags & ~ordinary_flags) != 0; }
 
-field_map fields_of(const LogRecord& record) {
-  field_map fields;
-  cell_reader cells(record.values);
-  for (const shape_column& column : record.shape->columns) {
-    fields.emplace(column.name, column.literal ? column.text : cells.next().text);
-  }
-  return fields;
-}
-
 // Everything that the first pass over the records finds.
 struct table_plan {
-  std::vector<field_map> fields;  // of each record
+  std::vector<column_map> fields;  // of each record
   width_map widths;
   std::size_t description_width = 0;
   std::size_t provider_width = 13;
   bool provider_seen = false;
 };
 
-void add_widths(width_map& widths, const field_map& fields) {
+void add_widths(width_map& widths, const column_map& fields) {
   for (const auto& [name, value] : fields) {
     std::size_t& width = widths.try_emplace(name, name.size()).first->second;
     if (value.size() <= 599) width = std::max(width, value.size());
@@ -45,9 +35,9 @@ void add_widths(width_map& widths, const field_map& fields) {
 }
 
 // Gives the anomalous records with as many fields as `names` its names, position by position.
-void reconcile(table_plan& plan, std::span<const LogRecord* const> records, field_map names) {
+void reconcile(table_plan& plan, std::span<const LogRecord* const> records, column_map names) {
   for (std::size_t i = 0; i < records.size(); ++i) {
-    field_map& fields = plan.fields[i];
+    column_map& fields = plan.fields[i];
     if (!anomalous(*records[i]) || fields.size() != names.size()) continue;
     auto value = fields.begin();
     for (auto& entry : names) entry.second = (value++)->second;
@@ -58,10 +48,10 @@ void reconcile(table_plan& plan, std::span<const LogRecord* const> records, fiel
 table_plan first_pass(std::span<const LogRecord* const> records) {
   table_plan plan;
   width_map anomalous_widths;
-  field_map names;
+  column_map names;
   for (const LogRecord* record : records) {
-    plan.fields.push_back(fields_of(*record));
-    const field_map& fields = plan.fields.back();
+    plan.fields.push_back(columns_of(*record));
+    const column_map& fields = plan.fields.back();
     if (anomalous(*record)) {
       add_widths(anomalous_widths, fields);
     } else {
@@ -131,7 +121,7 @@ class row_filler {
   std::size_t at_ = 0;
 };
 
-void fill_row(table_row& row, const LogRecord& record, const field_map& fields,
+void fill_row(table_row& row, const LogRecord& record, const column_map& fields,
               const table_plan& plan, const output_format& format, const write_context& context) {
   row_filler fill(row);
   fill.number(record.record_number, cell_number64, cell_decimal | 4);

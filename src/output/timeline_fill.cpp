@@ -12,24 +12,13 @@
 namespace zanvik {
 namespace {
 
-using field_map = std::map<std::string, std::string>;
-
-field_map fields_of(const LogRecord& record) {
-  field_map fields;
-  cell_reader cells(record.values);
-  for (const shape_column& column : record.shape->columns) {
-    fields.emplace(column.name, column.literal ? column.text : cells.next().text);
-  }
-  return fields;
-}
-
-std::string value_of(const field_map& fields, const std::string& name) {
+std::string value_of(const column_map& fields, const std::string& name) {
   const auto found = fields.find(name);
   return found == fields.end() ? std::string() : found->second;
 }
 
 // "[name:value" and `end` for each field with a value.
-std::string field_list(const field_map& fields, std::string_view end) {
+std::string field_list(const column_map& fields, std::string_view end) {
   std::string list;
   for (const auto& [name, value] : fields) {
     if (value.empty()) continue;
@@ -66,7 +55,7 @@ timeline_row timeline_row_of(const LogRecord& record, const output_format& forma
   prepare_timeline_row(row, format, context);
   row.times = {record.time, 0, 0, record.time};
   row.type = "Event Logged";
-  const field_map fields = fields_of(record);
+  const column_map fields = columns_of(record);
   if (row.sourcetype.empty() && context.log_is_evtx) row.sourcetype = value_of(fields, "Channel");
   row.short_text = "Event ID: " + std::to_string(record.event_id);
   if (!record.provider->empty()) row.short_text += " : " + *record.provider;
@@ -87,7 +76,7 @@ body_row body_row_of(const LogRecord& record, const write_context& context) {
   row.name = "Event ID: " + std::to_string(record.event_id);
   if (!record.provider->empty()) row.name += '-' + *record.provider;
   if (context.allparams) {
-    row.name += ", " + field_list(fields_of(record), "], ");
+    row.name += ", " + field_list(columns_of(record), "], ");
     cut_last(row.name, 2);  // of the ", " in front where there is no field
   }
   row.inode = context.log_reserved;

@@ -13,14 +13,8 @@ namespace {
 // Writes the cell of a value to `out`, which has room for it and the longest head. Returns its end.
 char* write_cell(char* out, const evt_record& record, evt_value_source source) {
   bool marked = false;
-  char* const text = out + 1;  // most heads are one byte
-  char* const end = write_evt_value(text, record, source, marked);
-  const auto length = static_cast<std::size_t>(end - text);
-  char head[max_cell_head];
-  const auto head_length = static_cast<std::size_t>(write_cell_head(head, length, marked) - head);
-  if (head_length > 1) std::memmove(out + head_length, text, length);
-  std::memcpy(out, head, head_length);
-  return out + head_length + length;
+  char* const end = write_evt_value(out + 1, record, source, marked);
+  return finish_cell(out, end, marked);
 }
 
 }  // namespace

@@ -21,6 +21,16 @@ std::size_t shape_hash(const record_shape& shape) {
 
 }  // namespace
 
+column_map columns_of(const LogRecord& record) {
+  column_map columns;
+  if (!record.shape) return columns;
+  cell_reader cells(record.values);
+  for (const shape_column& column : record.shape->columns) {
+    columns.emplace(column.name, column.literal ? column.text : cells.next().text);
+  }
+  return columns;
+}
+
 record_container::record_container() = default;
 
 void record_container::add(const LogRecord& record) {

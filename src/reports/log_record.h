@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -59,6 +60,10 @@ struct LogRecord {
   const record_shape* shape = nullptr;       // never null in a container
   const char* values = nullptr;              // the block; null when shape->value_count is 0
 };
+
+// A record's columns with their values, one by one: for whoever wants them without haste.
+using column_map = std::map<std::string, std::string>;
+column_map columns_of(const LogRecord& record);
 
 // The selected records of a run: an ordered multimap from time to record in its behaviour (equal
 // times in order of insertion), a vector that is sorted when somebody asks in its form.

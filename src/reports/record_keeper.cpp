@@ -27,22 +27,6 @@ std::string replaced_column_text(std::string text, const plan_value& value, valu
   return text;
 }
 
-// Puts the head in front of a cell's text, which was written with one byte of room before it.
-char* finish_cell(char* cell, char* end, bool marked) {
-  char* const text = cell + 1;
-  const auto length = static_cast<std::size_t>(end - text);
-  constexpr std::size_t one_byte_lengths = 64;
-  if (length < one_byte_lengths) {
-    write_cell_head(cell, length, marked);
-    return end;
-  }
-  char head[max_cell_head];
-  const auto head_length = static_cast<std::size_t>(write_cell_head(head, length, marked) - head);
-  std::memmove(cell + head_length, text, length);
-  std::memcpy(cell, head, head_length);
-  return cell + head_length + length;
-}
-
 // Writes cells to memory that has room for them.
 class block_writer {
  public:
@@ -116,7 +100,7 @@ bool record_keeper::keep(const record_fields& record) {
 }
 
 void record_keeper::add_slack_columns(const record_fields& record, LogRecord& kept) {
-  column_map columns = unpack_columns(kept);
+  column_map columns = columns_of(kept);
   add_slot_columns(columns, kept.flags, record);
   if (record.plain && record.in_slack) clean_slack_columns(columns);
   pack_columns(kept, columns, records_);

@@ -24,16 +24,6 @@ char* put(char* out, std::string_view text) {
 
 }  // namespace
 
-column_map unpack_columns(const LogRecord& kept) {
-  column_map columns;
-  if (!kept.shape) return columns;
-  cell_reader cells(kept.values);
-  for (const shape_column& column : kept.shape->columns) {
-    columns[column.name] = column.literal ? column.text : std::string(cells.next().text);
-  }
-  return columns;
-}
-
 void pack_columns(LogRecord& kept, const column_map& columns, record_container& records) {
   record_shape shape;
   std::size_t bound = 0;

@@ -3,7 +3,6 @@
 // columns are taken apart into a map and packed again.
 #pragma once
 
-#include <map>
 #include <string>
 
 #include "evtx/record_fields.h"
@@ -11,10 +10,6 @@
 
 namespace zanvik {
 
-using column_map = std::map<std::string, std::string>;
-
-// The columns of `kept` with their values.
-column_map unpack_columns(const LogRecord& kept);
 // Gives `kept` these columns in place of its own, in the memory of `records`.
 void pack_columns(LogRecord& kept, const column_map& columns, record_container& records);
 

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -56,6 +57,23 @@ inline char* write_cell_head(char* out, std::size_t length, bool marked) {
   }
   *out++ = static_cast<char>(head);
   return out;
+}
+
+// Puts the head in front of a cell's text, which was written to `cell + 1` and ends at `end`; the
+// text moves when its head is longer than the one byte that most have. Returns the cell's end.
+inline char* finish_cell(char* cell, char* end, bool marked) {
+  char* const text = cell + 1;
+  const auto length = static_cast<std::size_t>(end - text);
+  constexpr std::size_t one_byte_lengths = 64;
+  if (length < one_byte_lengths) {
+    write_cell_head(cell, length, marked);
+    return end;
+  }
+  char head[max_cell_head];
+  const auto head_length = static_cast<std::size_t>(write_cell_head(head, length, marked) - head);
+  std::memmove(cell + head_length, text, length);
+  std::memcpy(cell, head, head_length);
+  return cell + head_length + length;
 }
 
 // Memory for value blocks: reserved by an upper bound, kept by what was used.

@@ -13,7 +13,7 @@ namespace {
 
 using columns = std::vector<std::pair<std::string, std::string>>;
 
-columns columns_of(const LogRecord& record) {
+columns checked_columns(const LogRecord& record) {
   columns out;
   cell_reader cells(record.values);
   for (const shape_column& column : record.shape->columns) {
@@ -45,7 +45,7 @@ columns kept(const ReportCommand& command, const evt_record_fields& fields) {
   const std::vector<ReportCommand> commands{command};
   evt_selector selector(commands, records);
   walk_evt_log(evt_builder().add(fields).bytes(), selector);
-  return records.size() == 1 ? columns_of(*records.in_time_order()[0]) : columns{};
+  return records.size() == 1 ? checked_columns(*records.in_time_order()[0]) : columns{};
 }
 
 columns pulled(std::vector<std::string> names, const evt_record_fields& fields = logon) {
@@ -222,7 +222,7 @@ TEST(evt_selection, first_command_takes_the_record) {
   EXPECT_EQ(*first.provider, "");
   EXPECT_EQ(*first.description, "logons");
   EXPECT_EQ(*first.extra_text, "Sec.evt");
-  EXPECT_TRUE(columns_of(first).empty());
+  EXPECT_TRUE(checked_columns(first).empty());
 }
 
 // Records of equal counts share a shape, also when the container starts anew.
@@ -237,7 +237,7 @@ TEST(evt_selection, shapes_are_shared) {
     const auto found = records.in_time_order();
     EXPECT_EQ(found[0]->shape, found[2]->shape);
     EXPECT_NE(found[0]->shape, found[1]->shape);
-    EXPECT_EQ(columns_of(*found[2])[1], (columns::value_type{"param_01", "b"}));
+    EXPECT_EQ(checked_columns(*found[2])[1], (columns::value_type{"param_01", "b"}));
     records.clear();
   }
 }
@@ -279,7 +279,7 @@ TEST(evt_sweep, every_changed_byte_through_selection) {
       evt_selector selector(commands, records);
       walk_evt_log(bytes, selector);
       EXPECT_LE(records.size(), 2u);
-      for (const LogRecord* record : records.in_time_order()) columns_of(*record);
+      for (const LogRecord* record : records.in_time_order()) checked_columns(*record);
     }
   }
 }

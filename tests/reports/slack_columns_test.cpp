@@ -32,7 +32,7 @@ std::vector<kept_record> listed(const log_builder& log) {
   std::vector<kept_record> kept;
   for (const LogRecord* record : records.in_time_order()) {
     kept.push_back(
-        {record->record_number, record->flags, record->event_id, unpack_columns(*record)});
+        {record->record_number, record->flags, record->event_id, columns_of(*record)});
   }
   return kept;
 }
