@@ -20,8 +20,8 @@ namespace {
 constexpr std::uint64_t large_log_bytes = 0x10000000;
 constexpr std::size_t large_log_flush = 200000;
 
-// Offsets in a legacy log are 32 bits; a larger file is none.
-constexpr std::uint64_t largest_evt_bytes = std::uint64_t{1} << 32;
+// The size of a legacy log is 32 bits: one of just 4 GiB has the size 0 and yields nothing. Meant.
+constexpr std::uint64_t evt_bytes_end = std::uint64_t{1} << 32;
 
 // The walk of one log by the commands that are for it.
 class log_walk {
@@ -71,7 +71,7 @@ class log_walk {
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
     const auto result = walk_evtx_block(block, offset, options_.reader, selector_, settings_);
-    if (result == walk_result::not_evtx && block.size() <= largest_evt_bytes) {
+    if (result == walk_result::not_evtx && block.size() < evt_bytes_end) {
       walk_evt_log(block, evt_selector_);
     }
     if (records_.size() < flush_limit_) return;
@@ -112,7 +112,7 @@ bool run_command_set(const CommandSet& set, evt_output_options& options) {
     std::vector<ReportCommand> commands;
     const auto [first, last] = set.equal_range(group->first);
     for (auto command = first; command != last; ++command) commands.push_back(command->second);
-    walked = log_walk(commands, options).run(commands.front().log_path);
+    if (log_walk(commands, options).run(commands.front().log_path)) walked = true;
   }
   return walked;
 }

@@ -8,8 +8,7 @@
 namespace zanvik {
 
 // Runs the commands of each log in `set`, log by log in order of their keys. A log that cannot be
-// opened or read is passed over without a word. Returns true when the last log was walked to its
-// end.
+// opened or read is passed over without a word. Returns true when a log was walked to its end.
 bool run_command_set(const CommandSet& set, evt_output_options& options);
 
 }  // namespace zanvik
