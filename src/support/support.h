@@ -1,0 +1,24 @@
+// The way into this folder: what every other one stands on, and nothing about logs.
+//
+//   byte_cursor.h       bytes of an untrusted file; the only bounds check
+//   limits.h            what keeps work and memory in proportion, each with its reason
+//   qx_string.h         text, numbers, paths, UTF-16 (the umbrella of qx_*.h)
+//   qx_time.h           instants; qx_time_parse.h and qx_time_format.h, qx_time_fast.h for records
+//   fileio.h            files; fileio_output.h the results stream, stdin_stream.h a list of names
+//   dir_walk.h          folders; file_filter.h and file_match.h which of their files are wanted
+//   console.h           messages and the status line; diag.h the trace
+//   cmd_params.h        the options that all runs share; output_format.h, selection_options.h and
+//                       walk_options.h are its parts
+//
+// Nothing here throws of its own, and only console.h and diag.h write anything.
+#pragma once
+
+// IWYU pragma: begin_exports
+#include "support/byte_cursor.h"
+#include "support/cmd_params.h"
+#include "support/console.h"
+#include "support/fileio.h"
+#include "support/limits.h"
+#include "support/qx_string.h"
+#include "support/qx_time.h"
+// IWYU pragma: end_exports
