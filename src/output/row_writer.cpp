@@ -5,12 +5,12 @@
 #include <cstring>
 
 #include "output/path_alias.h"
+#include "output/short_copy.h"
 
 namespace zanvik {
 namespace {
 
-// Short copies are of this fixed size, past the end of what they are for; both sides have slack.
-constexpr std::size_t stride = 32;
+constexpr std::size_t stride = short_copy_bytes;
 static_assert(row_plan::slack >= stride && long_value == 2 * stride);
 static_assert(row_buffer::slack >= 2 * stride && value_arena::slack >= 2 * stride);
 
@@ -18,15 +18,6 @@ constexpr char blanks[stride + 1] = "                                ";
 
 // Room for the numbers, the time, the offset and the mark, without widths and separators.
 constexpr std::size_t fixed_cells_room = 256;
-
-char* put_bytes(char* at, const char* from, std::size_t size) {
-  if (size <= stride) {
-    std::memcpy(at, from, stride);
-  } else {
-    std::memcpy(at, from, size);
-  }
-  return at + size;
-}
 
 // For a text without slack behind it.
 char* put_text(char* at, std::string_view text) {

@@ -3,23 +3,14 @@
 #include <cstring>
 
 #include "output/row_buffer.h"
+#include "output/short_copy.h"
 
 namespace zanvik {
 namespace {
 
-// Short copies are of this fixed size, past the end of what they are for; both sides have slack.
-constexpr std::size_t stride = 32;
+constexpr std::size_t stride = short_copy_bytes;
 static_assert(field_plan::slack >= stride);
 static_assert(row_buffer::slack >= stride && value_arena::slack >= stride);
-
-char* put_bytes(char* at, const char* from, std::size_t size) {
-  if (size <= stride) {
-    std::memcpy(at, from, stride);
-  } else {
-    std::memcpy(at, from, size);
-  }
-  return at + size;
-}
 
 bool is_line_end(char c) { return c == '\r' || c == '\n'; }
 
