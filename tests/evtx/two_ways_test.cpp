@@ -107,6 +107,40 @@ TEST(two_ways, give_one_answer_over_logs_with_random_damage) {
   }
 }
 
+// Where the names of a chunk's templates stand behind their own offsets.
+std::vector<std::size_t> name_offsets_of(const log_builder& log, std::size_t chunk,
+                                         std::size_t end) {
+  const std::size_t begin = log.chunk_offset(chunk);
+  std::vector<std::size_t> places;
+  for (std::size_t at = log.record_offset(chunk, 0); at + 4 < end; ++at) {
+    if (get_u32(log.bytes(), at) == at + 4 - begin) places.push_back(at);
+  }
+  return places;
+}
+
+// The bodies of a later chunk are taken for those of an earlier one only when they are: with each
+// byte of it changed, and with each name's offset led to another name.
+TEST(two_ways, give_one_answer_over_damage_behind_a_sound_chunk) {
+  event user{.form = payload_form::user_data, .data = {{"A", slot::utf16("a")}}};
+  user.nested_head = instance_head::bare;
+  const log_builder log =
+      log_builder().chunk({record(1, user), record(2, user)}).chunk({record(3, user)});
+  const std::size_t begin = log.chunk_offset(1);
+  const std::size_t end = begin + get_u32(log.bytes(), begin + 48);
+  for (std::size_t at = begin + 512; at < end; at += 2) {
+    byte_vector damaged = log.bytes();
+    damaged[at] ^= std::byte{static_cast<unsigned char>(1 + at % 7)};
+    ASSERT_TRUE(agreed(damaged, "byte " + std::to_string(at)));
+  }
+  const auto places = name_offsets_of(log, 1, end);
+  ASSERT_GT(places.size(), 20u);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    log_builder led = log;
+    led.poke_u32(places[i], get_u32(log.bytes(), places[(i + 5) % places.size()]));
+    ASSERT_TRUE(agreed(led.bytes(), "name " + std::to_string(i)));
+  }
+}
+
 TEST(two_ways, give_one_answer_over_real_logs) {
   const std::filesystem::path folder = ZANVIK_SOURCE_DIR "/../shared/logs";
   if (!std::filesystem::exists(folder)) {
