@@ -14,6 +14,7 @@
 #include "run/stats_file.h"
 #include "run/stream_run.h"
 #include "run/usage.h"
+#include "run/version.h"
 #include "support/cmdline_ctx.h"
 #include "support/console.h"
 #include "support/fileio.h"
@@ -22,8 +23,8 @@
 namespace zanvik {
 namespace {
 
-constexpr char version_text[] = "ver: 0.65";
-constexpr char identity_text[] = "zanvik ver: 0.65; ";
+constexpr char version_text[] = ZANVIK_VERSION_TEXT;
+constexpr char identity_text[] = ZANVIK_TITLE "; ";
 
 // Output that nobody reads is swallowed, and a descriptor that the caller closed is not handed to
 // the first file that is opened, where messages or results would then end up.
@@ -80,6 +81,11 @@ int run_program(int argc, char** argv) {
   argument_list params = arguments_of(argc, argv);
   if (wants_help(params)) {
     print_usage();
+    return 0;
+  }
+  // Like help: in any place of the line, even where the word would be another option's value.
+  if (has_option_from("--version", params, 0)) {
+    print_version();
     return 0;
   }
   // The parsing takes the list apart, so the line is made first.

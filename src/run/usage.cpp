@@ -2,11 +2,13 @@
 
 #include <cstdio>
 
+#include "run/version.h"
+
 namespace zanvik {
 namespace {
 
 // Two lines end in a blank, and the text in an empty line; both are part of it.
-constexpr char usage_text[] = R"(zanvik ver: 0.65
+constexpr char usage_text[] = ZANVIK_TITLE R"(
 
 Usage:
 
@@ -55,6 +57,11 @@ Usage:
 
 void print_usage() {
   std::fputs(usage_text, stderr);
+  std::fflush(stderr);
+}
+
+void print_version() {
+  std::fputs(ZANVIK_TITLE "\n", stderr);
   std::fflush(stderr);
 }
 

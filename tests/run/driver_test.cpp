@@ -26,6 +26,13 @@ TEST(driver, help_in_any_place_is_all_that_happens) {
     EXPECT_EQ(run.out, "") << word;
     EXPECT_EQ(::access(out.c_str(), F_OK), -1) << word;
   }
+  // The version is asked for in the same way; help goes first.
+  const auto run = run_zanvik({"-out", out, "-string", "--VERSION", "-log", "a.evtx"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, usage.substr(0, usage.find('\n') + 1));
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(::access(out.c_str(), F_OK), -1);
+  EXPECT_EQ(run_zanvik({"--version", "-h"}).err, usage);
 }
 
 TEST(driver, what_ends_a_run_before_it_starts) {
