@@ -77,19 +77,24 @@ std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record
   const byte_cursor& bytes = reader_.chunk().bytes;
   std::uint64_t counter = bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
   const auto last = bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
-  // Nothing but the block's end and the counter stops a record size that leaves the chunk.
-  const std::uint64_t end =
-      std::min<std::uint64_t>(block_.size(), chunk + limits::record_walk_bytes);
+  // Nothing but the block's end and the counter stops a record size that leaves the chunk. What is
+  // walked is counted, not where it is: resynchronising may lead back to the same records again.
+  std::uint64_t walked = record - chunk;
   std::uint64_t last_good = 0;
-  for (; counter <= last && record <= end; ++counter) {
+  for (; counter <= last && record <= block_.size() && walked <= limits::record_walk_bytes;
+       ++counter) {
     tell_progress(record);
-    if (!is_record_header(block_, record) && !resynchronise(chunk, last_good, record)) break;
+    if (!is_record_header(block_, record)) {
+      if (!resynchronise(chunk, last_good, record)) break;
+      walked += record - last_good;
+    }
     if (size_of(record) == 0) break;  // cut down to nothing
     number_before_ = number_of(record);
     if (record_fields* fields = reader_.read(record - chunk)) {
       last_good = record;
       sink_.on_record(*fields);
     }
+    walked += size_of(record);
     record += size_of(record);
     if (counter == no_records) break;  // it would wrap
   }

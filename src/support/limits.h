@@ -18,8 +18,11 @@ inline constexpr unsigned nesting_depth = 24;
 // multiple of the chunk's 65,536 bytes. Records that do not overlap consume each byte once or
 // twice; crafted ones could make every record read the rest of the block.
 
-// How far a chunk's records are followed from its start. Sizes lead out of a chunk only in damaged
-// logs; in a file that is one block of chunks, each could lead through all that follow.
+// How far a chunk's records are followed from its start, searches for the next sound one included.
+// Sizes lead out of a chunk only in damaged logs; in a file that is one block of chunks, each could
+// lead through all that follow. A search starts from the last good record, so it can find records
+// that were tried before, and they lead to the same search: only this ends that, where the chunk's
+// header announces 2^64 records.
 inline constexpr std::uint64_t record_walk_bytes = 4 * 65536;
 
 // How far the marks of line ends may lengthen a text by repeating its rest, as a multiple of its

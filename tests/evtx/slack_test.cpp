@@ -122,6 +122,17 @@ TEST(resynchronising, a_record_that_leaves_its_chunk_is_cut_to_it) {
   EXPECT_EQ(get_u32(log.bytes(), third + 4), log.chunk_offset(1) - third) << "and stays so";
 }
 
+// Record 8 cannot be decoded and leads to a bad header, from which the search leads to 8 again:
+// only the counter would end that, and it is announced to run through all numbers there are.
+TEST(resynchronising, that_leads_round_and_round_ends) {
+  const std::uint64_t all = ~std::uint64_t{0};
+  auto log = log_builder().chunk(
+      chunk_builder({record(7), raw_record(8, default_filetime(8), byte_vector(40)), record(9)})
+          .declare(1, all - 1));
+  log.poke_u32(log.record_offset(0, 2), no_signature);
+  expect_found(log, {"7"}, {"7"}, "and what stands behind the bad header is not found");
+}
+
 // Two declared records, and 3 and 4 in the free tail.
 log_builder with_tail() {
   return log_builder().chunk(
