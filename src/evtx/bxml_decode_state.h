@@ -39,6 +39,7 @@ class bxml_decode {
   bool dispatch(std::uint8_t token);
   std::uint64_t consume(std::uint64_t length);
 
+  void flush();
   bool open_element(std::uint8_t token);
   void close_empty_element();
   void end_element();
@@ -47,7 +48,7 @@ class bxml_decode {
   bool character_reference(std::uint8_t token);
   bool entity_reference(std::uint8_t token);
   bool substitution(bool optional);
-  void name_slot(std::uint32_t number, bool optional);
+  bool name_slot(std::uint32_t number, bool optional);
   bool write_slot(slot_entry& slot, bool optional);
   bool fragment_header();
 

@@ -25,7 +25,7 @@ std::uint64_t bxml_decode::run() {
     run_fragment();
     if (position_ == before) break;  // nothing was consumed, nor would it be the next time
   }
-  if (!slot_named_ && items_.size() > 1) flush_items(items_, fields_, counters_, !cursor_.slots);
+  flush();
   // A stream that ends inside an open EventData does not take this step.
   if (!in_data_section_) fill_system_from_slots(fields_, chunk_, begin);
   return element_bytes_;
@@ -138,8 +138,17 @@ bool bxml_decode::dispatch(std::uint8_t token) {
   }
 }
 
+// Makes fields of the items in hand. Each attribute's field repeats the name of the element, and
+// costs it: one long name could stand in front of thousands.
+void bxml_decode::flush() {
+  if (slot_named_ || items_.size() < 2) return;
+  if (spend(items_.front().text.size() * (items_.size() / 2 - 1))) {
+    flush_items(items_, fields_, counters_, !cursor_.slots);
+  }
+}
+
 bool bxml_decode::open_element(std::uint8_t token) {
-  if (!slot_named_ && items_.size() > 1) flush_items(items_, fields_, counters_, !cursor_.slots);
+  flush();
   items_.clear();
   slot_named_ = false;
   named_token element = element_at(chunk_, position_);

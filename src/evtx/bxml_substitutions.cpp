@@ -14,7 +14,7 @@ bool bxml_decode::substitution(bool optional) {
   const auto type = bytes_.at<std::uint8_t>(position_ + 3);
   if (!number || !type || !spend(4)) return false;
   const bool in_range = cursor_.slots && *number < cursor_.slots->size();
-  if (!items_.empty()) name_slot(*number, optional);
+  if (!items_.empty() && !name_slot(*number, optional)) return false;
   after_reference_ = false;
   if (in_range) {
     if (!write_slot((*cursor_.slots)[*number], optional)) return false;
@@ -31,18 +31,23 @@ bool bxml_decode::substitution(bool optional) {
 }
 
 // Names the slot after the newest item, which is used up: an optional substitution takes the
-// element as a prefix, a normal one only under `Provider`.
-void bxml_decode::name_slot(std::uint32_t number, bool optional) {
+// element as a prefix, a normal one only under `Provider`. Returns false, with nothing named, when
+// the prefix would cost more than is left.
+bool bxml_decode::name_slot(std::uint32_t number, bool optional) {
   std::string name;
   if (items_.size() > 1) {
     const std::string& element = items_.front().text;
-    if (optional || element == "Provider") name = element + " ";
+    if (optional || element == "Provider") {
+      if (!spend(element.size())) return false;
+      name = element + " ";
+    }
   }
   name += items_.back().text;
   items_.pop_back();
-  if (!cursor_.slots || number >= cursor_.slots->size()) return;
+  if (!cursor_.slots || number >= cursor_.slots->size()) return true;
   (*cursor_.slots)[number].name = std::move(name);
   slot_named_ = true;  // holds back the next flush
+  return true;
 }
 
 // Writes the value of a slot, or decodes it when it is nested binary XML. Returns false when the
