@@ -1,8 +1,10 @@
 #include "output/table_layout.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "output/prefetch.h"
+#include "support/limits.h"
 
 namespace zanvik {
 namespace {
@@ -19,6 +21,7 @@ class survey {
   void add(const LogRecord& record) {
     const std::size_t number = layout_.shapes.of(record);
     if (number == uses_.size()) add_use(record);
+    ++uses_[number].records;
     if (measure_ && record.shape->value_count != 0) measure_values(record, uses_[number].longest);
     if (record.is_evtx) {
       layout_.has_provider = true;
@@ -39,6 +42,7 @@ class survey {
   struct shape_use {
     const record_shape* shape;
     bool anomalous;
+    std::size_t records = 0;
     std::vector<std::size_t> longest;  // of the values of each column, as far as they count
   };
 
@@ -52,7 +56,7 @@ class survey {
 
 void survey::add_use(const LogRecord& record) {
   const record_shape& shape = *record.shape;
-  uses_.push_back({&shape, is_anomalous(record), {}});
+  uses_.push_back({&shape, is_anomalous(record), 0, {}});
   if (!is_anomalous(record) && !layout_.name_giver && !shape.columns.empty()) {
     layout_.name_giver = &shape;
   }
@@ -75,6 +79,23 @@ void survey::measure_values(const LogRecord& record, std::vector<std::size_t>& l
   }
 }
 
+// Keeps as many fields as a table may have, those of most records; of equal ones the first.
+void drop_rarest(std::vector<field_column>& fields) {
+  if (fields.size() <= limits::table_columns) return;
+  std::vector<std::size_t> counts;
+  for (const field_column& field : fields) counts.push_back(field.records);
+  const auto last = counts.begin() + limits::table_columns - 1;
+  std::nth_element(counts.begin(), last, counts.end(), std::greater<>());
+  const std::size_t least = *last;
+  auto room = static_cast<std::size_t>(std::count(counts.begin(), last + 1, least));
+  std::erase_if(fields, [&](const field_column& field) {
+    if (field.records != least) return field.records < least;
+    if (room == 0) return true;
+    --room;
+    return false;
+  });
+}
+
 void survey::join_fields(bool drop_event_id) {
   const bool of_anomalous = !layout_.name_giver;
   std::vector<field_column>& fields = layout_.fields;
@@ -82,7 +103,8 @@ void survey::join_fields(bool drop_event_id) {
     if (use.anomalous != of_anomalous) continue;
     for (std::size_t i = 0; i < use.shape->columns.size(); ++i) {
       const std::string_view name = use.shape->columns[i].name;
-      fields.push_back({name, measure_ ? std::max(name.size(), use.longest[i]) : 0, false});
+      const std::size_t width = measure_ ? std::max(name.size(), use.longest[i]) : 0;
+      fields.push_back({name, width, use.records, false});
     }
   }
   // Of one name, the widest stands first and stays.
@@ -90,8 +112,16 @@ void survey::join_fields(bool drop_event_id) {
     const int order = a.name.compare(b.name);
     return order != 0 ? order < 0 : a.width > b.width;
   });
-  const auto same = [](const field_column& a, const field_column& b) { return a.name == b.name; };
-  fields.erase(std::unique(fields.begin(), fields.end(), same), fields.end());
+  std::size_t kept = 0;
+  for (const field_column& field : fields) {
+    if (kept != 0 && fields[kept - 1].name == field.name) {
+      fields[kept - 1].records += field.records;
+    } else {
+      fields[kept++] = field;
+    }
+  }
+  fields.resize(kept);
+  drop_rarest(fields);
   for (field_column& field : fields) {
     field.dropped = field.name == "Provider Name" || (drop_event_id && field.name == "EventID");
   }
@@ -137,9 +167,12 @@ void add_columns(table_layout& layout, const survey& found, const output_format&
   }
   if (layout.has_provider) list.add("Provider Name", found.provider_width);
   layout.first_field = layout.columns.size();
+  std::size_t padding = 0;
   for (const field_column& field : layout.fields) {
     if (field.dropped) continue;
-    list.add(field.name, field.width <= widest_field ? field.width : overwide_field);
+    const std::size_t width = field.width <= widest_field ? field.width : overwide_field;
+    padding += width;
+    list.add(field.name, padding <= limits::table_padding ? width : 0);
   }
   list.add("event log", 11, column_centred);
 }

@@ -54,13 +54,14 @@ class shape_index {
 struct field_column {
   std::string_view name;
   std::size_t width = 0;  // of the name or of the longest value that counts
-  bool dropped = false;   // has no column of its own
+  std::size_t records = 0;
+  bool dropped = false;  // has no column of its own
 };
 
 struct table_layout {
   std::vector<table_column> columns;  // all of the table
   std::size_t first_field = 0;        // where the field columns begin
-  std::vector<field_column> fields;   // in byte order of their names
+  std::vector<field_column> fields;   // in byte order of their names, `table_columns` at most
   bool has_description = false;
   bool has_provider = false;
   const record_shape* name_giver = nullptr;  // shape of the first ordinary record with a field

@@ -1,6 +1,8 @@
 // Tables as they must come out, their lines written by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "record_tables.h"
 
 namespace zanvik {
@@ -69,6 +71,28 @@ TEST(event_table, tab_separated_values_keep_commas_and_bars) {
   EXPECT_EQ(table_text({test_record(1, {{"a", "x,y|z"}})}, format),
             "Record#\tEventID\tDate\t Time-UTC\tLevel (translated)\tProvider Name\ta\tevent log\n"
             "7\t1\t2013-01-01\t 02:00:00.000\tinfo\tP\tx,y|z\tSystem.evtx\n");
+}
+
+// Of 3,000 names that one record has each, 2,047 stay, and the one that two have; a padded table is
+// not padded any further than its limit.
+TEST(event_table, columns_of_the_fewest_records_are_left_out) {
+  std::vector<test_record> given(2, test_record(1, {{"zz", "last"}}));
+  std::vector<test_field> many;
+  for (int i = 0; i < 3000; ++i) many.push_back({"f" + std::to_string(10000 + i), "v"});
+  given.push_back(test_record(1, many));
+  const std::string csv = table_text(given, csv_format());
+  const auto commas = [&csv](std::size_t line_end) {
+    return std::count(csv.begin(), csv.begin() + static_cast<std::ptrdiff_t>(line_end), ',');
+  };
+  const std::size_t head = csv.find('\n');
+  EXPECT_EQ(commas(head), 6 + 2048);
+  EXPECT_EQ(csv.substr(head - 27, 27), ",f12045,f12046,zz,event log");
+  EXPECT_EQ(commas(csv.size()), 4 * commas(head)) << "each row has as many cells";
+  for (std::size_t i = 0; i < many.size(); ++i) many[i].value.assign(100, 'v');
+  given.back() = test_record(1, many);
+  const std::string padded = table_text(given, padded_format());
+  EXPECT_LT(padded.find('\n', padded.find("last")) - padded.rfind('\n', padded.find("last")),
+            16384u + 3 * 2060 + 200);
 }
 
 TEST(event_table, base16_reaches_the_offset_alone) {
