@@ -1,0 +1,38 @@
+// Logs that were made to cost more than they are: every run ends, and twice the log is at most
+// twice the output. bench/bounds has what they cost in time and memory.
+#include <gtest/gtest.h>
+
+#include "hostile_builder.h"
+#include "program_run.h"
+
+namespace zanvik::testing {
+namespace {
+
+std::size_t output_of(const hostile_trick& trick, unsigned chunks) {
+  const scratch_dir scratch;
+  const byte_vector log = hostile_log(trick, chunks);
+  const std::string path = scratch.write(std::string(trick.file_name),
+                                         {reinterpret_cast<const char*>(log.data()), log.size()});
+  std::vector<std::string> args = {"-log", path, "-quiet"};
+  args.insert(args.end(), trick.options.begin(), trick.options.end());
+  const program_run run = run_zanvik(args);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  return run.out.size();
+}
+
+TEST(work_bounds, output_grows_no_faster_than_the_log) {
+  constexpr unsigned chunks = 12;
+  constexpr std::size_t most_for_a_byte = 32;
+  for (const hostile_trick& trick : hostile_tricks()) {
+    SCOPED_TRACE(trick.name);
+    if (trick.options.empty()) continue;  // padding takes much room, and no other road
+    const std::size_t once = output_of(trick, chunks);
+    const std::size_t twice = output_of(trick, 2 * chunks);
+    EXPECT_LE(twice, 2 * once + once / 20);
+    EXPECT_LE(twice, most_for_a_byte * 2 * chunks * 65536);
+  }
+}
+
+}  // namespace
+}  // namespace zanvik::testing
