@@ -28,10 +28,15 @@ int open_flags(open_mode mode) {
 }
 
 // The file kinds that deliver bytes only when somebody sends some.
-bool is_channel(int descriptor) {
-  struct stat status = {};
-  if (::fstat(descriptor, &status) != 0) return true;
+bool is_channel(const struct stat& status) {
   return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode);
+}
+
+// Fewer blocks than bytes are a hint of holes; a file system that packs its files gives it too.
+bool may_have_holes(const struct stat& status) {
+  constexpr std::uint64_t block_bytes = 512;  // whatever the file system's own are
+  return !S_ISREG(status.st_mode) || static_cast<std::uint64_t>(status.st_blocks) * block_bytes <
+                                         static_cast<std::uint64_t>(status.st_size);
 }
 
 // The extent of data in [from, end) that stands first, empty at `end` when there is none. Where
@@ -60,11 +65,14 @@ bool fileio::open(std::string_view path, open_mode mode) {
   do {
     fd_ = ::open(path_.c_str(), open_flags(mode), permissions);
   } while (fd_ == -1 && errno == EINTR);
-  if (fd_ == -1 || is_channel(fd_)) {
+  struct stat status = {};
+  if (fd_ == -1 || ::fstat(fd_, &status) != 0 || is_channel(status)) {
     close();
     return false;
   }
-  size_ = measure();
+  const bool size_is_known = S_ISREG(status.st_mode) && status.st_size > 0;
+  size_ = size_is_known ? static_cast<std::uint64_t>(status.st_size) : measure();
+  may_have_holes_ = may_have_holes(status);
   return true;
 }
 
@@ -152,11 +160,11 @@ bool fileio::walk_blocks(std::uint64_t block_size, std::uint64_t start_offset,
   const block_memory memory(std::min(block_size, size_ - start_offset));
   const std::span<std::byte> buffer = memory.bytes();
   if (buffer.empty()) return false;
-  ::posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
+  if (size_ - start_offset > buffer.size()) ::posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
   std::uint64_t offset = start_offset;
   while (offset < size_) {
     // A block that is nothing but a hole holds no record, and there may be any number of them.
-    const std::uint64_t hole = next_data(fd_, offset, size_).begin - offset;
+    const std::uint64_t hole = may_have_holes_ ? next_data(fd_, offset, size_).begin - offset : 0;
     offset += hole - hole % buffer.size();
     if (offset >= size_) break;
     const auto length =

@@ -69,6 +69,7 @@ class fileio {
 
   int fd_ = -1;
   std::uint64_t size_ = 0;
+  bool may_have_holes_ = true;
   std::string path_;
 };
 

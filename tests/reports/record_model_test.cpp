@@ -28,7 +28,8 @@ ReportCommand listing() {
 
 std::vector<kept_record> select(const log_builder& log, std::vector<ReportCommand> commands) {
   record_container records;
-  evtx_selector selector(commands, records);
+  plan_cache plans;
+  evtx_selector selector(commands, records, plans);
   const output_format format;
   record_reader reader(format);
   byte_vector bytes = log.bytes();
