@@ -2,19 +2,17 @@
 
 #include "output/prefetch.h"
 #include "output/row_writer.h"
-#include "output/table_engine.h"
-#include "output/table_layout.h"
 
 namespace zanvik {
 
-void write_event_table(row_buffer& out, time_cells& times,
+void write_event_table(row_buffer& out, time_cells& times, table_cache& tables,
                        std::span<const LogRecord* const> records, output_format& format,
                        const write_context& context) {
   if (records.empty() || !format.output_csv) return;
-  table_layout layout = lay_out_table(records, format, context);
-  out.append(table_header(layout.columns, format));
+  table_plan& table = tables.plan_for(records, format, context);
+  out.append(table.header);
   format.header_pending = false;
-  row_writer rows(out, times, layout, format, context);
+  row_writer rows(out, times, table, format, context);
   const std::size_t count = records.size();
   for (std::size_t i = 0; i < count; ++i) {
     if (i + records_ahead < count) prefetch_bytes(records[i + records_ahead], sizeof(LogRecord));

@@ -9,6 +9,7 @@
 #include <span>
 
 #include "output/row_buffer.h"
+#include "output/table_cache.h"
 #include "output/time_cells.h"
 #include "output/write_context.h"
 #include "reports/log_record.h"
@@ -18,7 +19,7 @@ namespace zanvik {
 
 // Writes a table of `records`, in their order; nothing if there are none or `output_csv` is off.
 // The rows may stay in `out` until it is flushed.
-void write_event_table(row_buffer& out, time_cells& times,
+void write_event_table(row_buffer& out, time_cells& times, table_cache& tables,
                        std::span<const LogRecord* const> records, output_format& format,
                        const write_context& context);
 

@@ -47,18 +47,18 @@ char* put_number(char* at, std::uint64_t value, std::size_t width) {
 
 }  // namespace
 
-row_writer::row_writer(row_buffer& out, time_cells& times, table_layout& layout,
+row_writer::row_writer(row_buffer& out, time_cells& times, table_plan& table,
                        const output_format& format, const write_context& context)
     : out_(out),
       times_(times),
-      layout_(layout),
+      table_(table),
+      layout_(table.layout),
       format_(format),
       context_(context),
       rules_(format),
-      number_width_(layout.columns[0].width),
-      date_width_(layout.columns[2].width),
-      time_width_(format.pair_datetime ? 0 : layout.columns[3].width),
-      plans_(layout.shapes.size()) {
+      number_width_(layout_.columns[0].width),
+      date_width_(layout_.columns[2].width),
+      time_width_(format.pair_datetime ? 0 : layout_.columns[3].width) {
   // A mark tells of commas, bars and line ends; for any other separator all must be looked at.
   const char separator = rules_.separator_char;
   look_at_all_ = separator != 0 && separator != ',' && separator != '|';
@@ -93,14 +93,14 @@ void row_writer::write(const LogRecord& record) {
 }
 
 const row_plan& row_writer::plan_of(const LogRecord& record) {
-  row_plan& plan = plans_[layout_.shapes.of(record)];
+  row_plan& plan = table_.rows[layout_.shapes.of(record)];
   if (plan.made()) return plan;
-  if (plan_bytes_ > most_plan_bytes) {
-    for (row_plan& other : plans_) other = row_plan();
-    plan_bytes_ = 0;
+  if (table_.row_bytes > most_plan_bytes) {
+    for (row_plan& other : table_.rows) other = row_plan();
+    table_.row_bytes = 0;
   }
   plan = make_row_plan(layout_, record, rules_, format_.csv_separator);
-  plan_bytes_ += plan.text.size() + plan.steps.size() * sizeof(plan_step);
+  table_.row_bytes += plan.text.size() + plan.steps.size() * sizeof(plan_step);
   return plan;
 }
 

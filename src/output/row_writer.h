@@ -8,12 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "output/cell_text.h"
 #include "output/row_buffer.h"
-#include "output/row_plan.h"
-#include "output/table_layout.h"
+#include "output/table_cache.h"
 #include "output/time_cells.h"
 #include "output/write_context.h"
 #include "reports/log_record.h"
@@ -23,10 +21,10 @@ namespace zanvik {
 
 class row_writer {
  public:
-  row_writer(row_buffer& out, time_cells& times, table_layout& layout, const output_format& format,
+  row_writer(row_buffer& out, time_cells& times, table_plan& table, const output_format& format,
              const write_context& context);
 
-  // Appends the record's line. The record is one of those that the layout was made from.
+  // Appends the record's line. The record is one of those that the table was planned for.
   void write(const LogRecord& record);
 
  private:
@@ -46,6 +44,7 @@ class row_writer {
 
   row_buffer& out_;
   time_cells& times_;
+  table_plan& table_;
   table_layout& layout_;
   const output_format& format_;
   const write_context& context_;
@@ -56,8 +55,6 @@ class row_writer {
   bool look_at_all_ = false;    // values without a mark may hold the separator too
   std::size_t fixed_room_ = 0;  // of the cells before the level's
 
-  std::vector<row_plan> plans_;  // by the layout's number for the shape
-  std::size_t plan_bytes_ = 0;
   std::size_t row_room_ = 0;  // what the row in hand takes without its long values
 
   // From the level's cell up to the first field, and what it was made for.

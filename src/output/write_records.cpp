@@ -105,26 +105,27 @@ std::vector<std::uint32_t> grouping::rank_groups() {
 }  // namespace
 
 void write_records(std::ostream& out, record_container& records, output_format& format,
-                   const write_context& context) {
+                   const write_context& context, table_cache& tables) {
   if (records.empty()) return;
   if (format.no_whitespace) remove_char(format.csv_separator, ' ');
   format.tool_tag = context.channel;
   if (format.output_bodyfile || format.output_l2t) {
     write_timeline(out, records.in_time_order(), format, context);
   } else if (format.output_csv) {
-    write_grouped(out, records.in_time_order(), format, context);
+    tables.start_generation(records.generation());
+    write_grouped(out, records.in_time_order(), format, context, tables);
   }
 }
 
 void write_grouped(std::ostream& out, std::span<const LogRecord* const> records,
-                   output_format& format, const write_context& context) {
+                   output_format& format, const write_context& context, table_cache& tables) {
   if (records.empty()) return;
   const grouping groups(records);
   row_buffer buffer(out);
   time_cells times(format);
   for (std::size_t i = 0; i < groups.count(); ++i) {
     if (i != 0) buffer.append("\n");
-    write_event_table(buffer, times, groups.group(i), format, context);
+    write_event_table(buffer, times, tables, groups.group(i), format, context);
   }
 }
 

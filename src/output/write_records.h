@@ -8,12 +8,13 @@
 //   table_engine.h    the plain, cell-by-cell way; plain_event_table.h makes a whole table by it
 //
 // No writer reports an error: a stream in a failed state swallows what follows. Nothing is kept
-// between calls but what changes in the `output_format`.
+// between calls but what changes in the `output_format` and what the `table_cache` knows.
 #pragma once
 
 #include <ostream>
 #include <span>
 
+#include "output/table_cache.h"
 #include "output/write_context.h"
 #include "reports/log_record.h"
 #include "support/output_format.h"
@@ -26,12 +27,13 @@ namespace zanvik {
 //   format  loses the blanks of its separator when `no_whitespace` is on, takes the channel as its
 //           `tool_tag`, and has its header flag cleared by a table, or by the first line of a
 //           timeline.
+//   tables  one for all calls of a run.
 void write_records(std::ostream& out, record_container& records, output_format& format,
-                   const write_context& context);
+                   const write_context& context, table_cache& tables);
 
 // Writes one table a group of equal event ID and provider, in order of ID and then of the
 // provider's bytes. `records` are in time order and stay so within a group.
 void write_grouped(std::ostream& out, std::span<const LogRecord* const> records,
-                   output_format& format, const write_context& context);
+                   output_format& format, const write_context& context, table_cache& tables);
 
 }  // namespace zanvik

@@ -27,8 +27,12 @@ bool match_record_plainly(const ReportCommand& command, const record_fields& rec
 }
 
 evtx_selector::evtx_selector(const std::vector<ReportCommand>& commands, record_container& records,
-                             LogStatistics* statistics, std::string_view channel)
-    : commands_(commands), records_(records), statistics_(statistics), channel_(channel) {
+                             plan_cache& plans, LogStatistics* statistics, std::string_view channel)
+    : commands_(commands),
+      records_(records),
+      plans_(plans),
+      statistics_(statistics),
+      channel_(channel) {
   tests_.reserve(commands.size());
   for (const ReportCommand& command : commands) add_command(command);
   std::sort(by_event_id_.begin(), by_event_id_.end());
@@ -98,7 +102,7 @@ void evtx_selector::on_record(record_fields& record) {
 bool evtx_selector::try_command(std::size_t command, record_fields& record) {
   if (!match_record(command, record)) return false;
   auto& keeper = keepers_[command];
-  if (!keeper) keeper = std::make_unique<record_keeper>(commands_[command], records_);
+  if (!keeper) keeper = std::make_unique<record_keeper>(commands_[command], records_, plans_);
   if (keeper->translate(record)) [[unlikely]]
     forget_texts();
   return keeper->keep(record);

@@ -28,10 +28,11 @@ bool match_record_plainly(const ReportCommand& command, const record_fields& rec
 
 class evtx_selector : public record_sink {
  public:
-  // The commands and the container must outlive the selector. `statistics`, unless it is null,
-  // counts every record, and gets `channel` as its type at the first one.
+  // The commands, the container and the plans must outlive the selector. `statistics`, unless it is
+  // null, counts every record, and gets `channel` as its type at the first one.
   evtx_selector(const std::vector<ReportCommand>& commands, record_container& records,
-                LogStatistics* statistics = nullptr, std::string_view channel = {});
+                plan_cache& plans, LogStatistics* statistics = nullptr,
+                std::string_view channel = {});
 
   void on_record(record_fields& record) override;
 
@@ -65,6 +66,7 @@ class evtx_selector : public record_sink {
 
   const std::vector<ReportCommand>& commands_;
   record_container& records_;
+  plan_cache& plans_;
   LogStatistics* statistics_;
   std::string channel_;
   std::vector<std::pair<std::uint64_t, std::size_t>> by_event_id_;  // sorted: id, command

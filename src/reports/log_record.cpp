@@ -4,6 +4,8 @@
 #include <functional>
 #include <utility>
 
+#include "support/limits.h"
+
 namespace zanvik {
 namespace {
 
@@ -17,6 +19,12 @@ std::size_t shape_hash(const record_shape& shape) {
     if (column.literal) mix(column.text);
   }
   return hash;
+}
+
+std::size_t shape_bytes(const record_shape& shape) {
+  std::size_t bytes = shape.columns.size() * sizeof(shape_column);
+  for (const shape_column& column : shape.columns) bytes += column.name.size() + column.text.size();
+  return bytes;
 }
 
 }  // namespace
@@ -58,8 +66,19 @@ void record_container::clear() {
   ordered_.clear();
   texts_.clear();
   shapes_.clear();
+  shared_bytes_ = 0;
   arena_.clear();
   ++generation_;
+}
+
+void record_container::clear_records() {
+  if (texts_.size() + shapes_.size() > limits::shared_by_records ||
+      shared_bytes_ > limits::shared_by_records_bytes) {
+    return clear();
+  }
+  records_.clear();
+  ordered_.clear();
+  arena_.clear();
 }
 
 const std::string* record_container::intern_text(std::string_view text) {
@@ -68,6 +87,7 @@ const std::string* record_container::intern_text(std::string_view text) {
   auto owned = std::make_unique<std::string>(text);
   const std::string* result = owned.get();
   texts_.emplace(*result, std::move(owned));
+  shared_bytes_ += text.size();
   return result;
 }
 
@@ -77,6 +97,7 @@ const record_shape* record_container::intern_shape(record_shape shape) {
   for (auto it = first; it != last; ++it) {
     if (it->second->columns == shape.columns) return it->second.get();
   }
+  shared_bytes_ += shape_bytes(shape);
   return shapes_.emplace(hash, std::make_unique<record_shape>(std::move(shape)))->second.get();
 }
 

@@ -88,6 +88,9 @@ class record_container {
 
   // Forgets the records and all they point to: shapes, strings and blocks.
   void clear();
+  // Forgets the records and their blocks. Shapes and strings stay, for the next records are likely
+  // to share them, until they are more than the limits allow: then this is `clear`.
+  void clear_records();
   // Changes with each `clear`, so that a cache of shapes or strings can tell that they are gone.
   std::uint64_t generation() const { return generation_; }
 
@@ -109,6 +112,7 @@ class record_container {
   std::vector<const LogRecord*> ordered_;
   std::unordered_map<std::string, std::unique_ptr<std::string>, text_hash, std::equal_to<>> texts_;
   std::unordered_multimap<std::size_t, std::unique_ptr<record_shape>> shapes_;
+  std::size_t shared_bytes_ = 0;  // of the texts and of what shapes hold
   value_arena arena_;
   std::uint64_t generation_ = 1;
 };

@@ -86,7 +86,6 @@ std::size_t block_bound(const record_fields& record, const column_plan& plan) {
 bool record_keeper::keep(const record_fields& record) {
   if (generation_ != records_.generation()) {
     generation_ = records_.generation();
-    plans_.clear();
     description_ = records_.intern_text(command_.name);
     log_path_ = records_.intern_text(command_.log_path);
     last_provider_ = records_.intern_text({});
@@ -148,14 +147,16 @@ LogRecord record_keeper::head_of(const record_fields& record) {
 }
 
 const column_plan& record_keeper::plan_for(const record_fields& record) {
-  const auto known = plans_.find(record.layout->id);
-  if (known != plans_.end()) return known->second;
+  auto& known = plans_.by_layout;
+  if (plans_.generation != generation_ || known.size() >= limits::cached_layouts) known.clear();
+  plans_.generation = generation_;
+  const auto found = known.find(record.layout->id);
+  if (found != known.end()) return found->second;
   column_plan plan = command_.all_data
                          ? plan_all_data(record, command_.skip_system_fields, records_)
                          : plan_pulled(record, command_.pull, records_);
   if (!plan.reusable) return own_plan_ = std::move(plan);
-  if (plans_.size() >= limits::cached_layouts) plans_.clear();
-  return plans_.emplace(record.layout->id, std::move(plan)).first->second;
+  return known.emplace(record.layout->id, std::move(plan)).first->second;
 }
 
 const std::string* record_keeper::provider_of(const record_fields& record,

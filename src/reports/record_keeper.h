@@ -5,20 +5,19 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 #include "evtx/value_text.h"
-#include "reports/column_plan.h"
+#include "reports/plan_cache.h"
 #include "reports/report_command.h"
 #include "reports/translated_slots.h"
 
 namespace zanvik {
 
-// Keeps the records of one command. The command and the container must outlive it.
+// Keeps the records of one command. The command, the container and the plans must outlive it.
 class record_keeper {
  public:
-  record_keeper(const ReportCommand& command, record_container& records)
-      : command_(command), records_(records) {
+  record_keeper(const ReportCommand& command, record_container& records, plan_cache& plans)
+      : command_(command), records_(records), plans_(plans.of(command)) {
     if (!command.translators.empty()) translator_.emplace(command.translators);
   }
 
@@ -48,9 +47,9 @@ class record_keeper {
   const std::string* description_ = nullptr;
   const std::string* log_path_ = nullptr;
   const std::string* last_provider_ = nullptr;
-  std::unordered_map<std::uint64_t, column_plan> plans_;  // by layout id
-  column_plan own_plan_;                                  // of one record
-  record_container plain_records_;                        // for the plan of one without templates
+  plan_cache::plans& plans_;
+  column_plan own_plan_;            // of one record
+  record_container plain_records_;  // for the plan of one without templates
   value_writer writer_;
   std::string scratch_;
 };

@@ -91,10 +91,11 @@ class value_arena {
     next_ += bytes;
     room_ -= bytes;
   }
+  // Keeps nothing but the memory that the next log is sure to need.
   void clear() {
-    chunks_.clear();
-    next_ = nullptr;
-    room_ = 0;
+    if (!chunks_.empty()) chunks_.resize(1);
+    next_ = chunks_.empty() ? nullptr : chunks_.front().get();
+    room_ = chunks_.empty() ? 0 : first_bytes_;
   }
 
  private:
@@ -103,11 +104,13 @@ class value_arena {
   void grow(std::size_t bytes) {
     const std::size_t size = bytes > chunk_bytes ? bytes : chunk_bytes;
     chunks_.push_back(std::make_unique_for_overwrite<char[]>(size + slack));
+    if (chunks_.size() == 1) first_bytes_ = size;
     next_ = chunks_.back().get();
     room_ = size;
   }
 
   std::vector<std::unique_ptr<char[]>> chunks_;
+  std::size_t first_bytes_ = 0;  // room of the first of them
   char* next_ = nullptr;
   std::size_t room_ = 0;
 };

@@ -28,18 +28,24 @@ class log_walk {
  public:
   log_walk(const std::vector<ReportCommand>& commands, evt_output_options& options)
       : options_(options),
+        records_(options.records),
         statistics_(options.stats_on ? &options.statistics : nullptr),
-        selector_(commands, records_, statistics_, options.current_log_channel),
+        selector_(commands, records_, options.plans, statistics_, options.current_log_channel),
         evt_selector_(commands, records_, statistics_),
         settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path},
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
-                          [](const ReportCommand& command) { return command.has_hist; }))) {}
+                          [](const ReportCommand& command) { return command.has_hist; }))) {
+    records_.clear_records();  // of a log that an exception ended
+    options.plans.drop_if_full();
+  }
 
   // Returns whether the log was walked to its end.
   bool run(const std::string& path) {
-    uni::fileio log;
-    if (!log.open(path)) return false;
+    uni::fileio own_file;
+    log_file& open_log = options_.probe.file;
+    uni::fileio& log = open_log.is_open(path) ? open_log.file() : own_file;
+    if (!log.is_open() && !log.open(path)) return false;
     const std::uint64_t size = log.get_size();
     if (size > large_log_bytes) flush_limit_ = large_log_flush;
     const auto head = read_head(log);
@@ -51,11 +57,7 @@ class log_walk {
     std::uint64_t block_bytes = is_evtx ? evtx_layout::block_bytes : size;
     constexpr std::uint64_t four_gib = std::uint64_t{1} << 32;
     if (size < four_gib && size <= block_bytes) block_bytes = size - first_offset;
-    const bool walked = log.walk_blocks(block_bytes, first_offset,
-                                        [this](std::span<std::byte> block, std::uint64_t offset) {
-                                          walk_block(block, offset);
-                                          return true;
-                                        });
+    const bool walked = walk(log, block_bytes, first_offset);
     if (walked && !records_.empty()) write_results();
     return walked;
   }
@@ -67,6 +69,21 @@ class log_walk {
     std::size_t count = sizeof(head);
     if (!log.read_raw(head, count, 0)) return std::nullopt;
     return byte_cursor(std::span(head, count)).at_or_zero<std::uint64_t>(0);
+  }
+
+  bool walk(uni::fileio& log, std::uint64_t block_bytes, std::uint64_t first_offset) {
+    // A small log has been read to be classified.
+    const auto all = &log == &options_.probe.file.file() ? options_.probe.file.take_all()
+                                                         : std::span<std::byte>();
+    if (all.size() > first_offset && all.size() - first_offset <= block_bytes) {
+      walk_block(all.subspan(first_offset), first_offset);
+      return true;
+    }
+    return log.walk_blocks(block_bytes, first_offset,
+                           [this](std::span<std::byte> block, std::uint64_t offset) {
+                             walk_block(block, offset);
+                             return true;
+                           });
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
@@ -89,12 +106,12 @@ class log_walk {
                                 .username = options_.username,
                                 .hostname = options_.hostname,
                                 .program_name = options_.program_name};
-    write_records(*options_.results_stream, records_, options_.format, context);
-    records_.clear();
+    write_records(*options_.results_stream, records_, options_.format, context, options_.tables);
+    records_.clear_records();
   }
 
   evt_output_options& options_;
-  record_container records_;
+  record_container& records_;
   LogStatistics* statistics_;
   evtx_selector selector_;
   evt_selector evt_selector_;

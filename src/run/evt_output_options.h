@@ -9,7 +9,10 @@
 #include <vector>
 
 #include "evtx/record_reader.h"
+#include "output/table_cache.h"
+#include "reports/log_record.h"
 #include "reports/log_statistics.h"
+#include "reports/plan_cache.h"
 #include "run/log_list.h"
 #include "support/cmd_params.h"
 #include "support/selection_options.h"
@@ -54,6 +57,7 @@ class evt_output_options : public cmd_params {
 
   log_map log_table;
   LogEntry scratch_log_entry;
+  log_probe probe;
   std::string current_log_path;
   std::string current_log_channel;
   bool current_log_is_evtx = true;
@@ -62,6 +66,10 @@ class evt_output_options : public cmd_params {
   std::ostream* results_stream = nullptr;  // set once by the driver
   // The walker's state: what is known of templates serves all logs of a run.
   record_reader reader{format};
+  // The records of the log in hand; what records share stays for the logs behind it.
+  record_container records;
+  plan_cache plans;
+  table_cache tables;
 
  private:
   void take_selection_options(argument_list& argv_list);

@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "evtx/first_record.h"
 #include "support/byte_cursor.h"
 #include "support/fileio.h"
 #include "support/qx_path.h"
@@ -21,7 +20,6 @@ namespace {
 
 constexpr std::size_t signature_head_bytes = 16;
 constexpr std::size_t evtx_header_bytes = 0x1000;
-constexpr std::size_t chunk_bytes = 0x10000;
 constexpr std::size_t first_template_offset_at = 546;  // in the chunk: of the first record
 constexpr std::size_t evt_header_bytes = 48;
 constexpr std::size_t evt_head_bytes = evt_header_bytes + 4096;
@@ -53,31 +51,23 @@ std::optional<std::string> channel_from_name(std::string_view name) {
   return std::nullopt;
 }
 
-// Sets `channel` from the text of the first record; one without a channel leaves it alone.
-// Returns false when the element is not closed.
-bool channel_from_text(std::string_view text, std::string& channel) {
-  constexpr std::string_view opening = "<channel>";
-  const std::size_t found = text.find(opening);
-  if (found == std::string_view::npos) return true;
-  const std::size_t begin = found + opening.size();
-  const std::size_t end = text.find("</channel>", begin);
-  if (end == std::string_view::npos) return false;
-  channel = text.substr(begin, end - begin);
-  remove_char(channel, '"');
-  if (channel.find("driverframeworks-usermode") != std::string::npos) channel = "driverframeworks";
-  return true;
-}
-
-bool channel_from_evtx(const std::string& path, std::string& channel) {
+// Sets `channel` to the one that the first record names; one without a channel leaves it alone.
+// Returns false when the log has no whole chunk, or when that element is not closed.
+bool channel_from_evtx(log_probe& probe, std::string& channel) {
   using namespace std::string_view_literals;
-  std::vector<std::byte> head;
-  constexpr std::size_t wanted = evtx_header_bytes + chunk_bytes;
-  if (!uni::read_file_head(head, path, wanted) || head.size() < wanted) return false;
-  const auto chunk = std::span<const std::byte>(head).subspan(evtx_header_bytes);
+  constexpr std::size_t wanted = log_file::most_bytes;
+  const auto head = probe.file.first(wanted);
+  if (head.size() < wanted) return false;
+  const auto chunk = head.subspan(evtx_header_bytes);
   if (!starts_with(chunk, "ElfChnk\0"sv)) return false;
   const byte_cursor cursor(chunk);
   if (cursor.at_or_zero<std::uint32_t>(first_template_offset_at) > wanted) return false;
-  return channel_from_text(to_lower(first_record_text(chunk).value_or("")), channel);
+  found_channel found = probe.channels.find(chunk);
+  if (!found.text) return found.closed;
+  channel = *std::move(found.text);
+  remove_char(channel, '"');
+  if (channel.find("driverframeworks-usermode") != std::string::npos) channel = "driverframeworks";
+  return true;
 }
 
 // True when the zero-terminated UTF-16 text at the start of `units` is `text` in any case.
@@ -90,9 +80,8 @@ bool is_wide_text(std::span<const std::byte> units, std::string_view text) {
   return cursor.at_or_zero<std::uint16_t>(2 * text.size()) == 0;
 }
 
-bool channel_from_evt(const std::string& path, std::string& channel) {
-  std::vector<std::byte> head;
-  if (!uni::read_file_head(head, path, evt_head_bytes)) return false;
+bool channel_from_evt(log_file& log, std::string& channel) {
+  const auto head = log.first(evt_head_bytes);
   const byte_cursor cursor(head);
   const auto length = cursor.at_or_zero<std::uint32_t>(evt_header_bytes);
   if (length < 60 || length > 4096) return false;
@@ -100,7 +89,7 @@ bool channel_from_evt(const std::string& path, std::string& channel) {
   // legacy logs go by their file name.
   constexpr std::size_t text_at = 108;
   const std::size_t start = std::min(text_at, head.size());
-  if (is_wide_text(std::span<const std::byte>(head).subspan(start), "security")) {
+  if (is_wide_text(head.subspan(start), "security")) {
     channel = "security";
   }
   return true;
@@ -108,7 +97,7 @@ bool channel_from_evt(const std::string& path, std::string& channel) {
 
 }  // namespace
 
-bool classify_log(LogEntry& entry, const std::string& path) {
+bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe) {
   using namespace std::string_view_literals;
   entry.channel.clear();
   entry.path = path;
@@ -117,8 +106,8 @@ bool classify_log(LogEntry& entry, const std::string& path) {
   split_path(path, folder, name);
   to_lower_in_place(name.empty() ? name = path : name);
   entry.unclassified = true;
-  std::vector<std::byte> head;
-  if (!uni::read_file_head(head, path, signature_head_bytes)) return false;
+  if (!probe.file.open(path)) return false;
+  const auto head = probe.file.first(signature_head_bytes);
   if (starts_with(head, "\x30\0\0\0LfLe"sv)) {
     entry.is_evtx = false;
   } else if (starts_with(head, "ElfFile\0"sv)) {
@@ -132,16 +121,16 @@ bool classify_log(LogEntry& entry, const std::string& path) {
     entry.channel = *known;
     return true;
   }
-  return entry.is_evtx ? channel_from_evtx(path, entry.channel)
-                       : channel_from_evt(path, entry.channel);
+  return entry.is_evtx ? channel_from_evtx(probe, entry.channel)
+                       : channel_from_evt(probe.file, entry.channel);
 }
 
-void add_logs(const std::string& value, LogEntry& scratch, log_map& table) {
+void add_logs(const std::string& value, LogEntry& scratch, log_probe& probe, log_map& table) {
   std::vector<std::string> items;
   split_on_first_of(value, items, true, false, "|,;");
   for (const std::string& item : items) {
     const std::string path = expand_env_references(item, true);
-    (void)classify_log(scratch, path);  // one that is no log finds out when it is opened
+    (void)classify_log(scratch, path, probe);  // one that is no log finds out when it is opened
     table.emplace(path, scratch);
   }
 }

@@ -7,6 +7,9 @@
 #include <map>
 #include <string>
 
+#include "evtx/channel_finder.h"
+#include "run/log_file.h"
+
 namespace zanvik {
 
 struct LogEntry {
@@ -17,15 +20,22 @@ struct LogEntry {
   std::string channel = "unk";  // lower case; reports go by it
 };
 
+// What classification keeps for the logs behind, and the file of the log that it opened last.
+struct log_probe {
+  channel_finder channels;
+  log_file file;
+};
+
 // By path as it stands, so that a run treats its logs in the order of their paths.
 using log_map = std::map<std::string, LogEntry>;
 
 // Fills `entry` for the log at `path` and returns true when it is one. `entry` may be one that
-// served another log: what a failure leaves undecided keeps its value.
-[[nodiscard]] bool classify_log(LogEntry& entry, const std::string& path);
+// served another log: what a failure leaves undecided keeps its value. The file stays
+// open in `probe`, which is one for a run.
+[[nodiscard]] bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe);
 
 // Enters the logs that a `-log` value names into `table`, recognised or not; of equal paths the
 // first stays. `scratch` serves each of them in turn.
-void add_logs(const std::string& value, LogEntry& scratch, log_map& table);
+void add_logs(const std::string& value, LogEntry& scratch, log_probe& probe, log_map& table);
 
 }  // namespace zanvik

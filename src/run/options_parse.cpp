@@ -103,7 +103,9 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
     }
   }
   if (take_value_option("-cmdfile", cmd_file, argv_list)) all_records = false;
-  if (take_value_option("-log", value, argv_list)) add_logs(value, scratch_log_entry, log_table);
+  if (take_value_option("-log", value, argv_list)) {
+    add_logs(value, scratch_log_entry, probe, log_table);
+  }
   return true;
 }
 

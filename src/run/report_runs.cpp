@@ -11,9 +11,9 @@
 namespace zanvik {
 namespace {
 
-bool classify(command_log& log, const std::string& path) {
+bool classify(command_log& log, const std::string& path, log_probe& probe) {
   LogEntry entry;
-  if (!classify_log(entry, path)) return false;
+  if (!classify_log(entry, path, probe)) return false;
   log = {entry.path, entry.channel, entry.is_evtx, entry.reserved};
   return true;
 }
@@ -28,7 +28,9 @@ command_log log_in_hand(const evt_output_options& options) {
 bool build_commands(CommandSet& set, const CommandList& list, evt_output_options& options,
                     bool append) {
   command_log log = log_in_hand(options);
-  const log_classifier classifier = classify;
+  const log_classifier classifier = [&options](command_log& named, const std::string& path) {
+    return classify(named, path, options.probe);
+  };
   const command_context context{log, options.selection, options.format, options.hist_fields,
                                 classifier};
   const bool built = build_command_set(set, list, context, append);

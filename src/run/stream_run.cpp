@@ -27,7 +27,7 @@ void run_log(const std::string& name, evt_output_options& options) {
   std::string folder;
   std::string file_name;
   if (!split_path(options.current_log_path, folder, file_name)) return;
-  if (!classify_log(options.scratch_log_entry, options.current_log_path)) return;
+  if (!classify_log(options.scratch_log_entry, options.current_log_path, options.probe)) return;
   options.log_table.clear();
   options.log_table.emplace(options.current_log_path, options.scratch_log_entry);
   init_statistics(options.statistics, options.current_log_path, options.scratch_log_entry.channel,

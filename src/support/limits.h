@@ -52,6 +52,11 @@ inline constexpr std::int64_t body_bytes_per_chunk = 64 * 65536;
 inline constexpr std::size_t cached_layouts = 4096;
 inline constexpr std::size_t cached_layout_bytes = 16 << 20;  // of names and literal values
 
+// Columns, captions and names that records share, kept for the records of later logs, by count and
+// bytes; more starts them anew. A folder of all logs of a machine has some 2,000 of them.
+inline constexpr std::size_t shared_by_records = 16384;
+inline constexpr std::size_t shared_by_records_bytes = 16 << 20;
+
 // The texts of a legacy .evt log's records, all together, in bytes of UTF-16 that are looked at and
 // a cost for each text. Texts may lie over one another and behind their record, so a small crafted
 // record could name 65,535 long ones. A real log uses 0.9 times its size and cannot well come to

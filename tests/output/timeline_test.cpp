@@ -220,7 +220,8 @@ TEST(timeline, the_header_stands_once_and_lines_go_by_time) {
     record_container records;
     test_record(1).time(new_year_2013 + 10'000'000).add_to(records);
     test_record(2).add_to(records);
-    write_records(out, records, format, of_log());
+    table_cache tables;
+    write_records(out, records, format, of_log(), tables);
   }
   const std::string lines =
       "0|Event ID: 2-P|0||0|0|0|1357005600|1357005600|1357005600|1357005600\n"
@@ -307,7 +308,8 @@ TEST(timeline, fast_way_gives_what_the_plain_one_does) {
     }
     std::ostringstream fast, plain;
     write_plain_timeline(plain, records.in_time_order(), plain_format, context);
-    write_records(fast, records, format, context);
+    table_cache tables;
+    write_records(fast, records, format, context, tables);
     ASSERT_EQ(fast.str(), plain.str()) << "seed " << seed;
     EXPECT_EQ(format.header_pending, plain_format.header_pending);
   }

@@ -98,7 +98,8 @@ TEST(evtx_selector, selects_what_the_plain_rule_selects) {
   for (const std::string& path : log_files(".evtx")) {
     const std::string bytes = file_text(path);
     record_container records;
-    evtx_selector quick(commands, records);
+    plan_cache plans;
+    evtx_selector quick(commands, records, plans);
     plain_selector plain(commands);
     walk(bytes, quick);
     walk(bytes, plain);
@@ -116,7 +117,8 @@ TEST(evtx_selector, selects_what_the_plain_rule_selects) {
 std::string columns_of(const record_builder& record, std::vector<std::string> pull) {
   const std::vector<ReportCommand> commands = {command(any_event_id, {}, "", std::move(pull))};
   record_container records;
-  evtx_selector selector(commands, records);
+  plan_cache plans;
+  evtx_selector selector(commands, records, plans);
   const log_builder log = log_builder().chunk({record});
   walk({reinterpret_cast<const char*>(log.bytes().data()), log.size()}, selector);
   if (records.empty()) return "not selected";

@@ -22,7 +22,8 @@ std::vector<kept_record> listed(const log_builder& log) {
   listing.all_data = true;
   const std::vector<ReportCommand> commands{listing};
   record_container records;
-  evtx_selector selector(commands, records);
+  plan_cache plans;
+  evtx_selector selector(commands, records, plans);
   const output_format format;
   record_reader reader(format);
   walk_settings settings;
@@ -31,8 +32,7 @@ std::vector<kept_record> listed(const log_builder& log) {
   walk_evtx_block(bytes, 0, reader, selector, settings);
   std::vector<kept_record> kept;
   for (const LogRecord* record : records.in_time_order()) {
-    kept.push_back(
-        {record->record_number, record->flags, record->event_id, columns_of(*record)});
+    kept.push_back({record->record_number, record->flags, record->event_id, columns_of(*record)});
   }
   return kept;
 }

@@ -32,7 +32,8 @@ event with(std::vector<data_field> data) {
 std::vector<std::map<std::string, std::string>> selected(
     const std::vector<event>& events, const std::vector<ReportCommand>& commands) {
   record_container records;
-  evtx_selector selector(commands, records);
+  plan_cache plans;
+  evtx_selector selector(commands, records, plans);
   const output_format format;
   record_reader reader(format);
   chunk_builder chunk;

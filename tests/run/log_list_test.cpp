@@ -16,6 +16,7 @@ namespace {
 using namespace zanvik::testing;
 using namespace std::string_literals;
 
+log_probe probe;  // one for all tests, as a run has one for all logs
 const std::string evtx_head = "ElfFile\0........"s;
 const std::string evt_head = "\x30\0\0\0LfLe........"s;
 
@@ -95,7 +96,7 @@ TEST(classify_log, by_name_and_by_content) {
     const scratch_dir scratch;
     LogEntry entry;
     const std::string path = scratch.write(r.name, r.bytes);
-    EXPECT_EQ(classify_log(entry, path), r.recognised) << r.reason;
+    EXPECT_EQ(classify_log(entry, path, probe), r.recognised) << r.reason;
     EXPECT_EQ(entry.is_evtx, r.is_evtx) << r.reason;
     EXPECT_EQ(entry.channel, r.channel) << r.reason;
     EXPECT_EQ(entry.path, path) << r.reason;
@@ -109,9 +110,9 @@ TEST(classify_log, template_offset_beyond_the_head_is_refused) {
   const std::size_t place = log.chunk_offset(0) + 546;
   LogEntry entry;
   log.poke_u32(place, 0x11001);
-  EXPECT_FALSE(classify_log(entry, scratch.write("a.evtx", text_of(log.bytes()))));
+  EXPECT_FALSE(classify_log(entry, scratch.write("a.evtx", text_of(log.bytes())), probe));
   log.poke_u32(place, 0x11000);  // still let through; the record then has no channel
-  EXPECT_TRUE(classify_log(entry, scratch.write("a.evtx", text_of(log.bytes()))));
+  EXPECT_TRUE(classify_log(entry, scratch.write("a.evtx", text_of(log.bytes())), probe));
 }
 
 TEST(add_logs, one_entry_for_each_path_whatever_the_file_is) {
@@ -121,7 +122,7 @@ TEST(add_logs, one_entry_for_each_path_whatever_the_file_is) {
   const std::string lost = scratch.path("lost");
   LogEntry scratch_entry;
   log_map table;
-  add_logs(b + " | " + a + "||" + lost + "|" + b, scratch_entry, table);
+  add_logs(b + " | " + a + "||" + lost + "|" + b, scratch_entry, probe, table);
   ASSERT_EQ(table.size(), 3u);
   EXPECT_EQ(table.begin()->first, a);
   EXPECT_EQ(table[b].channel, "system");
@@ -134,10 +135,10 @@ TEST(add_logs, one_entry_for_each_path_whatever_the_file_is) {
 TEST(add_logs, splits_on_one_separator_alone) {
   LogEntry scratch_entry;
   log_map table;
-  add_logs("a,b;c", scratch_entry, table);
+  add_logs("a,b;c", scratch_entry, probe, table);
   EXPECT_TRUE(table.size() == 2 && table.count("a") == 1 && table.count("b;c") == 1);
   table.clear();
-  add_logs(" a ", scratch_entry, table);
+  add_logs(" a ", scratch_entry, probe, table);
   EXPECT_EQ(table.count(" a "), 1u) << "a name alone keeps its blanks";
 }
 

@@ -90,6 +90,30 @@ TEST(stream_run, names_on_standard_input_win_over_a_folder_and_have_no_window) {
   EXPECT_EQ(computers(run.out), lines{"b"});
 }
 
+// What one log leaves to the next is knowledge, never content.
+TEST(stream_run, logs_come_out_together_as_each_alone) {
+  const std::string samples = std::string(ZANVIK_SOURCE_DIR) + "/samples/";
+  const lines logs{samples + "security.evtx", samples + "odd.evtx", samples + "system.evtx",
+                   samples + "security.evtx"};
+  for (const lines& form : {lines{"-csv"}, lines{}, lines{"-csv", "-inc_slack"},
+                            lines{"-csv", "-logon", "-pw", "-startstop"}}) {
+    const auto listing = [&form](const std::string& names) {
+      lines args = form;
+      args.insert(args.begin(), {"-pipe", "-quiet"});
+      return run_zanvik(args, {.input = names}).out;
+    };
+    const std::string head = listing("");
+    std::string alone = head;
+    std::string names;
+    for (const std::string& log : logs) {
+      alone += listing(log).substr(head.size());
+      names += log + "\n";
+    }
+    EXPECT_GT(alone.size(), head.size() + 1000);
+    EXPECT_EQ(listing(names), alone) << form.size();
+  }
+}
+
 TEST(stream_run, tells_which_log_it_is_at) {
   const scratch_dir scratch;
   const std::string name = std::string(20, 'n') + "%41%" + std::string(40, 'm');

@@ -1,0 +1,145 @@
+#include "evtx/channel_finder.h"
+
+#include <algorithm>
+
+#include "evtx/first_record.h"
+#include "evtx/template_record.h"
+#include "evtx/value_text.h"
+#include "support/qx_text.h"
+
+namespace zanvik {
+namespace {
+
+constexpr std::string_view opening = "<channel>";
+constexpr std::string_view closing = "</channel>";
+constexpr std::uint64_t first_bxml =
+    evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes;
+
+// Stands for the value of a slot in an outline; two digits, since there are 96 slots at the most.
+constexpr char mark = '\x01';
+constexpr std::size_t mark_bytes = 3;
+
+std::string mark_of(std::size_t slot) {
+  return {mark, static_cast<char>('0' + slot / 10), static_cast<char>('0' + slot % 10)};
+}
+
+std::size_t marked_slot(std::string_view text) {
+  return static_cast<std::size_t>(text[1] - '0') * 10 + static_cast<std::size_t>(text[2] - '0');
+}
+
+// A body's text in lower case, with marks for the values of its slots or with nothing for them.
+std::string body_text(const chunk_view& chunk, const template_ref& ref, std::size_t slot_count,
+                      bool with_marks) {
+  std::vector<slot_entry> slots(slot_count);
+  for (std::size_t i = 0; i < slots.size(); ++i) {
+    slots[i].type = value_type::utf16;
+    slots[i].composed = true;
+    if (with_marks) slots[i].text = mark_of(i);
+  }
+  field_map fields;
+  std::string text;
+  if (!decode_template_body(chunk, ref, slots, fields, &text)) text.clear();
+  return to_lower(text);
+}
+
+// Whether no value at the mark can become part of a tag that is looked for.
+bool stands_apart(std::string_view text, std::size_t mark_at) {
+  const auto bracket = text.rfind('<', mark_at);
+  return bracket == std::string_view::npos ||
+         text.substr(bracket, mark_at - bracket).find_first_of(">\"=") != std::string_view::npos;
+}
+
+// Whether the value's text holds no '<': numbers and the like, and texts without one in the bytes
+// that they are made from.
+bool is_tagless(const chunk_view& chunk, const slot_entry& slot) {
+  if (slot.composed || slot.type == value_type::ansi || slot.type == value_type::bxml) return false;
+  if (slot.type >= value_type::int8 && slot.type <= value_type::boolean) return true;
+  if (slot.type >= value_type::guid && slot.type <= value_type::hex64) return true;
+  const auto bytes = chunk.bytes.bytes_at(slot.offset, slot.size);
+  return std::find(bytes.begin(), bytes.end(), std::byte{'<'}) == bytes.end();
+}
+
+}  // namespace
+
+found_channel channel_in_text(std::string text) {
+  to_lower_in_place(text);
+  const std::size_t found = text.find(opening);
+  if (found == std::string::npos) return {};
+  const std::size_t begin = found + opening.size();
+  const std::size_t end = text.find(closing, begin);
+  if (end == std::string::npos) return {false, std::nullopt};
+  return {true, text.substr(begin, end - begin)};
+}
+
+found_channel channel_finder::find(std::span<const std::byte> chunk) {
+  if (auto found = find_quickly(chunk)) return *std::move(found);
+  return channel_in_text(first_record_text(chunk).value_or(""));
+}
+
+std::optional<found_channel> channel_finder::find_quickly(std::span<const std::byte> chunk) {
+  work_budget budget;
+  const chunk_view view{byte_cursor(chunk), chunk.size(), 0, &budget};
+  const auto head = fragment_instance_at(view, first_bxml);
+  if (!head || head->definition > evtx_layout::chunk_bytes) return std::nullopt;
+  catalogue_.read(view);
+  const template_ref* ref =
+      resolve_first_reference(catalogue_, view, first_bxml, head->template_id, head->definition);
+  const auto table = slot_table_behind(view, first_bxml, head->length, head->definition);
+  if (!ref || !table || !body_matches(view, *ref)) return std::nullopt;
+  if (bodies_.drop_if_full() || outlines_.size() > limits::cached_layouts) outlines_.clear();
+  const std::uint32_t body = bodies_.identify(view, ref->definition, ref->size_record, ref->guid);
+  if (body == 0 || !parse_substitution_array(view, *table, slots_)) return std::nullopt;
+  const outline& known = outline_of(view, *ref, body, slots_.size());
+  if (!known.certain) return std::nullopt;
+  std::uint64_t value_bytes = 0;
+  for (const std::size_t slot : known.slots) {
+    if (!is_tagless(view, slots_[slot])) return std::nullopt;
+    value_bytes += slots_[slot].size;
+  }
+  // Far from where the whole record would be cut short.
+  if (value_bytes > evtx_layout::chunk_bytes) return std::nullopt;
+  std::string text = known.before;
+  if (known.value) {
+    const slot_entry& slot = slots_[*known.value];
+    const std::size_t before = text.size();
+    append_value_text(text, raw_value_at(view.bytes, slot.offset, slot.type, slot.size));
+    if (text.size() == before) return std::nullopt;  // shown as its bytes, if it has any
+    to_lower_in_place(text);
+  }
+  return found_channel{true, text + known.after};
+}
+
+const channel_finder::outline& channel_finder::outline_of(const chunk_view& chunk,
+                                                          const template_ref& ref,
+                                                          std::uint32_t body,
+                                                          std::size_t slot_count) {
+  const auto [at, added] = outlines_.try_emplace({body, slot_count});
+  if (added) at->second = make_outline(chunk, ref, slot_count);
+  return at->second;
+}
+
+channel_finder::outline channel_finder::make_outline(const chunk_view& chunk,
+                                                     const template_ref& ref,
+                                                     std::size_t slot_count) {
+  outline result;
+  if (body_text(chunk, ref, slot_count, false).find(mark) != std::string::npos) return result;
+  const std::string text = body_text(chunk, ref, slot_count, true);
+  const std::size_t found = text.find(opening);
+  const std::size_t end = found == std::string::npos ? found : text.find(closing, found);
+  if (end == std::string::npos) return result;
+  for (auto at = text.find(mark); at < end; at = text.find(mark, at + mark_bytes)) {
+    if (!stands_apart(text, at)) return result;
+    result.slots.push_back(marked_slot(std::string_view(text).substr(at)));
+  }
+  const std::size_t begin = found + opening.size();
+  const std::size_t value = std::min(text.find(mark, begin), end);
+  result.before = text.substr(begin, value - begin);
+  if (value != end) {
+    result.value = result.slots.back();
+    result.after = text.substr(value + mark_bytes, end - value - mark_bytes);
+  }
+  result.certain = result.after.find(mark) == std::string::npos;
+  return result;
+}
+
+}  // namespace zanvik

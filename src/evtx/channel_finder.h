@@ -1,0 +1,62 @@
+// The channel that a log's first record names, by which a log of unknown name is classified: the
+// text between "<channel>" and "</channel>", in any case, in the XML-like text of the record.
+//
+// That text is mostly the template's: where in it the channel stands, and which values come before
+// its end, is worked out once for a template body and serves all logs of a run. A record for which
+// that is not certain is rendered whole; tests hold the two ways together.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "evtx/bxml_decoder.h"
+#include "evtx/template_bodies.h"
+#include "evtx/template_catalogue.h"
+
+namespace zanvik {
+
+// What the text of a record says of the channel.
+struct found_channel {
+  bool closed = true;               // false: the element is opened and never closed
+  std::optional<std::string> text;  // lower case; nothing when there is no such element
+};
+
+// Looks for the channel in a record's text.
+found_channel channel_in_text(std::string text);
+
+class channel_finder {
+ public:
+  // The channel of the first record of `chunk`, its 65,536 bytes, whose signature the caller has
+  // checked.
+  found_channel find(std::span<const std::byte> chunk);
+
+ private:
+  // A body's text up to the end of the channel: the values in it by their slots, and the channel
+  // itself as text with at most one value.
+  struct outline {
+    bool certain = false;
+    std::vector<std::size_t> slots;    // whose texts come before the channel's end
+    std::string before, after;         // the channel's text around its value
+    std::optional<std::size_t> value;  // its slot
+  };
+
+  std::optional<found_channel> find_quickly(std::span<const std::byte> chunk);
+  const outline& outline_of(const chunk_view& chunk, const template_ref& ref, std::uint32_t body,
+                            std::size_t slot_count);
+  static outline make_outline(const chunk_view& chunk, const template_ref& ref,
+                              std::size_t slot_count);
+
+  template_catalogue catalogue_;
+  template_bodies bodies_;
+  std::map<std::pair<std::uint32_t, std::size_t>, outline> outlines_;  // by body, count of slots
+  std::vector<slot_entry> slots_;
+};
+
+}  // namespace zanvik

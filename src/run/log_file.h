@@ -1,0 +1,37 @@
+// A log that is open: its file, and its first bytes, read as far as somebody has asked for them. It
+// is opened to be classified and stays open for the runs that read it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <span>
+#include <string>
+
+#include "support/fileio.h"
+
+namespace zanvik {
+
+class log_file {
+ public:
+  // False when the file cannot be opened or gives no byte. The file before it is closed.
+  [[nodiscard]] bool open(const std::string& path);
+  bool is_open(const std::string& path) const { return file_.is_open() && path == path_; }
+  uni::fileio& file() { return file_; }
+
+  // The first `count` bytes, `most_bytes` at the most; fewer where the file has no more.
+  std::span<const std::byte> first(std::size_t count);
+  // All bytes, for the caller to keep and to change, if they have all been read; otherwise none.
+  // They live until the next call of anything here.
+  std::span<std::byte> take_all();
+
+  // A file header and one chunk, which is all of many a log.
+  static constexpr std::size_t most_bytes = 0x11000;
+
+ private:
+  uni::fileio file_;
+  std::string path_;
+  std::size_t read_ = 0;
+  std::array<std::byte, most_bytes> bytes_;  // set as far as `read_`
+};
+
+}  // namespace zanvik
