@@ -37,7 +37,9 @@ const record_layout* layout_cache::intern(record_layout layout) {
   const text_hash hash = hash_of(layout);
   const auto [first, last] = by_hash_.equal_range(hash.value());
   for (auto it = first; it != last; ++it) {
-    if (it->second->names == layout.names && it->second->fields == layout.fields) {
+    const record_layout& known = *it->second;
+    if (known.names == layout.names && known.child_numbers == layout.child_numbers &&
+        known.fields == layout.fields) {
       return it->second.get();
     }
   }

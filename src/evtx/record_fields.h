@@ -39,9 +39,10 @@ struct layout_field {
 // layout of one record, as one without templates has.
 struct record_layout {
   std::uint64_t id = 0;
-  std::vector<std::string> names;    // of the slots, empty where a slot has none
-  std::vector<layout_field> fields;  // by name, each name once
-  std::int32_t event_id_slot = -1;   // the first slot named "EventID" in any case
+  std::vector<std::string> names;            // of the slots, empty where a slot has none
+  std::vector<std::uint16_t> child_numbers;  // `record_slot::child` of the slots
+  std::vector<layout_field> fields;          // by name, each name once
+  std::int32_t event_id_slot = -1;           // the first slot named "EventID" in any case
 };
 
 // The slot's text where it is not made from its value: composed from nested binary XML, or put in

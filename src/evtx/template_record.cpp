@@ -22,6 +22,7 @@ void append_slot(slot_entry&& entry, std::uint16_t child, std::vector<record_slo
   slots.push_back(
       {entry.offset, entry.size, entry.type, static_cast<std::uint16_t>(entry.flags), child});
   layout.names.push_back(std::move(entry.name));
+  layout.child_numbers.push_back(child);
 }
 
 }  // namespace

@@ -62,6 +62,31 @@ const event logon{.event_id = 4624,
                   .user_sid = "S-1-5-18",
                   .data = {{"LogonType", slot::uint32(3)}, {"Path", slot::utf16("\na\r\n\tb,c")}}};
 
+// Templates that give their slots the same names, of which one has two of them nested.
+TEST(all_data, a_nested_value_is_not_taken_for_an_own_one_of_its_name) {
+  const auto naming = [](std::uint16_t first_slot) {
+    return [first_slot](bxml_builder& b) {
+      b.fragment_header();
+      b.open("A").close_start().normal_sub(first_slot, 1).end_element();
+      b.open("B").close_start().normal_sub(first_slot + 1, 1).end_element().end_of_stream();
+    };
+  };
+  const auto empty = [](bxml_builder& b) { b.fragment_header().end_of_stream(); };
+  const std::vector<slot_value> two{slot::utf16("1"), slot::utf16("2")};
+  const template_definition inner{"11111111-2222-3333-4455-667788990011", naming(0)};
+  const template_definition outer{"21111111-2222-3333-4455-667788990011", empty};
+  const template_definition flat{"31111111-2222-3333-4455-667788990011", naming(1)};
+  const auto nested = slot::bxml([=](bxml_builder& b) { b.template_instance(inner, two); });
+  const auto kept =
+      select(log_builder().chunk(
+                 {template_record(1, 133000000000000000, outer, {nested}),
+                  template_record(2, 133000000000000000, flat, {slot::null(), two[0], two[1]})}),
+             {listing()});
+  ASSERT_EQ(kept.size(), 2u);
+  EXPECT_EQ(kept[0].columns, (cells{{"01:A", "1"}, {"02:B", "2"}}));
+  EXPECT_EQ(kept[1].columns, (cells{{"A", "1"}, {"B", "2"}}));
+}
+
 TEST(all_data, columns_are_slots_and_fields_by_their_names) {
   const auto log = log_builder().chunk({record(7, logon)});
   const cells expected{{"01:LogonType", "3"},
