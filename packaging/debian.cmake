@@ -11,6 +11,8 @@ function(install_compressed source name folder)
   install(FILES ${made} DESTINATION ${folder})
 endfunction()
 
+set(DOC_DIR ${CMAKE_INSTALL_FULL_DOCDIR})
+configure_file(zanvik.1.in zanvik.1 @ONLY)
 set(release 1)
 configure_file(debian/changelog.in changelog.Debian @ONLY)
 install_compressed(${CMAKE_CURRENT_BINARY_DIR}/zanvik.1 zanvik.1 ${CMAKE_INSTALL_MANDIR}/man1)
