@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fstream>
 #include <initializer_list>
 #include <string>
@@ -26,10 +28,12 @@ namespace {
 constexpr char version_text[] = ZANVIK_VERSION_TEXT;
 constexpr char identity_text[] = ZANVIK_TITLE "; ";
 
-// Output that nobody reads is swallowed, and a descriptor that the caller closed is not handed to
-// the first file that is opened, where messages or results would then end up.
+// Output that nobody reads is swallowed, one that grows past a limit of the process fails like one
+// on a full disk, and a descriptor that the caller closed is not handed to the first file that is
+// opened, where messages or results would then end up.
 void prepare_process() {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (::fcntl(descriptor, F_GETFD) == -1 && ::open("/dev/null", O_RDWR) == -1) return;
   }
@@ -74,6 +78,21 @@ bool pass_gates(evt_output_options& options, std::ofstream& stats_stream,
   return true;
 }
 
+// The status is 0 all the same, so this is all that tells of results that are cut short. Who closed
+// the other end of a pipe does not want to know.
+void tell_lost_output(uni::fileio_output& results, const evt_output_options& options,
+                      std::ofstream& stats_stream) {
+  results.flush();
+  if (const int error = results.write_error(); error != 0 && error != EPIPE) {
+    const char* name = options.out_file.empty() ? "standard output" : options.out_file.c_str();
+    prob_message("prob writing results: %s, they are cut short: %s\n", name, std::strerror(error));
+  }
+  errno = 0;
+  if (options.stats_on && !stats_stream.flush() && errno != EPIPE) {
+    prob_message("prob writing stats file: %s\n", options.stats_file.c_str());
+  }
+}
+
 }  // namespace
 
 int run_program(int argc, char** argv) {
@@ -113,6 +132,7 @@ int run_program(int argc, char** argv) {
     (void)run_reports(options);
     write_run_statistics(options);
   }
+  tell_lost_output(results, options, stats_stream);
   return 0;
 }
 

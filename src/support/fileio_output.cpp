@@ -18,7 +18,7 @@ fileio_streambuf::fileio_streambuf(int descriptor, std::size_t buffer_bytes)
 fileio_streambuf::~fileio_streambuf() { flush_pending(); }
 
 bool fileio_streambuf::write_out(const char* bytes, std::size_t count) {
-  while (count > 0 && !failed_) {
+  while (count > 0 && error_ == 0) {
     const ssize_t written = ::write(descriptor_, bytes, count);
     if (written >= 0) {
       bytes += written;
@@ -27,10 +27,10 @@ bool fileio_streambuf::write_out(const char* bytes, std::size_t count) {
       pollfd room = {descriptor_, POLLOUT, 0};
       ::poll(&room, 1, -1);
     } else if (errno != EINTR) {
-      failed_ = true;
+      error_ = errno;
     }
   }
-  return !failed_;
+  return error_ == 0;
 }
 
 bool fileio_streambuf::flush_pending() {
@@ -49,7 +49,7 @@ fileio_streambuf::int_type fileio_streambuf::overflow(int_type c) {
 
 std::streamsize fileio_streambuf::xsputn(const char* text, std::streamsize count) {
   if (count <= 0) return 0;
-  if (failed_ || (count > epptr() - pptr() && !flush_pending())) return 0;
+  if (error_ != 0 || (count > epptr() - pptr() && !flush_pending())) return 0;
   const auto length = static_cast<std::size_t>(count);
   if (length >= buffer_bytes_) return write_out(text, length) ? count : 0;
   std::memcpy(pptr(), text, length);

@@ -2,7 +2,8 @@
 //
 // Bytes are written when the buffer is full, on a flush and at destruction; a write that comes
 // short or is interrupted goes on. After a real error the stream is bad, without a message, and
-// takes no more bytes. The descriptor belongs to the caller and has to outlive the stream.
+// takes no more bytes; `write_error` tells which it was. The descriptor belongs to the caller and
+// has to outlive the stream.
 #pragma once
 
 #include <cstddef>
@@ -21,6 +22,8 @@ class fileio_streambuf : public std::streambuf {
   fileio_streambuf(int descriptor, std::size_t buffer_bytes);
   ~fileio_streambuf() override;
 
+  int write_error() const { return error_; }
+
  protected:
   int_type overflow(int_type c) override;
   std::streamsize xsputn(const char* text, std::streamsize count) override;
@@ -31,7 +34,7 @@ class fileio_streambuf : public std::streambuf {
   bool write_out(const char* bytes, std::size_t count);
 
   int descriptor_;
-  bool failed_ = false;
+  int error_ = 0;
   std::size_t buffer_bytes_;
   std::unique_ptr<char[]> buffer_;
 };
@@ -44,6 +47,9 @@ class fileio_output : public std::ostream {
   }
   explicit fileio_output(const fileio& file) : fileio_output(file.descriptor()) {}
   ~fileio_output() override { rdbuf(nullptr); }
+
+  // The errno of the write that failed, 0 when none has.
+  int write_error() const { return buffer_.write_error(); }
 
  private:
   fileio_streambuf buffer_;
