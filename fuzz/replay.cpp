@@ -1,11 +1,9 @@
 // Runs a fuzz target over the files of a folder, without a fuzzing engine, so that inputs once
 // found to be interesting stay ordinary test cases.
-//   in   one argument: the folder; subfolders are not walked.
+//   in   the target's name, and the folder; subfolders are not walked.
 //   out  status 0 when every file was run, 1 when there was none to run.
-// A target that fails does so by an assertion or a sanitizer, which ends the process.
+// A target that fails does so by an abort or a sanitizer, which ends the process.
 
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -13,22 +11,24 @@
 #include <system_error>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size_bytes);
+#include "fuzz_target.h"
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: %s FOLDER\n", argv[0]);
+  const auto* target = argc == 3 ? zanvik::fuzz::find_target(argv[1]) : nullptr;
+  if (target == nullptr) {
+    std::fprintf(stderr, "usage: %s PARSER FOLDER\n", argv[0]);
     return 1;
   }
   std::size_t count = 0;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(argv[1], error)) {
+  for (const auto& entry : std::filesystem::directory_iterator(argv[2], error)) {
     if (!entry.is_regular_file()) continue;
     std::ifstream in(entry.path(), std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
+    const std::vector<char> read{std::istreambuf_iterator<char>(in), {}};
     std::printf("%s\n", entry.path().c_str());  // the last name shown is the one that failed
     std::fflush(stdout);
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    const zanvik::fuzz::exact_bytes bytes(std::as_bytes(std::span(read)));
+    target->run(bytes.span());
     ++count;
   }
   std::printf("%zu inputs\n", count);

@@ -1,0 +1,84 @@
+// Tables and timelines of selected records: the quick writer against the plain one.
+#pragma once
+
+#include <map>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "fuzz_target.h"
+#include "output/plain_event_table.h"
+#include "output/timeline_fill.h"
+#include "output/timeline_writer.h"
+#include "output/write_records.h"
+#include "support/output_options.h"
+#include "support/qx_time_format.h"
+
+namespace zanvik::fuzz {
+
+// An output format as the options leave it that the bits of `choice` stand for.
+inline output_format chosen_format(std::uint16_t choice) {
+  static constexpr const char* flags[] = {
+      "-csv",    "-csvl2t", "-bodyfile",     "-pair_datetime", "-enable_quoted_csv_fields",
+      "-base16", "-csvgen", "-no_whitespace"};
+  static constexpr const char* dates[] = {"",         "mm/dd/yyyy", "dd-mmm-yyy", "mmm dd,yyy",
+                                          "yy/mm/dd", "xxxxxxxx",   "dd.mm.yyyy", "mm-mm-mmmm"};
+  static constexpr const char* times[] = {"", "hh:mm:ss", "hh:mm:ss.xxxxxxx", "ss:hh:mm.xxxxx"};
+  static constexpr const char* separators[] = {"", ";", "\t", " , "};
+  argument_list words{"zanvik"};
+  for (std::size_t i = 0; i < std::size(flags); ++i) {
+    if (choice & (1u << i)) words.emplace_back(flags[i]);
+  }
+  const auto add = [&words](const char* name, const char* value) {
+    if (*value != '\0') words.insert(words.end(), {name, value});
+  };
+  add("-dateformat", dates[(choice >> 8) & 7]);
+  add("-timeformat", times[(choice >> 11) & 3]);
+  add("-csv_separator", separators[(choice >> 13) & 3]);
+  output_format format;
+  format.pair_datetime = take_flag_option("-pair_datetime", words);
+  format.base16 = false;
+  take_form_options(words, format);
+  take_text_options(words, format);
+  (void)build_format_descriptor(format.descriptor, format.date_format, format.time_format,
+                                format.pair_datetime);
+  return format;
+}
+
+// The tables of all groups, each written the plain way.
+inline void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> records,
+                               output_format& format, const write_context& context) {
+  std::map<std::pair<std::uint64_t, std::string>, std::vector<const LogRecord*>> groups;
+  for (const LogRecord* record : records) {
+    groups[{record->event_id, *record->provider}].push_back(record);
+  }
+  bool first = true;
+  for (const auto& [key, group] : groups) {
+    if (!first) out << '\n';
+    first = false;
+    write_plain_event_table(out, group, format, context);
+  }
+}
+
+// Writes the records both ways, as a timeline where the format asks for it. `tables` is what the
+// quick way knows from earlier logs.
+inline void require_tables_agree(record_container& records, const output_format& format,
+                                 const write_context& context, table_cache& tables) {
+  const auto ordered = records.in_time_order();
+  std::ostringstream quick;
+  std::ostringstream plain;
+  output_format quick_format = format;
+  output_format plain_format = format;
+  if (format.output_bodyfile || format.output_l2t) {
+    write_timeline(quick, ordered, quick_format, context);
+    write_plain_timeline(plain, ordered, plain_format, context);
+  } else {
+    tables.start_generation(records.generation());
+    write_grouped(quick, ordered, quick_format, context, tables);
+    write_plain_tables(plain, ordered, plain_format, context);
+  }
+  require_equal(quick.str(), plain.str(), "the quick and the plain way agree");
+}
+
+}  // namespace zanvik::fuzz
