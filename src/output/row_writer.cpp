@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t stride = short_copy_bytes;
 static_assert(row_plan::slack >= stride && long_value == 2 * stride);
-static_assert(row_buffer::slack >= 2 * stride && value_arena::slack >= 2 * stride);
+static_assert(row_buffer::slack >= 2 * stride && record_arena::slack >= 2 * stride);
 
 constexpr char blanks[stride + 1] = "                                ";
 

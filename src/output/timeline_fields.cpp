@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t stride = short_copy_bytes;
 static_assert(field_plan::slack >= stride);
-static_assert(row_buffer::slack >= stride && value_arena::slack >= stride);
+static_assert(row_buffer::slack >= stride && record_arena::slack >= stride);
 
 bool is_line_end(char c) { return c == '\r' || c == '\n'; }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
+#include <type_traits>
 #include <utility>
 
 #include "support/limits.h"
@@ -42,7 +44,12 @@ column_map columns_of(const LogRecord& record) {
 record_container::record_container() = default;
 
 void record_container::add(const LogRecord& record) {
-  LogRecord& added = records_.emplace_back(record);
+  static_assert(std::is_trivially_destructible_v<LogRecord> &&
+                alignof(LogRecord) <= alignof(std::max_align_t));
+  char* const place = record_arena_.reserve(sizeof(LogRecord));
+  LogRecord& added = *::new (place) LogRecord(record);
+  record_arena_.keep(sizeof(LogRecord));
+  records_.push_back(&added);
   if (!added.provider) added.provider = intern_text({});
   if (!added.description) added.description = intern_text({});
   if (!added.extra_text) added.extra_text = intern_text({});
@@ -50,14 +57,19 @@ void record_container::add(const LogRecord& record) {
 }
 
 std::span<const LogRecord* const> record_container::in_time_order() {
-  ordered_.clear();
-  ordered_.reserve(records_.size());
-  for (const LogRecord& record : records_) ordered_.push_back(&record);
   const auto earlier = [](const LogRecord* a, const LogRecord* b) { return a->time < b->time; };
   // Logs are mostly in order already.
-  if (!std::is_sorted(ordered_.begin(), ordered_.end(), earlier)) {
-    std::stable_sort(ordered_.begin(), ordered_.end(), earlier);
-  }
+  if (std::is_sorted(records_.begin(), records_.end(), earlier)) return records_;
+  // The times stand beside the records while these are sorted, since looking each one up costs
+  // more.
+  std::vector<std::pair<std::uint64_t, const LogRecord*>> timed;
+  timed.reserve(records_.size());
+  for (const LogRecord* record : records_) timed.emplace_back(record->time, record);
+  std::stable_sort(timed.begin(), timed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  ordered_.clear();
+  ordered_.reserve(timed.size());
+  for (const auto& [time, record] : timed) ordered_.push_back(record);
   return ordered_;
 }
 
@@ -68,6 +80,7 @@ void record_container::clear() {
   shapes_.clear();
   shared_bytes_ = 0;
   arena_.clear();
+  record_arena_.clear();
   ++generation_;
 }
 
@@ -79,6 +92,7 @@ void record_container::clear_records() {
   records_.clear();
   ordered_.clear();
   arena_.clear();
+  record_arena_.clear();
 }
 
 const std::string* record_container::intern_text(std::string_view text) {

@@ -17,6 +17,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "reports/record_arena.h"
 #include "reports/value_block.h"
 
 namespace zanvik {
@@ -80,7 +81,7 @@ class record_container {
   void add(const LogRecord& record);
 
   // The record added last; there is one.
-  const LogRecord& last() const { return records_.back(); }
+  const LogRecord& last() const { return *records_.back(); }
 
   // The records by rising time, equal times in order of insertion. Valid until the next `add` or
   // `clear`.
@@ -98,7 +99,7 @@ class record_container {
   // compared by address.
   const std::string* intern_text(std::string_view text);
   const record_shape* intern_shape(record_shape shape);
-  value_arena& arena() { return arena_; }
+  record_arena& arena() { return arena_; }
 
  private:
   struct text_hash {
@@ -108,12 +109,13 @@ class record_container {
     }
   };
 
-  std::vector<LogRecord> records_;
+  std::vector<const LogRecord*> records_;
   std::vector<const LogRecord*> ordered_;
   std::unordered_map<std::string, std::unique_ptr<std::string>, text_hash, std::equal_to<>> texts_;
   std::unordered_multimap<std::size_t, std::unique_ptr<record_shape>> shapes_;
   std::size_t shared_bytes_ = 0;  // of the texts and of what shapes hold
-  value_arena arena_;
+  record_arena arena_;            // of the blocks
+  record_arena record_arena_;     // of the records
   std::uint64_t generation_ = 1;
 };
 

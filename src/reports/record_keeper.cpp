@@ -147,16 +147,13 @@ LogRecord record_keeper::head_of(const record_fields& record) {
 }
 
 const column_plan& record_keeper::plan_for(const record_fields& record) {
-  auto& known = plans_.by_layout;
-  if (plans_.generation != generation_ || known.size() >= limits::cached_layouts) known.clear();
-  plans_.generation = generation_;
-  const auto found = known.find(record.layout->id);
-  if (found != known.end()) return found->second;
+  plans_.start_generation(generation_);
+  if (const column_plan* known = plans_.find(record.layout->id)) return *known;
   column_plan plan = command_.all_data
                          ? plan_all_data(record, command_.skip_system_fields, records_)
                          : plan_pulled(record, command_.pull, records_);
   if (!plan.reusable) return own_plan_ = std::move(plan);
-  return known.emplace(record.layout->id, std::move(plan)).first->second;
+  return plans_.add(record.layout->id, std::move(plan));
 }
 
 const std::string* record_keeper::provider_of(const record_fields& record,

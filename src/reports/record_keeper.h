@@ -47,7 +47,7 @@ class record_keeper {
   const std::string* description_ = nullptr;
   const std::string* log_path_ = nullptr;
   const std::string* last_provider_ = nullptr;
-  plan_cache::plans& plans_;
+  layout_plans& plans_;
   column_plan own_plan_;            // of one record
   record_container plain_records_;  // for the plan of one without templates
   value_writer writer_;

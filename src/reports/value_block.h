@@ -1,18 +1,15 @@
-// The packed values of one kept record, and the arena that holds the blocks of all of them.
+// The packed values of one kept record.
 //
 // A block is a row of cells. A cell is a head, an LEB128 number that holds the length in bytes
 // times 2 plus 1 when the text is `marked`, and then the text. An unmarked text holds no comma, no
 // vertical bar, no carriage return and no line feed, so that a writer may copy it as it stands.
-// Blocks live until the arena is cleared; behind each one at least `value_arena::slack` bytes are
-// readable, so that a copy may run past a cell's end.
+// Blocks live in a record_arena, so a copy may run past a cell's end.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string_view>
-#include <vector>
 
 namespace zanvik {
 
@@ -75,44 +72,5 @@ inline char* finish_cell(char* cell, char* end, bool marked) {
   std::memcpy(cell, head, head_length);
   return cell + head_length + length;
 }
-
-// Memory for value blocks: reserved by an upper bound, kept by what was used.
-class value_arena {
- public:
-  static constexpr std::size_t slack = 64;
-
-  // Room for `bytes` in a row, valid until the next `reserve`; nothing is kept before `keep`.
-  char* reserve(std::size_t bytes) {
-    if (bytes > room_) grow(bytes);
-    return next_;
-  }
-  // Keeps the first `bytes` of what was reserved.
-  void keep(std::size_t bytes) {
-    next_ += bytes;
-    room_ -= bytes;
-  }
-  // Keeps nothing but the memory that the next log is sure to need.
-  void clear() {
-    if (!chunks_.empty()) chunks_.resize(1);
-    next_ = chunks_.empty() ? nullptr : chunks_.front().get();
-    room_ = chunks_.empty() ? 0 : first_bytes_;
-  }
-
- private:
-  static constexpr std::size_t chunk_bytes = std::size_t{1} << 20;
-
-  void grow(std::size_t bytes) {
-    const std::size_t size = bytes > chunk_bytes ? bytes : chunk_bytes;
-    chunks_.push_back(std::make_unique_for_overwrite<char[]>(size + slack));
-    if (chunks_.size() == 1) first_bytes_ = size;
-    next_ = chunks_.back().get();
-    room_ = size;
-  }
-
-  std::vector<std::unique_ptr<char[]>> chunks_;
-  std::size_t first_bytes_ = 0;  // room of the first of them
-  char* next_ = nullptr;
-  std::size_t room_ = 0;
-};
 
 }  // namespace zanvik
