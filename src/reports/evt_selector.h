@@ -2,6 +2,7 @@
 // keeps it for the first that selects it.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,16 +20,16 @@ class evt_selector : public evt_sink {
  public:
   // The commands and the container must outlive the selector. `statistics`, unless it is null,
   // counts every record.
-  evt_selector(const std::vector<ReportCommand>& commands, record_container& records,
+  evt_selector(command_refs commands, record_container& records,
                LogStatistics* statistics = nullptr);
 
   void on_record(const evt_record& record) override;
 
  private:
-  const std::vector<ReportCommand>& commands_;
-  const record_container& records_;
+  command_refs commands_;
+  record_container& records_;
   LogStatistics* statistics_;
-  std::vector<evt_record_keeper> keepers_;  // one a command
+  std::vector<std::unique_ptr<evt_record_keeper>> keepers_;  // one a command, when it is needed
   std::string scratch_;
 };
 

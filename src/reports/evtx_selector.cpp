@@ -1,6 +1,7 @@
 #include "reports/evtx_selector.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "reports/evtx_fields.h"
 #include "support/qx_text.h"
@@ -26,17 +27,17 @@ bool match_record_plainly(const ReportCommand& command, const record_fields& rec
   return command.string_exists.empty() || field_contains(record, command.string_exists, scratch);
 }
 
-evtx_selector::evtx_selector(const std::vector<ReportCommand>& commands, record_container& records,
-                             plan_cache& plans, LogStatistics* statistics, std::string_view channel)
-    : commands_(commands),
+evtx_selector::evtx_selector(command_refs commands, record_container& records, plan_cache& plans,
+                             LogStatistics* statistics, std::string_view channel)
+    : commands_(std::move(commands)),
       records_(records),
       plans_(plans),
       statistics_(statistics),
       channel_(channel) {
-  tests_.reserve(commands.size());
-  for (const ReportCommand& command : commands) add_command(command);
+  tests_.reserve(commands_.size());
+  for (const ReportCommand* command : commands_) add_command(*command);
   std::sort(by_event_id_.begin(), by_event_id_.end());
-  keepers_.resize(commands.size());
+  keepers_.resize(commands_.size());
 }
 
 void evtx_selector::add_command(const ReportCommand& command) {

@@ -30,9 +30,8 @@ class evtx_selector : public record_sink {
  public:
   // The commands, the container and the plans must outlive the selector. `statistics`, unless it is
   // null, counts every record, and gets `channel` as its type at the first one.
-  evtx_selector(const std::vector<ReportCommand>& commands, record_container& records,
-                plan_cache& plans, LogStatistics* statistics = nullptr,
-                std::string_view channel = {});
+  evtx_selector(command_refs commands, record_container& records, plan_cache& plans,
+                LogStatistics* statistics = nullptr, std::string_view channel = {});
 
   void on_record(record_fields& record) override;
 
@@ -64,7 +63,7 @@ class evtx_selector : public record_sink {
   bool try_command(std::size_t command, record_fields& record);
   void forget_texts();
 
-  const std::vector<ReportCommand>& commands_;
+  command_refs commands_;
   record_container& records_;
   plan_cache& plans_;
   LogStatistics* statistics_;

@@ -98,8 +98,8 @@ void count_hist(LogStatistics& stats, const ReportCommand& command, const LogRec
   entry.seen.add(record.time);
 }
 
-void count_hist_from(LogStatistics& stats, const std::vector<ReportCommand>& commands,
-                     std::size_t first, const LogRecord& record) {
+void count_hist_from(LogStatistics& stats, const command_refs& commands, std::size_t first,
+                     const LogRecord& record) {
   if (stats.hist_tables.empty()) return;
   for (std::size_t i = first; i < commands.size(); ++i) count_hist(stats, commands[i], record);
 }

@@ -67,8 +67,8 @@ void count_hist(LogStatistics& stats, const ReportCommand& command, const LogRec
 
 // Counts a kept record under the command that kept it, number `first`, and under all behind it:
 // these only count, with no further selection.
-void count_hist_from(LogStatistics& stats, const std::vector<ReportCommand>& commands,
-                     std::size_t first, const LogRecord& record);
+void count_hist_from(LogStatistics& stats, const command_refs& commands, std::size_t first,
+                     const LogRecord& record);
 
 // Writes the block of one log.
 void write_statistics(const LogStatistics& stats, std::ostream& out);

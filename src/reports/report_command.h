@@ -3,6 +3,7 @@
 // command language. A `CommandSet` holds the commands of a run by the log they are for.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -48,5 +49,23 @@ struct ReportCommand {
 // Commands by lower-cased log path (a plain listing's by the path as given), equal keys in order
 // of insertion.
 using CommandSet = std::multimap<std::string, ReportCommand>;
+
+// The commands for one log, in their order, where they stand: a command file may hold a million.
+class command_refs {
+ public:
+  command_refs() = default;
+  // All of `commands`, which have to outlive this.
+  command_refs(const std::vector<ReportCommand>& commands) {
+    for (const ReportCommand& command : commands) add(command);
+  }
+  void add(const ReportCommand& command) { commands_.push_back(&command); }
+  std::size_t size() const { return commands_.size(); }
+  const ReportCommand& operator[](std::size_t i) const { return *commands_[i]; }
+  auto begin() const { return commands_.begin(); }  // of pointers
+  auto end() const { return commands_.end(); }
+
+ private:
+  std::vector<const ReportCommand*> commands_;
+};
 
 }  // namespace zanvik

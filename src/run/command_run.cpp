@@ -26,7 +26,7 @@ constexpr std::uint64_t evt_bytes_end = std::uint64_t{1} << 32;
 // The walk of one log by the commands that are for it.
 class log_walk {
  public:
-  log_walk(const std::vector<ReportCommand>& commands, evt_output_options& options)
+  log_walk(const command_refs& commands, evt_output_options& options)
       : options_(options),
         records_(options.records),
         statistics_(options.stats_on ? &options.statistics : nullptr),
@@ -35,7 +35,7 @@ class log_walk {
         settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path},
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
-                          [](const ReportCommand& command) { return command.has_hist; }))) {
+                          [](const ReportCommand* command) { return command->has_hist; }))) {
     records_.clear_records();  // of a log that an exception ended
     options.plans.drop_if_full();
   }
@@ -126,10 +126,10 @@ bool run_command_set(const CommandSet& set, evt_output_options& options) {
   if (options.results_stream == nullptr) options.results_stream = &std::cout;
   bool walked = false;
   for (auto group = set.begin(); group != set.end(); group = set.upper_bound(group->first)) {
-    std::vector<ReportCommand> commands;
+    command_refs commands;
     const auto [first, last] = set.equal_range(group->first);
-    for (auto command = first; command != last; ++command) commands.push_back(command->second);
-    if (log_walk(commands, options).run(commands.front().log_path)) walked = true;
+    for (auto command = first; command != last; ++command) commands.add(command->second);
+    if (log_walk(commands, options).run(commands[0].log_path)) walked = true;
   }
   return walked;
 }
