@@ -57,6 +57,17 @@ TEST(hostile_chunk, a_used_up_purse_ends_the_streams_behind_it) {
   EXPECT_EQ(numbers_of(honest), (std::vector<std::uint64_t>{2, 3}));
 }
 
+// An element's name is repeated by the field of each of its attributes: 2,000 of 15,000 characters.
+TEST(hostile_chunk, names_that_are_repeated_are_paid_for) {
+  const auto repeated = plain_record(1, some_time, [](bxml_builder& b) {
+    b.fragment_header().open_with_attributes(std::string(15000, 'n'));
+    for (int i = 0; i < 2000; ++i) b.attribute("a").value("v");
+    b.close_empty().end_of_stream();
+  });
+  EXPECT_EQ(numbers_of(bytes_of(chunk_builder({repeated, honest_plain(2)}))),
+            std::vector<std::uint64_t>{});
+}
+
 // The same where templates are decoded: what is left of the purse names nothing, and ends.
 TEST(hostile_chunk, a_used_up_purse_ends_the_bodies_behind_it) {
   const template_definition greedy{"11111111-2222-3333-4455-667788990011", [](bxml_builder& b) {

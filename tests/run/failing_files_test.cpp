@@ -12,12 +12,11 @@
 namespace zanvik::testing {
 namespace {
 
-// Three chunks of two records.
-std::string written_log(const scratch_dir& scratch, const char* name = "a.evtx") {
+// Chunks of two records.
+std::string written_log(const scratch_dir& scratch, unsigned chunks = 3) {
   log_builder log;
-  for (std::uint64_t first = 1; first < 6; first += 2)
-    log.chunk({record(first), record(first + 1)});
-  const std::string path = scratch.path(name);
+  for (unsigned i = 0; i < chunks; ++i) log.chunk({record(2 * i + 1), record(2 * i + 2)});
+  const std::string path = scratch.path("a.evtx");
   log.write(path);
   return path;
 }
@@ -40,6 +39,7 @@ TEST(failing_files, what_can_be_read_of_a_log_comes_out_without_a_word) {
     const char* reads;
     std::size_t offset;
     const char* expected;
+    unsigned chunks = 3;
   } rows[] = {
       {"end", 0, ""},
       {"end", second + 60000, "1 2 "},
@@ -49,11 +49,13 @@ TEST(failing_files, what_can_be_read_of_a_log_comes_out_without_a_word) {
       {"error", second + 1, "1 2 "},
       {"error", second + 65536 + 65535, "1 2 3 4 "},
       {"error", second + 2 * 65536, "1 2 3 4 5 6 "},
+      {"bad", second + 512, "1 2 101 102 ", 51},  // what is left is in the next block
   };
   ::setenv("LD_PRELOAD", ZANVIK_FAILING_READS, 1);
   ::setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
   for (const auto& row : rows) {
     SCOPED_TRACE(row.reads + std::string(" ") + std::to_string(row.offset));
+    written_log(scratch, row.chunks);
     ::setenv("ZANVIK_TEST_READS", (row.reads + std::to_string(row.offset)).c_str(), 1);
     const program_run run = run_zanvik({"-log", log, "-csv", "-quiet"});
     EXPECT_EQ(run.status, 0);

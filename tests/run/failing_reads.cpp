@@ -1,6 +1,6 @@
-// Put in front of the program's C library: reads at or behind an offset fail, as of a disk that is
-// bad there, or end, as of a file that was cut while it was read. ZANVIK_TEST_READS is "error" or
-// "end" with the offset behind it.
+// Put in front of the program's C library: reads fail at one sector ("bad"), or from an offset on
+// ("error"), as of a disk that is bad there, or they end ("end"), as of a file that was cut while
+// it was read. ZANVIK_TEST_READS is one of the words with the offset behind it.
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -19,6 +19,7 @@ extern "C" ssize_t pread(int fd, void* buffer, std::size_t count, off_t offset) 
     const auto before = static_cast<std::size_t>(bad - offset);
     return real(fd, buffer, count < before ? count : before, offset);
   }
+  if (*how == 'b' && offset >= bad + 512) return real(fd, buffer, count, offset);
   if (how[1] == 'n') return 0;
   errno = EIO;
   return -1;
