@@ -12,27 +12,6 @@ constexpr std::size_t units_without_length = 500;
 // What write_utf8_from_utf16 may write for a text of `units`.
 constexpr std::size_t writing_room(std::size_t units) { return 3 * units + 8; }
 
-// At most 4 bytes.
-char* write_utf8(char* out, char32_t c) {
-  const auto tail = [c](unsigned shift) { return static_cast<char>(0x80 | ((c >> shift) & 0x3f)); };
-  if (c < 0x80) {
-    *out++ = static_cast<char>(c);
-  } else if (c < 0x800) {
-    *out++ = static_cast<char>(0xc0 | (c >> 6));
-    *out++ = tail(0);
-  } else if (c < 0x10000) {
-    *out++ = static_cast<char>(0xe0 | (c >> 12));
-    *out++ = tail(6);
-    *out++ = tail(0);
-  } else {
-    *out++ = static_cast<char>(0xf0 | (c >> 18));
-    *out++ = tail(12);
-    *out++ = tail(6);
-    *out++ = tail(0);
-  }
-  return out;
-}
-
 // Units up to the first NUL or the end.
 std::size_t units_to_nul(std::span<const std::byte> bytes) {
   const std::size_t count = bytes.size() / 2;

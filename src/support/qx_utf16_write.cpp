@@ -32,26 +32,6 @@ bool surrogates_pair(const std::byte* in, const std::byte* end) {
   return true;
 }
 
-char* write_code_point(char* out, std::uint32_t point) {
-  const auto put = [&out](std::uint32_t byte) { *out++ = static_cast<char>(byte); };
-  if (point < 0x80) {
-    put(point);
-  } else if (point < 0x800) {
-    put(0xc0 | point >> 6);
-    put(0x80 | (point & 0x3f));
-  } else if (point < 0x10000) {
-    put(0xe0 | point >> 12);
-    put(0x80 | (point >> 6 & 0x3f));
-    put(0x80 | (point & 0x3f));
-  } else {
-    put(0xf0 | point >> 18);
-    put(0x80 | (point >> 12 & 0x3f));
-    put(0x80 | (point >> 6 & 0x3f));
-    put(0x80 | (point & 0x3f));
-  }
-  return out;
-}
-
 unsigned kind_of(std::uint16_t ascii) {
   if (ascii < 0x20) return kind_control;
   return ascii == ',' || ascii == '|' ? kind_separator : kind_plain;
@@ -117,15 +97,35 @@ const std::byte* copy_units(const std::byte* in, const std::byte* end, char*& ou
     if (unit == 0) return in;
     if (pairs && is_high_surrogate(unit)) {
       in += 2;
-      out = write_code_point(out, 0x10000u + ((unit & 0x3ffu) << 10) + (unit_at(in) & 0x3ffu));
+      out = write_utf8(out, 0x10000u + ((unit & 0x3ffu) << 10) + (unit_at(in) & 0x3ffu));
     } else {
-      out = write_code_point(out, unit);
+      out = write_utf8(out, unit);
     }
   }
   return in;
 }
 
 }  // namespace
+
+char* write_utf8(char* out, char32_t code_point) {
+  const auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
+  if (code_point < 0x80) {
+    put(code_point);
+  } else if (code_point < 0x800) {
+    put(0xc0 | code_point >> 6);
+    put(0x80 | (code_point & 0x3f));
+  } else if (code_point < 0x10000) {
+    put(0xe0 | code_point >> 12);
+    put(0x80 | (code_point >> 6 & 0x3f));
+    put(0x80 | (code_point & 0x3f));
+  } else {
+    put(0xf0 | code_point >> 18);
+    put(0x80 | (code_point >> 12 & 0x3f));
+    put(0x80 | (code_point >> 6 & 0x3f));
+    put(0x80 | (code_point & 0x3f));
+  }
+  return out;
+}
 
 char* write_utf8_from_utf16(char* out, std::span<const std::byte> bytes, std::size_t& units,
                             unsigned& kinds) {

@@ -31,4 +31,8 @@ inline char* write_utf8_from_utf16(char* out, std::span<const std::byte> bytes) 
   return write_utf8_from_utf16(out, bytes, units);
 }
 
+// Writes `code_point`, which is at most 0x1fffff, as 1 to 4 bytes at `out`; surrogates take
+// their 3. Returns its end.
+char* write_utf8(char* out, char32_t code_point);
+
 }  // namespace zanvik
