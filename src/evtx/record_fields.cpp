@@ -5,14 +5,6 @@
 #include "support/qx_text.h"
 
 namespace zanvik {
-namespace {
-
-bool equal_nocase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower_char(x) == lower_char(y); });
-}
-
-}  // namespace
 
 const std::string* record_fields::replaced_text(std::size_t slot) const {
   for (const slot_text& replaced : slot_texts) {

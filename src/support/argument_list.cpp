@@ -17,10 +17,7 @@ auto find_option(std::string_view name, List& argv_list) {
 
 }  // namespace
 
-bool option_equal(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower_char(x) == lower_char(y); });
-}
+bool option_equal(std::string_view a, std::string_view b) { return equal_nocase(a, b); }
 
 bool take_value_option(std::string_view name, std::string& out_value, argument_list& argv_list) {
   const auto found = find_option(name, argv_list);

@@ -18,13 +18,6 @@ constexpr char upper_char(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-bool equal_nocase(const char* a, const char* b, std::size_t size) {
-  for (std::size_t i = 0; i < size; ++i) {
-    if (lower_char(a[i]) != lower_char(b[i])) return false;
-  }
-  return true;
-}
-
 #if defined(__SSE2__)
 // Where in the 16 bytes at `at` one of two bytes stands: bit i for byte i.
 unsigned either_mask(const char* at, char a, char b) {
@@ -137,6 +130,11 @@ std::string mark_line_ends(std::string_view text) {
   return out;
 }
 
+bool equal_nocase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lower_char(x) == lower_char(y); });
+}
+
 bool contains_nocase(std::string_view haystack, std::string_view needle) {
   if (needle.size() > haystack.size()) return false;
   if (needle.empty()) return true;
@@ -144,7 +142,7 @@ bool contains_nocase(std::string_view haystack, std::string_view needle) {
   const char upper = upper_char(needle[0]);
   const std::size_t last = haystack.size() - needle.size();  // where it may start at the latest
   const auto found_at = [&](std::size_t at) {
-    return equal_nocase(haystack.data() + at + 1, needle.data() + 1, needle.size() - 1);
+    return equal_nocase({haystack.data() + at + 1, needle.size() - 1}, needle.substr(1));
   };
   std::size_t at = 0;
 #if defined(__SSE2__)

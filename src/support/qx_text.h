@@ -40,6 +40,9 @@ bool replace_first(std::string& text, std::string_view what, std::string_view by
 // copied once more in front of the second mark; meant, and kept in proportion by a limit.
 std::string mark_line_ends(std::string_view text);
 
+// Whether the two are the same in any case.
+bool equal_nocase(std::string_view a, std::string_view b);
+
 // True when `needle` occurs in `haystack`, in any case; an empty needle occurs everywhere.
 // Allocates nothing: it stands on the road of every record.
 bool contains_nocase(std::string_view haystack, std::string_view needle);
