@@ -1,41 +1,38 @@
 #include "evtx/layout_cache.h"
 
-#include <functional>
 #include <string_view>
 #include <utility>
+
+#include "support/hash_mix.h"
 
 namespace zanvik {
 namespace {
 
-class text_hash {
- public:
-  void mix(std::string_view text) {
-    value_ = value_ * 0x9e3779b97f4a7c15u + std::hash<std::string_view>{}(text);
-    bytes_ += text.size();
-  }
-  std::size_t value() const { return value_; }
-  std::size_t bytes() const { return bytes_; }
+struct layout_texts {
+  std::size_t hash = 0;
+  std::size_t bytes = 0;
 
- private:
-  std::size_t value_ = 0;
-  std::size_t bytes_ = 0;
+  void add(std::string_view text) {
+    hash = mix_hash(hash, text);
+    bytes += text.size();
+  }
 };
 
-text_hash hash_of(const record_layout& layout) {
-  text_hash hash;
-  for (const std::string& name : layout.names) hash.mix(name);
+layout_texts texts_of(const record_layout& layout) {
+  layout_texts texts;
+  for (const std::string& name : layout.names) texts.add(name);
   for (const layout_field& field : layout.fields) {
-    hash.mix(field.name);
-    hash.mix(field.text);
+    texts.add(field.name);
+    texts.add(field.text);
   }
-  return hash;
+  return texts;
 }
 
 }  // namespace
 
 const record_layout* layout_cache::intern(record_layout layout) {
-  const text_hash hash = hash_of(layout);
-  const auto [first, last] = by_hash_.equal_range(hash.value());
+  const layout_texts texts = texts_of(layout);
+  const auto [first, last] = by_hash_.equal_range(texts.hash);
   for (auto it = first; it != last; ++it) {
     const record_layout& known = *it->second;
     if (known.names == layout.names && known.child_numbers == layout.child_numbers &&
@@ -44,8 +41,8 @@ const record_layout* layout_cache::intern(record_layout layout) {
     }
   }
   layout.id = ++last_id_;
-  text_bytes_ += hash.bytes();
-  return by_hash_.emplace(hash.value(), std::make_unique<record_layout>(std::move(layout)))
+  text_bytes_ += texts.bytes;
+  return by_hash_.emplace(texts.hash, std::make_unique<record_layout>(std::move(layout)))
       ->second.get();
 }
 

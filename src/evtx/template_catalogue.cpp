@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include "support/hash_mix.h"
+
 namespace zanvik {
 
 std::size_t template_catalogue::guid_hash::operator()(const guid_bytes& guid) const {
   std::uint64_t half[2];
   std::memcpy(half, guid.data(), sizeof(half));
-  return half[0] * 0x9e3779b97f4a7c15u ^ half[1];
+  return half[0] * hash_multiplier ^ half[1];
 }
 
 std::optional<guid_bytes> definition_guid(const chunk_view& chunk, std::uint64_t offset) {

@@ -10,6 +10,7 @@
 #include "output/row_buffer.h"
 #include "output/time_cells.h"
 #include "output/timeline_writer.h"
+#include "support/hash_mix.h"
 #include "support/qx_text.h"
 
 namespace zanvik {
@@ -24,7 +25,7 @@ struct group_key {
 
 struct group_key_hash {
   std::size_t operator()(const group_key& key) const {
-    const auto mixed = key.event_id * 0x9e3779b97f4a7c15u;
+    const auto mixed = key.event_id * hash_multiplier;
     return (mixed ^ (mixed >> 32)) + std::hash<const std::string*>{}(key.provider);
   }
 };

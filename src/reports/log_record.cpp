@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "support/hash_mix.h"
 #include "support/limits.h"
 
 namespace zanvik {
@@ -13,12 +14,9 @@ namespace {
 
 std::size_t shape_hash(const record_shape& shape) {
   std::size_t hash = shape.columns.size();
-  const auto mix = [&hash](std::string_view text) {
-    hash = hash * 0x9e3779b97f4a7c15u + std::hash<std::string_view>{}(text);
-  };
   for (const shape_column& column : shape.columns) {
-    mix(column.name);
-    if (column.literal) mix(column.text);
+    hash = mix_hash(hash, column.name);
+    if (column.literal) hash = mix_hash(hash, column.text);
   }
   return hash;
 }
