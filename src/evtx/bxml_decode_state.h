@@ -1,5 +1,6 @@
-// The state of one decode of binary XML, shared by the two sources that implement it. Internal to
-// the decoder; bxml_decoder.h is the way in.
+// The state of one decode of binary XML, shared by the two sources that implement it:
+// bxml_decoder.cpp, and bxml_substitutions.cpp for templates and their slots. Internal to the
+// decoder; bxml_decoder.h is the way in.
 #pragma once
 
 #include <cstdint>
@@ -51,6 +52,7 @@ class bxml_decode {
   bool name_slot(std::uint32_t number, bool optional);
   bool write_slot(slot_entry& slot, bool optional);
   bool fragment_header();
+  bool instance_inside();
 
   std::uint64_t template_instance(const instance_head& head, std::uint64_t at);
   std::uint64_t walk_slot_table(std::uint64_t at);

@@ -8,6 +8,7 @@
 #include "support/qx_digits.h"
 
 namespace zanvik {
+
 std::uint64_t bxml_decode::run() {
   fields_.clear();
   if (position_ > chunk_.bound || cursor_.depth > limits::nesting_depth) return 0;
@@ -114,18 +115,8 @@ bool bxml_decode::dispatch(std::uint8_t token) {
       return character_reference(token);
     case token_entity_reference:
       return entity_reference(token);
-    case token_template_instance: {
-      // Meant: the handler expects the form with a fragment header, so a bare token goes through
-      // only when the byte four further on happens to be one. Instances are read by `start`.
-      const byte_cursor& bytes = bytes_;
-      if (!is_token(bytes.at_or_zero<std::uint8_t>(position_ + 4), token_template_instance)) {
-        return false;
-      }
-      const instance_head head{bytes.at_or_zero<std::uint32_t>(position_ + 6),
-                               bytes.at_or_zero<std::uint32_t>(position_ + 10),
-                               evtx_layout::fragment_instance_bytes};
-      return consume(template_instance(head, position_)) != 0;
-    }
+    case token_template_instance:
+      return instance_inside();
     case token_normal_substitution:
       return substitution(false);
     case token_optional_substitution:
@@ -261,6 +252,19 @@ bool bxml_decode::entity_reference(std::uint8_t token) {
   after_reference_ = (token & token_more) != 0;
   consume(found.length);
   return true;
+}
+
+// A template instance behind the start of a stream; those at the start are read by `start`. Meant:
+// the form with a fragment header is expected, so a bare token goes through only when the byte four
+// further on happens to be one.
+bool bxml_decode::instance_inside() {
+  if (!is_token(bytes_.at_or_zero<std::uint8_t>(position_ + 4), token_template_instance)) {
+    return false;
+  }
+  const instance_head head{bytes_.at_or_zero<std::uint32_t>(position_ + 6),
+                           bytes_.at_or_zero<std::uint32_t>(position_ + 10),
+                           evtx_layout::fragment_instance_bytes};
+  return consume(template_instance(head, position_)) != 0;
 }
 
 bool bxml_decode::fragment_header() {

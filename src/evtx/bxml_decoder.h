@@ -5,8 +5,8 @@
 // without a word, and what was read up to there stays. Nested streams are decoded by the same
 // function, `limits::nesting_depth` deep at the most and within the chunk's work budget.
 //
-// This is the plain, direct way; the records of known templates take the road of
-// template_layouts.h, which runs this decoder once for each template.
+// This is the plain, direct way; the records of known templates take the road of quick_records.h,
+// which runs this decoder once for each template.
 #pragma once
 
 #include <cstdint>

@@ -18,7 +18,7 @@ std::int64_t units_behind(std::uint64_t size, std::uint64_t offset) {
 
 enum class element_form { none, with_id, without_id, inline_name };
 
-// The layouts are tried in this order; the first whose bounds hold is taken.
+// Layouts as bxml_tokens.h has them, tried in this order; the first whose bounds hold is taken.
 element_form element_form_at(const chunk_view& chunk, std::uint64_t offset) {
   const byte_cursor& bytes = chunk.bytes;
   const auto token = bytes.at<std::uint8_t>(offset);
@@ -98,6 +98,11 @@ std::optional<instance_head> bare_instance_at(const chunk_view& chunk, std::uint
   return instance_head{bytes.at_or_zero<std::uint32_t>(offset + 2),
                        bytes.at_or_zero<std::uint32_t>(offset + 6),
                        evtx_layout::bare_instance_bytes};
+}
+
+std::optional<instance_head> nested_instance_at(const chunk_view& chunk, std::uint64_t offset) {
+  if (const auto head = fragment_instance_at(chunk, offset)) return head;
+  return bare_instance_at(chunk, offset);
 }
 
 name_entry counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,

@@ -3,6 +3,21 @@
 // A token byte holds its number in the low four bits; 0x40 means that more data follows. Every
 // function takes the chunk and a chunk offset, reads through the chunk's cursor and reports what
 // is not all there as not recognised. Lengths are in bytes.
+//
+// On-disk layouts, the token byte first; an "offset" leads to a name entry in the chunk, 4 bytes:
+//   open element         id 2, size of the element 4, offset; or without the id; or size, inline
+//                        name. Behind the name, with 0x40, the size of the attributes 4
+//   value                type 1, count of units 2, UTF-16
+//   attribute, entity    offset; or inline name
+//   character reference  code 2
+//   substitution         number of the slot 2, type 1
+//   template instance    version 1, template id 4, chunk offset of the definition 4; mostly behind
+//   a
+//                        fragment header
+//   fragment header      1, 1, 0
+// A name entry is a link to the next one 4, a hash 2 and a count of units 2, then UTF-16; an inline
+// name is the same without the link. A name that is used here for the first time stands right
+// behind its offset.
 #pragma once
 
 #include <cstdint>
@@ -53,6 +68,8 @@ std::optional<instance_head> fragment_instance_in(const chunk_view& chunk, std::
                                                   std::uint64_t size);
 // The head of a template instance without fragment header.
 std::optional<instance_head> bare_instance_at(const chunk_view& chunk, std::uint64_t offset);
+// The head that a nested value starts with, in either form.
+std::optional<instance_head> nested_instance_at(const chunk_view& chunk, std::uint64_t offset);
 
 // A name in the chunk or in the stream. `text` is empty when its length fails its bound or it is
 // not all there; `length` is what it takes up, with the optional NUL that belongs to it.

@@ -15,9 +15,10 @@ constexpr std::string_view closing = "</channel>";
 constexpr std::uint64_t first_bxml =
     evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes;
 
-// Stands for the value of a slot in an outline; two digits, since there are 96 slots at the most.
+// Stands for the value of a slot in an outline, with the slot's number behind it in two digits.
 constexpr char mark = '\x01';
 constexpr std::size_t mark_bytes = 3;
+static_assert(limits::slots_per_table <= 100);
 
 std::string mark_of(std::size_t slot) {
   return {mark, static_cast<char>('0' + slot / 10), static_cast<char>('0' + slot % 10)};
@@ -89,7 +90,12 @@ std::optional<found_channel> channel_finder::find_quickly(std::span<const std::b
   if (bodies_.drop_if_full() || outlines_.size() > limits::cached_layouts) outlines_.clear();
   const std::uint32_t body = bodies_.identify(view, ref->definition, ref->size_record, ref->guid);
   if (body == 0 || !parse_substitution_array(view, *table, slots_)) return std::nullopt;
-  const outline& known = outline_of(view, *ref, body, slots_.size());
+  return channel_by(outline_of(view, *ref, body, slots_.size()), view);
+}
+
+// The channel that the outline and the values in `slots_` make.
+std::optional<found_channel> channel_finder::channel_by(const outline& known,
+                                                        const chunk_view& view) const {
   if (!known.certain) return std::nullopt;
   std::uint64_t value_bytes = 0;
   for (const std::size_t slot : known.slots) {

@@ -48,6 +48,7 @@ class channel_finder {
   };
 
   std::optional<found_channel> find_quickly(std::span<const std::byte> chunk);
+  std::optional<found_channel> channel_by(const outline& known, const chunk_view& view) const;
   const outline& outline_of(const chunk_view& chunk, const template_ref& ref, std::uint32_t body,
                             std::size_t slot_count);
   static outline make_outline(const chunk_view& chunk, const template_ref& ref,

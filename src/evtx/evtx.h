@@ -1,11 +1,15 @@
 // The way into this folder, which turns blocks of an .evtx file into decoded records.
 //
 //   evtx.h              the walk: blocks, chunks, record headers
-//   record_reader.h     one record, by the quick road (quick_records.h) or the plain one
-//   template_record.h   the plain road: slots (slot_table.h), bodies (bxml_decoder.h)
-//   slack.h             the search for records where none is declared
+//   record_reader.h     one record, by the quick road or the plain one; record_fields.h is what
+//                       comes out
+//   quick_records.h     the quick road: layout_cache.h, and template_bodies.h for later chunks
+//   template_record.h   the plain road: slots (slot_table.h), bodies (bxml_decoder.h), and the
+//                       definitions of the chunk (template_catalogue.h)
+//   bxml_tokens.h       binary XML token by token, for both
 //   value_text.h        typed values as text
-//   first_record.h      the text of a chunk's first record
+//   slack.h             the search for records where none is declared
+//   channel_finder.h    the channel of a log of unknown name, from first_record.h
 //
 // A reader knows no report: each decoded record goes to a sink, and tests, fuzzers and benchmarks
 // plug in there too. Damage is silent: a bad chunk, record or field costs that item, and the walk

@@ -5,6 +5,7 @@
 
 #include "evtx/template_record.h"
 #include "evtx/value_text.h"
+#include "support/hash_mix.h"
 
 namespace zanvik {
 namespace {
@@ -45,7 +46,7 @@ std::optional<walked_table> walk_table(const chunk_view& chunk, std::uint64_t ta
 }
 
 std::size_t mixed(std::uint64_t value) {
-  return static_cast<std::size_t>(value * 0x9e3779b97f4a7c15u >> 40);
+  return static_cast<std::size_t>(value * hash_multiplier >> 40);
 }
 
 }  // namespace
@@ -97,8 +98,7 @@ bool quick_records::enter(const chunk_view& chunk, std::uint32_t definition,
 bool quick_records::read_nested(template_catalogue& catalogue, const chunk_view& chunk,
                                 std::uint64_t value, std::vector<record_slot>& slots,
                                 layout_key& key) {
-  auto head = fragment_instance_at(chunk, value);
-  if (!head) head = bare_instance_at(chunk, value);
+  const auto head = nested_instance_at(chunk, value);
   if (!head || head->definition > chunk.bound) return false;
   known_template& place = place_of(head->definition);
   if (place.definition != head->definition || !place.ref) {

@@ -11,6 +11,19 @@
 #include "support/qx_time_parse.h"
 
 namespace zanvik {
+namespace {
+
+// The text of the field of that name, exactly, else of the first of that name in any case.
+std::string field_text(const field_map& fields, std::string_view name) {
+  const auto exact = fields.find(name);
+  if (exact != fields.end()) return exact->second.text;
+  const auto found = std::find_if(fields.begin(), fields.end(), [name](const auto& field) {
+    return equal_nocase(field.first, name);
+  });
+  return found == fields.end() ? std::string() : found->second.text;
+}
+
+}  // namespace
 
 void record_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                                 std::uint64_t file_offset) {
@@ -107,17 +120,9 @@ bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
   decode_bxml(nullptr, fields, cursor, limit);
   // A record that could not be paid for to its end would be shown as something it is not.
   if (fields.empty() || *cursor.budget <= 0) return false;
-  const auto text_of = [&fields](std::string_view name) {
-    const auto exact = fields.find(name);
-    if (exact != fields.end()) return exact->second.text;
-    const auto found = std::find_if(fields.begin(), fields.end(), [name](const auto& field) {
-      return to_lower(field.first) == to_lower(name);
-    });
-    return found == fields.end() ? std::string() : found->second.text;
-  };
   record_.plain = true;
-  record_.event_id = static_cast<std::uint32_t>(std::atol(text_of("EventID").c_str()));
-  record_.time = parse_iso8601(text_of("TimeCreated SystemTime"));
+  record_.event_id = static_cast<std::uint32_t>(std::atol(field_text(fields, "EventID").c_str()));
+  record_.time = parse_iso8601(field_text(fields, "TimeCreated SystemTime"));
   if (record_.time != 0) {
     add_collector_time(fields);
   } else {

@@ -12,7 +12,7 @@ namespace zanvik {
 namespace {
 
 // Past this offset no value is looked at: the chunk and a file header's length.
-constexpr std::uint64_t data_offset_max = 0x11000;
+constexpr std::uint64_t data_offset_max = evtx_layout::file_header_bytes + evtx_layout::chunk_bytes;
 constexpr unsigned children_depth = 2;  // a record's slots and their children
 
 struct descriptor {
@@ -45,12 +45,6 @@ class table_head {
   std::uint64_t table_ = 0;
   std::uint32_t count_ = 0;
 };
-
-// The template instance that a nested value starts with, in either form.
-std::optional<instance_head> nested_instance_at(const chunk_view& chunk, std::uint64_t value) {
-  if (const auto head = fragment_instance_at(chunk, value)) return head;
-  return bare_instance_at(chunk, value);
-}
 
 // Decodes nested plain binary XML. Returns whether it gave anything.
 bool decode_plain_value(const chunk_view& chunk, std::uint64_t value, unsigned depth,

@@ -5,6 +5,7 @@
 
 #include "evtx/bxml_decoder.h"
 #include "evtx/bxml_tokens.h"
+#include "evtx/slot_table.h"
 #include "evtx/value_text.h"
 #include "support/qx_digits.h"
 
@@ -49,17 +50,6 @@ std::string system_text(const chunk_view& chunk, std::uint64_t value, const syst
   return text;
 }
 
-// The slot table of the stream: behind the head, or behind a definition that stands right there.
-std::optional<std::uint64_t> slot_table_of(const chunk_view& chunk, std::uint64_t start) {
-  const auto head = fragment_instance_at(chunk, start);
-  if (!head) return std::nullopt;
-  const std::uint64_t behind = start + head->length;
-  if (head->definition != behind) return behind;
-  const auto size = chunk.bytes.at<std::uint32_t>(behind + evtx_layout::definition_size_at);
-  if (!size) return std::nullopt;
-  return behind + evtx_layout::definition_head_bytes + *size;
-}
-
 // The first field of the next size group, past the end behind the last.
 std::size_t next_group(std::size_t field) {
   const int group = system_fields[field].group;
@@ -70,7 +60,9 @@ std::size_t next_group(std::size_t field) {
 }  // namespace
 
 void fill_system_from_slots(field_map& fields, const chunk_view& chunk, std::uint64_t start) {
-  const auto table = slot_table_of(chunk, start);
+  const auto head = fragment_instance_at(chunk, start);
+  if (!head) return;
+  const auto table = slot_table_behind(chunk, start, head->length, head->definition);
   if (!table) return;
   const auto count = chunk.bytes.at<std::uint32_t>(*table);
   if (!count || *count < slots_min || *count > slots_max) return;

@@ -5,13 +5,17 @@
 #include <utility>
 
 #include "evtx/bxml_tokens.h"
+#include "support/hash_mix.h"
 
 namespace zanvik {
 namespace {
 
 // Copies of one template that are told apart; more are decoded each time.
 constexpr std::size_t variants_per_template = 64;
-constexpr std::uint64_t name_head_bytes = 8;   // link, hash, count
+constexpr std::uint64_t name_head_bytes = 8;  // link, hash, count
+constexpr std::uint64_t name_link_bytes = 4;
+constexpr std::uint64_t name_units_at = 6;  // the count, in a name
+constexpr std::uint64_t name_offset_bytes = 4;
 constexpr std::uint64_t without_id_field = 5;  // where an element without id has its name's offset
 
 // Whether a name entry lies so far inside the chunk that every bound on it holds, in any block.
@@ -45,7 +49,7 @@ std::uint64_t nameless_length(const chunk_view& chunk, std::uint64_t at, std::ui
 std::uint64_t key_of(const guid_bytes& guid, std::uint32_t size_record) {
   std::uint64_t half[2];
   std::memcpy(half, guid.data(), sizeof(half));
-  return (half[0] ^ size_record) * 0x9e3779b97f4a7c15u + half[1];
+  return (half[0] ^ size_record) * hash_multiplier + half[1];
 }
 
 }  // namespace
@@ -88,20 +92,21 @@ bool template_bodies::is_same(const known_body& known, const chunk_view& chunk,
   for (const name_place& place : known.places) {
     if (!same_up_to(place.field) || !is_same_name(known, place, chunk, body)) return false;
     // Past the offset, and past the chain link of a name that stands here.
-    at = place.field + (place.here ? 8 : 4);
+    at = place.field + name_offset_bytes + (place.here ? name_link_bytes : 0);
   }
   return same_up_to(bytes.size());
 }
 
 bool template_bodies::is_same_name(const known_body& known, const name_place& place,
                                    const chunk_view& chunk, std::uint64_t body) {
-  const std::uint64_t behind = body + place.field + 4;
+  const std::uint64_t behind = body + place.field + name_offset_bytes;
   const std::uint64_t offset = chunk.bytes.at_or_zero<std::uint32_t>(body + place.field);
   if ((offset == behind) != place.here || !name_fits(offset, place.name_bytes)) return false;
-  if (place.form_matters && !is_element_without_id(chunk, behind - 9)) return false;
+  const std::uint64_t element = body + place.field - without_id_field;
+  if (place.form_matters && !is_element_without_id(chunk, element)) return false;
   if (place.here) return true;
   const auto name = chunk.bytes.bytes_at(offset + name_head_bytes, place.name_bytes);
-  return chunk.bytes.at_or_zero<std::uint16_t>(offset + 6) * 2u == place.name_bytes &&
+  return chunk.bytes.at_or_zero<std::uint16_t>(offset + name_units_at) * 2u == place.name_bytes &&
          name.size() == place.name_bytes &&
          (name.empty() ||
           std::memcmp(name.data(), known.names.data() + place.name, name.size()) == 0);
@@ -116,7 +121,7 @@ bool template_bodies::note_name(const chunk_view& chunk, std::uint64_t body, std
   if (!name_fits(token.name_offset, 2 * token.name.units)) return false;
   name_place place;
   place.field = static_cast<std::uint32_t>(at + token.offset_field - body);
-  place.here = token.name_offset == at + token.offset_field + 4;
+  place.here = token.name_offset == at + token.offset_field + name_offset_bytes;
   place.form_matters = is_element && token.offset_field == without_id_field;
   if (!place.here) {
     const auto name =

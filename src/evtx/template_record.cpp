@@ -14,8 +14,6 @@ const template_ref* resolve_second_reference(template_catalogue& catalogue, cons
   return nested.empty() ? nullptr : catalogue.find(nested.back().guid);
 }
 
-void merge_fields(field_map& fields, field_map&& found) { fields.merge(found); }
-
 void append_slot(slot_entry&& entry, std::uint16_t child, std::vector<record_slot>& slots,
                  std::vector<slot_text>& texts, record_layout& layout) {
   if (entry.composed) texts.push_back({slots.size(), std::move(entry.text)});
@@ -54,7 +52,7 @@ std::optional<template_content> read_template_record(template_catalogue& catalog
   }
   field_map found;
   if (decode_template_body(chunk, *first, content.slots, found, text)) {
-    merge_fields(content.fields, std::move(found));
+    content.fields.merge(found);
   }
   if (!second) return content;
   for (std::size_t i = 0; i < content.slots.size(); ++i) {
@@ -62,9 +60,8 @@ std::optional<template_content> read_template_record(template_catalogue& catalog
     if (slot.children.empty()) continue;
     constexpr std::size_t silent_slot = 19;  // meant: the twentieth slot composes no text
     std::string* slot_text = i == silent_slot ? nullptr : text;
-    found.clear();
     if (decode_template_body(chunk, *second, slot.children, found, slot_text)) {
-      merge_fields(content.fields, std::move(found));
+      content.fields.merge(found);
     }
   }
   return content;

@@ -1,6 +1,6 @@
 // Records with a template, the plain way: their slots and the bodies that name them, decoded for
-// this one record. It takes whatever a record holds; template_layouts.h has the quick road for the
-// ordinary ones and falls back on this.
+// this one record. It takes whatever a record holds; quick_records.h has the quick road for the
+// ordinary ones and leaves the others to this.
 #pragma once
 
 #include <cstdint>

@@ -152,7 +152,8 @@ void block_walk::tell_progress(std::uint64_t record) {
   constexpr std::uint64_t every = 17;
   if (shown_++ % every != 0) return;
   // Of the record before: the one in hand is not looked at yet.
-  print_status(70, "%s: %lld", short_name_.c_str(), static_cast<long long>(number_before_));
+  print_status(status_width_max, "%s: %lld", short_name_.c_str(),
+               static_cast<long long>(number_before_));
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 namespace zanvik {
 namespace {
 
-constexpr int max_status_width = 70;
 constexpr int max_message_length = 4096;
 
 void put_error_text(const std::string& text) {
@@ -27,7 +26,7 @@ void print_status(int width, const char* format, ...) {
   const int length = std::vsnprintf(formatted, sizeof(formatted), format, arguments);
   va_end(arguments);
   if (length < 0) return;
-  const int shown = std::clamp(std::min(width, length), 0, max_status_width);
+  const int shown = std::clamp(std::min(width, length), 0, status_width_max);
   std::string text(formatted, static_cast<std::size_t>(shown));
   std::erase(text, '\n');
   put_error_text("\x1b[2K\r    \r" + text + "\r");

@@ -9,8 +9,11 @@ namespace zanvik {
 // Erases the status line.
 void clear_status();
 
-// Shows one status line of at most `width` characters (70 at the most), its line feeds removed. The
-// next status line or message overwrites it.
+// Characters of a status line at the most.
+inline constexpr int status_width_max = 70;
+
+// Shows one status line of at most `width` characters, its line feeds removed. The next status line
+// or message overwrites it.
 [[gnu::format(printf, 2, 3)]] void print_status(int width, const char* format, ...);
 
 // Erases the status line and prints a message, all but its last character: the line end that each
