@@ -86,6 +86,7 @@ std::size_t block_bound(const record_fields& record, const column_plan& plan) {
 bool record_keeper::keep(const record_fields& record) {
   if (generation_ != records_.generation()) {
     generation_ = records_.generation();
+    slot_columns_.clear();
     description_ = records_.intern_text(command_.name);
     log_path_ = records_.intern_text(command_.log_path);
     last_provider_ = records_.intern_text({});
@@ -99,9 +100,11 @@ bool record_keeper::keep(const record_fields& record) {
 }
 
 void record_keeper::add_slack_columns(const record_fields& record, LogRecord& kept) {
+  const bool cleaned = record.plain && record.in_slack;
+  if (!cleaned && kept.shape && slot_columns_.add(kept, record, records_)) return;
   column_map columns = columns_of(kept);
   add_slot_columns(columns, kept.flags, record);
-  if (record.plain && record.in_slack) clean_slack_columns(columns);
+  if (cleaned) clean_slack_columns(columns);
   pack_columns(kept, columns, records_);
 }
 

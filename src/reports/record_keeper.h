@@ -9,6 +9,7 @@
 #include "evtx/value_text.h"
 #include "reports/plan_cache.h"
 #include "reports/report_command.h"
+#include "reports/slot_columns.h"
 #include "reports/translated_slots.h"
 
 namespace zanvik {
@@ -51,6 +52,7 @@ class record_keeper {
   column_plan own_plan_;            // of one record
   record_container plain_records_;  // for the plan of one without templates
   value_writer writer_;
+  slot_columns slot_columns_;
   std::string scratch_;
 };
 

@@ -44,6 +44,12 @@ void pack_columns(LogRecord& kept, const column_map& columns, record_container& 
   kept.values = block;
 }
 
+std::string slot_column_name(unsigned number) {
+  std::string name(number < 10 ? "s0" : "s");
+  append_decimal(name, number);
+  return name;
+}
+
 void add_slot_columns(column_map& columns, std::uint32_t& flags, const record_fields& record) {
   unsigned number = 0;
   std::string text;
@@ -54,9 +60,7 @@ void add_slot_columns(column_map& columns, std::uint32_t& flags, const record_fi
     text.clear();
     append_slot_text(text, record, slot);
     if (text.empty()) continue;
-    std::string key(number < 10 ? "s0" : "s");
-    append_decimal(key, number);
-    columns[key] = text;
+    columns[slot_column_name(number)] = text;
   }
 }
 

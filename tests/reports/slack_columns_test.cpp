@@ -3,8 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "log_builder.h"
+#include "log_files.h"
 #include "reports/evtx_selector.h"
+#include "scratch_dir.h"
 
 namespace zanvik::testing {
 namespace {
@@ -35,6 +39,53 @@ std::vector<kept_record> listed(const log_builder& log) {
     kept.push_back({record->record_number, record->flags, record->event_id, columns_of(*record)});
   }
   return kept;
+}
+
+// Keeps each record twice: as it is, with the columns of its slots added the plain way, and by the
+// quick way.
+class slot_column_check : public record_sink {
+ public:
+  void on_record(record_fields& record) override {
+    if (record.plain && record.in_slack) return;  // goes the plain way
+    record.after_slack = false;
+    base_.keep(record);
+    column_map expected = columns_of(records_.last());
+    std::uint32_t flags = records_.last().flags;
+    add_slot_columns(expected, flags, record);
+    record.after_slack = true;
+    quick_.keep(record);
+    ASSERT_EQ(columns_of(records_.last()), expected) << record.number;
+    ASSERT_EQ(records_.last().flags, flags);
+    ++count;
+  }
+  std::size_t count = 0;
+
+ private:
+  static ReportCommand listing() {
+    ReportCommand command;
+    command.all_data = true;
+    return command;
+  }
+  const ReportCommand command_ = listing();
+  record_container records_;
+  plan_cache plans_;
+  record_keeper base_{command_, records_, plans_};
+  record_keeper quick_{command_, records_, plans_};
+};
+
+TEST(slack_columns, the_quick_way_to_slot_columns_is_the_plain_one) {
+  slot_column_check check;
+  const output_format format;
+  record_reader reader(format);
+  walk_settings settings;
+  settings.inc_slack = true;
+  for (const std::string& path : log_files(".evtx")) {
+    const std::string text = file_text(path);
+    std::vector<std::byte> bytes(text.size());
+    std::memcpy(bytes.data(), text.data(), text.size());
+    walk_evtx_block(bytes, 0, reader, check, settings);
+  }
+  EXPECT_GT(check.count, 90u);
 }
 
 template_definition two_texts() {
