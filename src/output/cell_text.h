@@ -19,6 +19,11 @@ std::string_view level_text(bool is_evtx, std::uint32_t level);
 // The offset in decimal, or with `base16` as "0x" and at least 2, 4, 6 or 8 digits.
 std::string format_offset(std::uint64_t value, bool base16);
 
+// A list in braces, which stands in no quotes of its own.
+inline bool is_braced_list(std::string_view text) {
+  return text.size() > 2 && text[0] == '{' && text[1] == '"';
+}
+
 // How texts are changed on their way into a table.
 struct text_rules {
   char separator_char = 0;  // 0: nothing is substituted
@@ -28,10 +33,8 @@ struct text_rules {
 
   explicit text_rules(const output_format& format);
 
-  // Whether a text goes in double quotes: a list in braces does not.
-  bool wraps(std::string_view text) const {
-    return quoted && !(text.size() > 2 && text[0] == '{' && text[1] == '"');
-  }
+  // Whether a text goes in double quotes.
+  bool wraps(std::string_view text) const { return quoted && !is_braced_list(text); }
 };
 
 // Appends `text` as a text cell `width` bytes wide or wider.

@@ -14,9 +14,11 @@ namespace {
 
 using width_map = std::map<std::string, std::size_t>;
 
-constexpr std::uint32_t ordinary_flags = record_plain_or_slack | record_inside_range;
+constexpr std::size_t longest_measured = 599;  // a longer value does not widen its column
+constexpr std::size_t widest_field = 600;
+constexpr std::size_t overwide_field = 20;  // width of a column whose name is wider than that
 
-bool anomalous(const LogRecord& record) { return (record.flags & ~ordinary_flags) != 0; }
+bool anomalous(const LogRecord& record) { return (record.flags & ~record_ordinary) != 0; }
 
 // Everything that the first pass over the records finds.
 struct table_plan {
@@ -30,7 +32,7 @@ struct table_plan {
 void add_widths(width_map& widths, const column_map& fields) {
   for (const auto& [name, value] : fields) {
     std::size_t& width = widths.try_emplace(name, name.size()).first->second;
-    if (value.size() <= 599) width = std::max(width, value.size());
+    if (value.size() <= longest_measured) width = std::max(width, value.size());
   }
 }
 
@@ -98,7 +100,7 @@ std::vector<table_column> columns_of(const table_plan& plan, const output_format
   if (plan.provider_seen) add_column(columns, "Provider Name", plan.provider_width, cell_plain, 0);
   for (const auto& [name, width] : plan.widths) {
     if (!is_dropped(name, context)) {
-      add_column(columns, name, width <= 600 ? width : 20, cell_plain, 0);
+      add_column(columns, name, width <= widest_field ? width : overwide_field, cell_plain, 0);
     }
   }
   add_column(columns, "event log", 11, cell_plain, column_centred);
@@ -128,7 +130,7 @@ void fill_row(table_row& row, const LogRecord& record, const column_map& fields,
   fill.number(record.event_id & 0xffff, cell_number16, cell_decimal | 2);
   fill.number(record.time, format.pair_datetime ? cell_date_time_pair : cell_date_and_time, 1);
   if (context.show_offsets) fill.text(format_offset(record.file_offset, format.base16));
-  if (context.inc_slack) fill.text((record.flags & 0x3f) != 0 ? "*" : "");
+  if (context.inc_slack) fill.text((record.flags & record_starred) != 0 ? "*" : "");
   fill.text(level_text(record.is_evtx, record.level));
   if (plan.description_width != 0) fill.text(*record.description);
   if (plan.provider_seen) fill.text(*record.provider);

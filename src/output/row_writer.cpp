@@ -16,14 +16,13 @@ static_assert(row_buffer::slack >= 2 * stride && record_arena::slack >= 2 * stri
 
 constexpr char blanks[stride + 1] = "                                ";
 
+// Places of the columns that each table has. The date and the time may be one column.
+constexpr std::size_t number_column = 0;
+constexpr std::size_t date_column = 2;
+constexpr std::size_t time_column = 3;
+
 // Room for the numbers, the time, the offset and the mark, without widths and separators.
 constexpr std::size_t fixed_cells_room = 256;
-
-// For a text without slack behind it.
-char* put_text(char* at, std::string_view text) {
-  if (!text.empty()) std::memcpy(at, text.data(), text.size());
-  return at + text.size();
-}
 
 // Blanks from `at` until the cell that began at `begin` is `width` wide.
 char* put_blanks(char* at, char* begin, std::size_t width) {
@@ -56,9 +55,9 @@ row_writer::row_writer(row_buffer& out, time_cells& times, table_plan& table,
       format_(format),
       context_(context),
       rules_(format),
-      number_width_(layout_.columns[0].width),
-      date_width_(layout_.columns[2].width),
-      time_width_(format.pair_datetime ? 0 : layout_.columns[3].width) {
+      number_width_(layout_.columns[number_column].width),
+      date_width_(layout_.columns[date_column].width),
+      time_width_(format.pair_datetime ? 0 : layout_.columns[time_column].width) {
   // A mark tells of commas, bars and line ends; for any other separator all must be looked at.
   const char separator = rules_.separator_char;
   look_at_all_ = separator != 0 && separator != ',' && separator != '|';
@@ -144,14 +143,14 @@ char* row_writer::put_time(char* at, std::uint64_t filetime) {
 }
 
 char* row_writer::put_marks(char* at, const LogRecord& record) {
-  std::size_t column = format_.pair_datetime ? 3 : 4;
+  std::size_t column = (format_.pair_datetime ? date_column : time_column) + 1;
   scratch_.clear();
   const auto add = [&](std::string_view text) {
     append_text_cell(scratch_, text, layout_.columns[column++].width, rules_);
     scratch_ += format_.csv_separator;
   };
   if (context_.show_offsets) add(format_offset(record.file_offset, format_.base16));
-  if (context_.inc_slack) add((record.flags & 0x3f) != 0 ? "*" : "");
+  if (context_.inc_slack) add((record.flags & record_starred) != 0 ? "*" : "");
   return put_text(at, scratch_);
 }
 

@@ -1,9 +1,10 @@
-// Copies of short texts into rows: of one fixed size, past the end of what they are for, since that
-// is quicker than looking at the length. Both sides need that much slack behind them.
+// Copies of texts into rows. Short ones are of one fixed size, past the end of what they are for,
+// since that is quicker than looking at the length; both sides need that much slack behind them.
 #pragma once
 
 #include <cstddef>
 #include <cstring>
+#include <string_view>
 
 namespace zanvik {
 
@@ -17,6 +18,12 @@ inline char* put_bytes(char* at, const char* from, std::size_t size) {
     std::memcpy(at, from, size);
   }
   return at + size;
+}
+
+// Copies a text that has no slack behind it. Returns the end of the copy.
+inline char* put_text(char* at, std::string_view text) {
+  if (!text.empty()) std::memcpy(at, text.data(), text.size());
+  return at + text.size();
 }
 
 }  // namespace zanvik

@@ -72,8 +72,8 @@ std::string table_header(const std::vector<table_column>& columns, const output_
     const table_column& column = columns[i];
     const std::size_t width = shown_width(column, format);
     if (i != 0) line += format.csv_separator;
-    const bool is_time =
-        column.kind == cell_date_time_pair || column.kind == 18 || column.kind == cell_time_column;
+    const bool is_time = column.kind == cell_date_time_pair || column.kind == cell_time_alone ||
+                         column.kind == cell_time_column;
     if (is_time && format.pad_fields) line += ' ';
     const std::size_t begin = line.size();
     if ((column.flags & column_centred) && width > column.name.size()) {
@@ -107,8 +107,7 @@ int set_text_cell(table_row& row, std::size_t index, std::string_view text, std:
   if (!holds(row, index, kind)) return 1;
   table_cell& cell = row.cells[index];
   cell = {kind, flags | row.flags, 0, std::string(text)};
-  const bool braced = text.size() > 2 && text.substr(0, 2) == "{\"";
-  if ((cell.flags & row_quoted) && !braced) cell.text = '"' + cell.text + '"';
+  if ((cell.flags & row_quoted) && !is_braced_list(text)) cell.text = '"' + cell.text + '"';
   return 1;
 }
 

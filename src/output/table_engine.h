@@ -23,6 +23,7 @@ enum cell_kind : std::uint16_t {
   cell_text = 11,            // left-aligned text
   cell_date_and_time = 12,   // FILETIME over two columns
   cell_date_time_pair = 13,  // FILETIME in one column
+  cell_time_alone = 18,      // header of a time; no table of this program has one
   cell_time_column = 24,     // header of the time behind a date column
 };
 

@@ -24,7 +24,7 @@
 namespace zanvik {
 
 // Whether any flag says more than that the record was decoded plainly and is in range.
-inline bool is_anomalous(const LogRecord& record) { return (record.flags & 0xffffffbe) != 0; }
+inline bool is_anomalous(const LogRecord& record) { return (record.flags & ~record_ordinary) != 0; }
 
 // Numbers the distinct pairs of a shape and whether its records are anomalous, from 0.
 class shape_index {

@@ -91,6 +91,26 @@ field_plan field_planner::finish() {
 
 }  // namespace
 
+field_style field_style_of(const output_format& format, const write_context& context) {
+  field_style style;
+  if (format.output_bodyfile) {
+    style.end = {']', ',', ' '};
+    style.end_size = 3;
+    style.separator_char = '|';
+    style.separator_substitute = ';';
+    return style;
+  }
+  style.end = {']', ' '};
+  style.end_size = 2;
+  if (format.separator_char != 0 && format.separator_substitute != 0) {
+    style.separator_char = format.separator_char;
+    style.separator_substitute = format.separator_substitute;
+  }
+  style.host_name = context.log_is_evtx ? "Computer" : "computer name";
+  if (context.log_is_evtx && format.tool_tag.empty()) style.channel_name = "Channel";
+  return style;
+}
+
 field_plan make_field_plan(const record_shape& shape, const field_style& style) {
   field_planner planner(style);
   for (const shape_column& column : shape.columns) planner.add(column);

@@ -14,7 +14,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "output/write_context.h"
 #include "reports/log_record.h"
+#include "support/output_format.h"
 
 namespace zanvik {
 
@@ -27,6 +29,9 @@ struct field_style {
   std::string_view host_name;     // the field that gives the host; empty if nobody asks
   std::string_view channel_name;  // the field that gives the source type; the same
 };
+
+// The style of the form that `format` asks for, and the fields that its other columns want.
+field_style field_style_of(const output_format& format, const write_context& context);
 
 // A field that is wanted for a column of its own.
 struct wanted_field {

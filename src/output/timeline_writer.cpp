@@ -9,6 +9,7 @@
 #include "output/path_alias.h"
 #include "output/prefetch.h"
 #include "output/row_buffer.h"
+#include "output/short_copy.h"
 #include "output/timeline_fields.h"
 #include "output/timeline_fill.h"
 #include "support/qx_digits.h"
@@ -22,34 +23,8 @@ namespace {
 // Room for the numbers, the time and the blanks and bars around them.
 constexpr std::size_t fixed_room = 256;
 
-char* put_text(char* at, std::string_view text) {
-  if (!text.empty()) std::memcpy(at, text.data(), text.size());
-  return at + text.size();
-}
-
 bool has_line_end(std::string_view text) {
   return text.find('\n') != text.npos || text.find('\r') != text.npos;
-}
-
-// The separator that is replaced inside texts, as both a plan and the writers take it.
-field_style style_of(const output_format& format, const write_context& context) {
-  field_style style;
-  if (format.output_bodyfile) {
-    style.end = {']', ',', ' '};
-    style.end_size = 3;
-    style.separator_char = '|';
-    style.separator_substitute = ';';
-    return style;
-  }
-  style.end = {']', ' '};
-  style.end_size = 2;
-  if (format.separator_char != 0 && format.separator_substitute != 0) {
-    style.separator_char = format.separator_char;
-    style.separator_substitute = format.separator_substitute;
-  }
-  style.host_name = context.log_is_evtx ? "Computer" : "computer name";
-  if (context.log_is_evtx && format.tool_tag.empty()) style.channel_name = "Channel";
-  return style;
 }
 
 void clean(std::string& text, const field_style& style) {
@@ -104,7 +79,7 @@ timeline_writer::timeline_writer(row_buffer& out, const output_format& format,
     : out_(out),
       format_(format),
       context_(context),
-      style_(style_of(format, context)),
+      style_(field_style_of(format, context)),
       plans_(style_),
       times_(format.descriptor) {
   const std::string& separator = format.csv_separator;
@@ -221,7 +196,7 @@ class body_writer {
  public:
   body_writer(row_buffer& out, const output_format& format, const write_context& context)
       : out_(out),
-        style_(style_of(format, context)),
+        style_(field_style_of(format, context)),
         plans_(style_),
         allparams_(context.allparams),
         log_part_("|" + std::to_string(context.log_reserved) + "||0|0|0|") {}

@@ -45,6 +45,10 @@ enum record_flag : std::uint32_t {
   record_outside_range = 0x08,   // the number lies outside the chunk's declared range
   record_inside_range = 0x40,    // the number lies inside it
 };
+// All that a record may have whose template and place in the log are as they should be.
+inline constexpr std::uint32_t record_ordinary = record_plain_or_slack | record_inside_range;
+// Any of these puts a star in the column "del".
+inline constexpr std::uint32_t record_starred = 0x3f;
 
 struct LogRecord {
   std::int32_t report_entry_id = 0;  // which command kept the record
