@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 
+#include "evtx/chunk.h"
 #include "support/fileio.h"
 
 namespace zanvik {
@@ -25,7 +26,8 @@ class log_file {
   std::span<std::byte> take_all();
 
   // A file header and one chunk, which is all of many a log.
-  static constexpr std::size_t most_bytes = 0x11000;
+  static constexpr std::size_t most_bytes =
+      evtx_layout::file_header_bytes + evtx_layout::chunk_bytes;
 
  private:
   uni::fileio file_;

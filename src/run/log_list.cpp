@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "evt/evt_record.h"
+#include "evtx/chunk.h"
 #include "support/byte_cursor.h"
 #include "support/fileio.h"
 #include "support/qx_path.h"
@@ -19,10 +21,15 @@ namespace zanvik {
 namespace {
 
 constexpr std::size_t signature_head_bytes = 16;
-constexpr std::size_t evtx_header_bytes = 0x1000;
-constexpr std::size_t first_template_offset_at = 546;  // in the chunk: of the first record
+// In the chunk: where the first record's binary XML, if it is a template instance, names its
+// definition.
+constexpr std::uint64_t first_definition_at =
+    evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes + 10;
 constexpr std::size_t evt_header_bytes = 48;
-constexpr std::size_t evt_head_bytes = evt_header_bytes + 4096;
+// The first record of a legacy log, which has to be within these lengths, in bytes.
+constexpr std::uint32_t evt_record_bytes_min = 60;
+constexpr std::uint32_t evt_record_bytes_max = 4096;
+constexpr std::size_t evt_head_bytes = evt_header_bytes + evt_record_bytes_max;
 
 bool starts_with(std::span<const std::byte> bytes, std::string_view signature) {
   return bytes.size() >= signature.size() &&
@@ -54,14 +61,13 @@ std::optional<std::string> channel_from_name(std::string_view name) {
 // Sets `channel` to the one that the first record names; one without a channel leaves it alone.
 // Returns false when the log has no whole chunk, or when that element is not closed.
 bool channel_from_evtx(log_probe& probe, std::string& channel) {
-  using namespace std::string_view_literals;
   constexpr std::size_t wanted = log_file::most_bytes;
   const auto head = probe.file.first(wanted);
   if (head.size() < wanted) return false;
-  const auto chunk = head.subspan(evtx_header_bytes);
-  if (!starts_with(chunk, "ElfChnk\0"sv)) return false;
+  const auto chunk = head.subspan(evtx_layout::file_header_bytes);
   const byte_cursor cursor(chunk);
-  if (cursor.at_or_zero<std::uint32_t>(first_template_offset_at) > wanted) return false;
+  if (cursor.at<std::uint64_t>(0) != evtx_layout::chunk_signature) return false;
+  if (cursor.at_or_zero<std::uint32_t>(first_definition_at) > wanted) return false;
   found_channel found = probe.channels.find(chunk);
   if (!found.text) return found.closed;
   channel = *std::move(found.text);
@@ -84,14 +90,12 @@ bool channel_from_evt(log_file& log, std::string& channel) {
   const auto head = log.first(evt_head_bytes);
   const byte_cursor cursor(head);
   const auto length = cursor.at_or_zero<std::uint32_t>(evt_header_bytes);
-  if (length < 60 || length > 4096) return false;
+  if (length < evt_record_bytes_min || length > evt_record_bytes_max) return false;
   // This is four bytes into the source name, so it is hardly ever "security". It is meant: most
   // legacy logs go by their file name.
-  constexpr std::size_t text_at = 108;
+  constexpr std::size_t text_at = evt_header_bytes + evt_layout::record_head_bytes + 4;
   const std::size_t start = std::min(text_at, head.size());
-  if (is_wide_text(head.subspan(start), "security")) {
-    channel = "security";
-  }
+  if (is_wide_text(head.subspan(start), "security")) channel = "security";
   return true;
 }
 
@@ -104,7 +108,8 @@ bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe) {
   std::string folder;
   std::string name;
   split_path(path, folder, name);
-  to_lower_in_place(name.empty() ? name = path : name);
+  if (name.empty()) name = path;
+  to_lower_in_place(name);
   entry.unclassified = true;
   if (!probe.file.open(path)) return false;
   const auto head = probe.file.first(signature_head_bytes);

@@ -30,8 +30,8 @@ struct log_probe {
 using log_map = std::map<std::string, LogEntry>;
 
 // Fills `entry` for the log at `path` and returns true when it is one. `entry` may be one that
-// served another log: what a failure leaves undecided keeps its value. The file stays
-// open in `probe`, which is one for a run.
+// served another log: what a failure leaves undecided keeps its value. The file stays open in
+// `probe`, which is one for a run.
 [[nodiscard]] bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe);
 
 // Enters the logs that a `-log` value names into `table`, recognised or not; of equal paths the
