@@ -9,6 +9,7 @@
 
 #include "support/limits.h"
 #include "support/qx_digits.h"
+#include "support/qx_time_format.h"
 #include "support/qx_utf16.h"
 #include "support/qx_utf16_write.h"
 
@@ -116,8 +117,14 @@ char* write_binary(char* out, std::span<const std::byte> bytes, value_form form)
 char* write_system_time(char* out, const raw_value& value) {
   std::uint16_t part[8];  // year, month, day of the week, day, hour, minute, second, milliseconds
   if (!read_value(value, part)) return out;
-  return out + std::snprintf(out, fixed_text_bound, "%02d/%02d/%04d : %02d:%02d:%02d.%03d", part[1],
-                             part[3], part[0], part[4], part[5], part[6], part[7]);
+  return write_system_value(out, {.year = part[0],
+                                  .month = part[1],
+                                  .day_of_week = part[2],
+                                  .day = part[3],
+                                  .hour = part[4],
+                                  .minute = part[5],
+                                  .second = part[6],
+                                  .millisecond = part[7]});
 }
 
 char* write_filetime(char* out, const raw_value& value, filetime_writer& times) {
@@ -151,13 +158,6 @@ char* write_sid(char* out, const raw_value& value) {
 char* write_text(char* out, std::string_view text) {
   std::memcpy(out, text.data(), text.size());
   return out + text.size();
-}
-
-// The types whose text may hold anything; all others are made of digits, letters and punctuation
-// that needs no care.
-bool is_free_text(std::uint16_t type) {
-  return type == value_type::utf16 || type == value_type::xml || type == value_type::ansi ||
-         type == value_type::multi_utf16 || type == value_type::binary;
 }
 
 // `kinds`: of the characters written; left at any for the types that do not look.

@@ -47,6 +47,13 @@ enum code : std::uint16_t {
 };
 }  // namespace value_type
 
+// The types whose text may hold anything; the texts of all others are made of digits, letters and
+// punctuation that needs no care.
+inline bool is_free_text(std::uint16_t type) {
+  return type == value_type::utf16 || type == value_type::xml || type == value_type::ansi ||
+         type == value_type::multi_utf16 || type == value_type::binary;
+}
+
 // A value in its block: `data` is readable for `readable` bytes, to the block's end, since some
 // types are read without regard to `size`.
 struct raw_value {

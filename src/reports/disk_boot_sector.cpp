@@ -46,6 +46,16 @@ void set_sector_count(partition_entry& entry, std::uint64_t count) {
   if (entry.num_sectors == 0) entry.num_sectors = count;
 }
 
+// The takers read a boot sector at these places, in bytes, as its file system has them:
+//   all       name 3, of FAT32 at 82, of FAT16 at 54
+//   exFAT     count of sectors 72, serial number 100, and as powers of two bytes a sector 108,
+//             sectors a cluster 109
+//   NTFS      bytes a sector 11, sectors a cluster 13, count of sectors 40, serial number 72
+//   FAT       bytes a sector 11, sectors a cluster 13, count of sectors 32, serial number 67 for
+//             FAT32, 39 for FAT16
+//   ext       in the superblock: count of blocks 4, block size as a power of two 24, magic 56,
+//             serial number 104, name 120, place of the last mount 136
+
 void take_exfat(partition_entry& entry, const byte_cursor& in) {
   set_file_system(entry, type_ntfs_or_exfat, "exfat");
   entry.bytes_per_sector = shifted(1, in.at_or_zero<std::uint8_t>(108));

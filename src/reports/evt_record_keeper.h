@@ -40,8 +40,8 @@ class evt_record_keeper {
   const std::string* description_ = nullptr;
   const std::string* log_path_ = nullptr;
   column_plan named_plan_;  // of a command that does not ask for all data
-  std::vector<std::unique_ptr<column_plan>>
-      plans_;  // by twice the count of strings, and 1 for a SID
+  // By twice the count of strings, and 1 more for a SID.
+  std::vector<std::unique_ptr<column_plan>> plans_;
   std::size_t plan_columns_ = 0;
 };
 

@@ -25,21 +25,19 @@ void append_column_text(std::string& out, const record_fields& record, std::size
 bool find_field(const record_fields& record, std::string_view name, std::string& value, bool clean,
                 bool slots_only) {
   value.clear();
-  const std::ptrdiff_t slot = find_slot(*record.layout, name);
-  if (slot >= 0) {
+  if (const std::ptrdiff_t slot = find_slot(*record.layout, name); slot >= 0) {
     const auto found = static_cast<std::size_t>(slot);
-    if (!clean) {
-      append_slot_text(value, record, found);
-    } else {
+    if (clean) {
       append_column_text(value, record, found, value_form::pulled);
+    } else {
+      append_slot_text(value, record, found);
     }
     return true;
-  } else {
-    if (slots_only && !record.slots.empty()) return false;
-    const layout_field* field = find_layout_field(*record.layout, name);
-    if (!field) return false;
-    value = field->text;
   }
+  if (slots_only && !record.slots.empty()) return false;
+  const layout_field* field = find_layout_field(*record.layout, name);
+  if (!field) return false;
+  value = field->text;
   if (clean) clean_text(value, value_form::pulled);
   return true;
 }

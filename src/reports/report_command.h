@@ -37,8 +37,8 @@ struct ReportCommand {
   std::vector<std::string> pull;  // fields that are columns, in the order named
   std::map<std::string, std::string> translate_terms;  // by field, as they were written
   std::map<std::string, translate_spec> translators;   // the readable ones of them
-  std::map<std::uint16_t, std::string>
-      param_labels;  // stays empty; records look in it all the same
+  // Names of a legacy record's strings by their number; stays empty, looked in all the same.
+  std::map<std::uint16_t, std::string> param_labels;
   bool event_lookup = false;
   bool has_hist = false;
   std::vector<std::string> hist_fields;

@@ -12,19 +12,6 @@ namespace {
 // either base, times, GUIDs, SIDs, "true", "false", "inf", "nan".
 constexpr std::string_view closed_text_characters = "0123456789abcdefx-+.:/ silnrtu";
 
-bool is_free_text(std::uint16_t type) {
-  switch (type) {
-    case value_type::utf16:
-    case value_type::ansi:
-    case value_type::binary:
-    case value_type::xml:
-    case value_type::multi_utf16:
-      return true;
-    default:
-      return false;
-  }
-}
-
 }  // namespace
 
 text_search::text_search(std::string_view text)
