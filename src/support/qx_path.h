@@ -19,10 +19,10 @@ bool split_path_parts(std::string_view path, std::string& folder, std::string& n
                       std::string& extension);
 
 // `path` with each %NAME% replaced by that variable of the environment. What came in is looked
-// through again, so a value may itself hold references; a bounded number of them is
-// followed, up to a bounded length. An
-// unknown NAME stays; with `allow_vss` an unknown NAME of "vss" (in any case) becomes the device
-// path of a shadow copy, without its number. A path of 513 bytes or more stays as it is.
+// through again, so a value may itself hold references; a bounded number of them is followed, up to
+// a bounded length. An unknown NAME stays; with `allow_vss` an unknown NAME of "vss" (in any case)
+// becomes the device path of a shadow copy, without its number. A path of 513 bytes or more stays
+// as it is.
 std::string expand_env_references(std::string_view path, bool allow_vss);
 
 }  // namespace zanvik

@@ -2,15 +2,20 @@
 //
 //   byte_cursor.h       bytes of an untrusted file; the only bounds check
 //   limits.h            what keeps work and memory in proportion, each with its reason
-//   qx_string.h         text, numbers, paths, UTF-16 (the umbrella of qx_*.h)
+//   qx_string.h         text, numbers, paths, UTF-16 (the umbrella of these qx_*.h); hash_mix.h
 //   qx_time.h           instants; qx_time_parse.h and qx_time_format.h, qx_time_fast.h for records
-//   fileio.h            files; fileio_output.h the results stream, stdin_stream.h a list of names
+//   fileio.h            files (blocks of them in block_memory.h); fileio_output.h the results
+//                       stream, stdin_stream.h a list of names
 //   dir_walk.h          folders; file_filter.h and file_match.h which of their files are wanted
 //   console.h           messages and the status line; diag.h the trace
-//   cmd_params.h        the options that all runs share; output_format.h, selection_options.h and
-//                       walk_options.h are its parts
+//   argument_list.h     options by their names
+//   cmd_params.h        the options that all runs share: output_format.h (taken by
+//                       output_options.h, csv_separator.h) and walk_options.h are its parts
+//   selection_options.h which records are wanted
+//   cmdline_ctx.h       the end of a run
 //
-// Nothing here throws of its own, and only console.h and diag.h write anything.
+// Text and value helpers bear the prefix qx, after their namespace. Nothing here throws of its own.
+// Messages go through console.h; only diag.h and cmdline_ctx.h write anything besides.
 #pragma once
 
 // IWYU pragma: begin_exports
