@@ -18,8 +18,12 @@ void row_buffer::allocate(std::size_t bytes) {
 void row_buffer::make_room(std::size_t bytes) {
   flush();
   const auto size = static_cast<std::size_t>(limit_ - data_.get());
-  // Twice the need, so that rows of this size are collected too.
-  if (bytes > size) allocate(std::max(bytes * 2, default_bytes));
+  if (tight_buffers) {
+    allocate(bytes);
+  } else if (bytes > size) {
+    // Twice the need, so that rows of this size are collected too.
+    allocate(std::max(bytes * 2, default_bytes));
+  }
 }
 
 }  // namespace zanvik

@@ -11,6 +11,8 @@
 #include <ostream>
 #include <string_view>
 
+#include "support/tight_buffers.h"
+
 namespace zanvik {
 
 class row_buffer {
@@ -24,7 +26,7 @@ class row_buffer {
 
   // Place for `bytes`, behind what was committed; valid until the next call.
   char* room(std::size_t bytes) {
-    if (bytes > static_cast<std::size_t>(limit_ - at_)) make_room(bytes);
+    if (tight_buffers || bytes > static_cast<std::size_t>(limit_ - at_)) make_room(bytes);
     return at_;
   }
   void commit(char* end) { at_ = end; }

@@ -23,11 +23,13 @@ void record_arena::clear() {
 }
 
 void record_arena::grow(std::size_t bytes) {
-  const bool first = pieces_.empty() && bytes <= first_piece - slack;
-  const std::size_t size = first ? first_piece : whole_pages(std::max(bytes + slack, later_piece));
-  piece added(static_cast<char*>(first ? std::malloc(size) : std::aligned_alloc(large_page, size)));
+  const bool small = tight_buffers || (pieces_.empty() && bytes <= first_piece - slack);
+  const std::size_t size = tight_buffers ? bytes + slack
+                           : small       ? first_piece
+                                         : whole_pages(std::max(bytes + slack, later_piece));
+  piece added(static_cast<char*>(small ? std::malloc(size) : std::aligned_alloc(large_page, size)));
   if (!added) throw std::bad_alloc();
-  if (!first) (void)::madvise(added.get(), size, MADV_HUGEPAGE);  // no more than a wish
+  if (!small) (void)::madvise(added.get(), size, MADV_HUGEPAGE);  // no more than a wish
   pieces_.push_back(std::move(added));
   if (pieces_.size() == 1) first_bytes_ = size - slack;
   next_ = pieces_.back().get();

@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+#include "support/tight_buffers.h"
+
 namespace zanvik {
 
 class record_arena {
@@ -17,7 +19,7 @@ class record_arena {
 
   // Room for `bytes` in a row, valid until the next `reserve`; nothing is kept before `keep`.
   char* reserve(std::size_t bytes) {
-    if (bytes > room_) grow(bytes);
+    if (tight_buffers || bytes > room_) grow(bytes);
     return next_;
   }
   // Keeps the first `bytes` of what was reserved.
