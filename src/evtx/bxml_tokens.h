@@ -11,9 +11,8 @@
 //   attribute, entity    offset; or inline name
 //   character reference  code 2
 //   substitution         number of the slot 2, type 1
-//   template instance    version 1, template id 4, chunk offset of the definition 4; mostly behind
-//   a
-//                        fragment header
+//   template instance    version 1, template id 4, chunk offset of the definition 4; a fragment
+//                        header mostly stands before it
 //   fragment header      1, 1, 0
 // A name entry is a link to the next one 4, a hash 2 and a count of units 2, then UTF-16; an inline
 // name is the same without the link. A name that is used here for the first time stands right

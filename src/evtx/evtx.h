@@ -6,7 +6,8 @@
 //   quick_records.h     the quick road: layout_cache.h, and template_bodies.h for later chunks
 //   template_record.h   the plain road: slots (slot_table.h), bodies (bxml_decoder.h), and the
 //                       definitions of the chunk (template_catalogue.h)
-//   bxml_tokens.h       binary XML token by token, for both
+//   bxml_decoder.h      binary XML; bxml_items.cpp makes fields of it, bxml_substitutions.cpp and
+//                       system_slots.cpp have what templates add, bxml_tokens.h the layouts
 //   value_text.h        typed values as text
 //   slack.h             the search for records where none is declared
 //   channel_finder.h    the channel of a log of unknown name, from first_record.h
