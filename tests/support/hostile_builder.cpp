@@ -233,7 +233,7 @@ byte_vector wide_table(unsigned number) {
 // Templates that no other chunk has, each the body of one record.
 byte_vector many_templates(unsigned number) {
   chunk_builder chunk;
-  for (unsigned i = 0; i < 200; ++i) {
+  for (unsigned i = 0; i < 370; ++i) {
     const std::string name = "n" + std::to_string(1000 * number + i);
     std::string guid = std::to_string(10000000 + (1000 * number + i) % 80000000);
     guid += "-2222-3333-4455-667788990011";
@@ -276,6 +276,7 @@ byte_vector partition_chains(unsigned) {
 byte_vector legacy_log(unsigned chunks) {
   evt_builder log;
   const std::string letters(500, 'a');
+  log.add({.strings = std::vector<std::string>(1100, "x")});  // makes the rows of all wide
   while (log.size() < std::size_t{chunks} * chunk_bytes) {
     // Heads one behind the other; the strings of all lie behind the last.
     log.add({.source = "s", .computer = "c", .num_strings = 0xffff, .string_offset = 8});
