@@ -63,6 +63,26 @@ bool decode_plain_value(const chunk_view& chunk, std::uint64_t value, unsigned d
   return seen != 0 || !fields.empty();
 }
 
+// Adds the slot of a value that is no binary XML, cut at the chunk's end. False, with nothing
+// added, when it would cost more than is left.
+bool add_slot(const chunk_view& chunk, std::uint64_t value, descriptor entry,
+              std::vector<slot_entry>& slots) {
+  slot_entry slot;
+  const std::uint64_t rest = evtx_layout::chunk_bytes - value;
+  // Meant: a value that ends exactly at the chunk's end counts as cut.
+  if (entry.size >= rest && entry.size != 0) {
+    entry.size = rest;
+    slot.flags = slot_cut;
+  }
+  slot.offset = static_cast<std::uint32_t>(value);
+  slot.type = entry.type;
+  slot.size = static_cast<std::uint16_t>(entry.size);
+  const auto cost = value_source_bytes(raw_value_at(chunk.bytes, value, slot.type, slot.size));
+  if (!work_budget::spend(chunk.budget->slot_bytes, cost)) return false;
+  slots.push_back(std::move(slot));
+  return true;
+}
+
 // Adds a slot whose children come from the table at `table`; none when that is refused.
 void add_nested_slot(const chunk_view& chunk, std::uint64_t value, std::uint64_t table,
                      descriptor entry, std::vector<slot_entry>& slots, unsigned depth) {
@@ -168,25 +188,12 @@ bool parse_substitution_array(const chunk_view& chunk, std::uint64_t table,
   // Deeper slots are seen by nobody; whether their table is good is all that counts.
   if (depth >= children_depth) return true;
   for (std::uint32_t i = 0; i < head.count() && value < evtx_layout::chunk_bytes; ++i) {
-    descriptor entry = head[i];
+    const descriptor entry = head[i];
     if (entry.type == value_type::bxml) {
       if (read_nested_slot(chunk, value, entry, slots, depth)) value += entry.size;
       continue;
     }
-    slot_entry slot;
-    const std::uint64_t rest = evtx_layout::chunk_bytes - value;
-    // Meant: a value that ends exactly at the chunk's end counts as cut.
-    if (entry.size >= rest && entry.size != 0) {
-      entry.size = rest;
-      slot.flags = slot_cut;
-    }
-    const auto text_size = static_cast<std::uint16_t>(entry.size);
-    const auto cost = value_source_bytes(raw_value_at(chunk.bytes, value, entry.type, text_size));
-    if (!work_budget::spend(chunk.budget->slot_bytes, cost)) return true;
-    slot.offset = static_cast<std::uint32_t>(value);
-    slot.type = entry.type;
-    slot.size = text_size;
-    slots.push_back(std::move(slot));
+    if (!add_slot(chunk, value, entry, slots)) return true;
     value += entry.size;
   }
   return true;

@@ -79,6 +79,23 @@ void survey::measure_values(const LogRecord& record, std::vector<std::size_t>& l
   }
 }
 
+// Sorts the fields by name and leaves one of each name, as wide as the widest.
+void merge_by_name(std::vector<field_column>& fields) {
+  std::sort(fields.begin(), fields.end(), [](const field_column& a, const field_column& b) {
+    const int order = a.name.compare(b.name);
+    return order != 0 ? order < 0 : a.width > b.width;
+  });
+  std::size_t kept = 0;
+  for (const field_column& field : fields) {
+    if (kept != 0 && fields[kept - 1].name == field.name) {
+      fields[kept - 1].records += field.records;
+    } else {
+      fields[kept++] = field;
+    }
+  }
+  fields.resize(kept);
+}
+
 // Keeps as many fields as a table may have, those of most records; of equal ones the first.
 void drop_rarest(std::vector<field_column>& fields) {
   if (fields.size() <= limits::table_columns) return;
@@ -107,20 +124,7 @@ void survey::join_fields(bool drop_event_id) {
       fields.push_back({name, width, use.records, false});
     }
   }
-  // Of one name, the widest stands first and stays.
-  std::sort(fields.begin(), fields.end(), [](const field_column& a, const field_column& b) {
-    const int order = a.name.compare(b.name);
-    return order != 0 ? order < 0 : a.width > b.width;
-  });
-  std::size_t kept = 0;
-  for (const field_column& field : fields) {
-    if (kept != 0 && fields[kept - 1].name == field.name) {
-      fields[kept - 1].records += field.records;
-    } else {
-      fields[kept++] = field;
-    }
-  }
-  fields.resize(kept);
+  merge_by_name(fields);
   drop_rarest(fields);
   for (field_column& field : fields) {
     field.dropped = field.name == "Provider Name" || (drop_event_id && field.name == "EventID");

@@ -85,6 +85,28 @@ std::string column_key(const collected& source) {
   return key.append(source.name);
 }
 
+// Gives the plan a column for each of the values, in the order of their keys; of equal keys the
+// last stays.
+void plan_columns(const record_fields& record, const std::vector<collected>& list,
+                  column_plan& plan, record_container& records) {
+  std::map<std::string, const collected*> columns;
+  for (const collected& each : list) columns.insert_or_assign(column_key(each), &each);
+  record_shape shape;
+  for (const auto& [key, source] : columns) {
+    if (source->field) {
+      const std::string_view text = without_lone_comma(source->field->text);
+      if (key == "Level") plan.level = level_from_text(text);
+      shape.columns.push_back({key, true, std::string(text)});
+    } else {
+      if (key == "Level") plan.level_value = static_cast<std::ptrdiff_t>(plan.values.size());
+      shape.columns.push_back({key, false, {}});
+      plan.values.push_back(slot_value(record, *source));
+    }
+  }
+  shape.value_count = plan.values.size();
+  plan.shape = records.intern_shape(std::move(shape));
+}
+
 // The provider beside named fields. That the record's own value does not count when its name
 // stands first is meant.
 void find_pulled_provider(const record_fields& record, std::span<const std::string> names,
@@ -125,23 +147,7 @@ column_plan plan_all_data(const record_fields& record, bool skip_system_fields,
     drop_first(list, "SystemTime");
   }
   take_provider(record, list, plan, records);
-
-  std::map<std::string, const collected*> columns;
-  for (const collected& each : list) columns.insert_or_assign(column_key(each), &each);
-  record_shape shape;
-  for (const auto& [key, source] : columns) {
-    if (source->field) {
-      const std::string_view text = without_lone_comma(source->field->text);
-      if (key == "Level") plan.level = level_from_text(text);
-      shape.columns.push_back({key, true, std::string(text)});
-    } else {
-      if (key == "Level") plan.level_value = static_cast<std::ptrdiff_t>(plan.values.size());
-      shape.columns.push_back({key, false, {}});
-      plan.values.push_back(slot_value(record, *source));
-    }
-  }
-  shape.value_count = plan.values.size();
-  plan.shape = records.intern_shape(std::move(shape));
+  plan_columns(record, list, plan, records);
   return plan;
 }
 
