@@ -33,19 +33,8 @@ std::uint16_t name_hash(std::string_view utf8) {
 bxml_builder& bxml_builder::fragment_header() { return raw(bytes_of({0x0f, 1, 1, 0})); }
 bxml_builder& bxml_builder::end_of_stream() { return raw(bytes_of({0})); }
 
-bxml_builder& bxml_builder::open(std::string_view name, element_form form, std::uint16_t id) {
-  open_element_token(name, form, id, false);
-  return *this;
-}
-
-bxml_builder& bxml_builder::open_with_attributes(std::string_view name, element_form form,
-                                                 std::uint16_t id) {
-  open_element_token(name, form, id, true);
-  return *this;
-}
-
-void bxml_builder::open_element_token(std::string_view name, element_form form, std::uint16_t id,
-                                      bool attributes) {
+bxml_builder& bxml_builder::open_element(std::string_view name, element_form form, std::uint16_t id,
+                                         bool attributes) {
   append_u8(chunk_, with_more(0x01, attributes));
   if (form == element_form::with_id) append_u16(chunk_, id);
   elements_.push_back({.size_at = chunk_.size(), .attributes_size_at = 0, .last_attribute_at = 0});
@@ -55,9 +44,10 @@ void bxml_builder::open_element_token(std::string_view name, element_form form, 
   } else {
     name_offset(name);
   }
-  if (!attributes) return;
+  if (!attributes) return *this;
   elements_.back().attributes_size_at = chunk_.size();
   append_u32(chunk_, 0);
+  return *this;
 }
 
 bxml_builder& bxml_builder::attribute(std::string_view name) {
@@ -76,7 +66,7 @@ void bxml_builder::attribute_token() {
   if (elements_.empty() || elements_.back().attributes_size_at == 0) {
     throw std::logic_error("attribute of an element that was opened without attributes");
   }
-  open_element& element = elements_.back();
+  element_places& element = elements_.back();
   if (element.last_attribute_at != 0) set_u8(chunk_, element.last_attribute_at, 0x06 | more_data);
   element.last_attribute_at = chunk_.size();
   append_u8(chunk_, 0x06);
@@ -141,15 +131,9 @@ bxml_builder& bxml_builder::inline_entity_ref(std::string_view name, bool more) 
   return *this;
 }
 
-bxml_builder& bxml_builder::normal_sub(std::uint16_t slot, std::uint8_t type) {
-  append_u8(chunk_, 0x0d);
-  append_u16(chunk_, slot);
-  append_u8(chunk_, type);
-  return *this;
-}
-
-bxml_builder& bxml_builder::optional_sub(std::uint16_t slot, std::uint8_t type) {
-  append_u8(chunk_, 0x0e);
+bxml_builder& bxml_builder::substitution(std::uint8_t token, std::uint16_t slot,
+                                         std::uint8_t type) {
+  append_u8(chunk_, token);
   append_u16(chunk_, slot);
   append_u8(chunk_, type);
   return *this;

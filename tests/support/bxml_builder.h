@@ -46,10 +46,14 @@ class bxml_builder {
   // `open` starts an element without attributes, `open_with_attributes` one with some; `id` is the
   // number of the slot that makes the element optional, all ones for none.
   bxml_builder& open(std::string_view name, element_form form = element_form::with_id,
-                     std::uint16_t id = 0xffff);
+                     std::uint16_t id = 0xffff) {
+    return open_element(name, form, id, false);
+  }
   bxml_builder& open_with_attributes(std::string_view name,
                                      element_form form = element_form::with_id,
-                                     std::uint16_t id = 0xffff);
+                                     std::uint16_t id = 0xffff) {
+    return open_element(name, form, id, true);
+  }
   // The more-data flag of each attribute but the last is set by itself.
   bxml_builder& attribute(std::string_view name);
   bxml_builder& inline_attribute(std::string_view name);
@@ -61,8 +65,12 @@ class bxml_builder {
   bxml_builder& char_ref(std::uint16_t code, bool more = false);
   bxml_builder& entity_ref(std::string_view name, bool more = false);
   bxml_builder& inline_entity_ref(std::string_view name, bool more = false);
-  bxml_builder& normal_sub(std::uint16_t slot, std::uint8_t type);
-  bxml_builder& optional_sub(std::uint16_t slot, std::uint8_t type);
+  bxml_builder& normal_sub(std::uint16_t slot, std::uint8_t type) {
+    return substitution(0x0d, slot, type);
+  }
+  bxml_builder& optional_sub(std::uint16_t slot, std::uint8_t type) {
+    return substitution(0x0e, slot, type);
+  }
   bxml_builder& raw(std::span<const std::byte> bytes);
 
   // <name>text</name>, and the same with one attribute, the shape of most event data.
@@ -81,14 +89,15 @@ class bxml_builder {
   bxml_builder& slot_table(const std::vector<slot_value>& slots);
 
  private:
-  struct open_element {
+  struct element_places {
     std::size_t size_at;             // where the element's size stands
     std::size_t attributes_size_at;  // where the attribute list's size stands, 0 for none
     std::size_t last_attribute_at;   // the token of the last attribute, 0 for none
   };
 
-  void open_element_token(std::string_view name, element_form form, std::uint16_t id,
-                          bool attributes);
+  bxml_builder& open_element(std::string_view name, element_form form, std::uint16_t id,
+                             bool attributes);
+  bxml_builder& substitution(std::uint8_t token, std::uint16_t slot, std::uint8_t type);
   void attribute_token();
   void name_offset(std::string_view name);
   void inline_name(std::string_view name);
@@ -97,7 +106,7 @@ class bxml_builder {
 
   byte_vector& chunk_;
   chunk_tables& tables_;
-  std::vector<open_element> elements_;
+  std::vector<element_places> elements_;
 };
 
 // The hash that a name's entry carries; its low six bits choose the bucket.

@@ -97,18 +97,10 @@ std::size_t utf16_units(std::string_view utf8) {
   return units;
 }
 
-void set_u8(byte_vector& bytes, std::size_t offset, std::uint8_t value) {
-  set_integer(bytes, offset, value);
-}
-void set_u16(byte_vector& bytes, std::size_t offset, std::uint16_t value) {
-  set_integer(bytes, offset, value);
-}
-void set_u32(byte_vector& bytes, std::size_t offset, std::uint32_t value) {
-  set_integer(bytes, offset, value);
-}
-void set_u64(byte_vector& bytes, std::size_t offset, std::uint64_t value) {
-  set_integer(bytes, offset, value);
-}
+void set_u8(byte_vector& out, std::size_t at, std::uint8_t value) { set_integer(out, at, value); }
+void set_u16(byte_vector& out, std::size_t at, std::uint16_t value) { set_integer(out, at, value); }
+void set_u32(byte_vector& out, std::size_t at, std::uint32_t value) { set_integer(out, at, value); }
+void set_u64(byte_vector& out, std::size_t at, std::uint64_t value) { set_integer(out, at, value); }
 
 std::uint32_t get_u32(const byte_vector& bytes, std::size_t offset) {
   std::uint32_t value = 0;

@@ -24,10 +24,6 @@ void append_record(byte_vector& chunk, chunk_tables& tables, const record_builde
   set_u32(chunk, start + 4, record.declared_size.value_or(size));
 }
 
-void fit(const byte_vector& chunk) {
-  if (chunk.size() > chunk_bytes) throw std::logic_error("more records than a chunk can hold");
-}
-
 }  // namespace
 
 record_builder template_record(std::uint64_t number, std::uint64_t filetime,
@@ -68,21 +64,6 @@ chunk_builder& chunk_builder::declare(std::uint64_t first, std::uint64_t last) {
   return *this;
 }
 
-chunk_builder& chunk_builder::declare_empty() {
-  declared_empty_ = true;
-  return *this;
-}
-
-chunk_builder& chunk_builder::string_table_entry(std::size_t index, std::uint32_t offset) {
-  string_overrides_.emplace_back(index, offset);
-  return *this;
-}
-
-chunk_builder& chunk_builder::template_table_entry(std::size_t index, std::uint32_t offset) {
-  template_overrides_.emplace_back(index, offset);
-  return *this;
-}
-
 chunk_builder::built chunk_builder::build() const {
   built out;
   chunk_tables tables;
@@ -100,7 +81,7 @@ chunk_builder::built chunk_builder::build() const {
     append_record(out.bytes, tables, record);
   }
   append_bytes(out.bytes, tail_);
-  fit(out.bytes);
+  if (out.bytes.size() > chunk_bytes) throw std::logic_error("more records than a chunk can hold");
   out.bytes.resize(chunk_bytes);
   write_header(out.bytes, declared_tables, last_record, free_space);
   if (!records_.empty()) out.next_number = records_.back().number + 1;
@@ -116,7 +97,7 @@ void chunk_builder::write_header(byte_vector& chunk, const chunk_tables& tables,
   byte_vector head = bytes_of("ElfChnk");
   append_u8(head, 0);
   append_u64(head, records_.empty() ? 1 : first);
-  append_u64(head, declared_empty_ ? none : last);
+  append_u64(head, last);
   append_u64(head, logical.first);
   append_u64(head, logical.second);
   append_u32(head, 128);
@@ -129,8 +110,6 @@ void chunk_builder::write_header(byte_vector& chunk, const chunk_tables& tables,
   append_u32(head, 0);  // the header's CRC, below
   for (const std::uint32_t offset : tables.string_table) append_u32(head, offset);
   for (const std::uint32_t offset : tables.template_table) append_u32(head, offset);
-  for (const auto& [index, offset] : string_overrides_) set_u32(head, 128 + 4 * index, offset);
-  for (const auto& [index, offset] : template_overrides_) set_u32(head, 384 + 4 * index, offset);
   const auto header = std::span<const std::byte>(head);
   set_u32(head, 124, crc32(header.subspan(128), crc32(header.first(120))));
   std::copy(head.begin(), head.end(), chunk.begin());

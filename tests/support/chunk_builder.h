@@ -45,11 +45,6 @@ class chunk_builder {
   chunk_builder& free_tail(byte_vector bytes);
   // The logical numbers in the header, instead of those of the first and the last record.
   chunk_builder& declare(std::uint64_t first, std::uint64_t last);
-  // All ones for the last record: the chunk declares itself empty.
-  chunk_builder& declare_empty();
-  // Words of the two tables that differ from what the records gave, by index.
-  chunk_builder& string_table_entry(std::size_t index, std::uint32_t offset);
-  chunk_builder& template_table_entry(std::size_t index, std::uint32_t offset);
 
   struct built {
     byte_vector bytes;                        // 65,536
@@ -66,9 +61,6 @@ class chunk_builder {
   std::vector<record_builder> slack_;
   byte_vector tail_;
   std::optional<std::pair<std::uint64_t, std::uint64_t>> declared_;
-  bool declared_empty_ = false;
-  std::vector<std::pair<std::size_t, std::uint32_t>> string_overrides_;
-  std::vector<std::pair<std::size_t, std::uint32_t>> template_overrides_;
 };
 
 }  // namespace zanvik::testing

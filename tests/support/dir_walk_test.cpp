@@ -51,12 +51,7 @@ lines walked(const std::string& root, std::int32_t depth, const walk_options& op
 TEST(wildcard_folders, stars_stand_for_folders) {
   const tree files({"a/", "a/logs/", "b/", "b/*/", "b/*/c/", "f"});
   ASSERT_EQ(::symlink("a", files.path("link").c_str()), 0);
-  struct row {
-    const char* reason;
-    const char* root;
-    lines folders;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, const char*, lines> rows[] = {
       {"itself", "a", {"a/"}},
       {"no slash is doubled", "a/", {"a/"}},
       {"all folders, and no link or file", "*", {"a/", "b/"}},
@@ -66,8 +61,8 @@ TEST(wildcard_folders, stars_stand_for_folders) {
       {"a star in a name cuts", "a*b/c", {"a/"}},
       {"nothing in that place", "f/*/a", {}},
   };
-  for (const row& r : rows) {
-    EXPECT_EQ(files.sorted(wildcard_folders(files.path(r.root))), r.folders) << r.reason;
+  for (const auto& [reason, root, folders] : rows) {
+    EXPECT_EQ(files.sorted(wildcard_folders(files.path(root))), folders) << reason;
   }
   EXPECT_EQ(wildcard_folders("logs"), lines{}) << "a root without a slash";
   EXPECT_EQ(wildcard_folders("./logs"), lines{"./logs/"});

@@ -4,20 +4,7 @@
 
 namespace zanvik::testing {
 
-namespace {
-
 constexpr std::size_t record_head_bytes = 56;
-
-void append_cursor(byte_vector& out, std::uint32_t start, std::uint32_t end, std::uint32_t next,
-                   std::uint32_t oldest) {
-  append_u32(out, 40);
-  for (const std::uint32_t mark : {0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u}) {
-    append_u32(out, mark);
-  }
-  for (const std::uint32_t value : {start, end, next, oldest, 40u}) append_u32(out, value);
-}
-
-}  // namespace
 
 byte_vector evt_record_bytes(const evt_record_fields& fields) {
   const byte_vector sid = fields.sid.empty() ? byte_vector{} : sid_bytes(fields.sid);
@@ -36,20 +23,17 @@ byte_vector evt_record_bytes(const evt_record_fields& fields) {
   const std::uint32_t size = fields.record_size.value_or(here() + 4);
 
   byte_vector out;
-  for (const std::uint32_t value :
-       {size, 0x654c664cu, fields.record_num, fields.time_generated,
-        fields.time_written.value_or(fields.time_generated), fields.event_id}) {
+  for (const std::uint32_t value : {size, 0x654c664cu, fields.record_num, fields.time_generated,
+                                    fields.time_generated, fields.event_id}) {
     append_u32(out, value);
   }
   append_u16(out, fields.event_type);
   append_u16(out, fields.num_strings.value_or(static_cast<std::uint16_t>(fields.strings.size())));
   append_u16(out, fields.event_category);
-  append_u16(out, fields.flags);
+  append_u16(out, 0);
   for (const std::uint32_t value :
-       {0u, fields.string_offset.value_or(string_offset),
-        fields.sid_length.value_or(static_cast<std::uint32_t>(sid.size())),
-        fields.sid_offset.value_or(sid_offset),
-        fields.data_length.value_or(static_cast<std::uint32_t>(fields.data.size())),
+       {0u, fields.string_offset.value_or(string_offset), static_cast<std::uint32_t>(sid.size()),
+        fields.sid_offset.value_or(sid_offset), static_cast<std::uint32_t>(fields.data.size()),
         fields.data_offset.value_or(data_offset)}) {
     append_u32(out, value);
   }
@@ -58,9 +42,9 @@ byte_vector evt_record_bytes(const evt_record_fields& fields) {
   return out;
 }
 
-evt_builder::evt_builder(std::uint32_t header_size) {
+evt_builder::evt_builder() {
   for (const std::uint32_t value :
-       {header_size, 0x654c664cu, 1u, 1u, 48u, 48u, 1u, 1u, 0x80000u, 0u, 0u, 48u}) {
+       {48u, 0x654c664cu, 1u, 1u, 48u, 48u, 1u, 1u, 0x80000u, 0u, 0u, 48u}) {
     append_u32(bytes_, value);
   }
 }
@@ -74,14 +58,17 @@ evt_builder& evt_builder::add(evt_record_fields fields) {
   return *this;
 }
 
-evt_builder& evt_builder::cursor(std::optional<std::uint32_t> start_offset) {
+evt_builder& evt_builder::cursor() {
   const auto end = static_cast<std::uint32_t>(bytes_.size());
-  const std::uint32_t start = start_offset.value_or(48);
-  append_cursor(bytes_, start, end, last_number_ + 1, oldest_number_);
-  poke_u32(16, start);
-  poke_u32(20, end);
-  poke_u32(24, last_number_ + 1);
-  poke_u32(28, oldest_number_);
+  const std::uint32_t places[] = {48u, end, last_number_ + 1, oldest_number_};
+  for (const std::uint32_t mark : {40u, 0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u}) {
+    append_u32(bytes_, mark);
+  }
+  for (std::size_t i = 0; i < 4; ++i) {
+    append_u32(bytes_, places[i]);
+    poke_u32(16 + 4 * i, places[i]);
+  }
+  append_u32(bytes_, 40);
   return *this;
 }
 

@@ -15,13 +15,11 @@
 namespace zanvik::testing {
 
 struct evt_record_fields {
-  std::uint32_t record_num = 0;                 // 0: one more than the record before
-  std::uint32_t time_generated = 1705305600;    // 2024-01-15 08:00:00 UTC
-  std::optional<std::uint32_t> time_written{};  // nothing: time_generated
+  std::uint32_t record_num = 0;               // 0: one more than the record before
+  std::uint32_t time_generated = 1705305600;  // 2024-01-15 08:00:00 UTC
   std::uint32_t event_id = 6005;
   std::uint16_t event_type = 4;
   std::uint16_t event_category = 0;
-  std::uint16_t flags = 0;
   std::string source{"EventLog"};
   std::string computer{"FABRIKAM-XP01"};
   std::string sid{};  // text; empty for none
@@ -30,9 +28,7 @@ struct evt_record_fields {
   std::optional<std::uint32_t> record_size{};
   std::optional<std::uint16_t> num_strings{};
   std::optional<std::uint32_t> string_offset{};
-  std::optional<std::uint32_t> sid_length{};
   std::optional<std::uint32_t> sid_offset{};
-  std::optional<std::uint32_t> data_length{};
   std::optional<std::uint32_t> data_offset{};
 };
 
@@ -42,12 +38,11 @@ byte_vector evt_record_bytes(const evt_record_fields& fields);
 
 class evt_builder : public file_bytes {
  public:
-  // `header_size` is written as it is; 48 bytes of header stand there in any case.
-  explicit evt_builder(std::uint32_t header_size = 48);
+  evt_builder();
 
   evt_builder& add(evt_record_fields fields);
-  // The 40-byte record that ends the live range. Without `start_offset` the first record's place.
-  evt_builder& cursor(std::optional<std::uint32_t> start_offset = {});
+  // The 40-byte record that ends the live range.
+  evt_builder& cursor();
   evt_builder& raw(std::span<const std::byte> bytes);
 
   // Offset in the file of the record, counted from 0 in file order.

@@ -24,12 +24,7 @@ std::string shape(const file_filter_entry& entry) {
 }
 
 TEST(file_filter, terms_become_patterns) {
-  struct row {
-    const char* reason;
-    const char* value;
-    std::vector<std::string> shapes;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, const char*, std::vector<std::string>> rows[] = {
       {"lower case", "*.EVTX", {"^.evtx"}},
       {"both ends", "*sec*", {"^sec$"}},
       {"an inner star leaves without a trace", "sec*log", {"seclog"}},
@@ -44,12 +39,12 @@ TEST(file_filter, terms_become_patterns) {
       {"nothing but separators is one term", "|", {"|"}},
       {"bytes that are no text count as nothing", "\xff", {""}},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, value, expected] : rows) {
     std::vector<file_filter_entry> entries;
-    parse_filter_list(r.value, entries);
+    parse_filter_list(value, entries);
     std::vector<std::string> shapes;
     for (const auto& entry : entries) shapes.push_back(shape(entry));
-    EXPECT_EQ(shapes, r.shapes) << r.reason;
+    EXPECT_EQ(shapes, expected) << reason;
   }
 }
 
@@ -63,15 +58,14 @@ TEST(file_filter, a_stream_of_a_star_marks_the_first_term) {
 
 TEST(file_filter, signatures_have_bytes_and_a_place) {
   std::vector<file_filter_entry> entries;
-  parse_signature_filter("45 6c | 0x10", entries);
-  parse_signature_filter("ff,8", entries);
-  parse_signature_filter("ff|8|9", entries);  // only exactly two items have a place
-  parse_signature_filter("", entries);
+  for (const char* value : {"45 6c | 0x10", "ff,8", "ff|8|9", ""}) {
+    parse_signature_filter(value, entries);
+  }
   ASSERT_EQ(entries.size(), 3u);
   EXPECT_EQ(entries[0].signature, (std::vector<std::byte>{std::byte{0x45}, std::byte{0x6c}}));
   EXPECT_EQ(entries[0].signature_offset, 16u);
   EXPECT_EQ(entries[1].signature_offset, 8u);
-  EXPECT_EQ(entries[2].signature_offset, 0u);
+  EXPECT_EQ(entries[2].signature_offset, 0u) << "only exactly two items have a place";
 }
 
 TEST(file_filter, options_repeat_and_the_first_path_goes_to_the_terms_to_skip) {
@@ -89,13 +83,9 @@ TEST(file_filter, options_repeat_and_the_first_path_goes_to_the_terms_to_skip) {
 }
 
 TEST(file_times, bounds_turn_on_only_for_valid_times) {
-  struct row {
-    const char* reason;
-    const char* start;  // null: not given
-    const char* stop;
-    const char* bounds;  // seconds of both, "-" for one that is off; "stop": the run must end
-  };
-  const row rows[] = {
+  // `start`: null: not given
+  // `bounds`: seconds of both, "-" for one that is off; "stop": the run must end
+  const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
       {"a start opens the stop", "2012-03-01", nullptr, "1330560000 4294967295"},
       {"a stop's day counts whole", nullptr, "2012/03/01", "- 1330646399"},
       {"a stop with a time", nullptr, "2012-3-1 0:0:1", "- 1330560001"},
@@ -107,14 +97,14 @@ TEST(file_times, bounds_turn_on_only_for_valid_times) {
   const auto text = [](const file_time_bound& bound) {
     return bound.on ? std::to_string(bound.unix_seconds) : "-";
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, start, stop, bounds] : rows) {
     argument_list list;
-    if (r.start != nullptr) list.insert(list.end(), {"-cmd_start_time", r.start});
-    if (r.stop != nullptr) list.insert(list.end(), {"-cmd_stop_time", r.stop});
+    if (start != nullptr) list.insert(list.end(), {"-cmd_start_time", start});
+    if (stop != nullptr) list.insert(list.end(), {"-cmd_stop_time", stop});
     walk_options walk;
     const bool goes_on = take_file_time_options(list, walk);
-    EXPECT_EQ(goes_on ? text(walk.cmd_start) + " " + text(walk.cmd_stop) : "stop", r.bounds)
-        << r.reason;
+    EXPECT_EQ(goes_on ? text(walk.cmd_start) + " " + text(walk.cmd_stop) : "stop", bounds)
+        << reason;
   }
 }
 

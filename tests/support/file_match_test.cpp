@@ -22,13 +22,7 @@ bool matches(const std::string& path, const char* terms) {
 }
 
 TEST(match_filters, terms_against_names) {
-  struct row {
-    const char* reason;
-    const char* path;
-    const char* terms;
-    bool matched;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, const char*, const char*, bool> rows[] = {
       {"no terms", "/d/a", nullptr, true},
       {"no path", "", nullptr, false},
       {"no text", "/d/\xff.evtx", nullptr, false},
@@ -51,21 +45,15 @@ TEST(match_filters, terms_against_names) {
       {"two dots are a folder", "/d/..", ".", true},
       {"a term that is no text passes nothing", "/d/a", "\xff", false},
   };
-  for (const row& r : rows) EXPECT_EQ(matches(r.path, r.terms), r.matched) << r.reason;
+  for (const auto& [reason, path, terms, matched] : rows)
+    EXPECT_EQ(matches(path, terms), matched) << reason;
 }
 
 TEST(match_filters, signatures_against_bytes) {
   const scratch_dir scratch;
   const std::string file = scratch.write("f", "0123");
   ASSERT_EQ(::mkfifo(scratch.path("fifo").c_str(), 0600), 0);
-  struct row {
-    const char* reason;
-    std::string path;
-    const char* signature;
-    bool matched;
-    bool undecided;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, std::string, const char*, bool, bool> rows[] = {
       {"at the start", file, "30 31", true, false},
       {"up to the end", file, "32 33|2", true, false},
       {"other bytes", file, "31", false, false},
@@ -74,13 +62,13 @@ TEST(match_filters, signatures_against_bytes) {
       {"no file", scratch.path("lost"), "30", false, false},
       {"nothing to open", scratch.path("fifo"), "30", false, false},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, path, signature, matched, too_short] : rows) {
     std::vector<file_filter_entry> filters;
     parse_filter_list("other", filters);
-    parse_signature_filter(r.signature, filters);
+    parse_signature_filter(signature, filters);
     bool undecided = false;
-    EXPECT_EQ(match_filters({}, undecided, r.path, filters, nullptr), r.matched) << r.reason;
-    EXPECT_EQ(undecided, r.undecided) << r.reason;
+    EXPECT_EQ(match_filters({}, undecided, path, filters, nullptr), matched) << reason;
+    EXPECT_EQ(undecided, too_short) << reason;
   }
 }
 
@@ -89,31 +77,24 @@ TEST(match_filters, times_against_the_window) {
   const std::string file = scratch.write("f", "");
   const file_time_bound off;
   const auto at = [](std::uint32_t seconds) { return file_time_bound{true, 0, seconds}; };
-  struct row {
-    const char* reason;
-    std::int64_t modified;
-    file_time_bound start;
-    file_time_bound stop;
-    bool matched;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, std::int64_t, file_time_bound, file_time_bound, bool> rows[] = {
       {"no window", -1, off, off, true},           {"on the start", 1000, at(1000), off, true},
       {"before it", 999, at(1000), off, false},    {"on the stop", 1000, off, at(1000), true},
       {"after it", 1001, off, at(1000), false},    {"before 1970", -1, off, at(1000), false},
       {"no time at all", 0, off, at(1000), false},
   };
-  for (const row& r : rows) {
-    const struct timespec times[2] = {{0, 0}, {r.modified, 0}};
+  for (const auto& [reason, modified, start, stop, matched] : rows) {
+    const struct timespec times[2] = {{0, 0}, {modified, 0}};
     ASSERT_EQ(::utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
     walk_options options;
-    options.cmd_start = r.start;
-    options.cmd_stop = r.stop;
+    options.cmd_start = start;
+    options.cmd_stop = stop;
     bool undecided = false;
     file_info info;
-    EXPECT_EQ(match_filters(options, undecided, file, {}, &info), r.matched) << r.reason;
-    EXPECT_TRUE(match_filters(options, undecided, file, {}, nullptr)) << r.reason;
+    EXPECT_EQ(match_filters(options, undecided, file, {}, &info), matched) << reason;
+    EXPECT_TRUE(match_filters(options, undecided, file, {}, nullptr)) << reason;
     file_info gone;
-    EXPECT_EQ(match_filters(options, undecided, file + "x", {}, &gone), !r.start.on && !r.stop.on);
+    EXPECT_EQ(match_filters(options, undecided, file + "x", {}, &gone), !start.on && !stop.on);
   }
 }
 

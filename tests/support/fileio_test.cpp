@@ -28,12 +28,7 @@ TEST(fileio, opens_what_can_be_read_without_waiting) {
   scratch.write("a.evtx", "text");
   scratch.write("\xff.evtx", "text");
   ASSERT_EQ(::mkfifo(scratch.path("fifo").c_str(), 0600), 0);
-  struct row {
-    const char* reason;
-    std::string path;
-    bool opens;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, std::string, bool> rows[] = {
       {"a file", scratch.path("a.evtx"), true},
       {"trailing separators go", scratch.path("a.evtx/\\/"), true},
       {"a folder, which has no bytes", scratch.path(""), true},
@@ -43,13 +38,12 @@ TEST(fileio, opens_what_can_be_read_without_waiting) {
       {"separators only", "//", false},
       {"no path", "", false},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, path, opens] : rows) {
     fileio file;
-    EXPECT_EQ(file.open(r.path), r.opens) << r.reason;
-    EXPECT_EQ(file.is_open(), r.opens) << r.reason;
+    EXPECT_EQ(file.open(path), opens) << reason;
+    EXPECT_EQ(file.is_open(), opens) << reason;
     std::vector<std::byte> bytes;
-    EXPECT_EQ(read_file_head(bytes, r.path, 4), r.path.find("a.evtx") != std::string::npos)
-        << r.reason;
+    EXPECT_EQ(read_file_head(bytes, path, 4), path.find("a.evtx") != std::string::npos) << reason;
   }
 }
 
@@ -89,22 +83,18 @@ TEST(walk_blocks, gives_each_byte_once) {
   const scratch_dir scratch;
   fileio file;
   ASSERT_TRUE(file.open(scratch.write("f", "0123456789")));
-  struct row {
-    std::uint64_t block_size, start;
-    bool walked;
-    const char* blocks;
-  };
   constexpr auto all = ~std::uint64_t{0};
-  const row rows[] = {{4, 1, true, "1:1234 5:5678 9:9 "},
-                      {5, 0, true, "0:01234 5:56789 "},
-                      {all, 3, true, "3:3456789 "},
-                      {4, 10, false, ""},
-                      {4, all, false, ""},
-                      {0, 0, false, ""}};
-  for (const row& r : rows) {
+  const std::tuple<std::uint64_t, std::uint64_t, bool, const char*> rows[] = {
+      {4, 1, true, "1:1234 5:5678 9:9 "},
+      {5, 0, true, "0:01234 5:56789 "},
+      {all, 3, true, "3:3456789 "},
+      {4, 10, false, ""},
+      {4, all, false, ""},
+      {0, 0, false, ""}};
+  for (const auto& [block_size, start, expected, blocks] : rows) {
     bool walked = false;
-    EXPECT_EQ(blocks_of(file, r.block_size, r.start, walked), r.blocks) << r.block_size;
-    EXPECT_EQ(walked, r.walked) << r.block_size;
+    EXPECT_EQ(blocks_of(file, block_size, start, walked), blocks) << block_size;
+    EXPECT_EQ(walked, expected) << block_size;
   }
 }
 

@@ -21,11 +21,6 @@ log_builder& log_builder::chunk(const chunk_builder& chunk) {
   return *this;
 }
 
-log_builder& log_builder::raw(std::span<const std::byte> bytes) {
-  append_bytes(bytes_, bytes);
-  return *this;
-}
-
 std::size_t log_builder::chunk_offset(std::size_t chunk) const { return chunk_offsets_.at(chunk); }
 
 std::size_t log_builder::record_offset(std::size_t chunk, std::size_t record) const {

@@ -21,8 +21,6 @@ class log_builder : public file_bytes {
   log_builder();
 
   log_builder& chunk(const chunk_builder& chunk);
-  // Bytes as they are behind the last chunk: a torn chunk, a file slack.
-  log_builder& raw(std::span<const std::byte> bytes);
 
   // Offsets in the file; chunks and records count from 0, slack records behind the declared ones.
   std::size_t chunk_offset(std::size_t chunk) const;
@@ -31,8 +29,6 @@ class log_builder : public file_bytes {
   std::size_t content_offset(std::size_t chunk, std::size_t record) const {
     return record_offset(chunk, record) + 24;
   }
-  std::size_t chunk_count() const { return record_offsets_.size(); }
-  std::size_t record_count(std::size_t chunk) const { return record_offsets_.at(chunk).size(); }
 
  private:
   void write_header();

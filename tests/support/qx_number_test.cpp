@@ -3,12 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <optional>
 #include <string>
 
-#include "support/qx_digits.h"
 #include "support/qx_path.h"
 
 namespace zanvik {
@@ -17,10 +15,7 @@ namespace {
 constexpr auto none = std::nullopt;
 
 TEST(qx_number, unsigned_prefixes) {
-  const struct {
-    std::string text;
-    std::optional<std::uint32_t> value;
-  } rows[] = {
+  const std::tuple<std::string, std::optional<std::uint32_t>> rows[] = {
       {"0x1F", 31},
       {" X1f\n", 31},
       {"zx10", 16},  // only the second place is looked at
@@ -35,14 +30,11 @@ TEST(qx_number, unsigned_prefixes) {
       {"''", none},
       {"", none},
   };
-  for (const auto& row : rows) EXPECT_EQ(unsigned_from_text(row.text), row.value) << row.text;
+  for (const auto& [text, value] : rows) EXPECT_EQ(unsigned_from_text(text), value) << text;
 }
 
 TEST(qx_number, signed_prefixes) {
-  const struct {
-    std::string text;
-    std::optional<std::int64_t> value;
-  } rows[] = {
+  const std::tuple<std::string, std::optional<std::int64_t>> rows[] = {
       {"4624", 4624},
       {"12x10", 16},  // what stands before the x does not matter
       {"0xffffffff", -1},
@@ -55,17 +47,14 @@ TEST(qx_number, signed_prefixes) {
       {" 1", none},
       {"", none},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(number_from_text(row.text), row.value) << row.text;
-    EXPECT_EQ(std::optional<std::int64_t>(signed_from_text(row.text)), row.value) << row.text;
+  for (const auto& [text, value] : rows) {
+    EXPECT_EQ(number_from_text(text), value) << text;
+    EXPECT_EQ(std::optional<std::int64_t>(signed_from_text(text)), value) << text;
   }
 }
 
 TEST(qx_number, sixty_four_bits) {
-  const struct {
-    std::string text;
-    std::optional<std::uint64_t> value;
-  } rows[] = {
+  const std::tuple<std::string, std::optional<std::uint64_t>> rows[] = {
       {"  18446744073709551615", ~0ull},
       {"18446744073709551616", ~0ull},
       {"123456789012345678901", none},  // 21 digits
@@ -81,15 +70,11 @@ TEST(qx_number, sixty_four_bits) {
       {"", 0},
       {std::string(30, ' ') + "1", none},  // more than 30 characters
   };
-  for (const auto& row : rows) EXPECT_EQ(u64_from_text(row.text), row.value) << row.text;
+  for (const auto& [text, value] : rows) EXPECT_EQ(u64_from_text(text), value) << text;
 }
 
 TEST(qx_number, hexadecimal_width_goes_by_the_value) {
-  const struct {
-    std::uint64_t value;
-    unsigned width;
-    std::string text;
-  } rows[] = {
+  const std::tuple<std::uint64_t, unsigned, std::string> rows[] = {
       {254, 0, "0xfe"},
       {255, 0, "0x00ff"},
       {65535, 0, "0x00ffff"},
@@ -98,28 +83,12 @@ TEST(qx_number, hexadecimal_width_goes_by_the_value) {
       {5, 3, "0x005"},
       {0x1234, 2, "0x1234"},
   };
-  for (const auto& row : rows) EXPECT_EQ(number_to_text(row.value, true, row.width), row.text);
+  for (const auto& [value, width, text] : rows) EXPECT_EQ(number_to_text(value, true, width), text);
   EXPECT_EQ(number_to_text(~0ull, false, 0), "18446744073709551615");
 }
 
-TEST(qx_number, digits_written_out) {
-  char text[40];
-  EXPECT_EQ(std::string(text, write_decimal(text, 7, 4)), "0007");
-  EXPECT_EQ(std::string(text, write_decimal(text, 12345, 4)), "12345");
-  std::string out = "=";
-  append_decimal(out, std::int64_t{-5});
-  append_hex(out, 0xabc, 5);
-  EXPECT_EQ(out, "=-500abc");
-  std::array<std::byte, 16> guid;
-  for (unsigned i = 0; i < 16; ++i) guid[i] = static_cast<std::byte>(0x11 * i);
-  append_guid(out = "{", guid);  // its first three fields turn
-  EXPECT_EQ(out, "{33221100-5544-7766-8899-aabbccddeeff");
-}
-
 TEST(qx_path, dividing) {
-  const struct {
-    std::string path, folder, name;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string> rows[] = {
       {"/a/b.evtx", "/a", "b.evtx"},
       {R"(C:\a/b)", "C:", "a/b"},  // a backslash goes before any slash
       {"/b", ".", "/b"},           // a divider at the start is none
@@ -128,11 +97,11 @@ TEST(qx_path, dividing) {
       {"a/..", "a//..", "."},  // two slashes
       {R"(a\..)", R"(a\..)", "."},
   };
-  for (const auto& row : rows) {
+  for (const auto& [path, expected_folder, expected_name] : rows) {
     std::string folder, name;
-    EXPECT_TRUE(split_path(row.path, folder, name));
-    EXPECT_EQ(folder, row.folder) << row.path;
-    EXPECT_EQ(name, row.name) << row.path;
+    EXPECT_TRUE(split_path(path, folder, name));
+    EXPECT_EQ(folder, expected_folder) << path;
+    EXPECT_EQ(name, expected_name) << path;
   }
   std::string folder = "x", name = "y", extension = "z";
   EXPECT_FALSE(split_path_parts("", folder, name, extension));
@@ -150,11 +119,7 @@ TEST(qx_path, references_to_the_environment) {
   unsetenv("vss");
   unsetenv("VSS");
   const std::string device = R"(\\?\GLOBALROOT\Device\HarddiskVolumeShadowCopy)";
-  const struct {
-    std::string path;
-    bool allow_vss;
-    std::string expanded;
-  } rows[] = {
+  const std::tuple<std::string, bool, std::string> rows[] = {
       {"%ZT_A%/x", false, "/logs/x"},
       {"%ZT_B%/%ZT_A%", false, "/logs/b//logs"},  // what came in is looked through again
       {"%ZT_NONE%/%ZT_A%", false, "%ZT_NONE%//logs"},
@@ -164,8 +129,8 @@ TEST(qx_path, references_to_the_environment) {
       {"%ZT_A%" + std::string(506, 'x'), false, "/logs" + std::string(506, 'x')},
       {"%ZT_A%" + std::string(507, 'x'), false, "%ZT_A%" + std::string(507, 'x')},  // 513 bytes
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(expand_env_references(row.path, row.allow_vss), row.expanded);
+  for (const auto& [path, allow_vss, expanded] : rows) {
+    EXPECT_EQ(expand_env_references(path, allow_vss), expanded);
   }
   EXPECT_LT(expand_env_references("%ZT_GROW%", false).size(), 70'000u);
 }

@@ -14,20 +14,17 @@ namespace {
 using texts = std::vector<std::string>;
 
 TEST(qx_text, trimming) {
-  const struct {
-    std::string text, left;
-    bool result;
-  } rows[] = {
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {" \t a b\r\n", "a b", true},
       {"ab", "ab", true},
       {"  ", "", false},  // nothing left is false
       {"", "", false},
   };
-  for (const auto& row : rows) {
-    std::string text = row.text;
-    EXPECT_EQ(trim_blanks(text), row.result) << row.text;
-    EXPECT_EQ(text, row.left);
-    EXPECT_EQ(trimmed(row.text), row.left);
+  for (const auto& [given, left, result] : rows) {
+    std::string text = given;
+    EXPECT_EQ(trim_blanks(text), result) << given;
+    EXPECT_EQ(text, left);
+    EXPECT_EQ(trimmed(given), left);
   }
 }
 
@@ -47,9 +44,7 @@ TEST(qx_text, replacing) {
 }
 
 TEST(qx_text, line_end_marks) {
-  const struct {
-    std::string text, marked;
-  } rows[] = {
+  const std::tuple<std::string, std::string> rows[] = {
       {"a\r\nb\n", "a[CRLF]b[LF]"},
       {"a\rb\nc", "a\rb[LF]c"},  // beside an LF a lone CR stays
       {"a\rb\r", "a[CR]b[CR]"},
@@ -60,7 +55,7 @@ TEST(qx_text, line_end_marks) {
       {"\r\r\nx", "\r[CRLF]x"},
       {"\n", "[LF]"},
   };
-  for (const auto& row : rows) EXPECT_EQ(mark_line_ends(row.text), row.marked);
+  for (const auto& [text, marked] : rows) EXPECT_EQ(mark_line_ends(text), marked);
 }
 
 // The plain way: lower-cased copies and a substring search.
@@ -88,11 +83,7 @@ TEST(qx_text, search_without_case_agrees_with_the_plain_one) {
 }
 
 TEST(qx_text, splitting_on_a_character) {
-  const struct {
-    std::string value;
-    bool trim, keep_empty;
-    texts items;
-  } rows[] = {
+  const std::tuple<std::string, bool, bool, texts> rows[] = {
       {"a,,b", false, false, {"a", "b"}},
       {"a,,b", false, true, {"a", "", "b"}},
       {",a", false, false, {"a"}},
@@ -103,10 +94,10 @@ TEST(qx_text, splitting_on_a_character) {
       {"a, ,b", false, false, {"a", " ", "b"}},
       {" ", true, true, {""}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [value, trim, keep_empty, expected] : rows) {
     texts items = {"gone"};
-    EXPECT_TRUE(split_on_char(row.value, ',', items, row.trim, row.keep_empty, false));
-    EXPECT_EQ(items, row.items) << row.value;
+    EXPECT_TRUE(split_on_char(value, ',', items, trim, keep_empty, false));
+    EXPECT_EQ(items, expected) << value;
   }
   texts items = {"kept"};
   EXPECT_TRUE(split_on_char("a,b", ',', items, false, false, true));
@@ -116,30 +107,21 @@ TEST(qx_text, splitting_on_a_character) {
 }
 
 TEST(qx_text, splitting_goes_by_the_order_of_the_separators) {
-  const struct {
-    std::string value;
-    char found;
-    texts items;
-  } rows[] = {
+  const std::tuple<std::string, char, texts> rows[] = {
       {"a,b|c", '|', {"a,b", "c"}},  // not the one that stands first in the value
       {"a;b,c", ',', {"a;b", "c"}},
       {" a b ", 0, {" a b "}},  // nothing split, nothing trimmed
       {"", 0, {}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [value, found, expected] : rows) {
     texts items = {"gone"};
-    EXPECT_EQ(split_on_first_of(row.value, items, true, false, "|,;"), row.found) << row.value;
-    EXPECT_EQ(items, row.items);
+    EXPECT_EQ(split_on_first_of(value, items, true, false, "|,;"), found) << value;
+    EXPECT_EQ(items, expected);
   }
 }
 
 TEST(qx_text, splitting_on_blanks_honours_quotes) {
-  const struct {
-    std::string text;
-    std::size_t limit;
-    bool quotes;
-    texts items;
-  } rows[] = {
+  const std::tuple<std::string, std::size_t, bool, texts> rows[] = {
       {"  a\tb \r\n c", 0, false, {"a", "b", "c"}},
       {"a b c", 2, false, {"a", "b"}},
       {R"(a "b  c" d)", 0, true, {"a", "b c", "d"}},  // the words are joined by one blank
@@ -150,10 +132,10 @@ TEST(qx_text, splitting_on_blanks_honours_quotes) {
       {R"(a " b " c)", 0, true, {"a", " b ", "c"}},
       {"", 0, true, {}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [text, limit, quotes, expected] : rows) {
     texts items = {"gone"};
-    EXPECT_EQ(split_on_blanks(row.text, row.limit, items, row.quotes), row.items.size());
-    EXPECT_EQ(items, row.items) << row.text;
+    EXPECT_EQ(split_on_blanks(text, limit, items, quotes), expected.size());
+    EXPECT_EQ(items, expected) << text;
   }
 }
 

@@ -17,9 +17,7 @@ qx::time at(std::uint64_t filetime) { return {filetime, qx::type_time::filetime}
 const qx::time sample = at(parse_iso8601("2012-03-01T04:05:06.1234567Z"));
 
 TEST(qx_time_format, by_the_format_strings) {
-  const struct {
-    std::string date_format, time_format, date, time;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
       {"yyyy-mm-dd", "hh:mm:ss.xxx", "2012-03-01", "04:05:06.123"},
       {"mm/dd/yy", "hh:mm:ss.xxxx", "03/01/12", "04:05:06.1234"},
       {"dd-mmm-yyyy", "hh:mm:ss.xxxxx", "01-Mar-2012", "04:05:06.12345"},
@@ -32,61 +30,47 @@ TEST(qx_time_format, by_the_format_strings) {
       {"", "hh:mm:ss", "kept", "04:05:06"},
       {"yyyy-mm-dd", "", "2012-03-01", "kept"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [date_format, time_format, expected_date, expected_time] : rows) {
     std::string date = "kept", time = "kept";
-    EXPECT_TRUE(format_with_strings(date, time, sample, row.date_format, row.time_format));
-    EXPECT_EQ(date, row.date) << row.date_format;
-    EXPECT_EQ(time, row.time) << row.time_format;
+    EXPECT_TRUE(format_with_strings(date, time, sample, date_format, time_format));
+    EXPECT_EQ(date, expected_date) << date_format;
+    EXPECT_EQ(time, expected_time) << time_format;
   }
   std::string date = "kept", time = "kept";
   EXPECT_FALSE(format_with_strings(date, time, at(0), "yyyy-mm-dd", "hh:mm:ss"));
   EXPECT_EQ(date + time, "keptkept");
 }
 
-TEST(qx_time_format, the_digest_and_what_it_prints) {
-  using f = format_descriptor;
-  const struct {
-    std::string date_format, time_format;
-    bool complete;
-    char separator;
-    unsigned flags, digits;
-    bool result;
-    std::string date, time;
-  } rows[] = {
-      {"yyyy-mm-dd", "hh:mm:ss.xxx", true, '-', f::month_digits | f::year_four | f::year_month_day,
-       3, true, "2012-03-01", "04:05:06.123"},
-      {"mm/dd/yy", "hh:mm:ss", true, '/', f::month_digits | f::year_two | f::month_day_year, 0,
-       true, "03/01/2012", "04:05:06"},  // the full year, though two digits were asked for
-      {"dd-mmm-yyyy", "hh:mm:ss.xxxxxxxxx", true, '-',
-       f::month_name | f::year_four | f::day_month_year, 9, true, "01-Mar-2012",
-       "04:05:06.123456700"},
-      {"mmm dd, yyyy", "hh:mm:ss.xxxxxxxxxx", true, ' ',
-       f::month_name | f::year_four | f::comma | f::month_day_year, 9, true, "Mar 01 2012",
-       "04:05:06.123456700"},  // ten digits are nine here
-      {"yyyy-mmm-dd", "hh:mm:ss", true, '-', f::month_name | f::year_four | f::year_month_day, 0,
-       true, "", "04:05:06"},  // this order has no form with a name
-      {"yyyy-dd-mm", "hh:mm:ss.xxxx", false, '-', f::month_digits | f::year_four, 4, true, "",
-       "04:05:06.1234"},
-      {"mm-yyyy-dd", "", false, '-', f::month_digits | f::year_four, 0, true, "", "04:05:06"},
-      {"yyyy/mm", "hh:mm:ss", false, '/', f::month_digits | f::year_four, 0, true, "", "04:05:06"},
-      {"yyyymmdd", "hh:mm:ss", true, 0, f::month_digits | f::year_four | f::year_month_day, 0,
-       false, "2012-03-01", "04:05:06.123"},  // no separator: the default form
-      {"", "", true, 0, 0, 0, false, "2012-03-01", "04:05:06.123"},
-  };
-  for (const auto& row : rows) {
+TEST(qx_time_format, by_the_digest) {
+  // Whether the digest is complete, its fraction's digits, whether it prints, and what.
+  const std::tuple<std::string, std::string, bool, unsigned, bool, std::string, std::string>
+      rows[] = {
+          {"yyyy-mm-dd", "hh:mm:ss.xxx", true, 3, true, "2012-03-01", "04:05:06.123"},
+          // The full year, though two digits were asked for.
+          {"mm/dd/yy", "hh:mm:ss", true, 0, true, "03/01/2012", "04:05:06"},
+          {"dd-mmm-yyyy", "hh:mm:ss.xxxxxxxxx", true, 9, true, "01-Mar-2012", "04:05:06.123456700"},
+          // Ten digits are nine here.
+          {"mmm dd, yyyy", "hh:mm:ss.xxxxxxxxxx", true, 9, true, "Mar 01 2012",
+           "04:05:06.123456700"},
+          // This order has no form with a name.
+          {"yyyy-mmm-dd", "hh:mm:ss", true, 0, true, "", "04:05:06"},
+          {"yyyy-dd-mm", "hh:mm:ss.xxxx", false, 4, true, "", "04:05:06.1234"},
+          {"mm-yyyy-dd", "", false, 0, true, "", "04:05:06"},
+          {"yyyy/mm", "hh:mm:ss", false, 0, true, "", "04:05:06"},
+          // No separator: the default form.
+          {"yyyymmdd", "hh:mm:ss", true, 0, false, "2012-03-01", "04:05:06.123"},
+          {"", "", true, 0, false, "2012-03-01", "04:05:06.123"},
+      };
+  for (const auto& [date_format, time_format, complete, digits, prints, date, time] : rows) {
     format_descriptor descriptor;
-    EXPECT_EQ(build_format_descriptor(descriptor, row.date_format, row.time_format, true),
-              row.complete)
-        << row.date_format;
-    EXPECT_EQ(descriptor.separator, row.separator) << row.date_format;
-    EXPECT_EQ(descriptor.flags, row.flags) << row.date_format;
-    EXPECT_EQ(descriptor.time_flags, row.digits * 2 + 1) << row.date_format;
-    std::string date = "gone", time = "gone";
-    EXPECT_EQ(format_with_descriptor(date, time, sample, descriptor), row.result);
-    EXPECT_EQ(date, row.date) << row.date_format;
-    EXPECT_EQ(time, row.time) << row.date_format;
-    EXPECT_FALSE(format_with_descriptor(date, time, at(1), descriptor));
-    EXPECT_EQ(date + time, "");
+    EXPECT_EQ(build_format_descriptor(descriptor, date_format, time_format, true), complete)
+        << date_format;
+    EXPECT_EQ(descriptor.fraction_digits(), digits) << date_format;
+    std::string day = "gone", hour = "gone";
+    EXPECT_EQ(format_with_descriptor(day, hour, sample, descriptor), prints) << date_format;
+    EXPECT_EQ(day + " " + hour, date + " " + time) << date_format;
+    EXPECT_FALSE(format_with_descriptor(day, hour, at(1), descriptor));
+    EXPECT_EQ(day + hour, "");
   }
 }
 

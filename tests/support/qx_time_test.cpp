@@ -27,10 +27,7 @@ std::uint64_t day_start(int year, int month, int day) {
 }
 
 TEST(qx_time, validity) {
-  const struct {
-    std::uint64_t filetime;
-    bool valid, before_epoch;
-  } rows[] = {
+  const std::tuple<std::uint64_t, bool, bool> rows[] = {
       {0, false, false},
       {1, false, true},                          // 1601
       {day_start(1900, 1, 1) - 1, false, true},  // the end of 1899
@@ -43,11 +40,11 @@ TEST(qx_time, validity) {
       {0x8000000000000000, false, false},
       {~0ull, false, false},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(at(row.filetime).valid(), row.valid) << row.filetime;
-    EXPECT_EQ(is_valid_filetime(row.filetime), row.valid) << row.filetime;
-    EXPECT_EQ(at(row.filetime).before_unix_epoch(), row.before_epoch) << row.filetime;
-    EXPECT_EQ(at(row.filetime).filetime(), row.filetime);
+  for (const auto& [filetime, valid, before_epoch] : rows) {
+    EXPECT_EQ(at(filetime).valid(), valid) << filetime;
+    EXPECT_EQ(is_valid_filetime(filetime), valid) << filetime;
+    EXPECT_EQ(at(filetime).before_unix_epoch(), before_epoch) << filetime;
+    EXPECT_EQ(at(filetime).filetime(), filetime);
   }
 }
 
@@ -84,10 +81,7 @@ TEST(qx_time, parts_agree_with_the_systems_calendar) {
 }
 
 TEST(qx_time, loose_parts_carry) {
-  const struct {
-    loose_time parts;
-    std::uint64_t filetime;
-  } rows[] = {
+  const std::tuple<loose_time, std::uint64_t> rows[] = {
       {{.year = 2013, .month = 2, .day = 29}, day_start(2013, 3, 1)},
       {{.year = 2013, .month = 0, .day = 31}, day_start(2012, 12, 31)},
       {{.year = 2013, .month = 25, .day = 1}, day_start(2015, 1, 1)},
@@ -96,7 +90,7 @@ TEST(qx_time, loose_parts_carry) {
       {{.year = 2012, .month = 3, .day = 1, .millisecond = -1}, day_start(2012, 3, 1) - 10'000},
       {{.year = 1600, .month = 12, .day = 31}, 0 - ticks_per_day},
   };
-  for (const auto& row : rows) EXPECT_EQ(loose_to_filetime(row.parts), row.filetime);
+  for (const auto& [parts, filetime] : rows) EXPECT_EQ(loose_to_filetime(parts), filetime);
 }
 
 TEST(qx_time, dos_words) {
@@ -110,10 +104,8 @@ TEST(qx_time, dos_words) {
 }
 
 TEST(qx_time, dates_as_typed) {
-  const struct {
-    std::string text;
-    std::uint64_t filetime;  // 0: not valid
-  } rows[] = {
+  // `filetime`: 0: not valid
+  const std::tuple<std::string, std::uint64_t> rows[] = {
       {"03/01/2012 12:34:56", day_start(2012, 3, 1) + 45'296 * ticks_per_second},
       {"15-MAR-2012", day_start(2012, 3, 15)},  // a name in the middle: the day is in front
       {"02/29/2013", day_start(2013, 3, 1)},    // the days of a month are not checked
@@ -136,11 +128,11 @@ TEST(qx_time, dates_as_typed) {
       {"1/2/2012 1:00:" + std::string(32, '0'), 0},  // a field of 32 characters
       {"1/2/1899", 0},
   };
-  for (const auto& row : rows) {
-    const qx::time time(row.text, true);
-    EXPECT_EQ(time.valid(), row.filetime != 0) << row.text;
+  for (const auto& [text, filetime] : rows) {
+    const qx::time time(text, true);
+    EXPECT_EQ(time.valid(), filetime != 0) << text;
     if (time.valid()) {
-      EXPECT_EQ(time.filetime(), row.filetime) << row.text;
+      EXPECT_EQ(time.filetime(), filetime) << text;
     }
   }
 }
@@ -160,11 +152,8 @@ TEST(qx_time, local_reading_comes_back_to_the_same_count) {
 }
 
 TEST(qx_time, dates_in_a_given_order) {
-  const struct {
-    std::string date, time, order;
-    char separator;
-    std::uint64_t filetime;  // 0: refused
-  } rows[] = {
+  // `filetime`: 0: refused
+  const std::tuple<std::string, std::string, std::string, char, std::uint64_t> rows[] = {
       {"2012-03-01", "", "YMD", '-', day_start(2012, 3, 1)},
       {"01.03.12", "1:02:03.0456", "DMY", '.',
        day_start(2012, 3, 1) + 3'723 * ticks_per_second + 460'000},  // rounded to the millisecond
@@ -176,13 +165,11 @@ TEST(qx_time, dates_in_a_given_order) {
       {"2012-ab-01", "", "YMD", '-', 0},
       {"", "", "YMD", '-', 0},
   };
-  for (const auto& row : rows) {
+  for (const auto& [date, time, order, separator, filetime] : rows) {
     qx::_windows_systemtime parts;
-    EXPECT_EQ(parse_date_ymd(row.date, row.time, row.order, row.separator, parts),
-              row.filetime != 0)
-        << row.date;
-    if (row.filetime != 0) {
-      EXPECT_EQ(system_to_filetime(parts), row.filetime) << row.date;
+    EXPECT_EQ(parse_date_ymd(date, time, order, separator, parts), filetime != 0) << date;
+    if (filetime != 0) {
+      EXPECT_EQ(system_to_filetime(parts), filetime) << date;
     }
   }
 }

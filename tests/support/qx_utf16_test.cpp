@@ -24,11 +24,7 @@ std::vector<std::byte> bytes_of(const std::string& text) {
 }
 
 TEST(qx_utf16, surrogates_pair_or_all_stand_alone) {
-  const struct {
-    std::u16string units;
-    std::string text;
-    std::size_t used;
-  } rows[] = {
+  const std::tuple<std::u16string, std::string, std::size_t> rows[] = {
       {u"a\u00e9\u4e2d", "a\xc3\xa9\xe4\xb8\xad", 3},
       {u"\u007f\u0080\u07ff\u0800\uffff", "\x7f\xc2\x80\xdf\xbf\xe0\xa0\x80\xef\xbf\xbf", 5},
       {u"x\U0001f600y", "x\xf0\x9f\x98\x80y", 4},
@@ -39,10 +35,10 @@ TEST(qx_utf16, surrogates_pair_or_all_stand_alone) {
       {std::u16string(u"\xd83d\0\xde00", 3), "\xed\xa0\xbd", 1},
       {u"", "", 0},
   };
-  for (const auto& row : rows) {
+  for (const auto& [units, text, used] : rows) {
     std::string out = "=";
-    EXPECT_EQ(append_utf8_from_utf16(out, bytes_of(row.units)), row.used) << row.text;
-    EXPECT_EQ(out, "=" + row.text);
+    EXPECT_EQ(append_utf8_from_utf16(out, bytes_of(units)), used) << text;
+    EXPECT_EQ(out, "=" + text);
   }
 }
 
@@ -79,20 +75,15 @@ TEST(qx_utf16, any_place_of_the_first_other_unit) {
 
 TEST(qx_utf16, length_limits) {
   const auto bytes = bytes_of(std::u16string(u"ab\0cd", 5));
-  const struct {
-    std::ptrdiff_t length;
-    bool count_terminator;
-    std::size_t used;
-    std::string text;
-  } rows[] = {
+  const std::tuple<std::ptrdiff_t, bool, std::size_t, std::string> rows[] = {
       {99, false, 4, "ab"}, {10, true, 6, "ab"},
       {5, true, 4, "ab"},  // the NUL is not wholly inside
       {3, false, 2, "a"},   {0, true, 0, ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [length, count_terminator, used, text] : rows) {
     std::string out = "gone";
-    EXPECT_EQ(utf8_from_utf16(bytes, out, row.length, row.count_terminator), row.used);
-    EXPECT_EQ(out, row.text) << row.length;
+    EXPECT_EQ(utf8_from_utf16(bytes, out, length, count_terminator), used);
+    EXPECT_EQ(out, text) << length;
   }
   std::string out;
   EXPECT_EQ(utf8_from_utf16(bytes_of(std::u16string(600, u'x')), out), 1000u);
@@ -100,10 +91,7 @@ TEST(qx_utf16, length_limits) {
 }
 
 TEST(qx_utf16, strict_utf8) {
-  const struct {
-    std::string text;
-    bool strict;
-  } rows[] = {
+  const std::tuple<std::string, bool> rows[] = {
       {"abc", true},
       {"\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80", true},
       {"\xc0\x80\xed\xa0\x80\xf7\xbf\xbf\xbf", true},  // overlong, surrogate, beyond the last
@@ -118,7 +106,7 @@ TEST(qx_utf16, strict_utf8) {
       {"\xa9", false},  // cannot lead
       {"\xf8\x80\x80\x80\x80", false},
   };
-  for (const auto& row : rows) EXPECT_EQ(is_strict_utf8(row.text), row.strict) << row.text;
+  for (const auto& [text, strict] : rows) EXPECT_EQ(is_strict_utf8(text), strict) << text;
 }
 
 std::string runs_of(std::span<const std::byte> bytes, std::size_t min_units) {
@@ -133,9 +121,7 @@ std::string runs_of(std::span<const std::byte> bytes, std::size_t min_units) {
 
 TEST(qx_utf16, runs_of_ascii_in_bytes) {
   using namespace std::string_literals;
-  const struct {
-    std::string bytes, runs;
-  } rows[] = {
+  const std::tuple<std::string, std::string> rows[] = {
       {"a\0b\0c\0d\0"s, "0:abcd;"},
       {"xa\0b\0c\0d\0"s, "1:abcd;"},       // on any byte
       {" \0 \0a\0b\0c\0d\0"s, "4:abcd;"},  // not from a blank
@@ -149,7 +135,7 @@ TEST(qx_utf16, runs_of_ascii_in_bytes) {
       {"a\0b\0c\0d\0e\1"s, "0:abcd;"},
       {""s, ""},
   };
-  for (const auto& row : rows) EXPECT_EQ(runs_of(bytes_of(row.bytes), 4), row.runs) << row.runs;
+  for (const auto& [bytes, runs] : rows) EXPECT_EQ(runs_of(bytes_of(bytes), 4), runs) << runs;
 }
 
 TEST(qx_utf16, found_strings_can_be_gathered) {

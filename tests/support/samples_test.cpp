@@ -3,28 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
-#include <string>
 
 #include "samples_builder.h"
+#include "scratch_dir.h"
 
 namespace zanvik::testing {
 namespace {
 
 TEST(samples, are_what_the_builders_make) {
-  const struct {
-    const char* name;
-    log_builder (*make)();
-  } rows[] = {
+  const std::pair<const char*, log_builder (*)()> rows[] = {
       {"security.evtx", security_sample}, {"system.evtx", system_sample}, {"odd.evtx", odd_sample}};
-  for (const auto& row : rows) {
-    std::ifstream file(std::string(ZANVIK_SOURCE_DIR "/samples/") + row.name, std::ios::binary);
-    ASSERT_TRUE(file) << row.name;
-    const std::string kept{std::istreambuf_iterator<char>(file), {}};
-    const log_builder made = row.make();
-    ASSERT_EQ(kept.size(), made.size()) << row.name;
-    EXPECT_EQ(std::memcmp(kept.data(), made.bytes().data(), kept.size()), 0) << row.name;
+  for (const auto& [name, make] : rows) {
+    const std::string kept = file_text(std::string(ZANVIK_SOURCE_DIR "/samples/") + name);
+    const log_builder made = make();
+    ASSERT_EQ(kept.size(), made.size()) << name;
+    EXPECT_EQ(std::memcmp(kept.data(), made.bytes().data(), kept.size()), 0) << name;
   }
 }
 

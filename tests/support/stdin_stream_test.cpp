@@ -25,12 +25,7 @@ std::vector<std::string> lines_of(const std::string& input, bool strip) {
 
 TEST(stdin_stream, lines_as_they_come) {
   const std::string full(4095, 'x');
-  struct row {
-    const char* reason;
-    std::string input;
-    std::vector<std::string> lines;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, std::string, std::vector<std::string>> rows[] = {
       {"no input", "", {}},
       {"the last line needs no end", "a b\n%c", {"a b", "%c"}},
       {"any number of CRs and LFs at the end", "a\r\r\nb\r\n\r\n", {"a", "b", ""}},
@@ -44,7 +39,7 @@ TEST(stdin_stream, lines_as_they_come) {
       {"a line over the end of the buffer", "ab\n" + full + "\nc", {"ab", full, "", "c"}},
       {"a NUL in a piece hides that piece only", "\0"s + full + "y\n", {"", "xy"}},
   };
-  for (const row& r : rows) EXPECT_EQ(lines_of(r.input, true), r.lines) << r.reason;
+  for (const auto& [reason, input, lines] : rows) EXPECT_EQ(lines_of(input, true), lines) << reason;
   EXPECT_EQ(lines_of("a\r\nb", false), (std::vector<std::string>{"a\r\n", "b"}));
 }
 
