@@ -104,27 +104,5 @@ TEST(flush_items, names_fields_by_the_shape_of_the_element) {
   }
 }
 
-TEST(flush_items, types_are_the_newest_words_and_those_of_chains) {
-  const struct {
-    items element;
-    const char* field;
-    std::uint16_t type;
-  } rows[] = {
-      {{{"Channel", 1}, {"System", 5}}, "Channel", 5},
-      {{{"Text", 1}, {"a", 0x205}, {"b", 0x205}}, "Text", 6},
-      {{{"Text", 0x101}, {"a", 0x205}, {"b", 0x205}}, "01:Text", 6},
-      {{{"Data", 0x141}, {"N", 0x106}, {"P", 5}, {"a", 0x205}, {"b", 0x205}}, "01:P", 21},
-      {{{"Data", 0x141}, {"Name", 0x106}, {"P", 5}, {"a", 0x15}}, "01:P", 0x15},
-  };
-  for (const auto& row : rows) {
-    field_map fields;
-    data_counters counters;
-    items element = row.element;
-    flush_items(element, fields, counters, true);
-    ASSERT_TRUE(fields.contains(row.field)) << row.field;
-    EXPECT_EQ(fields.find(row.field)->second.type, row.type) << row.field;
-  }
-}
-
 }  // namespace
 }  // namespace zanvik

@@ -82,33 +82,28 @@ TEST(resynchronising, the_walk_goes_on_behind_a_damaged_record) {
 TEST(resynchronising, a_refused_candidate_puts_the_search_off_the_grid_of_the_records) {
   // Behind a refused hit the search goes on four bytes further in steps of eight, so it misses all
   // later records, which lie on multiples of eight; the slack pass then finds them.
-  const struct {
-    const char* reason;
-    std::size_t record, field;
-    std::uint64_t value;
-    bool damage_second;
-    names without, with;
-  } rows[] = {
-      {"no time", 2, 16, 0, true, {"7"}, {"7", "9s", "10s"}},
-      {"time out of all range", 2, 16, ~std::uint64_t{0}, true, {"7"}, {"7", "9s", "10s"}},
-      {"a size of nothing in a record with a signature",
-       1,
-       4,
-       8ull << 32,
-       false,
-       {"7"},
-       {"7", "34359738368s", "9s", "10s"}},
-  };
-  for (const auto& row : rows) {
+  const std::tuple<const char*, std::size_t, std::size_t, std::uint64_t, bool, names, names>
+      rows[] = {
+          {"no time", 2, 16, 0, true, {"7"}, {"7", "9s", "10s"}},
+          {"time out of all range", 2, 16, ~std::uint64_t{0}, true, {"7"}, {"7", "9s", "10s"}},
+          {"a size of nothing in a record with a signature",
+           1,
+           4,
+           8ull << 32,
+           false,
+           {"7"},
+           {"7", "34359738368s", "9s", "10s"}},
+      };
+  for (const auto& [reason, record, field, value, damage_second, without, with] : rows) {
     auto log = four_records();
-    if (row.damage_second) log.poke_u32(log.record_offset(0, 1), no_signature);
-    if (row.field == 4) {
-      log.poke_u32(log.record_offset(0, row.record) + 4, 0);
-      log.poke_u64(log.record_offset(0, row.record) + 8, row.value);
+    if (damage_second) log.poke_u32(log.record_offset(0, 1), no_signature);
+    if (field == 4) {
+      log.poke_u32(log.record_offset(0, record) + 4, 0);
+      log.poke_u64(log.record_offset(0, record) + 8, value);
     } else {
-      log.poke_u64(log.record_offset(0, row.record) + row.field, row.value);
+      log.poke_u64(log.record_offset(0, record) + field, value);
     }
-    expect_found(log, row.without, row.with, row.reason);
+    expect_found(log, without, with, reason);
   }
 }
 
@@ -142,13 +137,7 @@ log_builder with_tail() {
 TEST(slack_pass, what_a_candidate_must_be) {
   const std::size_t third = with_tail().record_offset(0, 2);
   const std::uint64_t rest = with_tail().chunk_offset(0) + 65536 - third;
-  const struct {
-    const char* reason;
-    std::size_t field;
-    std::uint64_t value;
-    std::size_t bytes;
-    names with;
-  } rows[] = {
+  const std::tuple<const char*, std::size_t, std::uint64_t, std::size_t, names> rows[] = {
       {"all in order", 20, 0x01da0000, 4, {"7", "8", "3s", "4s"}},
       {"no signature", 0, 0x00002a2b, 4, {"7", "8", "4s"}},
       {"a size up to the chunk's end", 4, rest, 4, {"7", "8", "3s", "4s"}},
@@ -160,14 +149,14 @@ TEST(slack_pass, what_a_candidate_must_be) {
       {"in the low half of it", 8, 0x500002a2a, 8, {"7", "8", "4s"}},
       {"the high half is free", 8, 0x2a2b00000005, 8, {"7", "8", "46364171960325s", "4s"}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [reason, field, value, bytes, with] : rows) {
     auto log = with_tail();
-    if (row.bytes == 4) {
-      log.poke_u32(third + row.field, static_cast<std::uint32_t>(row.value));
+    if (bytes == 4) {
+      log.poke_u32(third + field, static_cast<std::uint32_t>(value));
     } else {
-      log.poke_u64(third + row.field, row.value);
+      log.poke_u64(third + field, value);
     }
-    expect_found(log, {"7", "8"}, row.with, row.reason);
+    expect_found(log, {"7", "8"}, with, reason);
   }
 }
 

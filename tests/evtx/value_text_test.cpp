@@ -24,11 +24,7 @@ slot_value sized(slot_value value, std::uint16_t size) {
 }
 
 TEST(value_text, renders_each_type) {
-  const struct {
-    const char* reason;
-    slot_value value;
-    std::string text;
-  } rows[] = {
+  const std::tuple<const char*, slot_value, std::string> rows[] = {
       {"null of no size", slot::null(), "0"},
       {"null of any size", slot::null(3), "0"},
       {"text", slot::utf16("a\xc3\xa4\xe2\x82\xac"), "a\xc3\xa4\xe2\x82\xac"},
@@ -90,7 +86,7 @@ TEST(value_text, renders_each_type) {
       {"arrays have none", slot::raw(148, bytes_of({1, 0, 0, 0})), ""},
       {"nor have unknown types", slot::raw(0x1234, bytes_of({1, 0, 0, 0})), ""},
   };
-  for (const auto& row : rows) EXPECT_EQ(text_of(row.value), row.text) << row.reason;
+  for (const auto& [reason, value, text] : rows) EXPECT_EQ(text_of(value), text) << reason;
 }
 
 // A number's text has room for 37 bytes with the one that ends it: one of 36 characters is whole,
@@ -129,6 +125,7 @@ TEST(value_text, one_line_forms_clean_free_text) {
   EXPECT_EQ(text_of(text, value_form::all_data), "a:b:") << "one leading colon goes";
   EXPECT_EQ(text_of(text, value_form::pulled), ",a,b,");
   EXPECT_EQ(text_of(slot::utf16("::a"), value_form::all_data), ":a");
+  EXPECT_EQ(text_of(slot::utf16(""), value_form::all_data), "");
 }
 
 }  // namespace
