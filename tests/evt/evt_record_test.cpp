@@ -35,11 +35,6 @@ TEST(evt_record, head_names_sid_strings_and_data) {
 // Heads are of 56 bytes, "S" and "C" and their ends of 8: the SID stands at 64, strings at 64 or
 // 76, their end gives the size.
 TEST(evt_record, what_fails_its_bounds_costs_itself_alone) {
-  struct row {
-    const char* reason;
-    evt_record_fields fields;
-    strings expected;  // source, computer, SID, strings
-  };
   const evt_record_fields sound{
       .source = "S", .computer = "C", .sid = "S-1-5-18", .strings = {"x"}};
   const auto with = [&](auto change) {
@@ -47,7 +42,8 @@ TEST(evt_record, what_fails_its_bounds_costs_itself_alone) {
     change(fields);
     return fields;
   };
-  const row rows[] = {
+  // `expected`: source, computer, SID, strings
+  const std::tuple<const char*, evt_record_fields, strings> rows[] = {
       {"sound", sound, {"S", "C", "S-1-5-18", "x"}},
       {"data at the head's end: no names",
        with([](auto& f) { f.data_offset = 56; }),
@@ -72,12 +68,12 @@ TEST(evt_record, what_fails_its_bounds_costs_itself_alone) {
        {"S", "C", "S-1-5-18"}},
       {"no strings by the head", with([](auto& f) { f.num_strings = 0; }), {"S", "C", "S-1-5-18"}},
   };
-  for (const row& r : rows) {
-    const auto record = collected(r.fields);
-    ASSERT_EQ(record.head.record_size, 84u) << r.reason;
+  for (const auto& [reason, fields, expected] : rows) {
+    const auto record = collected(fields);
+    ASSERT_EQ(record.head.record_size, 84u) << reason;
     strings found{record.source, record.computer, record.sid};
     found.insert(found.end(), record.strings.begin(), record.strings.end());
-    EXPECT_EQ(found, r.expected) << r.reason;
+    EXPECT_EQ(found, expected) << reason;
   }
 }
 
@@ -126,12 +122,7 @@ TEST(evt_record, lone_surrogates_stand_for_themselves) {
 }
 
 TEST(sid_text, needs_its_bytes) {
-  struct row {
-    const char* reason;
-    byte_vector bytes;
-    const char* text;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, byte_vector, const char*> rows[] = {
       {"none", {}, ""},
       {"11 bytes", bytes_of({1, 0, 0, 0, 0, 0, 0, 5, 1, 2, 3}), ""},
       {"12 bytes", bytes_of({1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0}), "S-1-5-18"},
@@ -141,10 +132,10 @@ TEST(sid_text, needs_its_bytes) {
       {"authority's last byte alone", bytes_of({2, 1, 9, 9, 9, 9, 9, 16, 0, 1, 0, 1}),
        "S-2-16-16777472"},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, bytes, expected] : rows) {
     std::string text = "before";
-    sid_to_text(text, r.bytes);
-    EXPECT_EQ(text, r.text) << r.reason;
+    sid_to_text(text, bytes);
+    EXPECT_EQ(text, expected) << reason;
   }
 }
 
