@@ -12,23 +12,6 @@ const char csv_head[] = "Record#,EventID,Date, Time-UTC,Level (translated),Provi
 const char csv_row[] = "7,1,2013-01-01, 02:00:00.000,info,P,";
 const test_field channel{"Channel", "Sys", true};
 
-TEST(event_table, padded_by_default) {
-  EXPECT_EQ(
-      table_text({test_record(7036, {channel, {"param1", "a|b running"}})}, padded_format()),
-      " Record#   |  EventID   | Date       |  Time-UTC     | Level (translated) | Provider Name | "
-      "Channel | param1      |  event log \n"
-      "         7 |       7036 | 2013-01-01 |  02:00:00.000 | info               | P             | "
-      "Sys     | a;b running | System.evtx\n");
-}
-
-TEST(event_table, csv_keeps_the_blank_before_the_time) {
-  EXPECT_EQ(
-      table_text({test_record(1, {channel, {"a", "x,y|z"}}), test_record(1, {{"b", "1\r\n2"}})},
-                 csv_format()),
-      std::string(csv_head) + "Channel,a,b,event log\n" + csv_row + "Sys,x;y|z,,System.evtx\n" +
-          csv_row + ",,1[CRLF]2,System.evtx\n");
-}
-
 // The table stays padded, and the date alone takes the width of the pair.
 TEST(event_table, csv_with_pair_datetime_is_padded) {
   output_format format = csv_format();
@@ -136,28 +119,24 @@ TEST(event_table, anomalous_records_take_the_names_of_the_first_ordinary_one) {
   };
   const test_record plain(1, {{"A", "1"}, {"B", "2"}});
   const test_record bare(1);
-  const struct {
-    const char* reason;
-    std::vector<test_record> given;
-    const char* columns;
-    std::vector<const char*> rows;
-  } cases[] = {
-      {"same count of fields", {cut({{"x", "8"}, {"y", "9"}}), plain}, "A,B", {"8,9", "1,2"}},
-      {"other count: unknown names get no column",
-       {plain, cut({{"B", "7"}, {"x", "8"}, {"y", "9"}})},
-       "A,B",
-       {"1,2", ",7"}},
-      {"no ordinary record", {cut({{"x", "8"}}), cut({{"y", "9"}})}, "x,y", {"8,", ",9"}},
-      {"no ordinary record with a field", {bare, cut({{"x", "8"}})}, "x", {"", "8"}},
-      {"plain or in range is ordinary",
-       {plain, test_record(1, {{"C", "3"}, {"D", "4"}}).flags(record_plain_or_slack)},
-       "A,B,C,D",
-       {"1,2,,", ",,3,4"}},
-  };
-  for (const auto& c : cases) {
-    std::string expected = std::string(csv_head) + c.columns + ",event log\n";
-    for (const char* row : c.rows) expected += std::string(csv_row) + row + ",System.evtx\n";
-    EXPECT_EQ(table_text(c.given, csv_format()), expected) << c.reason;
+  const std::tuple<const char*, std::vector<test_record>, const char*, std::vector<const char*>>
+      cases[] = {
+          {"same count of fields", {cut({{"x", "8"}, {"y", "9"}}), plain}, "A,B", {"8,9", "1,2"}},
+          {"other count: unknown names get no column",
+           {plain, cut({{"B", "7"}, {"x", "8"}, {"y", "9"}})},
+           "A,B",
+           {"1,2", ",7"}},
+          {"no ordinary record", {cut({{"x", "8"}}), cut({{"y", "9"}})}, "x,y", {"8,", ",9"}},
+          {"no ordinary record with a field", {bare, cut({{"x", "8"}})}, "x", {"", "8"}},
+          {"plain or in range is ordinary",
+           {plain, test_record(1, {{"C", "3"}, {"D", "4"}}).flags(record_plain_or_slack)},
+           "A,B,C,D",
+           {"1,2,,", ",,3,4"}},
+      };
+  for (const auto& [reason, given, columns, rows] : cases) {
+    std::string expected = std::string(csv_head) + columns + ",event log\n";
+    for (const char* row : rows) expected += std::string(csv_row) + row + ",System.evtx\n";
+    EXPECT_EQ(table_text(given, csv_format()), expected) << reason;
   }
 }
 
@@ -191,12 +170,7 @@ TEST(event_table, a_count_that_is_no_time_gives_blanks) {
 
 TEST(event_table, widths) {
   const std::string name25(25, 'n'), name601(601, 'm');
-  const struct {
-    const char* reason;
-    test_record record;
-    std::string header_end;
-    std::string row_end;
-  } cases[] = {
+  const std::tuple<const char*, test_record, std::string, std::string> cases[] = {
       {"a name wider than its values", test_record(1, {{name25, "v"}}), name25,
        "v" + std::string(24, ' ')},
       {"599 bytes count", test_record(1, {{"f", std::string(599, 'v')}}),
@@ -208,10 +182,10 @@ TEST(event_table, widths) {
       {"a literal counts", test_record(1, {{"f", "vvvv", true}}), "f   ", "vvvv"},
       {"a mark does not", test_record(1, {{"f", "a\r\nb"}}), "f   ", "a[CRLF]b"},
   };
-  for (const auto& c : cases) {
-    const std::string text = table_text({c.record}, padded_format());
-    EXPECT_NE(text.find(" | " + c.header_end + " |  event log \n"), std::string::npos) << c.reason;
-    EXPECT_NE(text.find(" | " + c.row_end + " | System.evtx\n"), std::string::npos) << c.reason;
+  for (const auto& [reason, record, header_end, row_end] : cases) {
+    const std::string text = table_text({record}, padded_format());
+    EXPECT_NE(text.find(" | " + header_end + " |  event log \n"), std::string::npos) << reason;
+    EXPECT_NE(text.find(" | " + row_end + " | System.evtx\n"), std::string::npos) << reason;
   }
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <initializer_list>
+#include <map>
+#include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -113,5 +115,64 @@ inline std::string line(std::string_view separator, std::initializer_list<std::s
   }
   return text + '\n';
 }
+
+// Makes records of few shapes or many, with texts that are short, long, empty, and full of what has
+// to be replaced.
+class record_maker {
+ public:
+  explicit record_maker(unsigned seed) : random_(seed) {}
+
+  std::size_t below(std::size_t end) { return random_() % end; }
+  bool one_in(std::size_t n) { return below(n) == 0; }
+  std::string value() {
+    static const std::string odd[] = {"",
+                                      "a,b",
+                                      "a|b",
+                                      "\n\r\n",
+                                      "\r",
+                                      "x\ry\n",
+                                      "{\"",
+                                      "{\"a",
+                                      "{\"a\":1,",
+                                      "\"quoted\"",
+                                      "\r\n,",
+                                      "\xc3\xa9;",
+                                      std::string("\t]\0|", 4)};
+    static const std::size_t sizes[] = {1,  15, 31,  32,  33,  62,  63,
+                                        64, 65, 127, 128, 599, 600, 9000};
+    if (one_in(2)) return odd[below(std::size(odd))];
+    std::string text(sizes[one_in(8) ? below(std::size(sizes)) : below(5)], 'v');
+    if (one_in(6)) text[below(text.size())] = ",|\n\r"[below(4)];
+    return text;
+  }
+  test_record record() {
+    static const std::string names[] = {
+        "",      "A",    "Channel",       "Computer", "EventID", "Provider Name",       "a,b",
+        "a|b\n", "data", "computer name", "z",        "zz",      std::string(601, 'w'), "\xc3\xa4"};
+    static const std::uint32_t flags[] = {0x40, 0x40, 0x40, 0x01,      0x41,
+                                          0x42, 0x08, 0x09, 0x80000040};
+    std::map<std::string, test_field> fields;
+    const std::uint64_t shape = below(one_in(4) ? 16384 : 3) * 5461 % 16384;
+    for (std::size_t i = 0; i < std::size(names); ++i) {
+      if (shape >> i & 1) fields[names[i]] = {names[i], value(), (shape + i) % 3 == 0 && one_in(2)};
+    }
+    test_record made(1 + below(2));
+    for (const auto& [name, field] : fields) made.fields.push_back(field);
+    made.flags(flags[below(std::size(flags))]).number(random_());
+    made.from(one_in(9) ? value() : "Prov");
+    made.record.level = static_cast<std::uint32_t>(below(6));
+    made.record.file_offset = std::uint64_t{random_()} << below(32);
+    made.record.is_evtx = !one_in(5);
+    made.time(one_in(9)
+                  ? below(2)
+                  : new_year_2013 / 3 * (one_in(4) ? 2 : 3) + random_() * std::uint64_t{1000});
+    if (one_in(3)) made.caption(one_in(2) ? "cap" : "a caption, longer");
+    if (one_in(4)) made.path = "/Cases/Second,one.evtx";
+    return made;
+  }
+
+ private:
+  std::mt19937 random_;
+};
 
 }  // namespace zanvik

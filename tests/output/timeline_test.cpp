@@ -1,16 +1,12 @@
 // Timeline lines as they must come out, written by hand, and the fast way against the plain one.
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "output/timeline_fill.h"
 #include "output/timeline_row.h"
 #include "record_tables.h"
 
 namespace zanvik {
 namespace {
-
-using namespace std::string_view_literals;
 
 const char timeline_head[] =
     "date,time,timezone,MACB,source,sourcetype,type,user,host,short,desc,version,filename,inode,"
@@ -56,11 +52,6 @@ const char service_columns[] =
     "[Channel:System] [Computer:PC-1] [param1:a;b|c],2,System.evtx,0,"
     "{\"Provider\":\"Service Control Manager\"},zanvik (morvane),Record# 7\n";
 
-TEST(timeline, a_line_a_record_under_one_header) {
-  EXPECT_EQ(table_text({service_record()}, timeline_format(), of_log()),
-            std::string(timeline_head) + "2013-01-01, 02:00:00.000," + service_columns);
-}
-
 TEST(timeline, time_columns) {
   const struct {
     const char* reason;
@@ -101,13 +92,7 @@ TEST(timeline, columns_that_depend_on_options_and_the_log) {
   output_format base16 = timeline_format();
   base16.base16 = true;
   const output_format plain = timeline_format();
-  const struct {
-    const char* reason;
-    test_record record;
-    output_format format;
-    write_context context;
-    const char* part;
-  } cases[] = {
+  const std::tuple<const char*, test_record, output_format, write_context, const char*> cases[] = {
       {"the user comes raw, the host never from the options", bare, plain, named,
        ",Event Logged,Ann,B,,Event ID: 1,,2,System.evtx,0,,zanvik (morvane),"},
       {"the source type from the record", service_record(), plain, unnamed, ",EVTX,System,Event"},
@@ -126,9 +111,9 @@ TEST(timeline, columns_that_depend_on_options_and_the_log) {
        of_log(), ",Record# 7\n"},
       {"an event ID in full", test_record(0x80000003), plain, of_log(), ",Event ID: 2147483651 :"},
   };
-  for (const auto& c : cases) {
-    const std::string text = table_text({c.record}, c.format, c.context);
-    EXPECT_NE(text.find(c.part), std::string::npos) << c.reason << ": " << text;
+  for (const auto& [reason, record, format, context, part] : cases) {
+    const std::string text = table_text({record}, format, context);
+    EXPECT_NE(text.find(part), std::string::npos) << reason << ": " << text;
   }
 }
 
@@ -157,25 +142,21 @@ TEST(timeline, no_line_without_a_time_but_its_header) {
 
 TEST(timeline, entries_of_four_times) {
   const std::uint64_t a = new_year_2013, b = a + 1;
-  const struct {
-    const char* reason;
-    std::array<std::uint64_t, 4> times;
-    const char* entries;
-  } cases[] = {
+  const std::tuple<const char*, std::array<std::uint64_t, 4>, const char*> cases[] = {
       {"an event", {a, 0, 0, a}, "M..B "},
       {"all equal", {a, a, a, a}, "MACB "},
       {"none taken twice", {a, b, a, b}, "M.C. .A.B "},
       {"the first need not be valid", {0, b, a, b}, ".A.B ..C. "},
       {"none", {0, 1, ~0ull, 0}, ""},
   };
-  for (const auto& c : cases) {
+  for (const auto& [reason, times, expected] : cases) {
     timeline_row row;
-    row.times = c.times;
+    row.times = times;
     std::string entries;
     for (const macb_entry& entry : macb_entries(row)) {
       entries.append(entry.letters.data(), entry.letters.size()) += ' ';
     }
-    EXPECT_EQ(entries, c.entries) << c.reason;
+    EXPECT_EQ(entries, expected) << reason;
   }
 }
 
@@ -184,12 +165,7 @@ TEST(body_file, lines) {
   all.allparams = true;
   all.log_reserved = 258;
   const std::string times = "|1357005600|1357005600|1357005600|1357005600\n";
-  const struct {
-    const char* reason;
-    test_record record;
-    write_context context;
-    std::string line;
-  } cases[] = {
+  const std::tuple<const char*, test_record, write_context, std::string> cases[] = {
       {"no fields unless asked for", service_record(), of_log(),
        "0|Event ID: 7036-Service Control Manager|0||0|0|0" + times},
       {"fields", service_record(), all,
@@ -206,8 +182,8 @@ TEST(body_file, lines) {
       {"a second before 1970, rounded down", test_record(1).time(116'444'735'995'000'000), of_log(),
        "0|Event ID: 1-P|0||0|0|0|-1|-1|-1|-1\n"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(table_text({c.record}, body_format(), c.context), body_head + c.line) << c.reason;
+  for (const auto& [reason, record, context, line] : cases) {
+    EXPECT_EQ(table_text({record}, body_format(), context), body_head + line) << reason;
   }
 }
 
@@ -229,54 +205,6 @@ TEST(timeline, the_header_stands_once_and_lines_go_by_time) {
   EXPECT_EQ(out.str(), body_head + lines + lines);
 }
 
-// Makes records with texts that are short, long, empty, and full of what has to be replaced.
-class record_maker {
- public:
-  explicit record_maker(unsigned seed) : random_(seed) {}
-
-  bool one_in(unsigned n) { return random_() % n == 0; }
-  std::string text() {
-    static constexpr std::string_view odd = ",|;\r\n\n\r\t\"]\0"sv;
-    std::string result(one_in(20) ? random_() % 3000 : random_() % 70, 'x');
-    if (one_in(4)) result.clear();
-    const bool is_odd = one_in(4);
-    for (char& c : result) {
-      c = is_odd && one_in(6) ? odd[random_() % odd.size()]
-                              : static_cast<char>('a' + random_() % 26);
-    }
-    return result;
-  }
-  std::vector<test_field> shape() {
-    std::vector<test_field> fields;
-    for (const char* name :
-         {"", "Channel", "Computer", "a,b", "a|b\n", "computer name", "q", "r"}) {
-      if (!one_in(3)) fields.push_back({name, text(), one_in(3)});
-    }
-    return fields;
-  }
-  std::vector<test_record> records() {
-    std::vector<std::vector<test_field>> shapes{shape(), shape(), shape()};
-    std::vector<test_record> result;
-    for (int i = 0; i < 40; ++i) {
-      std::vector<test_field> fields = shapes[random_() % shapes.size()];
-      for (test_field& field : fields) {
-        if (!field.literal) field.value = text();
-      }
-      test_record record(random_() * std::uint64_t{random_()}, fields);
-      record.provider = one_in(2) ? text() : "P";
-      record.path = one_in(2) ? "C:/logs/A.evtx" : text();
-      record.flags(random_() % 0x80)
-          .number(random_())
-          .time(one_in(9) ? 0 : new_year_2013 * 2 / 3 + random_() * std::uint64_t{90'000'000});
-      result.push_back(record);
-    }
-    return result;
-  }
-
- private:
-  std::mt19937 random_;
-};
-
 TEST(timeline, fast_way_gives_what_the_plain_one_does) {
   for (unsigned seed = 0; seed < 80; ++seed) {
     record_maker make(seed);
@@ -289,8 +217,8 @@ TEST(timeline, fast_way_gives_what_the_plain_one_does) {
     format.no_whitespace = make.one_in(3);
     format.base16 = make.one_in(3);
     format.header_pending = make.one_in(2);
-    if (make.one_in(3)) format.alias_paths = {{"c:/logs", "L,|"}};
-    const std::string channel = make.one_in(2) ? make.text() : "", user = make.text();
+    if (make.one_in(3)) format.alias_paths = {{"/cases", "L,|"}};
+    const std::string channel = make.one_in(2) ? make.value() : "", user = make.value();
     format.tool_tag = channel;
     const write_context context{.channel = channel,
                                 .inc_slack = make.one_in(2),
@@ -301,7 +229,7 @@ TEST(timeline, fast_way_gives_what_the_plain_one_does) {
                                 .username = user,
                                 .program_name = "zanvik"};
     record_container records;
-    for (const test_record& record : make.records()) record.add_to(records);
+    for (int i = 0; i < 40; ++i) make.record().add_to(records);
     output_format plain_format = format;
     if (plain_format.no_whitespace) {
       std::erase(plain_format.csv_separator, ' ');  // as the way in does

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <random>
-#include <ranges>
 
 #include "output/cell_text.h"
 #include "output/path_alias.h"
@@ -32,11 +30,7 @@ TEST(write_records, groups_by_event_id_and_provider) {
                      std::uint64_t later = 0) {
     return test_record(id).number(number).from(provider).time(new_year_2013 + later);
   };
-  const struct {
-    const char* reason;
-    std::vector<test_record> given;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<const char*, std::vector<test_record>, const char*> cases[] = {
       {"nothing, not even a header", {}, ""},
       {"numbers, not texts, order the IDs",
        {at(1, 10, "P"), at(2, 9, "P")},
@@ -51,8 +45,8 @@ TEST(write_records, groups_by_event_id_and_provider) {
        {at(1, 1, "P", 5), at(2, 1, "P"), at(3, 2, "P"), at(4, 1, "P"), at(5, 1, "P", 5)},
        "Record# 2 4 1 5 - Record# 3 "},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(first_cells(table_text(c.given, csv_format())), c.expected) << c.reason;
+  for (const auto& [reason, given, expected] : cases) {
+    EXPECT_EQ(first_cells(table_text(given, csv_format())), expected) << reason;
   }
 }
 
@@ -81,16 +75,15 @@ TEST(path_alias, whole_paths_before_folders) {
   EXPECT_EQ(apply_alias(format, "/Img/A.evtx"), "/Img/A.evtx");
   format.alias_files = {{"/img/a.evtx", "first"}};
   format.alias_paths = {{"/img", "C:"}, {"/logs", "D:"}, {"/vol/b.evtx", "never"}};
-  const struct {
-    const char *path, *expected, *reason;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"/IMG/A.evtx", "first", "the whole path, in any case"},
       {"/Img/Logs/B.evtx", "C:/Logs/B.evtx", "the first key that occurs; the rest keeps its case"},
       {"/mnt/Logs/B.evtx", "D:/B.evtx", "anywhere; what stands before it goes"},
       {"/Vol/B.evtx", "/Vol/B.evtx", "a key as long as the path does not count"},
       {"", "", "no path"},
   };
-  for (const auto& c : cases) EXPECT_EQ(apply_alias(format, c.path), c.expected) << c.reason;
+  for (const auto& [path, expected, reason] : cases)
+    EXPECT_EQ(apply_alias(format, path), expected) << reason;
 }
 
 TEST(cell_text, levels) {
@@ -143,71 +136,26 @@ std::string plain_text(record_container& records, output_format format,
   return out.str();
 }
 
-class table_maker {
- public:
-  explicit table_maker(unsigned seed) : random_(seed) {}
-
-  std::size_t below(std::size_t end) { return random_() % end; }
-  bool one_in(std::size_t n) { return below(n) == 0; }
-  test_record record();
-  std::string value();
-  output_format format();
-
- private:
-  std::mt19937 random_;
-};
-
-std::string table_maker::value() {
-  static const char* const odd[] = {"",    "a,b",  "a|b",       "\n\r\n",     "\r",    "x\ry\n",
-                                    "{\"", "{\"a", "{\"a\":1,", "\"quoted\"", "\r\n,", "\xc3\xa9;"};
-  static const std::size_t sizes[] = {1, 15, 31, 32, 33, 62, 63, 64, 65, 127, 128, 599, 600, 9000};
-  if (one_in(2)) return odd[below(std::size(odd))];
-  std::string text(sizes[one_in(8) ? below(std::size(sizes)) : below(5)], 'v');
-  if (one_in(6)) text[below(text.size())] = ",|\n\r"[below(4)];
-  return text;
-}
-
-test_record table_maker::record() {
-  static const std::string names[] = {"A",    "Channel", "EventID", "Provider Name",
-                                      "a,b",  "z",       "zz",      std::string(601, 'w'),
-                                      "data", "\xc3\xa4"};
-  static const std::uint32_t flags[] = {0x40, 0x40, 0x40, 0x01, 0x41, 0x42, 0x08, 0x09, 0x80000040};
-  std::map<std::string, test_field> fields;
-  const std::uint64_t shape = below(one_in(4) ? 1024 : 3) * 37 % 1024;
-  for (std::size_t i = 0; i < std::size(names); ++i) {
-    if (shape >> i & 1) fields[names[i]] = {names[i], value(), (shape + i) % 3 == 0 && one_in(2)};
-  }
-  test_record made(1 + below(2));
-  for (const auto& entry : fields | std::views::values) made.fields.push_back(entry);
-  made.flags(flags[below(std::size(flags))]).number(random_()).from(one_in(9) ? "Q,R" : "Prov");
-  made.record.level = static_cast<std::uint32_t>(below(6));
-  made.record.file_offset = std::uint64_t{random_()} << below(32);
-  made.record.is_evtx = !one_in(5);
-  made.time(one_in(9) ? below(2) : new_year_2013 + std::uint64_t{random_()} * 1000);
-  if (one_in(3)) made.caption(one_in(2) ? "cap" : "a caption, longer");
-  if (one_in(4)) made.path = "/Cases/Second,one.evtx";
-  return made;
-}
-
-output_format table_maker::format() {
-  output_format format = one_in(2) ? csv_format() : padded_format();
+// A format with any of what options can change about tables.
+output_format any_format(record_maker& make) {
+  output_format format = make.one_in(2) ? csv_format() : padded_format();
   static const char* const separators[] = {" | ", ",", "|", "\t", "; ", ""};
-  if (one_in(2)) format.csv_separator = separators[below(std::size(separators))];
-  if (one_in(3)) format.separator_char = "\0|,v"[below(4)];
-  if (one_in(4)) format.no_whitespace = one_in(2);
-  format.quoted_fields = one_in(4);
-  format.pad_fields = !one_in(3);
-  format.base16 = one_in(2);
-  format.pair_datetime = one_in(4);
-  if (one_in(5)) format.alias_paths = {{"/cases", "E:,"}};
+  if (make.one_in(2)) format.csv_separator = separators[make.below(std::size(separators))];
+  if (make.one_in(3)) format.separator_char = "\0|,v"[make.below(4)];
+  if (make.one_in(4)) format.no_whitespace = make.one_in(2);
+  format.quoted_fields = make.one_in(4);
+  format.pad_fields = !make.one_in(3);
+  format.base16 = make.one_in(2);
+  format.pair_datetime = make.one_in(4);
+  if (make.one_in(5)) format.alias_paths = {{"/cases", "E:,"}};
   return format;
 }
 
 // The tables of several logs, which share shapes unless what was shared has been dropped.
 TEST(fast_and_plain, agree_on_generated_tables) {
   for (unsigned seed = 1; seed <= 300; ++seed) {
-    table_maker make(seed);
-    output_format format = make.format();
+    record_maker make(seed);
+    output_format format = any_format(make);
     const write_context context{.inc_slack = make.one_in(2), .show_offsets = make.one_in(2)};
     record_container records;
     table_cache tables;
