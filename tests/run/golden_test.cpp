@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <ostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -29,13 +28,6 @@ std::vector<std::string> golden_names() {
   }
   std::sort(names.begin(), names.end());
   return names;
-}
-
-std::vector<std::string> lines_of(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
 }
 
 // The first line that differs, from both texts, with its number.

@@ -51,15 +51,7 @@ TEST(classify_log, by_name_and_by_content) {
   const std::string partition = "Microsoft-Windows-Partition/Diagnostic";
   log_builder damaged = log_of("Any");
   damaged.poke_u32(0x1000, 0);
-  struct row {
-    const char* reason;
-    const char* name;
-    std::string bytes;
-    bool recognised;
-    bool is_evtx;
-    const char* channel;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, const char*, std::string, bool, bool, const char*> rows[] = {
       {"a known name, any case", "SYSTEM.evtx", evtx_head, true, true, "system"},
       {"a known name anywhere", "x.Security.backup", evtx_head, true, true, "security"},
       {"security is looked for before system", "system.security.evtx", evtx_head, true, true,
@@ -92,15 +84,15 @@ TEST(classify_log, by_name_and_by_content) {
       {"half a signature", "system.evtx", "ElfF", false, true, ""},
       {"empty", "system.evtx", "", false, true, ""},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, name, bytes, recognised, is_evtx, channel] : rows) {
     const scratch_dir scratch;
     LogEntry entry;
-    const std::string path = scratch.write(r.name, r.bytes);
-    EXPECT_EQ(classify_log(entry, path, probe), r.recognised) << r.reason;
-    EXPECT_EQ(entry.is_evtx, r.is_evtx) << r.reason;
-    EXPECT_EQ(entry.channel, r.channel) << r.reason;
-    EXPECT_EQ(entry.path, path) << r.reason;
-    EXPECT_EQ(entry.unclassified, *r.channel == '\0') << r.reason;
+    const std::string path = scratch.write(name, bytes);
+    EXPECT_EQ(classify_log(entry, path, probe), recognised) << reason;
+    EXPECT_EQ(entry.is_evtx, is_evtx) << reason;
+    EXPECT_EQ(entry.channel, channel) << reason;
+    EXPECT_EQ(entry.path, path) << reason;
+    EXPECT_EQ(entry.unclassified, *channel == '\0') << reason;
   }
 }
 

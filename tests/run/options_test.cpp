@@ -45,12 +45,7 @@ std::string shape(const output_format& format) {
 }
 
 TEST(options, shape_of_results) {
-  struct row {
-    const char* reason;
-    argument_list words;
-    const char* shape;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, argument_list, const char*> rows[] = {
       {"default", {}, "csv [ | ] |;"},
       {"any case", {"-CSV"}, "csv [,] ,; tight"},
       {"paired date and time keep the blanks", {"-csv", "-pair_datetime"}, "csv [,] ,;"},
@@ -68,41 +63,31 @@ TEST(options, shape_of_results) {
        {"-csv_separator", " \t", "-enable_quoted_csv_fields"},
        "csv [ \t] 00 unpadded"},
   };
-  for (const row& r : rows) {
-    const parsed line(r.words);
-    EXPECT_TRUE(line.goes_on) << r.reason;
-    EXPECT_EQ(shape(line.options.format), r.shape) << r.reason;
+  for (const auto& [reason, words, expected] : rows) {
+    const parsed line(words);
+    EXPECT_TRUE(line.goes_on) << reason;
+    EXPECT_EQ(shape(line.options.format), expected) << reason;
   }
 }
 
 TEST(options, formats_are_taken_by_their_length) {
-  struct row {
-    argument_list words;
-    const char* formats;
-    unsigned digits;
-  };
-  const row rows[] = {
+  const std::tuple<argument_list, const char*, unsigned> rows[] = {
       {{"-dateformat", "MM/DD/YY"}, "mm/dd/yy hh:mm:ss.xxx", 3},
       {{"-dateformat", "dd-mmm-yyyy"}, "yyyy-mm-dd hh:mm:ss.xxx", 3},  // 11 characters
       {{"-timeformat", "hh:mm:ss.xxxxxxxxx"}, "yyyy-mm-dd hh:mm:ss.xxxxxxxxx", 9},
       {{"-timeformat", "hh:mm:ss.xxxxxxxxxxxx"}, "yyyy-mm-dd hh:mm:ss.xxx", 3},
       {{"-timeformat", "hh-mm-ss"}, "yyyy-mm-dd hh:mm:ss.xxx", 3},  // no colon
   };
-  for (const row& r : rows) {
-    const parsed line(r.words);
+  for (const auto& [words, formats, digits] : rows) {
+    const parsed line(words);
     const output_format& found = line.options.format;
-    EXPECT_EQ(found.date_format + " " + found.time_format, r.formats) << r.words[1];
-    EXPECT_EQ(found.descriptor.fraction_digits(), r.digits) << r.words[1];
+    EXPECT_EQ(found.date_format + " " + found.time_format, formats) << words[1];
+    EXPECT_EQ(found.descriptor.fraction_digits(), digits) << words[1];
   }
 }
 
 TEST(options, event_ids_are_a_list_with_one_separator) {
-  struct row {
-    const char* reason;
-    argument_list words;
-    std::vector<std::uint64_t> event_ids;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, argument_list, std::vector<std::uint64_t>> rows[] = {
       {"any", {}, {all_ones}},
       {"bars", {"-eventid", "o17|0x10"}, {15, 16}},
       {"blanks", {"-eventid", "1 2"}, {1, 2}},
@@ -111,8 +96,8 @@ TEST(options, event_ids_are_a_list_with_one_separator) {
       {"nothing that reads selects nothing", {"-eventid", "a"}, {}},
       {"only the first option counts", {"-eventid", "1", "-eventid", "2"}, {1}},
   };
-  for (const row& r : rows) {
-    EXPECT_EQ(parsed(r.words).options.selection.event_ids, r.event_ids) << r.reason;
+  for (const auto& [reason, words, event_ids] : rows) {
+    EXPECT_EQ(parsed(words).options.selection.event_ids, event_ids) << reason;
   }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -42,92 +41,75 @@ log_builder log_of_one() {
   return log_builder().chunk({record(1, content)});
 }
 
-// What the run says of the one record, by column; without the columns of every record and what they
-// are the same for. The values hold no tab.
+// What the run says of the one record, by column. The values hold no tab.
 std::map<std::string, std::string> cells_of(const program_run& run) {
   std::vector<std::vector<std::string>> lines;
-  std::istringstream out(run.out);
-  for (std::string line; std::getline(out, line);) {
-    if (line.find('\t') == std::string::npos) continue;
-    std::istringstream in(line);
-    lines.emplace_back();
-    for (std::string cell; std::getline(in, cell, '\t');) lines.back().push_back(cell);
+  for (const std::string& line : lines_of(run.out)) {
+    if (line.find('\t') != std::string::npos) lines.push_back(split(line, '\t'));
   }
   if (lines.size() != 2) return {{"not a head and a record", run.out + run.err}};
   std::map<std::string, std::string> cells;
-  for (std::size_t i = 0; i < lines[1].size() && i < lines[0].size(); ++i) {
-    cells[lines[0][i]] = lines[1][i];
-  }
+  for (std::size_t i = 0; i < lines[1].size(); ++i) cells[lines[0].at(i)] = lines[1][i];
   return cells;
 }
 
-struct run_row {
-  const char* reason;
-  std::vector<std::string> options;
-  const char* commands;                         // of a command file, or empty
-  std::map<std::string, std::string> expected;  // among the cells
-};
-
-void expect_cells(const run_row& row) {
+// Options, the line of a command file if any, and what must be among the cells.
+TEST(partition_metadata, in_whole_runs) {
+  const std::string id = "!cmd, -enum_evtxlog, -id, 1006, -name, x, ";
+  const std::string when = "!cmd, -enum_evtxlog, -conditions, ";
+  const std::tuple<const char*, std::vector<std::string>, std::string,
+                   std::map<std::string, std::string>>
+      rows[] = {
+          {"the report shows all that it decodes",
+           {"-partition_metadata"},
+           "",
+           {{"name", "Partition Info"},
+            {"DiskNumber", "3"},
+            {"Mbr",
+             "mbr {disk_sig:  12-abcd;vol1;byte offset:1048576;size:1048576;type:ntfs or exfat|"
+             "vol2;byte offset:2097152;size:1048576;type:ntfs or exfat}"},
+            {"Vbr0", vbr_text},
+            {"Vbr1", "invalid data"},
+            {"Vbr2", "01 02"},  // too short to be one
+            {"Vbr3", ""},
+            {"PartitionTable", "part_tbl {unk}"}}},
+          {"in base 16", {"-partition_metadata", "-base16"}, "", {{"Vbr0", vbr_text_16}}},
+          {"all data; a date as the run has it",
+           {"-dateformat", "mm/dd/yyyy"},
+           id + "-all_data, -translate, Vbr0!vbr|Seen!TF",
+           {{"04:Vbr0", vbr_text}, {"07:Seen", "03/09/2024 07:05:04.000000000"}}},
+          {"what is named is pulled along",
+           {},
+           id + "-pull, Model, -translate, Seen!tf",
+           {{"Model", "Fabrikam Disk"}, {"Seen", "2024/03/09 07:05:04.000000000"}}},
+          {"names are compared exactly, a pulled one in any case",
+           {},
+           id + "-pull, Model, -translate, vbr2!vbr|VBR1!vbr",
+           {{"vbr2", "01 02"}}},
+          {"from an offset on there is too little",
+           {},
+           id + "-pull, Vbr2, -translate, Vbr2!VBR#1",
+           {{"Vbr2", "01 02"}}},
+          {"conditions come first, so they see the bytes",
+           {},
+           when + "Vbr0|vbr {, -name, a, -pull, Vbr0, -translate, Vbr0!vbr\n" + when +
+               "Vbr2|01 02, -name, b, -pull, Vbr0, -translate, Vbr0!vbr\n",
+           {{"name", "b"}, {"Vbr0", vbr_text}}},
+      };
   const scratch_dir scratch;
   log_of_one().write(scratch.path("p.evtx"));
-  std::vector<std::string> options = row.options;
-  if (*row.commands) options.insert(options.end(), {"-cmdfile", scratch.write("c", row.commands)});
-  options.insert(options.end(),
-                 {"-csv", "-csv_separator", "tab", "-quiet", "-log", scratch.path("p.evtx")});
-  auto cells = cells_of(run_zanvik(options));
-  for (const auto& [column, text] : row.expected) {
-    ASSERT_TRUE(cells.contains(column)) << row.reason << ": " << column << cells.begin()->second;
-    EXPECT_EQ(cells[column], text) << row.reason << ": " << column;
+  for (const auto& [reason, given, commands, expected] : rows) {
+    std::vector<std::string> options = given;
+    options.insert(options.end(),
+                   {"-csv", "-csv_separator", "tab", "-quiet", "-log", scratch.path("p.evtx")});
+    if (!commands.empty())
+      options.insert(options.end(), {"-cmdfile", scratch.write("c", commands)});
+    auto cells = cells_of(run_zanvik(options));
+    for (const auto& [column, text] : expected) {
+      ASSERT_TRUE(cells.contains(column)) << reason << ": " << column << cells.begin()->second;
+      EXPECT_EQ(cells[column], text) << reason << ": " << column;
+    }
   }
-}
-
-TEST(partition_metadata, in_whole_runs) {
-  const run_row rows[] = {
-      {"the report shows all that it decodes",
-       {"-partition_metadata"},
-       "",
-       {{"name", "Partition Info"},
-        {"DiskNumber", "3"},
-        {"Mbr",
-         "mbr {disk_sig:  12-abcd;vol1;byte offset:1048576;size:1048576;type:ntfs or exfat|"
-         "vol2;byte offset:2097152;size:1048576;type:ntfs or exfat}"},
-        {"Vbr0", vbr_text},
-        {"Vbr1", "invalid data"},
-        {"Vbr2", "01 02"},  // too short to be one
-        {"Vbr3", ""},
-        {"PartitionTable", "part_tbl {unk}"}}},
-      {"in base 16",
-       {"-partition_metadata", "-base16"},
-       "",
-       {{"Mbr",
-         "mbr {disk_sig:  12-abcd;vol1;byte offset:0x100000;size:0x100000;"
-         "type:ntfs or exfat|vol2;byte offset:0x200000;size:0x100000;type:ntfs or exfat}"},
-        {"Vbr0", vbr_text_16}}},
-      {"all data; a date as the run has it",
-       {"-dateformat", "mm/dd/yyyy"},
-       "!cmd, -enum_evtxlog, -id, 1006, -name, x, -all_data, -translate, Vbr0!vbr|Seen!TF",
-       {{"04:Vbr0", vbr_text}, {"06:Vbr2", "01 02"}, {"07:Seen", "03/09/2024 07:05:04.000000000"}}},
-      {"what is named is pulled along",
-       {},
-       "!cmd, -enum_evtxlog, -id, 1006, -name, x, -pull, Model, -translate, Seen!tf",
-       {{"Model", "Fabrikam Disk"}, {"Seen", "2024/03/09 07:05:04.000000000"}}},
-      {"names are compared exactly, a pulled one in any case",
-       {},
-       "!cmd, -enum_evtxlog, -id, 1006, -name, x, -pull, Model, -translate, vbr2!vbr|VBR1!vbr",
-       {{"vbr2", "01 02"}}},
-      {"from an offset on there is too little",
-       {},
-       "!cmd, -enum_evtxlog, -id, 1006, -name, x, -pull, Vbr2, -translate, Vbr2!VBR#1",
-       {{"Vbr2", "01 02"}}},
-      {"conditions come first, so they see the bytes",
-       {},
-       "!cmd, -enum_evtxlog, -name, a, -conditions, Vbr0|vbr {, -pull, Vbr0, -translate, Vbr0!vbr\n"
-       "!cmd, -enum_evtxlog, -name, b, -conditions, Vbr2|01 02, -pull, Vbr0, -translate, "
-       "Vbr0!vbr\n",
-       {{"name", "b"}, {"Vbr0", vbr_text}}},
-  };
-  for (const run_row& row : rows) expect_cells(row);
 }
 
 }  // namespace

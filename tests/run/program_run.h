@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,6 +63,16 @@ inline program_run run_zanvik(const std::vector<std::string>& args, const run_se
   const int status = WIFEXITED(state) ? WEXITSTATUS(state) : -WTERMSIG(state);
   return {status, file_text(out), file_text(err)};
 }
+
+// What stands between the separators; a line end behind the last line makes no line.
+inline std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::istringstream in(text);
+  for (std::string part; std::getline(in, part, separator);) parts.push_back(part);
+  if (separator != '\n' && (text.empty() || text.back() == separator)) parts.emplace_back();
+  return parts;
+}
+inline std::vector<std::string> lines_of(const std::string& text) { return split(text, '\n'); }
 
 // `text` without the sequences that erase the status line.
 inline std::string without_erasing(std::string text) {

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,13 +21,10 @@ using captions = std::map<std::string, int>;  // "4723 caption" and how often
 // Columns 2 and 6 of the rows of a CSV run; the columns before them hold no comma.
 captions captions_of(const std::string& out) {
   captions found;
-  std::istringstream lines(out);
-  for (std::string line; std::getline(lines, line);) {
+  for (const std::string& line : lines_of(out)) {
     if (line.empty() || line[0] < '0' || line[0] > '9') continue;
-    std::vector<std::string> cells;
-    std::istringstream row(line);
-    for (std::string cell; cells.size() < 6 && std::getline(row, cell, ',');) cells.push_back(cell);
-    if (cells.size() == 6) ++found[cells[1] + " " + cells[5]];
+    const auto cells = split(line, ',');
+    if (cells.size() >= 6) ++found[cells[1] + " " + cells[5]];
   }
   return found;
 }
@@ -71,10 +67,6 @@ TEST(reports, of_the_samples) {
          {"4634 logoff", 1}}},
        {"security.evtx", {"-pw", "-eventid", "1", "-string", "mira"}, {}},
        {"security.evtx", {"-startstop"}, {}},
-       {"security.evtx", {"-usb"}, {}},
-       {"security.evtx", {"-partition_metadata"}, {}},
-       {"system.evtx", {"-time"}, {}},
-       {"system.evtx", {"-pw"}, {}},
        {"system.evtx", {"-usb"}, {}},
        {"odd.evtx", {"-logon"}, {}},
        {"security.evtx",

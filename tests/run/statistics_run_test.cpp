@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <sstream>
 
 #include "log_builder.h"
 #include "program_run.h"
@@ -19,13 +18,6 @@ std::string statistics_of(std::vector<std::string> args, const std::string& inpu
   args.insert(args.end(), {"-quiet", "-out", scratch.path("out"), "-stats", path});
   EXPECT_EQ(run_zanvik(args, {.input = input}).status, 0);
   return file_text(path);
-}
-
-std::vector<std::string> lines_of(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
 }
 
 // What stands behind `head` in each line that begins with it.
@@ -47,27 +39,6 @@ std::vector<std::uint64_t> totals_of(const std::string& statistics) {
     std::from_chars(line.data() + digits, line.data() + line.size(), totals.emplace_back());
   }
   return totals;
-}
-
-TEST(statistics_run, real_logs_hold_as_many_records_as_are_written_down) {
-  const auto logs = std::filesystem::path(ZANVIK_SOURCE_DIR).parent_path() / "shared" / "logs";
-  if (!std::filesystem::exists(logs / "SOURCES.md")) {
-    GTEST_SKIP() << "there are no real logs beside the source folder";
-  }
-  // Rows such as: | `win7/Security.evtx` | 2,261 |
-  std::size_t counted = 0;
-  for (const std::string& line : lines_of(file_text((logs / "SOURCES.md").string()))) {
-    const auto name_end = line.find("` | ");
-    if (!line.starts_with("| `") || name_end == line.npos) continue;
-    std::string digits = line.substr(name_end + 4);
-    std::erase(digits, ',');
-    if (digits.empty() || digits[0] < '0' || digits[0] > '9') continue;
-    const std::string name = line.substr(3, name_end - 3);
-    const auto totals = totals_of(statistics_of({"-log", (logs / name).string()}));
-    EXPECT_EQ(totals, std::vector<std::uint64_t>{std::stoull(digits)}) << name;
-    ++counted;
-  }
-  EXPECT_EQ(counted, 33u);
 }
 
 // Two logs and a file that is none, by rising name.
@@ -104,20 +75,16 @@ TEST(statistics_run, selection_does_not_matter_and_slack_counts) {
                  .declare(1, 3)
                  .slack(record(5)))
       .write(path);
-  const struct {
-    const char* reason;
-    std::vector<std::string> args;
-    std::uint64_t total;
-  } rows[] = {
+  const std::tuple<const char*, std::vector<std::string>, std::uint64_t> rows[] = {
       {"a hidden record counts", {}, 3},
       {"one event", {"-eventid", "7"}, 3},
       {"none at all", {"-eventid", "65000"}, 3},
       {"records from slack count when they are looked for", {"-inc_slack"}, 4},
   };
-  for (const auto& row : rows) {
-    auto args = row.args;
+  for (const auto& [reason, given, total] : rows) {
+    auto args = given;
     args.insert(args.end(), {"-log", path});
-    EXPECT_EQ(totals_of(statistics_of(args)), std::vector<std::uint64_t>{row.total}) << row.reason;
+    EXPECT_EQ(totals_of(statistics_of(args)), std::vector<std::uint64_t>{total}) << reason;
   }
   log_builder().chunk(chunk_builder()).write(path);
   EXPECT_EQ(totals_of(statistics_of({"-log", path})), std::vector<std::uint64_t>{0});
@@ -152,15 +119,6 @@ TEST(statistics_run, combinations_of_fields_by_the_names_of_columns) {
   EXPECT_EQ(rows("LogonType", {"-eventid", "4624"}), strings{}) << "not without the number";
   EXPECT_EQ(rows("09:LogonType|no such", {"-eventid", "4624"}), strings{}) << "one is missing";
   EXPECT_EQ(rows("09:LogonType", {}), strings{}) << "a listing of any event is for no event ID";
-}
-
-TEST(statistics_run, combinations_need_a_statistics_file) {
-  const std::string log = std::string(ZANVIK_SOURCE_DIR) + "/samples/security.evtx";
-  const auto rows_of = [](const program_run& run) { return run.out.substr(run.out.find('\n')); };
-  const auto plain = run_zanvik({"-log", log, "-quiet", "-csv"});
-  const auto hist = run_zanvik({"-log", log, "-quiet", "-csv", "-hist", "09:LogonType"});
-  EXPECT_EQ(hist.status, 0);
-  EXPECT_EQ(rows_of(hist), rows_of(plain));
 }
 
 }  // namespace

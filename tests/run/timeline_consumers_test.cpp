@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,25 +34,6 @@ std::string output_of(const scratch_dir& scratch, const std::string& command) {
   EXPECT_EQ(status, 0) << command;
   EXPECT_EQ(file_text(err), "") << command;
   return file_text(out);
-}
-
-std::vector<std::string> lines_of(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-std::vector<std::string> split(const std::string& text, char separator) {
-  std::vector<std::string> parts(1);
-  for (const char c : text) {
-    if (c == separator) {
-      parts.emplace_back();
-    } else {
-      parts.back() += c;
-    }
-  }
-  return parts;
 }
 
 // Values with every mark that a reader of rows goes by, and none that the forms cannot keep.
@@ -160,27 +140,6 @@ with open(sys.argv[1], newline="", encoding="utf-8", errors="surrogateescape") a
     for row in list(csv.reader(rows))[2:]:
         print(len(row), row[-1], ascii(row[10]) if len(row) > 10 else "", sep="\t")
 )";
-
-TEST(timeline_consumers, python_finds_17_columns_in_every_row) {
-  NEED_TOOL("python3", "python3");
-  const scratch_dir scratch;
-  const std::string script = scratch.write("read_csv.py", read_csv);
-  for (const std::string& log : logs_at_hand(scratch)) {
-    const auto body = lines_of(run_zanvik({"-log", log, "-bodyfile", "-quiet"}).out);
-    const auto without_time = std::count_if(body.begin(), body.end(), [](const std::string& line) {
-      return line.ends_with("|0|0|0|0|0");
-    });
-    const std::string csv =
-        scratch.write("l2t.csv", run_zanvik({"-log", log, "-csvl2t", "-quiet"}).out);
-    const auto rows = lines_of(output_of(scratch, "python3 " + script + ' ' + csv));
-    EXPECT_EQ(rows.size() + without_time, body.size() - 2) << log;  // both have a header
-    ASSERT_FALSE(rows.empty());
-    EXPECT_EQ(rows[0], "17\textra\t'desc'");
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-      ASSERT_TRUE(rows[i].starts_with("17\tRecord# ")) << log << ' ' << rows[i];
-    }
-  }
-}
 
 TEST(timeline_consumers, python_gets_hard_values_as_far_as_the_form_keeps_them) {
   NEED_TOOL("python3", "python3");
