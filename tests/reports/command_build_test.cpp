@@ -78,12 +78,7 @@ TEST(build_command_set, options_and_defaults) {
 }
 
 TEST(build_command_set, pull_lists) {
-  struct row {
-    const char* reason;
-    const char* options;
-    std::vector<std::string> expected;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, const char*, std::vector<std::string>> rows[] = {
       {"in the order named, each once", "-pull, b, -pull, a, -pull, b", {"b", "a"}},
       {"an option may be a value", "-pull, a, -pull, -pull, b", {"a", "-pull"}},
       {"the last one has no value", "-pull, a, -pull", {"a"}},
@@ -92,9 +87,9 @@ TEST(build_command_set, pull_lists) {
        {"a", "Mbr", "Vbr0"}},
       {"but only beside others", "-translate, Mbr!mbr", {}},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, options, expected] : rows) {
     build_setup setup;
-    EXPECT_EQ(command_of(setup, r.options).pull, r.expected) << r.reason;
+    EXPECT_EQ(command_of(setup, options).pull, expected) << reason;
   }
 }
 
@@ -124,33 +119,27 @@ TEST(build_command_set, translate_terms_are_kept_and_read) {
 }
 
 TEST(build_command_set, times_in_the_format_of_the_run) {
-  struct row {
-    const char* reason;
-    const char* date_format;
-    const char* options;
-    bool kept;
-    std::uint64_t start, stop;
-  };
   constexpr std::uint64_t open = ~std::uint64_t{0};
   const std::uint64_t midnight = march_11 - 630 * 60 * qx::ticks_per_second;
-  const row rows[] = {
-      {"date and time", "yyyy-mm-dd", "-start_time, 2024-03-11 10:30", true, march_11, open},
-      {"date alone", "yyyy-mm-dd", "-stop_time, 2024-03-11", true, 0, midnight},
-      {"as the run writes it", "dd/mm/yyyy", "-start_time, 11/03/2024", true, midnight, open},
-      {"by name", "mmm-dd-yyyy", "-start_time, Mar-11-2024", true, midnight, open},
-      {"another order", "yyyy-mm-dd", "-start_time, 03/11/2024", false, 0, 0},
-      {"no separator", "yyyymmdd", "-start_time, 20240311", false, 0, 0},
-      {"no usable time", "yyyy-mm-dd", "-start_time, 1700-01-01", false, 0, 0},
-      {"a bad stop leaves it open", "yyyy-mm-dd", "-stop_time, soon", true, 0, open},
-  };
-  for (const row& r : rows) {
+  const std::tuple<const char*, const char*, const char*, bool, std::uint64_t, std::uint64_t>
+      rows[] = {
+          {"date and time", "yyyy-mm-dd", "-start_time, 2024-03-11 10:30", true, march_11, open},
+          {"date alone", "yyyy-mm-dd", "-stop_time, 2024-03-11", true, 0, midnight},
+          {"as the run writes it", "dd/mm/yyyy", "-start_time, 11/03/2024", true, midnight, open},
+          {"by name", "mmm-dd-yyyy", "-start_time, Mar-11-2024", true, midnight, open},
+          {"another order", "yyyy-mm-dd", "-start_time, 03/11/2024", false, 0, 0},
+          {"no separator", "yyyymmdd", "-start_time, 20240311", false, 0, 0},
+          {"no usable time", "yyyy-mm-dd", "-start_time, 1700-01-01", false, 0, 0},
+          {"a bad stop leaves it open", "yyyy-mm-dd", "-stop_time, soon", true, 0, open},
+      };
+  for (const auto& [reason, date_format, options, kept, start, stop] : rows) {
     build_setup setup;
-    setup.set_date_format(r.date_format);
-    const auto commands = setup.build({std::string("!cmd, -enum_evtxlog, ") + r.options});
-    ASSERT_EQ(commands.size(), r.kept ? 1u : 0u) << r.reason;
-    if (!r.kept) continue;
-    EXPECT_EQ(commands[0].start_time, r.start) << r.reason;
-    EXPECT_EQ(commands[0].stop_time, r.stop) << r.reason;
+    setup.set_date_format(date_format);
+    const auto commands = setup.build({std::string("!cmd, -enum_evtxlog, ") + options});
+    ASSERT_EQ(commands.size(), kept ? 1u : 0u) << reason;
+    if (!kept) continue;
+    EXPECT_EQ(commands[0].start_time, start) << reason;
+    EXPECT_EQ(commands[0].stop_time, stop) << reason;
   }
 }
 
@@ -226,12 +215,8 @@ TEST(build_command_set, hostile_text_ends_in_a_set_or_in_nothing) {
     while (all.size() < size) all += text;
     return all;
   };
-  struct row {
-    const char* reason;
-    std::string text;
-    std::size_t commands;  // in the set
-  };
-  const row rows[] = {
+  // `commands`: in the set
+  const std::tuple<const char*, std::string, std::size_t> rows[] = {
       {"commas", "!cmd," + repeated(","), 0},
       {"NULs", "!cmd," + std::string(size, '\0'), 0},
       {"empty commands", repeated("!cmd,\n"), 0},
@@ -239,15 +224,15 @@ TEST(build_command_set, hostile_text_ends_in_a_set_or_in_nothing) {
       {"pulls", "!cmd,-enum_evtxlog," + repeated("-pull,-conditions,"), 1},
       {"times", "!cmd,-enum_evtxlog," + repeated("-pull,-stop_time,-pull,a,"), 1},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, text, commands] : rows) {
     build_setup setup;
     CommandList list;
-    read_command_text(list, r.text);
+    read_command_text(list, text);
     const command_context context{setup.log, setup.selection, setup.format, setup.hist_fields,
                                   setup.classify};
     CommandSet set;
     build_command_set(set, list, context, false);
-    EXPECT_EQ(set.size(), r.commands) << r.reason;
+    EXPECT_EQ(set.size(), commands) << reason;
   }
 }
 

@@ -28,12 +28,7 @@ std::vector<std::string> commands_of(const CommandList& list) {
 using commands = std::vector<std::string>;
 
 TEST(read_command_lines, tokens_and_repeats) {
-  struct row {
-    const char* reason;
-    std::vector<std::string_view> lines;
-    commands expected;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, std::vector<std::string_view>, commands> rows[] = {
       {"trimmed, empty ones dropped", {"!cmd, -id ,\t12,, -name, a b ,"}, {"-id/12/-name/a b"}},
       {"an equal line counts once", {"!cmd, a", "!cmd, b", "!cmd, a"}, {"a", "b"}},
       {"equal tokens of other lines, too", {"!cmd, a", "!cmd,a "}, {"a"}},
@@ -45,20 +40,15 @@ TEST(read_command_lines, tokens_and_repeats) {
       {"no tokens is a command as well", {"!cmd"}, {""}},
       {"nothing", {}, {}},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, lines, expected] : rows) {
     CommandList list;
-    read_command_lines(list, r.lines);
-    EXPECT_EQ(commands_of(list), r.expected) << r.reason;
+    read_command_lines(list, lines);
+    EXPECT_EQ(commands_of(list), expected) << reason;
   }
 }
 
 TEST(read_command_text, lines_tokens_and_names) {
-  struct row {
-    const char* reason;
-    std::string text;
-    commands expected;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, std::string, commands> rows[] = {
       {"a name is its comment as well", "!cmd,-name,a b", {"-name/a b/-comment/a b"}},
       {"a comment becomes a name", "!cmd,-comment,a b;c", {"-comment/a b;c/-name/a_b_c"}},
       {"both stay", "!cmd,-name,n,-comment,c\r\n", {"-name/n/-comment/c"}},
@@ -78,10 +68,10 @@ TEST(read_command_text, lines_tokens_and_names) {
       {"a second mark is a token", "!cmd,a,!cmd,b", {"a/!cmd/b/-name/unk_name"}},
       {"NULs are characters", "!cmd,a\0b"s, {"a\0b/-name/unk_name"s}},
   };
-  for (const row& r : rows) {
+  for (const auto& [reason, text, expected] : rows) {
     CommandList list;
-    read_command_text(list, r.text);
-    EXPECT_EQ(commands_of(list), r.expected) << r.reason;
+    read_command_text(list, text);
+    EXPECT_EQ(commands_of(list), expected) << reason;
   }
 }
 

@@ -1,17 +1,8 @@
 // The quick selection of .evtx records against the plain rule, record by record, over all logs at
 // hand; and what pull lists make of a record.
-#include <gtest/gtest.h>
-
-#include <map>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "event_builder.h"
-#include "log_builder.h"
+#include "kept_records.h"
 #include "log_files.h"
 #include "reports/evtx_fields.h"
-#include "reports/evtx_selector.h"
 #include "scratch_dir.h"
 
 namespace zanvik {
@@ -85,26 +76,18 @@ class plain_selector : public record_sink {
   std::string scratch_;
 };
 
-void walk(const std::string& bytes, record_sink& sink) {
-  const output_format format;
-  record_reader reader(format);
-  std::string copy = bytes;
-  walk_evtx_block(std::as_writable_bytes(std::span(copy)), 0, reader, sink, {});
-}
-
 TEST(evtx_selector, selects_what_the_plain_rule_selects) {
   const auto commands = overlapping_commands();
   std::map<std::int32_t, std::size_t> uses;
   for (const std::string& path : log_files(".evtx")) {
-    const std::string bytes = file_text(path);
-    record_container records;
-    plan_cache plans;
-    evtx_selector quick(commands, records, plans);
+    std::string bytes = file_text(path);
+    const kept_records quick(std::as_bytes(std::span(bytes)), commands);
     plain_selector plain(commands);
-    walk(bytes, quick);
-    walk(bytes, plain);
-    std::map<std::uint64_t, std::pair<std::uint64_t, std::int32_t>> selected;
-    for (const LogRecord* record : records.in_time_order()) {
+    const output_format format;
+    record_reader reader(format);
+    walk_evtx_block(std::as_writable_bytes(std::span(bytes)), 0, reader, plain, {});
+    decltype(plain.selected) selected;
+    for (const LogRecord* record : quick.records) {
       selected[record->file_offset] = {record->record_number, record->report_entry_id};
       ++uses[record->report_entry_id];
     }
@@ -114,22 +97,11 @@ TEST(evtx_selector, selects_what_the_plain_rule_selects) {
 }
 
 // The columns that a pull list makes of the one record of a log; provider and level in front.
-std::string columns_of(const record_builder& record, std::vector<std::string> pull) {
-  const std::vector<ReportCommand> commands = {command(any_event_id, {}, "", std::move(pull))};
-  record_container records;
-  plan_cache plans;
-  evtx_selector selector(commands, records, plans);
-  const log_builder log = log_builder().chunk({record});
-  walk({reinterpret_cast<const char*>(log.bytes().data()), log.size()}, selector);
-  if (records.empty()) return "not selected";
-  const LogRecord& kept = *records.in_time_order().front();
-  std::string text = *kept.provider + " " + std::to_string(kept.level);
-  cell_reader cells(kept.values);
-  for (const shape_column& column : kept.shape->columns) {
-    text += "; " + column.name + "=";
-    text += column.literal ? column.text : std::string(cells.next().text);
-  }
-  return text;
+std::string pulled(const record_builder& record, std::vector<std::string> pull) {
+  const kept_records kept(log_builder().chunk({record}).bytes(),
+                          {command(any_event_id, {}, "", std::move(pull))});
+  if (kept.records.empty()) return "not selected";
+  return *kept[0].provider + " " + std::to_string(kept[0].level) + "; " + columns_text(kept[0]);
 }
 
 TEST(evtx_selector, pulled_columns) {
@@ -141,13 +113,7 @@ TEST(evtx_selector, pulled_columns) {
                                {"Bytes", slot::binary(bytes_of({1, 2}))}}};
   event classic = content;
   classic.classic = true;
-  struct row {
-    const char* reason;
-    event content;
-    std::vector<std::string> pull;
-    const char* expected;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, event, std::vector<std::string>, const char*> rows[] = {
       {"by name, in order of the names",
        content,
        {"User", "Computer"},
@@ -174,8 +140,8 @@ TEST(evtx_selector, pulled_columns) {
        {"Event xmlns"},
        "Prov 0; Event xmlns=http://schemas.microsoft.com/win/2004/08/events/event"},
   };
-  for (const row& r : rows) {
-    EXPECT_EQ(columns_of(record(1, r.content), r.pull), r.expected) << r.reason;
+  for (const auto& [reason, given, pull, expected] : rows) {
+    EXPECT_EQ(pulled(record(1, given), pull), expected) << reason;
   }
 }
 
@@ -184,8 +150,8 @@ TEST(evtx_selector, pulled_columns_of_a_record_without_template) {
     xml.fragment_header().open("Event").close_start();
     xml.text_element("Level", "3").text_element("Text", "a\nb").end_element().end_of_stream();
   });
-  EXPECT_EQ(columns_of(plain, {"text", "nosuch", "Level"}), " 3; Level=3; nosuch=; text=a[LF]b");
-  EXPECT_EQ(columns_of(plain, {"nosuch"}), "not selected");
+  EXPECT_EQ(pulled(plain, {"text", "nosuch", "Level"}), " 3; Level=3; nosuch=; text=a[LF]b");
+  EXPECT_EQ(pulled(plain, {"nosuch"}), "not selected");
 }
 
 }  // namespace

@@ -38,16 +38,11 @@ byte_vector fat12_sector() {
 }
 
 TEST(parse_disk_layout, finds_partitions) {
-  struct row {
-    const char* reason;
-    byte_vector bytes;
-    const char* expected;
-  };
   const byte_vector second_is_table =
       with_sector(byte_vector(4096), 512 * 5, disk_bytes(512, {{0, 0, 6, 2, 9}, {0, 1, 5, 2, 9}}));
   byte_vector torn = with_sector(disk_bytes(1024, {{0, 0, 6, 1, 5}}), 512, ntfs_sector());
   torn.pop_back();
-  const row rows[] = {
+  const std::tuple<const char*, byte_vector, const char*> rows[] = {
       {"four",
        disk_bytes(512, {{0, 0, 1, 1, 1}, {0, 1, 4, 2, 1}, {0, 2, 7, 3, 1}, {0, 3, 131, 4, 1}}),
        "1@1+1 4@2+1 7@3+1 131@4+1"},
@@ -77,7 +72,7 @@ TEST(parse_disk_layout, finds_partitions) {
       {"what follows the link in its table is not read",
        disk_bytes(4096, {{0, 0, 5, 2, 9}, {0, 1, 7, 1, 1}}), "5@2+9"},
   };
-  for (const row& r : rows) EXPECT_EQ(found(r.bytes), r.expected) << r.reason;
+  for (const auto& [reason, bytes, expected] : rows) EXPECT_EQ(found(bytes), expected) << reason;
   EXPECT_EQ(found(second_is_table, false), "") << "not searched for";
   EXPECT_EQ(found(ntfs_sector(), false), "") << "no table";
 }

@@ -104,114 +104,57 @@ TEST(translate_value, texts) {
                                     {3, 3, 3, 0, 0},
                                     {4, 4, 4, 4, 0},
                                     {5, 5, 5, 5, 0}});
-  struct row {
-    const char* reason;
-    translate_kind kind;
-    base in;
-    byte_vector value;
-    outcome expected;
-  };
-  const row rows[] = {
-      {"a volume",
-       vbr,
-       base::ten,
-       ntfs_sector(),
-       {true,
-        "vbr {sysid:ntfs or exfat;sector_size(bytes):512;cluster_size(bytes):4096;"
-        "media:hard_disk;partition_size(bytes):512000;vol_sig:0012-abcd}"}},
-      {"the sector size alone has no 0x",
-       vbr,
-       base::sixteen,
-       ntfs_sector(),
-       {true,
-        "vbr {sysid:ntfs or exfat;sector_size(bytes):200;cluster_size(bytes):0x1000;"
-        "media:hard_disk;partition_size(bytes):0x7d000;vol_sig:0012-abcd}"}},
-      {"shifts, the larger bits of which do nothing",
-       vbr,
-       base::ten,
-       exfat_sector(9 + 64, 31),
-       {true,
-        "vbr {sysid:ntfs or exfat;sector_size(bytes):512;cluster_size(bytes):1099511627776;"
-        "partition_size(bytes):1536;vol_sig:fedc-ba98}"}},
-      {"but the sixth makes nothing of all",
-       vbr,
-       base::ten,
-       exfat_sector(32, 63),
-       {true,
-        "vbr {sysid:ntfs or exfat;sector_size(bytes):0;cluster_size(bytes):0;"
-        "partition_size(bytes):0;vol_sig:fedc-ba98}"}},
-      {"hfs",
-       vbr,
-       base::ten,
-       with_magic(2048, 1024, 0x5848),
-       {true,
-        "vbr {sysid:hfs;sector_size(bytes):512;cluster_size(bytes):0;"
-        "partition_size(bytes):0;vol_sig:0000-0000}"}},
-      {"too little for ext",
-       vbr,
-       base::ten,
-       with_magic(2047, 1080, 0xef53),
-       {true, "invalid data"}},
-      {"too little for all", vbr, base::ten, byte_vector(511), {false, ""}},
-      {"blanks before the signature",
-       mbr,
-       base::ten,
+  const std::tuple<const char*, translate_kind, base, byte_vector, std::string> rows[] = {
+      {"a volume", vbr, base::ten, ntfs_sector(),
+       "vbr {sysid:ntfs or exfat;sector_size(bytes):512;cluster_size(bytes):4096;"
+       "media:hard_disk;partition_size(bytes):512000;vol_sig:0012-abcd}"},
+      {"the sector size alone has no 0x", vbr, base::sixteen, ntfs_sector(),
+       "vbr {sysid:ntfs or exfat;sector_size(bytes):200;cluster_size(bytes):0x1000;"
+       "media:hard_disk;partition_size(bytes):0x7d000;vol_sig:0012-abcd}"},
+      {"shifts, the larger bits of which do nothing", vbr, base::ten, exfat_sector(9 + 64, 31),
+       "vbr {sysid:ntfs or exfat;sector_size(bytes):512;cluster_size(bytes):1099511627776;"
+       "partition_size(bytes):1536;vol_sig:fedc-ba98}"},
+      {"but the sixth makes nothing of all", vbr, base::ten, exfat_sector(32, 63),
+       "vbr {sysid:ntfs or exfat;sector_size(bytes):0;cluster_size(bytes):0;"
+       "partition_size(bytes):0;vol_sig:fedc-ba98}"},
+      {"hfs", vbr, base::ten, with_magic(2048, 1024, 0x5848),
+       "vbr {sysid:hfs;sector_size(bytes):512;cluster_size(bytes):0;"
+       "partition_size(bytes):0;vol_sig:0000-0000}"},
+      {"too little for ext", vbr, base::ten, with_magic(2047, 1080, 0xef53), "invalid data"},
+      {"too little for all", vbr, base::ten, byte_vector(511), "no: "},
+      {"blanks before the signature", mbr, base::ten,
        signed_disk({{0, 0, 6, 1, 8}, {0, 1, 7, 9, 1}}),
-       {true,
-        "mbr {disk_sig:  12-abcd;vol1;byte offset:512;size:4096;type:fat|"
-        "vol2;byte offset:4608;size:512;type:ntfs or exfat}"}},
-      {"no signature",
-       mbr,
-       base::sixteen,
-       disk_bytes(512, {{0, 0, 36, 0xffffffff, 0xffffffff}}),
-       {true, "mbr {vol1;byte offset:0x1fffffffe00;size:0x1fffffffe00;type:unk}"}},
-      {"sectors of 4,096 are still told in 512",
-       mbr,
-       base::ten,
-       disk_bytes(8192, {{0, 0, 6, 3, 1}}, 4096),
-       {true, "mbr {vol1;byte offset:1536;size:512;type:fat}"}},
-      {"no table", mbr, base::ten, byte_vector(512), {false, ""}},
-      {"a number takes the base of the signature before it",
-       vtbl,
-       base::ten,
-       table,
-       {true,
-        "part_tbl {vol1;byte_offset:1048576;num_bytes:4096;disk_sig:  12-abcd;"
-        "vol_type:ntfs or exfat;vola;byte_offset:2;num_bytes:3;vol_type:gpt}"}},
-      {"or of the other numbers",
-       vtbl,
-       base::sixteen,
-       table,
-       {true,
-        "part_tbl {vol1;byte_offset:0x100000;num_bytes:0x1000;disk_sig:  12-abcd;"
-        "vol_type:ntfs or exfat;vola;byte_offset:0x2;num_bytes:0x3;vol_type:gpt}"}},
-      {"four are looked at, of no length is none",
-       vtbl,
-       base::ten,
-       four,
-       {true,
-        "part_tbl {vol1;byte_offset:1;num_bytes:1;disk_sig:  12-abcd;vol_type:exten;"
-        "vol3;byte_offset:3;num_bytes:3;vol_type:empty;"
-        "vol4;byte_offset:4;num_bytes:4;vol_type:fat16}"}},
-      {"by GUID",
-       vtbl,
-       base::sixteen,
-       gpt_layout(),
-       {true,
-        "part_tbl {disk_guid:6b29fc40-ca47-1067-b31d-00dd010662da;"
-        "vol1;byte_offset:0x100000;num_bytes:0x200000;"
-        "vol_guid:00112233-4455-6677-8899-aabbccddeeff;vol_type:Daten ä;"
-        "vol2;byte_offset:0x1;num_bytes:0x2;"
-        "vol_guid:00000000-0000-0000-0000-000000000000;vol_type:}"}},
-      {"empty: a text, and yet no", vtbl, base::ten, mbr_layout(0, {}), {false, "part_tbl {unk}"}},
-      {"more than is there", vtbl, base::ten, mbr_layout(3, two), {false, ""}},
-      {"far more", vtbl, base::ten, mbr_layout(0xffffffff, two), {false, ""}},
-      {"no head", vtbl, base::ten, byte_vector(47), {false, ""}},
+       "mbr {disk_sig:  12-abcd;vol1;byte offset:512;size:4096;type:fat|"
+       "vol2;byte offset:4608;size:512;type:ntfs or exfat}"},
+      {"no signature", mbr, base::sixteen, disk_bytes(512, {{0, 0, 36, 0xffffffff, 0xffffffff}}),
+       "mbr {vol1;byte offset:0x1fffffffe00;size:0x1fffffffe00;type:unk}"},
+      {"sectors of 4,096 are still told in 512", mbr, base::ten,
+       disk_bytes(8192, {{0, 0, 6, 3, 1}}, 4096), "mbr {vol1;byte offset:1536;size:512;type:fat}"},
+      {"no table", mbr, base::ten, byte_vector(512), "no: "},
+      {"a number takes the base of the signature before it", vtbl, base::ten, table,
+       "part_tbl {vol1;byte_offset:1048576;num_bytes:4096;disk_sig:  12-abcd;"
+       "vol_type:ntfs or exfat;vola;byte_offset:2;num_bytes:3;vol_type:gpt}"},
+      {"or of the other numbers", vtbl, base::sixteen, table,
+       "part_tbl {vol1;byte_offset:0x100000;num_bytes:0x1000;disk_sig:  12-abcd;"
+       "vol_type:ntfs or exfat;vola;byte_offset:0x2;num_bytes:0x3;vol_type:gpt}"},
+      {"four are looked at, of no length is none", vtbl, base::ten, four,
+       "part_tbl {vol1;byte_offset:1;num_bytes:1;disk_sig:  12-abcd;vol_type:exten;"
+       "vol3;byte_offset:3;num_bytes:3;vol_type:empty;"
+       "vol4;byte_offset:4;num_bytes:4;vol_type:fat16}"},
+      {"by GUID", vtbl, base::sixteen, gpt_layout(),
+       "part_tbl {disk_guid:6b29fc40-ca47-1067-b31d-00dd010662da;"
+       "vol1;byte_offset:0x100000;num_bytes:0x200000;"
+       "vol_guid:00112233-4455-6677-8899-aabbccddeeff;vol_type:Daten ä;"
+       "vol2;byte_offset:0x1;num_bytes:0x2;"
+       "vol_guid:00000000-0000-0000-0000-000000000000;vol_type:}"},
+      {"empty: a text, and yet no", vtbl, base::ten, mbr_layout(0, {}), "no: part_tbl {unk}"},
+      {"more than is there", vtbl, base::ten, mbr_layout(3, two), "no: "},
+      {"far more", vtbl, base::ten, mbr_layout(0xffffffff, two), "no: "},
+      {"no head", vtbl, base::ten, byte_vector(47), "no: "},
   };
-  for (const row& r : rows) {
-    const outcome result = translated(r.kind, r.value, r.in);
-    EXPECT_EQ(result.text, r.expected.text) << r.reason;
-    EXPECT_EQ(result.done, r.expected.done) << r.reason;
+  for (const auto& [reason, kind, in, value, expected] : rows) {
+    const outcome result = translated(kind, value, in);
+    EXPECT_EQ((result.done ? "" : "no: ") + result.text, expected) << reason;
   }
 }
 

@@ -1,34 +1,14 @@
 // What a command makes of a legacy record: whether it selects it, and which columns it keeps.
-#include <gtest/gtest.h>
-
 #include <sstream>
 
 #include "../run/program_run.h"
 #include "evt_builder.h"
+#include "kept_records.h"
 #include "reports/evt_fields.h"
 #include "reports/evt_selector.h"
 
 namespace zanvik::testing {
 namespace {
-
-using columns = std::vector<std::pair<std::string, std::string>>;
-
-columns checked_columns(const LogRecord& record) {
-  columns out;
-  cell_reader cells(record.values);
-  for (const shape_column& column : record.shape->columns) {
-    const value_cell cell = column.literal ? value_cell{column.text, false} : cells.next();
-    EXPECT_TRUE(cell.marked || cell.text.find_first_of(",|\r\n") == cell.text.npos) << cell.text;
-    out.emplace_back(column.name, cell.text);
-  }
-  return out;
-}
-
-ReportCommand all_data() {
-  ReportCommand command;
-  command.all_data = true;
-  return command;
-}
 
 const evt_record_fields logon{.record_num = 5,
                               .time_generated = unix_seconds(2012, 3, 1, 10),
@@ -39,89 +19,77 @@ const evt_record_fields logon{.record_num = 5,
                               .sid = "S-1-5-21-7",
                               .strings = {"alice", "DOM", "Win", "logon.exe"}};
 
+// The records that commands keep of a legacy log, by rising time.
+struct kept_evt_records {
+  kept_evt_records(std::span<const std::byte> log, const std::vector<ReportCommand>& commands) {
+    evt_selector selector(commands, container);
+    walk_evt_log(log, selector);
+    const auto found = container.in_time_order();
+    records.assign(found.begin(), found.end());
+  }
+  record_container container;
+  std::vector<const LogRecord*> records;
+};
+
 // The columns of the only record of a log.
-columns kept(const ReportCommand& command, const evt_record_fields& fields) {
-  record_container records;
-  const std::vector<ReportCommand> commands{command};
-  evt_selector selector(commands, records);
-  walk_evt_log(evt_builder().add(fields).bytes(), selector);
-  return records.size() == 1 ? checked_columns(*records.in_time_order()[0]) : columns{};
+std::string kept(const ReportCommand& command, const evt_record_fields& fields) {
+  const kept_evt_records found(evt_builder().add(fields).bytes(), {command});
+  return found.records.size() == 1 ? columns_text(*found.records[0]) : "none";
 }
 
-columns pulled(std::vector<std::string> names, const evt_record_fields& fields = logon) {
+std::string pulled(std::vector<std::string> names, const evt_record_fields& fields = logon) {
   ReportCommand command;
   command.pull = std::move(names);
   return kept(command, fields);
 }
 
 TEST(evt_columns, all_data_in_order_of_names) {
-  EXPECT_EQ(kept(all_data(), logon), (columns{{"computer name", "PC"},
-                                              {"param_01", "alice"},
-                                              {"param_02", "DOM"},
-                                              {"param_03", "Win"},
-                                              {"param_04", "logon.exe"},
-                                              {"source name", "Security"},
-                                              {"user sid", "S-1-5-21-7"}}));
+  EXPECT_EQ(kept(listing(), logon),
+            "computer name=PC; param_01=alice; param_02=DOM; param_03=Win; param_04=logon.exe; "
+            "source name=Security; user sid=S-1-5-21-7");
   evt_record_fields many{.source = "S", .computer = "C"};
   for (int i = 1; i <= 101; ++i) many.strings.push_back(std::to_string(i));
-  const columns found = kept(all_data(), many);
-  ASSERT_EQ(found.size(), 103u);  // and no SID
-  EXPECT_EQ(found[10], (columns::value_type{"param_10", "10"}));
-  EXPECT_EQ(found[11], (columns::value_type{"param_100", "100"}));
-  EXPECT_EQ(found[13], (columns::value_type{"param_11", "11"}));
+  const std::string found = kept(listing(), many);
+  EXPECT_NE(found.find("param_10=10; param_100=100; param_101=101; param_11=11"), found.npos);
+  EXPECT_TRUE(found.ends_with("; source name=S")) << "and no SID";
 }
 
 TEST(evt_columns, values_are_cleaned) {
   const std::string long_text(70, 'x');  // its head takes two bytes
-  EXPECT_EQ(kept(all_data(), {.source = "a|b",
-                              .computer = "\t\r\n",
-                              .strings = {"1\r\n2\n\t3\r", "", ",", "é\n" + long_text}}),
-            (columns{{"computer name", ","},
-                     {"param_01", "1,2,3"},
-                     {"param_02", ""},
-                     {"param_03", ","},
-                     {"param_04", "é," + long_text},
-                     {"source name", "a|b"}}));
+  EXPECT_EQ(kept(listing(), {.source = "a|b",
+                             .computer = "\t\r\n",
+                             .strings = {"1\r\n2\n\t3\r", "", ",", "é\n" + long_text}}),
+            "computer name=,; param_01=1,2,3; param_02=; param_03=,; param_04=é," + long_text +
+                "; source name=a|b");
 }
 
 TEST(evt_columns, pulled_by_place_and_number) {
-  struct row {
-    const char* reason;
-    std::vector<std::string> names;
-    columns expected;
-  };
-  const row rows[] = {
-      {"nothing asked for", {}, {}},
-      {"a single name is never known", {"source name"}, {{"source name", "-"}}},
+  const std::tuple<const char*, std::vector<std::string>, const char*> rows[] = {
+      {"nothing asked for", {}, ""},
+      {"a single name is never known", {"source name"}, "source name=-"},
       {"three in their order",
        {"source name", "computer name", "user sid"},
-       {{"computer name", "PC"}, {"source name", "Security"}, {"user sid", "S-1-5-21-7"}}},
+       "computer name=PC; source name=Security; user sid=S-1-5-21-7"},
       {"the computer may come first, the SID not in a list of two",
        {"computer name", "user sid"},
-       {{"computer name", "PC"}, {"user sid", "-"}}},
+       "computer name=PC; user sid=-"},
       {"out of order",
        {"computer name", "source name", "x_1"},
-       {{"computer name", "PC"}, {"source name", "-"}, {"x_1", "alice"}}},
+       "computer name=PC; source name=-; x_1=alice"},
       {"the last string has no number",
        {"param_03", "param_04", "param_0", "param_5"},
-       {{"param_0", "-"}, {"param_03", "Win"}, {"param_04", "-"}, {"param_5", "-"}}},
+       "param_0=-; param_03=Win; param_04=-; param_5=-"},
       {"the first _ counts, what is no number is none",
        {"a_2_3", "user_sid", "1|User_2"},
-       {{"1|User_2", "DOM"}, {"a_2_3", "DOM"}, {"user_sid", "-"}}},
-      {"without a _", {"1|UserName", "2"}, {{"1|UserName", "-"}, {"2", "-"}}},
+       "1|User_2=DOM; a_2_3=DOM; user_sid=-"},
+      {"without a _", {"1|UserName", "2"}, "1|UserName=-; 2=-"},
   };
-  for (const row& r : rows) EXPECT_EQ(pulled(r.names), r.expected) << r.reason;
-  EXPECT_EQ(pulled({"user sid", "b", "c"}, {}),
-            (columns{{"b", "-"}, {"c", "-"}, {"user sid", ""}}));
+  for (const auto& [reason, names, expected] : rows) EXPECT_EQ(pulled(names), expected) << reason;
+  EXPECT_EQ(pulled({"user sid", "b", "c"}, {}), "b=-; c=-; user sid=");
 }
 
 TEST(evt_selection, conditions) {
-  struct row {
-    const char* term;
-    bool holds;
-    const char* reason;
-  };
-  const row rows[] = {
+  const std::tuple<const char*, bool, const char*> rows[] = {
       {"source_name|CURI", true, "any case"},
       {"Source_Name|sec", true, "of the name too"},
       {"source name|sec", false, "a column's name is no field"},
@@ -143,8 +111,8 @@ TEST(evt_selection, conditions) {
   evt_record record;
   parse_evt_record(byte_cursor(log), 0, record);
   std::string scratch;
-  for (const row& r : rows) {
-    EXPECT_EQ(evt_term_matches(record, r.term, scratch), r.holds) << r.term << ": " << r.reason;
+  for (const auto& [term, holds, reason] : rows) {
+    EXPECT_EQ(evt_term_matches(record, term, scratch), holds) << term << ": " << reason;
   }
 }
 
@@ -165,12 +133,7 @@ TEST(evt_selection, texts) {
 
 TEST(evt_selection, number_and_time) {
   const std::uint64_t time = filetime(2012, 3, 1, 10);
-  struct row {
-    std::uint64_t event_id, start, stop;
-    bool selected;
-    const char* reason;
-  };
-  const row rows[] = {
+  const std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, bool, const char*> rows[] = {
       {528, 0, any_event_id, true, "low word of the number"},
       {0x40000210, 0, any_event_id, false, "with the qualifiers it is another one"},
       {0x100000210, 0, any_event_id, false, ""},
@@ -180,12 +143,12 @@ TEST(evt_selection, number_and_time) {
       {any_event_id, 0, time - 1, false, ""},
       {any_event_id, 0, 0, true, "a stop time of 0 is none"},
   };
-  for (const row& r : rows) {
-    ReportCommand command = all_data();
-    command.event_id = r.event_id;
-    command.start_time = r.start;
-    command.stop_time = r.stop;
-    EXPECT_EQ(!kept(command, logon).empty(), r.selected) << r.event_id << r.reason;
+  for (const auto& [event_id, start, stop, selected, reason] : rows) {
+    ReportCommand command = listing();
+    command.event_id = event_id;
+    command.start_time = start;
+    command.stop_time = stop;
+    EXPECT_EQ(kept(command, logon) != "none", selected) << event_id << reason;
   }
 }
 
@@ -197,21 +160,17 @@ TEST(evt_selection, first_command_takes_the_record) {
   by_id.log_path = "Sec.evt";
   by_id.conditions = {"1|alice", "2|dom"};
   by_id.level_condition = "success_type|12";
-  ReportCommand rest = all_data();
+  ReportCommand rest = listing();
   rest.index = 2;
-  record_container records;
-  const std::vector<ReportCommand> commands{by_id, rest};
-  evt_selector selector(commands, records);
   evt_record_fields other = logon;
   other.record_num = 6;
   other.strings[1] = "X";
   other.time_generated -= 60;
-  walk_evt_log(evt_builder().add(logon).add(other).cursor().bytes(), selector);
-  ASSERT_EQ(records.size(), 2u);
-  const LogRecord& second = *records.in_time_order()[0];
-  EXPECT_EQ(second.report_entry_id, 2);
-  EXPECT_EQ(second.record_number, 6u);
-  const LogRecord& first = *records.in_time_order()[1];
+  const kept_evt_records kept(evt_builder().add(logon).add(other).cursor().bytes(), {by_id, rest});
+  ASSERT_EQ(kept.records.size(), 2u);
+  EXPECT_EQ(kept.records[0]->report_entry_id, 2);
+  EXPECT_EQ(kept.records[0]->record_number, 6u);
+  const LogRecord& first = *kept.records[1];
   EXPECT_EQ(first.report_entry_id, 1);
   EXPECT_EQ(first.event_id, 528u);
   EXPECT_EQ(first.level, 12u);
@@ -219,25 +178,23 @@ TEST(evt_selection, first_command_takes_the_record) {
   EXPECT_EQ(first.flags, record_inside_range);
   EXPECT_EQ(first.file_offset, 0u);
   EXPECT_FALSE(first.is_evtx);
-  EXPECT_EQ(*first.provider, "");
-  EXPECT_EQ(*first.description, "logons");
-  EXPECT_EQ(*first.extra_text, "Sec.evt");
-  EXPECT_TRUE(checked_columns(first).empty());
+  EXPECT_EQ(*first.provider + *first.description + *first.extra_text, "logonsSec.evt");
+  EXPECT_EQ(columns_text(first), "");
 }
 
-// Records of equal counts share a shape, also when the container starts anew.
+// Records of equal counts share a shape, which is made anew when the container starts anew.
 TEST(evt_selection, shapes_are_shared) {
   record_container records;
-  const std::vector<ReportCommand> commands{all_data()};
+  const std::vector<ReportCommand> commands{listing()};
   evt_selector selector(commands, records);
   const auto log = evt_builder().add({.strings = {"a"}}).add({}).add({.strings = {"b"}});
   for (int round = 0; round < 2; ++round) {
     walk_evt_log(log.bytes(), selector);
-    ASSERT_EQ(records.size(), 3u);
     const auto found = records.in_time_order();
+    ASSERT_EQ(found.size(), 3u);
     EXPECT_EQ(found[0]->shape, found[2]->shape);
     EXPECT_NE(found[0]->shape, found[1]->shape);
-    EXPECT_EQ(checked_columns(*found[2])[1], (columns::value_type{"param_01", "b"}));
+    EXPECT_NE(columns_text(*found[2]).find("; param_01=b; "), std::string::npos);
     records.clear();
   }
 }
@@ -250,13 +207,10 @@ TEST(evt_selection, crafted_layouts_are_bounded) {
   for (int i = 0; i < 1000; ++i) {
     log.add({.data = zeros, .num_strings = static_cast<std::uint16_t>(i < 999 ? i : 0xffff)});
   }
-  record_container records;
-  const std::vector<ReportCommand> commands{all_data()};
-  evt_selector selector(commands, records);
-  walk_evt_log(log.bytes(), selector);
-  ASSERT_EQ(records.size(), 1000u);
+  const kept_evt_records kept(log.bytes(), {listing()});
+  const auto& found = kept.records;
+  ASSERT_EQ(found.size(), 1000u);
   std::size_t shown = 0;
-  const auto found = records.in_time_order();
   for (const LogRecord* record : found) shown += record->shape->columns.size();
   EXPECT_EQ(found[256]->shape->columns.size(), 258u);
   EXPECT_LT(found[999]->shape->columns.size(), 2000u);
@@ -270,16 +224,14 @@ TEST(evt_sweep, every_changed_byte_through_selection) {
   pull.pull = {"source name", "computer name", "user sid", "param_2"};
   pull.conditions = {"string|alice", "user_sid|s-1", "3"};
   pull.string_exists = "logon";
-  const std::vector<ReportCommand> commands{pull, all_data()};
+  const std::vector<ReportCommand> commands{pull, listing()};
   for (std::size_t at = 0; at < whole.size(); ++at) {
     for (const int flip : {0x01, 0x80, 0xff}) {
       byte_vector bytes(whole.bytes());
       bytes[at] ^= static_cast<std::byte>(flip);
-      record_container records;
-      evt_selector selector(commands, records);
-      walk_evt_log(bytes, selector);
-      EXPECT_LE(records.size(), 2u);
-      for (const LogRecord* record : records.in_time_order()) checked_columns(*record);
+      const kept_evt_records kept(bytes, commands);
+      EXPECT_LE(kept.records.size(), 2u);
+      for (const LogRecord* record : kept.records) (void)columns_text(*record);
     }
   }
 }

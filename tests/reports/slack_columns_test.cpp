@@ -1,44 +1,16 @@
 // What marks records from slack, and their columns.
 #include "reports/slack_columns.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-
-#include "log_builder.h"
+#include "kept_records.h"
 #include "log_files.h"
-#include "reports/evtx_selector.h"
 #include "scratch_dir.h"
 
 namespace zanvik::testing {
 namespace {
 
-struct kept_record {
-  std::uint64_t number = 0;
-  std::uint32_t flags = 0;
-  std::uint64_t event_id = 0;
-  column_map columns;
-};
-
-// What a listing keeps of a log that is walked with the search for slack, by rising time.
-std::vector<kept_record> listed(const log_builder& log) {
-  ReportCommand listing;
-  listing.all_data = true;
-  const std::vector<ReportCommand> commands{listing};
-  record_container records;
-  plan_cache plans;
-  evtx_selector selector(commands, records, plans);
-  const output_format format;
-  record_reader reader(format);
-  walk_settings settings;
-  settings.inc_slack = true;
-  byte_vector bytes = log.bytes();
-  walk_evtx_block(bytes, 0, reader, selector, settings);
-  std::vector<kept_record> kept;
-  for (const LogRecord* record : records.in_time_order()) {
-    kept.push_back({record->record_number, record->flags, record->event_id, columns_of(*record)});
-  }
-  return kept;
+// What a listing keeps of a log that is walked with the search for slack.
+kept_records listed(const chunk_builder& chunk) {
+  return {log_builder().chunk(chunk).bytes(), {listing()}, true};
 }
 
 // Keeps each record twice: as it is, with the columns of its slots added the plain way, and by the
@@ -61,11 +33,6 @@ class slot_column_check : public record_sink {
   std::size_t count = 0;
 
  private:
-  static ReportCommand listing() {
-    ReportCommand command;
-    command.all_data = true;
-    return command;
-  }
   const ReportCommand command_ = listing();
   record_container records_;
   plan_cache plans_;
@@ -80,26 +47,20 @@ TEST(slack_columns, the_quick_way_to_slot_columns_is_the_plain_one) {
   walk_settings settings;
   settings.inc_slack = true;
   for (const std::string& path : log_files(".evtx")) {
-    const std::string text = file_text(path);
-    std::vector<std::byte> bytes(text.size());
-    std::memcpy(bytes.data(), text.data(), text.size());
+    byte_vector bytes = bytes_of(std::string_view(file_text(path)));
     walk_evtx_block(bytes, 0, reader, check, settings);
   }
   EXPECT_GT(check.count, 90u);
 }
 
 template_definition two_texts() {
-  return {"0badf00d-1111-2222-3333-444455556666", [](bxml_builder& x) {
-            x.fragment_header();
-            x.open("First").close_start().normal_sub(0, 1).end_element();
-            x.open("Second").close_start().normal_sub(1, 1).end_element().end_of_stream();
-          }};
+  return named_slots("0badf00d-1111-2222-3333-444455556666", {"First", "Second"});
 }
 
 TEST(slack_columns, clean_names_and_values) {
-  const std::string long_value(257, 'v');
+  const std::string long_value(257, 'v'), longest_name(64, 'a');
   column_map columns{
-      {std::string(64, 'a'), " \t64 bytes: good "},
+      {longest_name, " \t64 bytes: good "},
       {std::string(65, 'b'), " of a name of 65 bytes "},
       {"line\nfeed", "of two lines"},
       {"at most 256", std::string(256, 'v')},
@@ -108,7 +69,7 @@ TEST(slack_columns, clean_names_and_values) {
   };
   clean_slack_columns(columns);
   const column_map expected{
-      {std::string(64, 'a'), "64 bytes: good"},
+      {longest_name, "64 bytes: good"},
       {"unk1", " of a name of 65 bytes "},  // junk in the order of its names, values as they are
       {"unk2", "of two lines"},
       {"at most 256", std::string(256, 'v')},
@@ -126,16 +87,17 @@ TEST(slack_columns, flags_tell_where_a_record_comes_from) {
     });
   };
   const auto rest_of_chunk = slot::with_declared_size(slot::utf16("cut"), 65000);
-  const auto log = log_builder().chunk(
-      chunk_builder({record(11), note(12), record(13)})
-          .declare(11, 13)
-          .slack(record(3))
-          .slack(note(4))
-          .slack(record(12))
-          .slack(template_record(20, default_filetime(20), two_texts(), {rest_of_chunk})));
-  const auto kept = listed(log);
+  const auto kept =
+      listed(chunk_builder({record(11), note(12), record(13)})
+                 .declare(11, 13)
+                 .slack(record(3))
+                 .slack(note(4))
+                 .slack(record(12))
+                 .slack(template_record(20, default_filetime(20), two_texts(), {rest_of_chunk})));
   std::vector<std::pair<std::uint64_t, std::uint32_t>> flags;
-  for (const kept_record& record : kept) flags.emplace_back(record.number, record.flags);
+  for (const LogRecord* found : kept.records) {
+    flags.emplace_back(found->record_number, found->flags);
+  }
   constexpr std::uint32_t marked = 0x01, cut = 0x02, outside = 0x08, inside = 0x40;
   const decltype(flags) expected{{3, marked | outside}, {4, marked | outside},
                                  {11, inside},          {12, marked | inside},  // plain
@@ -146,20 +108,17 @@ TEST(slack_columns, flags_tell_where_a_record_comes_from) {
 
 TEST(slack_columns, slots_by_number_from_the_first_candidate_on) {
   const std::vector<slot_value> values{slot::utf16("one"), slot::utf16(""), slot::utf16("three")};
-  const auto two_and_more = [&](std::uint64_t number) {
+  const auto three = [&](std::uint64_t number) {
     return template_record(number, default_filetime(number), two_texts(), values);
   };
-  const auto log = log_builder()
-                       .chunk(chunk_builder({two_and_more(7)}).slack(two_and_more(8)))
-                       .chunk({two_and_more(9)});
-  const auto kept = listed(log);
-  ASSERT_EQ(kept.size(), 3u);
-  const column_map own{{"First", "one"}, {"Second", ""}};
-  EXPECT_EQ(kept[0].columns, own) << "read before any candidate";
-  column_map with_slots = own;
-  with_slots.insert({{"s01", "one"}, {"s03", "three"}});  // an empty slot has none, but its number
-  EXPECT_EQ(kept[1].columns, with_slots) << "the candidate";
-  EXPECT_EQ(kept[2].columns, with_slots) << "a declared record of a later chunk";
+  const auto log = log_builder().chunk(chunk_builder({three(7)}).slack(three(8))).chunk({three(9)});
+  const kept_records kept(log.bytes(), {listing()}, true);
+  ASSERT_EQ(kept.records.size(), 3u);
+  EXPECT_EQ(columns_text(kept[0]), "First=one; Second=") << "read before any candidate";
+  // An empty slot has no column, but its number.
+  const std::string with_slots = "First=one; Second=; s01=one; s03=three";
+  EXPECT_EQ(columns_text(kept[1]), with_slots) << "the candidate";
+  EXPECT_EQ(columns_text(kept[2]), with_slots) << "a declared record of a later chunk";
   EXPECT_EQ(kept[2].flags, record_inside_range);
 }
 
@@ -170,28 +129,19 @@ TEST(slack_columns, only_candidates_without_a_template_are_cleaned) {
     x.text_element(long_name, "value").text_element("Short", "  blanks  ");
     x.end_element().end_of_stream();
   };
-  const auto log =
-      log_builder().chunk(chunk_builder({plain_record(7, default_filetime(7), content)})
-                              .slack(plain_record(8, default_filetime(8), content)));
-  const auto kept = listed(log);
-  ASSERT_EQ(kept.size(), 2u);
-  EXPECT_EQ(kept[0].columns, (column_map{{long_name, "value"}, {"Short", "  blanks  "}}));
-  EXPECT_EQ(kept[1].columns, (column_map{{"unk1", "value"}, {"Short", "blanks"}}));
+  const auto kept = listed(chunk_builder({plain_record(7, default_filetime(7), content)})
+                               .slack(plain_record(8, default_filetime(8), content)));
+  ASSERT_EQ(kept.records.size(), 2u);
+  EXPECT_EQ(columns_text(kept[0]), "Short=  blanks  ; " + long_name + "=value");
+  EXPECT_EQ(columns_text(kept[1]), "Short=blanks; unk1=value");
 }
 
 TEST(slack_columns, an_event_id_that_only_the_template_holds) {
-  const auto literal_id =
-      template_record(7, default_filetime(7),
-                      {"0badf00d-1111-2222-3333-444455557777",
-                       [](bxml_builder& x) {
-                         x.fragment_header().open("Event").close_start();
-                         x.text_element("EventID", "4242");
-                         x.open("First").close_start().normal_sub(0, 1).end_element();
-                         x.end_element().end_of_stream();
-                       }},
-                      {slot::utf16("one")});
-  const auto kept = listed(log_builder().chunk({literal_id}));
-  ASSERT_EQ(kept.size(), 1u);
+  const bxml_writer id = [](bxml_builder& x) { x.text_element("EventID", "4242"); };
+  const auto kept = listed({template_record(
+      7, default_filetime(7), named_slots("0badf00d-1111-2222-3333-444455557777", {"First"}, id),
+      {slot::utf16("one")})});
+  ASSERT_EQ(kept.records.size(), 1u);
   EXPECT_EQ(kept[0].event_id, 4242u);
 }
 

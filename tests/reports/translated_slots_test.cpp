@@ -1,14 +1,7 @@
 // Slots with a text in the place of their value, as the commands that come after see them.
 #include "reports/translated_slots.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
-#include <string>
-#include <vector>
-
-#include "log_builder.h"
-#include "reports/evtx_selector.h"
+#include "kept_records.h"
 
 namespace zanvik::testing {
 namespace {
@@ -22,35 +15,20 @@ slot_value time_bytes(int day) {
   return slot::binary(bytes);
 }
 
-event with(std::vector<data_field> data) {
-  event content;
-  content.data = std::move(data);
-  return content;
-}
-
-// The records' columns, and under "name" the index of the command that took it.
-std::vector<std::map<std::string, std::string>> selected(
-    const std::vector<event>& events, const std::vector<ReportCommand>& commands) {
-  record_container records;
-  plan_cache plans;
-  evtx_selector selector(commands, records, plans);
-  const output_format format;
-  record_reader reader(format);
+// "command: columns" of each record, a line each; those of the system part are left out.
+std::string selected(const std::vector<std::vector<data_field>>& events,
+                     const std::vector<ReportCommand>& commands) {
   chunk_builder chunk;
   std::uint64_t number = 0;
-  for (const event& each : events) chunk.add(record(++number, each));
-  byte_vector bytes = log_builder().chunk(chunk).bytes();
-  walk_evtx_block(bytes, 0, reader, selector, {});
-  std::vector<std::map<std::string, std::string>> list;
-  for (const LogRecord* kept : records.in_time_order()) {
-    auto& columns = list.emplace_back();
-    columns["command"] = std::to_string(kept->report_entry_id);
-    cell_reader cells(kept->values);
-    for (const shape_column& column : kept->shape->columns) {
-      columns[column.name] = column.literal ? column.text : std::string(cells.next().text);
-    }
+  for (const auto& data : events) chunk.add(record(++number, {.data = data}));
+  const kept_records kept(log_builder().chunk(chunk).bytes(), commands);
+  std::string text;
+  for (const LogRecord* found : kept.records) {
+    const std::string columns = columns_text(*found);
+    text += std::to_string(found->report_entry_id) + ": ";
+    text += columns.substr(0, columns.find("; Channel=")) + "\n";
   }
-  return list;
+  return text;
 }
 
 ReportCommand command(std::int32_t index, std::vector<std::string> conditions, std::string search,
@@ -66,41 +44,35 @@ ReportCommand command(std::int32_t index, std::vector<std::string> conditions, s
 
 // The first command looks at the bytes, makes a text of them and then has no column.
 TEST(translated_slots, later_commands_see_the_text) {
-  const std::vector<event> events(
-      2, with({{"Seen", time_bytes(9)}, {"T", slot::binary(byte_vector(48))}}));
+  const std::vector<data_field> event{{"Seen", time_bytes(9)},
+                                      {"T", slot::binary(byte_vector(48))}};
   const translate_specs both = {{"Seen", as_time}, {"T", as_layout}};
   const auto first = command(0, {"T|00 00"}, "00 00 00", {"nosuch"}, both);
-  const std::vector<std::vector<ReportCommand>> seconds = {
+  const std::vector<ReportCommand> seconds[] = {
       {first, command(1, {"T|00 00"}, "", {"T"}, {}), command(2, {"T|{unk}"}, "", {"Seen"}, {})},
       {first, command(1, {}, "00 00 00", {"T"}, {}), command(2, {}, "2024/03/09", {"Seen"}, {})}};
-  for (const auto& commands : seconds) {
-    const auto list = selected(events, commands);
-    ASSERT_EQ(list.size(), 2u);
-    for (auto columns : list) {
-      EXPECT_EQ(columns["command"], "2");
-      EXPECT_EQ(columns["Seen"], "2024/03/09 00:00:00.000000000");
-    }
-  }
+  const std::string line = "2: Seen=2024/03/09 00:00:00.000000000\n";
+  for (const auto& commands : seconds) EXPECT_EQ(selected({event, event}, commands), line + line);
 }
 
 // As many as there are names, and a text that tells of a failure is not counted.
 TEST(translated_slots, as_many_as_names) {
-  const slot_value empty_layout = slot::binary(byte_vector(48));
-  const std::vector<event> events = {
-      with({{"A", time_bytes(1)}, {"A", time_bytes(2)}, {"B", time_bytes(3)}}),
-      with({{"T", empty_layout}, {"T", empty_layout}, {"A", time_bytes(1)}, {"A", time_bytes(2)}})};
+  const slot_value none = slot::binary(byte_vector(48));
   ReportCommand times = command(0, {}, "", {}, {{"A", as_time}, {"B", as_time}});
   times.all_data = true;
+  const std::string march = "=2024/03/0";
+  const std::string midnight = " 00:00:00.000000000; ";
+  const auto first =
+      selected({{{"A", time_bytes(1)}, {"A", time_bytes(2)}, {"B", time_bytes(3)}}}, {times});
+  EXPECT_TRUE(first.starts_with("0: 01:A" + march + "1" + midnight + "02:A" + march + "2" +
+                                midnight + "03:B="));
+  EXPECT_EQ(first.find('/', first.find("03:B=")), std::string::npos);
   ReportCommand mixed = command(0, {}, "", {}, {{"A", as_time}, {"T", as_layout}});
   mixed.all_data = true;
-  auto first = selected(events, {times}).front();
-  EXPECT_EQ(first["01:A"], "2024/03/01 00:00:00.000000000");
-  EXPECT_EQ(first["02:A"], "2024/03/02 00:00:00.000000000");
-  EXPECT_EQ(first["03:B"].find('/'), std::string::npos);
-  auto second = selected(events, {mixed}).back();
-  EXPECT_EQ(second["01:T"], "part_tbl {unk}");
-  EXPECT_EQ(second["02:T"], "part_tbl {unk}");
-  EXPECT_EQ(second["04:A"], "2024/03/02 00:00:00.000000000");
+  EXPECT_EQ(
+      selected({{{"T", none}, {"T", none}, {"A", time_bytes(1)}, {"A", time_bytes(2)}}}, {mixed}),
+      "0: 01:T=part_tbl {unk}; 02:T=part_tbl {unk}; 03:A" + march + "1" + midnight + "04:A" +
+          march + "2 00:00:00.000000000\n");
 }
 
 }  // namespace
