@@ -21,9 +21,9 @@ struct format_descriptor {
     month_day_year = 0x40,
     year_month_day = 0x80,
   };
-  char separator = 0;            // '/', '-', a blank, or 0 when there is none
-  std::uint8_t flags = 0;        // of `flag`
-  std::uint8_t time_flags = 0;   // bit 0 pair_datetime, bits 1 to 4 the count of fraction digits
+  char separator = 0;           // '/', '-', a blank, or 0 when there is none
+  std::uint8_t flags = 0;       // of `flag`
+  std::uint8_t time_flags = 0;  // bit 0 pair_datetime, bits 1 to 4 the count of fraction digits
   std::uint8_t reserved = 0;
   std::uint16_t first_year = 1900;
   std::uint16_t last_year = 2600;
