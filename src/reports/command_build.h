@@ -21,7 +21,7 @@ struct command_log {
   std::string path;
   std::string channel;  // lower case
   bool is_evtx = true;
-  std::uint64_t reserved = 0;
+  std::uint64_t reserved = 0;  // stays 0; timelines show it as the inode
 };
 
 // Finds kind and channel of the log at `path`; false when it is no log.

@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::string_view null_text = "[null]";
 
-bool holds_mark(std::string_view text) {
-  return text.find_first_of(",|\r\n") != std::string_view::npos;
-}
-
 // The text of a value that has one in its place, on one line.
 std::string replaced_column_text(std::string text, const plan_value& value, value_form form,
                                  bool& marked) {
@@ -56,7 +52,7 @@ class block_writer {
 
   void add(std::string_view text) {
     if (text == ",") text = {};
-    out_ = finish_cell(out_, copy(out_ + 1, text), holds_mark(text));
+    out_ = finish_cell(out_, copy(out_ + 1, text), needs_mark(text));
   }
 
   char* end() const { return out_; }

@@ -23,12 +23,12 @@ struct ReportCommand {
   std::vector<std::string> conditions;  // "field|substring" or "field"; all must hold
   std::string name;                     // caption shown with each record
   std::string log_path;                 // the log it is for, as it was named
-  std::string type_filter;
-  std::uint64_t log_reserved = 0;
-  std::uint32_t record_base = 0;
-  std::string string_exists;     // a text that some value must hold
-  std::string level_condition;   // one more condition, of the same form
-  std::uint64_t start_time = 0;  // FILETIME, inclusive
+  std::string type_filter;              // part of the channel that its log must have
+  std::uint64_t log_reserved = 0;       // of the log; stays 0
+  std::uint32_t record_base = 0;        // stays 0
+  std::string string_exists;            // a text that some value must hold
+  std::string level_condition;          // one more condition, of the same form
+  std::uint64_t start_time = 0;         // FILETIME, inclusive
   std::uint64_t stop_time = std::numeric_limits<std::uint64_t>::max();  // inclusive; 0 is none
   bool emit = true;                // a matching record is kept for output
   bool all_data = false;           // every field is a column
@@ -39,7 +39,7 @@ struct ReportCommand {
   std::map<std::string, translate_spec> translators;   // the readable ones of them
   // Names of a legacy record's strings by their number; stays empty, looked in all the same.
   std::map<std::uint16_t, std::string> param_labels;
-  bool event_lookup = false;
+  bool event_lookup = false;  // `-event_lookup`, which nothing acts on
   bool has_hist = false;
   std::vector<std::string> hist_fields;
   std::vector<std::string> hist_fields_lower;

@@ -37,8 +37,7 @@ void pack_columns(LogRecord& kept, const column_map& columns, record_container& 
   char* out = block;
   for (const auto& column : columns) {
     const std::string& text = column.second;
-    const bool marked = text.find_first_of(",|\r\n") != std::string::npos;
-    out = put(write_cell_head(out, text.size(), marked), text);
+    out = put(write_cell_head(out, text.size(), needs_mark(text)), text);
   }
   records.arena().keep(static_cast<std::size_t>(out - block));
   kept.values = block;

@@ -93,7 +93,7 @@ void slot_columns::write_block(LogRecord& kept, const merged_shape& merged,
     value_cell cell;
     if (source.of_slot) {
       cell.text = slot_text(source.index);
-      cell.marked = cell.text.find_first_of(",|\r\n") != std::string_view::npos;
+      cell.marked = needs_mark(cell.text);
     } else {
       cell = cells_[source.index];
     }

@@ -18,6 +18,11 @@ struct value_cell {
   bool marked = false;
 };
 
+// Whether a text has to be marked.
+inline bool needs_mark(std::string_view text) {
+  return text.find_first_of(",|\r\n") != std::string_view::npos;
+}
+
 // Walks the cells of a block. The caller knows their count (`record_shape::value_count`).
 class cell_reader {
  public:

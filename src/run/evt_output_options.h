@@ -61,8 +61,8 @@ class evt_output_options : public cmd_params {
   std::string current_log_path;
   std::string current_log_channel;
   bool current_log_is_evtx = true;
-  std::uint64_t current_log_reserved = 0;
-  bool record_writer_first = true;
+  std::uint64_t current_log_reserved = 0;  // see `LogEntry::reserved`
+  bool record_writer_first = true;         // on in every run, so that nobody has to ask
   std::ostream* results_stream = nullptr;  // set once by the driver
   // The walker's state: what is known of templates serves all logs of a run.
   record_reader reader{format};

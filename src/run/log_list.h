@@ -13,10 +13,10 @@
 namespace zanvik {
 
 struct LogEntry {
-  std::string path;          // as given, after environment references
-  bool is_evtx = true;       // otherwise the legacy kind
-  bool unclassified = true;  // no signature was recognised
-  std::uint64_t reserved = 0;
+  std::string path;             // as given, after environment references
+  bool is_evtx = true;          // otherwise the legacy kind
+  bool unclassified = true;     // no signature was recognised
+  std::uint64_t reserved = 0;   // stays 0; timelines show it as the inode
   std::string channel = "unk";  // lower case; reports go by it
 };
 

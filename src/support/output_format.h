@@ -25,7 +25,7 @@ struct format_descriptor {
   std::uint8_t flags = 0;       // of `flag`
   std::uint8_t time_flags = 0;  // bit 0 pair_datetime, bits 1 to 4 the count of fraction digits
   std::uint8_t reserved = 0;
-  std::uint16_t first_year = 1900;
+  std::uint16_t first_year = 1900;  // this and what follows: a part of the digest, read by nobody
   std::uint16_t last_year = 2600;
   std::uint32_t last_value = 0;
 
