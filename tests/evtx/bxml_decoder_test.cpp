@@ -227,6 +227,12 @@ TEST(decode_bxml, starts_of_streams) {
          x.text_element("Level", "4").end_of_stream();
        },
        "\n<N>[0/1]</N>... aborting, since number of entries = 61"},
+      {"an instance whose definition is past the block is no instance",
+       [](bxml_builder& x) {
+         x.instance_head_only(instance_head::bare, 1, chunk_bytes + 1).raw(bytes_of({0, 0, 0, 0}));
+         x.text_element("Level", "4").end_of_stream();
+       },
+       ""},
       {"an instance in the middle of a stream ends it",
        [](bxml_builder& x) {
          x.fragment_header().text_element("Level", "4");

@@ -154,6 +154,7 @@ TEST(options, words_without_meaning_are_swallowed_with_their_values) {
                      "-pipe", "-verbose", "-v", "word", "-quiet"});
   EXPECT_EQ(line.list, (argument_list{"/bin/zanvik.real", "-v", "word"}));
   EXPECT_FALSE(line.options.walk.pipe) << "it was the value of another option";
+  EXPECT_EQ(parsed({"-cpu"}).list.size(), 2u) << "in the last place it has no value, and stays";
   EXPECT_FALSE(line.options.show_status);
   EXPECT_EQ(line.options.program_name, "zanvik");
 }
