@@ -8,7 +8,7 @@
 namespace zanvik::fuzz {
 namespace {
 
-// Chunk of four records: named data, unnamed data, user data, none.
+// Chunk of five records: named data, unnamed data, user data, named data, none with a template.
 std::vector<std::byte> small_chunk() {
   using namespace testing;
   const event named{.event_id = 7,
@@ -19,8 +19,13 @@ std::vector<std::byte> small_chunk() {
   classic.form = payload_form::unnamed_event_data;
   event user = named;
   user.form = payload_form::user_data;
+  const bxml_writer plain = [](bxml_builder& x) {
+    x.fragment_header().open("Event").close_start();
+    x.text_element("EventID", "7").text_element("Text", "a").end_element().end_of_stream();
+  };
   const auto built = chunk_builder({testing::record(1, named), testing::record(2, classic),
-                                    testing::record(3, user), testing::record(4)})
+                                    testing::record(3, user), testing::record(4),
+                                    plain_record(5, default_filetime(5), plain)})
                          .build();
   return {built.bytes.begin(), built.bytes.end()};
 }

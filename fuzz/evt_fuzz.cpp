@@ -44,7 +44,7 @@ ZANVIK_FUZZ_TARGET(evt) {
   const exact_bytes log(in.rest());
   ReportCommand pulled;
   pulled.is_evt = true;
-  pulled.pull = {"1", "3|x", "Data", "x"};
+  pulled.pull = {"1", "name|2", "x|0", "Data", "x"};
   if (flags & 1) pulled.conditions = {"success_type|4", "1|a"};
   if (flags & 2) pulled.string_exists = "a";
   ReportCommand listing;

@@ -47,6 +47,8 @@ ZANVIK_FUZZ_TARGET(filter) {
   (void)match_filters(options, undecided, "/proc/self/comm", filters, nullptr);
   argument_list words{"zanvik", "-cmd_start_time", time, "-cmd_stop_time", path};
   (void)take_file_time_options(words, options);
+  file_info file{true, 1705305600};
+  (void)match_filters(options, undecided, path, {}, &file);
   (void)expand_env_references(terms, true);
   std::string folder, name, extension;
   (void)split_path_parts(path, folder, name, extension);

@@ -90,7 +90,9 @@ log_builder mixed_log() {
   user.form = payload_form::user_data;
   user.nested_head = instance_head::bare;
   chunk_builder first({record(1, named), record(2, classic), record(3, user), record(4, named)});
-  first.slack(record(9, user));
+  first.slack(record(9, user)).slack(plain_record(10, default_filetime(10), [](bxml_builder& x) {
+    plain_event(x, element_form::with_id);
+  }));
   const auto form = element_form::without_id;
   return log_builder().chunk(first).chunk(
       {record(5, named), record(6, user),
@@ -187,10 +189,12 @@ void add_logs(const seed_folder& seeds) {
     seeds.add("evtx", name, {1}, packed);
     seeds.add("chunk", name, {1}, chunk);
     seeds.add("table", name, {1, 0, 0}, packed);
+    seeds.add("table", std::string(name) + "_provider", {0, 0, 0x0b}, packed);
     seeds.add("table", std::string(name) + "_pulled", {2, 8, 0x3a}, packed);
     // Name of the log: the first for security, the second for the system, else any.
     const int log_name = *name == 's' ? (name[1] == 'y' ? 1 : 0) : 3;
-    seeds.add("run", name, {1, 0, 0xc8, log_name}, packed);
+    seeds.add("run", name, {0x41, 0, 0xc8, log_name}, packed);
+    seeds.add("run", std::string(name) + "_padded", {0x80, 0, 0xd0, log_name}, packed);
     seeds.add("run", std::string(name) + "_reports", {2, 0xff, 0xc0, log_name}, packed);
   }
   const auto legacy = legacy_log();

@@ -81,7 +81,7 @@ void add_selection(words& args, std::uint8_t choice) {
                                      {"-eventid", "4624, 7, 6005"},
                                      {"-start_time", "01/15/2024 08:00:00"},
                                      {"-stop_time", "01/15/2024 08:00:01", "-string", "text"},
-                                     {"-eventid", "x"},
+                                     {"-eventid", "6005|7", "-rec_start", "2", "-rec_id", "1 2"},
                                      {"-eventid", "7", "-string", "\xff"}};
   const words& selection = selections[choice & 7];
   args.insert(args.end(), selection.begin(), selection.end());
@@ -95,7 +95,7 @@ ZANVIK_FUZZ_TARGET(run) {
       "-pw", "-time", "-logon", "-startstop", "-creds", "-usb", "-partition_metadata"};
   static constexpr const char* flags[] = {"-inc_slack", "-show_offsets", "-base16"};
   input in(bytes);
-  words args{"zanvik", "-quiet", "-out", "/dev/null"};
+  words args{"zanvik", "-out", "/dev/null"};
   const auto form = in.take<std::uint8_t>();
   const auto report = in.take<std::uint8_t>();
   const auto select = in.take<std::uint8_t>();
@@ -106,7 +106,9 @@ ZANVIK_FUZZ_TARGET(run) {
   add_selection(args, select);
   add_flags(args, select >> 3, flags);
   if (select & 0x40) args.insert(args.end(), {"-stats", "/dev/null"});
-  if (select & 0x80) args.insert(args.end(), {"-hist", "EventID|Text"});
+  if (select & 0x80)
+    args.insert(args.end(), {"-hist", form & 0x40 ? "Text" : "TargetUserName|LogonType"});
+  if (form & 0x80) args.insert(args.end(), {"-diags", "/dev/null", "-l2"});
   args.insert(args.end(), {"-log", here.path(log_names[log & 3])});
   if (log & 0x80) {
     here.set_log(in.rest());  // as it is: mostly a legacy log

@@ -18,6 +18,7 @@ std::vector<ReportCommand> chosen_commands(std::uint8_t choice) {
   pulled.pull = {"Text", "EventID", "Data [1]", "Provider Name", "A", "Bytes", "text"};
   if (choice & 2) pulled.translators["Bytes"] = {translate_kind::tf, 0, 0, false};
   if (choice & 4) pulled.string_exists = "x";
+  if (choice & 1) pulled.pull = {"Provider Name", "Text"};
   return {pulled, listing};
 }
 

@@ -2,9 +2,10 @@
 //
 //   byte_cursor.h       bytes of an untrusted file; the only bounds check
 //   limits.h            what keeps work and memory in proportion, each with its reason
+//   tight_buffers.h     for fuzzing: buffers without room to spare
 //   qx_string.h         text, numbers, paths, UTF-16: the umbrella that lists their qx_*.h;
 //                       qx_utf16_write.h for records, hash_mix.h for hashes
-//   tight_buffers.h     for fuzzing: buffers without room to spare
+//   qx_string.h         text, numbers, paths, UTF-16 (the umbrella of these qx_*.h); hash_mix.h
 //   qx_time.h           instants; qx_time_parse.h and qx_time_format.h, qx_time_fast.h for records
 //   fileio.h            files (blocks of them in block_memory.h); fileio_output.h the results
 //                       stream, stdin_stream.h a list of names
