@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <vector>
 
 #include "output/path_alias.h"
 #include "output/short_copy.h"
@@ -92,12 +93,14 @@ void row_writer::write(const LogRecord& record) {
 }
 
 const row_plan& row_writer::plan_of(const LogRecord& record) {
-  row_plan& plan = table_.rows[layout_.shapes.of(record)];
-  if (plan.made()) return plan;
+  const std::size_t shape = layout_.shapes.of(record);
+  if (table_.rows[shape].made()) return table_.rows[shape];
   if (table_.row_bytes > most_plan_bytes) {
-    for (row_plan& other : table_.rows) other = row_plan();
+    // All at once: a string that an empty one is moved to would keep its memory.
+    table_.rows = std::vector<row_plan>(table_.rows.size());
     table_.row_bytes = 0;
   }
+  row_plan& plan = table_.rows[shape];
   plan = make_row_plan(layout_, record, rules_, format_.csv_separator);
   table_.row_bytes += plan.text.size() + plan.steps.size() * sizeof(plan_step);
   return plan;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "output/row_writer.h"
 #include "record_tables.h"
 
 namespace zanvik {
@@ -198,6 +199,29 @@ TEST(event_table, captions) {
   // Those of damaged records do not count.
   const test_record damaged = test_record(1).caption("longer").flags(record_cut);
   EXPECT_EQ(table_text({damaged}, csv_format()).find("name"), std::string::npos);
+}
+
+// 1,000 kinds of records with 1,000 columns between them: what is worked out for their rows would
+// come to 60 MB, and is dropped with its memory each time that it comes to 16 MiB.
+TEST(event_table, row_plans_give_their_memory_back) {
+  record_container records;
+  for (int i = 0; i < 1000; ++i) {
+    const std::string name = std::string(54, 'n') + std::to_string(10000 + i);
+    test_record(1, {{name, "v"}}).add_to(records);
+  }
+  std::ostream nowhere(nullptr);
+  row_buffer out(nowhere);
+  const output_format format = padded_format();
+  const write_context context;
+  time_cells times(format);
+  table_cache tables;
+  table_plan& table = tables.plan_for(records.in_time_order(), format, context);
+  row_writer rows(out, times, table, format, context);
+  for (const LogRecord* record : records.in_time_order()) rows.write(*record);
+  std::size_t held = 0;
+  for (const row_plan& plan : table.rows) held += plan.text.capacity();
+  EXPECT_GT(held, table.row_bytes / 2) << "the plans of the last records are there";
+  EXPECT_LT(held, std::size_t{36} << 20);
 }
 
 }  // namespace
