@@ -34,6 +34,8 @@ class survey {
   }
   // Fills the layout's `fields`.
   void join_fields(bool drop_event_id);
+  // How many fields the table may have.
+  std::size_t most_fields() const;
 
   std::size_t provider_width = 13;
   std::size_t description_width = 0;
@@ -96,12 +98,12 @@ void merge_by_name(std::vector<field_column>& fields) {
   fields.resize(kept);
 }
 
-// Keeps as many fields as a table may have, those of most records; of equal ones the first.
-void drop_rarest(std::vector<field_column>& fields) {
-  if (fields.size() <= limits::table_columns) return;
+// Keeps `most` fields, those of most records; of equal ones the first.
+void drop_rarest(std::vector<field_column>& fields, std::size_t most) {
+  if (fields.size() <= most) return;
   std::vector<std::size_t> counts;
   for (const field_column& field : fields) counts.push_back(field.records);
-  const auto last = counts.begin() + limits::table_columns - 1;
+  const auto last = counts.begin() + static_cast<std::ptrdiff_t>(most) - 1;
   std::nth_element(counts.begin(), last, counts.end(), std::greater<>());
   const std::size_t least = *last;
   auto room = static_cast<std::size_t>(std::count(counts.begin(), last + 1, least));
@@ -111,6 +113,15 @@ void drop_rarest(std::vector<field_column>& fields) {
     --room;
     return false;
   });
+}
+
+// It is the cells that cost, so a table of fewer records than the limit has columns may have more.
+// Not so where all records are of one shape: their layout serves tables of any length.
+std::size_t survey::most_fields() const {
+  if (uses_.size() < 2) return limits::table_columns;
+  std::size_t records = 0;
+  for (const shape_use& use : uses_) records += use.records;
+  return std::max(limits::table_columns, limits::table_columns * limits::table_columns / records);
 }
 
 void survey::join_fields(bool drop_event_id) {
@@ -125,7 +136,7 @@ void survey::join_fields(bool drop_event_id) {
     }
   }
   merge_by_name(fields);
-  drop_rarest(fields);
+  drop_rarest(fields, most_fields());
   for (field_column& field : fields) {
     field.dropped = field.name == "Provider Name" || (drop_event_id && field.name == "EventID");
   }

@@ -77,9 +77,9 @@ inline constexpr std::size_t evt_layout_columns = 1 << 18;
 
 // Field columns of one table, and how far they may be padded together, in characters. Every row has
 // all columns of its table: records that each bring names of their own would make a table grow with
-// the square of the log. Columns that fewest records have are left out, and what goes beyond the
-// padding stands unpadded; 96 values of the greatest width come to 57,600. Logs at hand have 69
-// columns, padded to 2,103 characters.
+// the square of the log. Columns that fewest records have are left out (a table of few records may
+// have more of them), and what goes beyond the padding stands unpadded; 96 values of the greatest
+// width come to 57,600. Logs at hand have 69 columns, padded to 2,103 characters.
 inline constexpr std::size_t table_columns = 2048;
 inline constexpr std::size_t table_padding = 65536;
 
