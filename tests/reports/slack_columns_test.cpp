@@ -122,6 +122,16 @@ TEST(slack_columns, slots_by_number_from_the_first_candidate_on) {
   EXPECT_EQ(kept[2].flags, record_inside_range);
 }
 
+TEST(slack_columns, nested_values_are_no_slots_of_their_record) {
+  const auto log = log_builder().chunk(chunk_builder({record(7)}).slack(record(8)));
+  const kept_records kept(log.bytes(), {listing()}, true);
+  ASSERT_EQ(kept.records.size(), 2u);
+  const std::string columns = columns_text(kept[1]);
+  EXPECT_NE(columns.find("01:Text=text of 8"), std::string::npos) << columns;
+  EXPECT_NE(columns.find("s17=Application"), std::string::npos) << columns;
+  EXPECT_EQ(columns.find("s19="), std::string::npos) << columns;
+}
+
 TEST(slack_columns, only_candidates_without_a_template_are_cleaned) {
   const std::string long_name(70, 'n');
   const auto content = [&](bxml_builder& x) {

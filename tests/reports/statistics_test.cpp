@@ -112,5 +112,20 @@ TEST(statistics, combinations_by_command_and_key) {
             "\n");
 }
 
+// A command may ask for the long form of an ID, of which a legacy record has the low half.
+TEST(statistics, a_legacy_id_has_sixteen_bits) {
+  record_container records;
+  for (const bool is_evtx : {false, true}) {
+    LogStatistics stats;
+    init_statistics(stats, "a", "system", is_evtx, 1, "", "");
+    LogRecord record = kept_record(records, 7, noon, "3");
+    record.is_evtx = is_evtx;
+    const std::vector<ReportCommand> commands{
+        counting_command(0x40000007, 0, {"channel"}, {"channel"})};
+    count_hist_from(stats, commands, 0, record);
+    EXPECT_EQ(stats.hist_tables[0].size(), is_evtx ? 0u : 1u);
+  }
+}
+
 }  // namespace
 }  // namespace zanvik
