@@ -89,7 +89,8 @@ std::optional<found_channel> channel_finder::find_quickly(std::span<const std::b
   if (!ref || !table || !body_matches(view, *ref)) return std::nullopt;
   if (bodies_.drop_if_full() || outlines_.size() > limits::cached_layouts) outlines_.clear();
   const std::uint32_t body = bodies_.identify(view, ref->definition, ref->size_record, ref->guid);
-  if (body == 0 || !parse_substitution_array(view, *table, slots_)) return std::nullopt;
+  constexpr unsigned depth = 1;  // one further down, children are counted and not read
+  if (body == 0 || !parse_substitution_array(view, *table, slots_, depth)) return std::nullopt;
   return channel_by(outline_of(view, *ref, body, slots_.size()), view);
 }
 

@@ -57,16 +57,6 @@ class row_writer {
 
   std::size_t row_room_ = 0;  // what the row in hand takes without its long values
 
-  // From the level's cell up to the first field, and what it was made for.
-  std::string caption_;
-  const std::string* description_ = nullptr;
-  const std::string* provider_ = nullptr;
-  std::uint32_t level_ = 0;
-  bool is_evtx_ = false;
-  // The last cell, and what it was made for.
-  std::string log_cell_;
-  const std::string* log_path_ = nullptr;
-
   std::string scratch_;
 };
 

@@ -64,6 +64,8 @@ grouping::grouping(std::span<const LogRecord* const> records) {
 }
 
 std::vector<std::uint32_t> grouping::number_records(std::span<const LogRecord* const> records) {
+  constexpr std::size_t few_groups =
+      24;  // small logs have no more: looking through them is quicker
   std::unordered_map<group_key, std::uint32_t, group_key_hash> numbers;
   std::vector<std::uint32_t> result;
   result.reserve(records.size());
@@ -71,6 +73,15 @@ std::vector<std::uint32_t> grouping::number_records(std::span<const LogRecord* c
     const group_key key{record->event_id, record->provider};
     if (!result.empty() && keys_[result.back()] == key) {
       result.push_back(result.back());
+      continue;
+    }
+    if (keys_.size() <= few_groups) {
+      const auto known = std::find(keys_.begin(), keys_.end(), key);
+      result.push_back(static_cast<std::uint32_t>(known - keys_.begin()));
+      if (known == keys_.end()) keys_.push_back(key);
+      if (keys_.size() > few_groups) {
+        for (std::uint32_t i = 0; i < keys_.size(); ++i) numbers.emplace(keys_[i], i);
+      }
       continue;
     }
     const auto [at, added] = numbers.try_emplace(key, static_cast<std::uint32_t>(keys_.size()));

@@ -64,9 +64,12 @@ class log_walk {
 
  private:
   // The first eight bytes, 0 where they are not all there; nothing when the log cannot be read.
-  static std::optional<std::uint64_t> read_head(uni::fileio& log) {
-    std::byte head[256];
+  std::optional<std::uint64_t> read_head(uni::fileio& log) {
+    std::byte head[8];
     std::size_t count = sizeof(head);
+    if (&log == &options_.probe.file.file()) {
+      return byte_cursor(options_.probe.file.first(count)).at_or_zero<std::uint64_t>(0);
+    }
     if (!log.read_raw(head, count, 0)) return std::nullopt;
     return byte_cursor(std::span(head, count)).at_or_zero<std::uint64_t>(0);
   }
