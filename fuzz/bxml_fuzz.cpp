@@ -1,8 +1,8 @@
 // A binary XML stream, bare, with the slots of a table that stands somewhere in it, or as a record
 // that brings its templates along.
-#include "evtx/bxml_decoder.h"
-#include "evtx/slot_table.h"
-#include "evtx/template_record.h"
+#include "evtx/bxml/bxml_decoder.h"
+#include "evtx/bxml/slot_table.h"
+#include "evtx/templates/template_record.h"
 #include "fuzz_target.h"
 
 namespace zanvik::fuzz {

@@ -1,9 +1,9 @@
 // A command file's text, and its commands at work on a small log: the selector against the plain
 // rule.
+#include "commands/command_build.h"
 #include "fuzz_target.h"
 #include "log_builder.h"
-#include "reports/command_build.h"
-#include "reports/evtx_selector.h"
+#include "select/evtx_selector.h"
 
 namespace zanvik::fuzz {
 namespace {

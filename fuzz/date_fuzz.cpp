@@ -2,12 +2,12 @@
 // plain ones. A choice, a count of ticks; lines: a text, a date format, a time format.
 #include <string>
 
+#include "base/number_text.h"
+#include "base/time_format.h"
+#include "base/time_parse.h"
+#include "base/time_value.h"
+#include "base/time_writer.h"
 #include "fuzz_target.h"
-#include "support/qx_number.h"
-#include "support/qx_time.h"
-#include "support/qx_time_fast.h"
-#include "support/qx_time_format.h"
-#include "support/qx_time_parse.h"
 
 namespace zanvik::fuzz {
 namespace {

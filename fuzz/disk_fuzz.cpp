@@ -1,7 +1,7 @@
 // Boot sectors, partition tables and drive layouts, and what is made of them as text.
+#include "disk/disk_layout.h"
+#include "disk/disk_text.h"
 #include "fuzz_target.h"
-#include "reports/disk_layout.h"
-#include "reports/disk_text.h"
 
 namespace zanvik::fuzz {
 

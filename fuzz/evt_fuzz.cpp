@@ -1,5 +1,5 @@
 // A whole legacy .evt log: its records, and their tables.
-#include "reports/evt_selector.h"
+#include "select/evt_selector.h"
 #include "tables.h"
 
 namespace zanvik::fuzz {

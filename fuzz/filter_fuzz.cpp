@@ -1,11 +1,11 @@
 // The terms of the file filters, the window of file times, and what else is a list in an option.
 // Lines of the input: a list of terms, a path, a time.
+#include "base/file_filter.h"
+#include "base/path_text.h"
+#include "base/text_split.h"
 #include "fuzz_target.h"
-#include "support/file_filter.h"
-#include "support/file_match.h"
-#include "support/qx_path.h"
-#include "support/qx_split.h"
-#include "support/walk_options.h"
+#include "options/file_match.h"
+#include "options/walk_options.h"
 
 namespace zanvik::fuzz {
 namespace {

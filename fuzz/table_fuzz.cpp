@@ -1,6 +1,6 @@
 // The records of up to three logs of a chunk each, selected and written as tables and timelines:
 // what is known from one log serves the next.
-#include "reports/evtx_selector.h"
+#include "select/evtx_selector.h"
 #include "tables.h"
 
 namespace zanvik::fuzz {

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "fuzz_target.h"
-#include "output/plain_event_table.h"
-#include "output/timeline_fill.h"
-#include "output/timeline_writer.h"
+#include "output/tables/plain_event_table.h"
+#include "output/timelines/timeline_fill.h"
+#include "output/timelines/timeline_writer.h"
 #include "output/write_records.h"
-#include "support/output_options.h"
-#include "support/qx_time_format.h"
+#include "options/output_options.h"
+#include "base/time_format.h"
 
 namespace zanvik::fuzz {
 

@@ -1,7 +1,7 @@
 // A typed value of any type and size, in each form.
 #include <algorithm>
 
-#include "evtx/value_text.h"
+#include "evtx/values/value_text.h"
 #include "fuzz_target.h"
 
 namespace zanvik::fuzz {

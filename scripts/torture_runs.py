@@ -5,7 +5,7 @@
 Every run must end by itself, with status 0, with nothing on standard error, and within
 
   time    0.25 s and 1 s a MiB of the log, of processor time, the system's included. The budgets of
-          src/support/limits.h let the records of a chunk consume about 140 times its bytes, 64 in
+          src/base/limits.h let the records of a chunk consume about 140 times its bytes, 64 in
           template bodies and 64 in slack; at 150 MB a second, a third of what the program does on
           sound logs, that is 1 s. The quarter of a second is for starting, and for noise.
   memory  32 MiB and 16 MiB a MiB of the log. Two blocks of 3.1 MiB, tables and the results' buffer

@@ -6,10 +6,10 @@
 #include <limits>
 #include <utility>
 
-#include "support/limits.h"
-#include "support/qx_digits.h"
-#include "support/qx_time.h"
-#include "support/qx_utf16.h"
+#include "base/digits.h"
+#include "base/limits.h"
+#include "base/time_value.h"
+#include "base/utf16.h"
 
 namespace zanvik {
 namespace {

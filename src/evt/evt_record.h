@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "support/byte_cursor.h"
+#include "base/byte_cursor.h"
 
 namespace zanvik {
 

@@ -1,5 +1,5 @@
+#include "base/limits.h"
 #include "evt/evt.h"
-#include "support/limits.h"
 
 namespace zanvik {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "base/text.h"
 #include "evtx/first_record.h"
-#include "evtx/template_record.h"
-#include "evtx/value_text.h"
-#include "support/qx_text.h"
+#include "evtx/templates/template_record.h"
+#include "evtx/values/value_text.h"
 
 namespace zanvik {
 namespace {

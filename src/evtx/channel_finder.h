@@ -16,9 +16,9 @@
 #include <utility>
 #include <vector>
 
-#include "evtx/bxml_decoder.h"
-#include "evtx/template_bodies.h"
-#include "evtx/template_catalogue.h"
+#include "evtx/bxml/bxml_decoder.h"
+#include "evtx/templates/template_bodies.h"
+#include "evtx/templates/template_catalogue.h"
 
 namespace zanvik {
 

@@ -22,8 +22,8 @@
 #include <span>
 #include <string>
 
+#include "base/diag.h"
 #include "evtx/record_reader.h"
-#include "support/diag.h"
 
 namespace zanvik {
 

@@ -1,6 +1,6 @@
 #include "evtx/first_record.h"
 
-#include "evtx/template_record.h"
+#include "evtx/templates/template_record.h"
 
 namespace zanvik {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "support/qx_text.h"
+#include "base/text.h"
 
 namespace zanvik {
 

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "evtx/chunk.h"
-#include "evtx/value_text.h"
+#include "evtx/container/chunk.h"
+#include "evtx/values/value_text.h"
 
 namespace zanvik {
 

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <utility>
 
-#include "evtx/template_record.h"
-#include "support/qx_text.h"
-#include "support/qx_time_format.h"
-#include "support/qx_time_parse.h"
+#include "base/text.h"
+#include "base/time_format.h"
+#include "base/time_parse.h"
+#include "evtx/templates/template_record.h"
 
 namespace zanvik {
 namespace {

@@ -8,10 +8,10 @@
 #include <cstdint>
 #include <vector>
 
-#include "evtx/layout_cache.h"
-#include "evtx/quick_records.h"
 #include "evtx/record_fields.h"
-#include "support/output_format.h"
+#include "evtx/templates/layout_cache.h"
+#include "evtx/templates/quick_records.h"
+#include "options/output_format.h"
 
 namespace zanvik {
 

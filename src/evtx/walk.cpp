@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/console.h"
+#include "base/text.h"
+#include "evtx/container/slack.h"
 #include "evtx/evtx.h"
-#include "evtx/slack.h"
-#include "support/console.h"
-#include "support/qx_text.h"
 
 namespace zanvik {
 namespace {

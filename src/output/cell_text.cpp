@@ -1,7 +1,7 @@
 #include "output/cell_text.h"
 
-#include "support/qx_number.h"
-#include "support/qx_text.h"
+#include "base/number_text.h"
+#include "base/text.h"
 
 namespace zanvik {
 

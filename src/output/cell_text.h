@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "support/output_format.h"
+#include "options/output_format.h"
 
 namespace zanvik {
 

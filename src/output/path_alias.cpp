@@ -1,6 +1,6 @@
 #include "output/path_alias.h"
 
-#include "support/qx_text.h"
+#include "base/text.h"
 
 namespace zanvik {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "support/output_format.h"
+#include "options/output_format.h"
 
 namespace zanvik {
 

@@ -11,7 +11,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "support/tight_buffers.h"
+#include "base/tight_buffers.h"
 
 namespace zanvik {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "support/output_format.h"
-#include "support/qx_time_fast.h"
+#include "base/time_writer.h"
+#include "options/output_format.h"
 
 namespace zanvik {
 

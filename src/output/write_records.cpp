@@ -6,12 +6,12 @@
 #include <unordered_map>
 #include <vector>
 
-#include "output/event_table.h"
+#include "base/hash_mix.h"
+#include "base/text.h"
 #include "output/row_buffer.h"
+#include "output/tables/event_table.h"
 #include "output/time_cells.h"
-#include "output/timeline_writer.h"
-#include "support/hash_mix.h"
-#include "support/qx_text.h"
+#include "output/timelines/timeline_writer.h"
 
 namespace zanvik {
 namespace {

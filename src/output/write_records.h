@@ -19,10 +19,10 @@
 #include <ostream>
 #include <span>
 
-#include "output/table_cache.h"
+#include "events/log_record.h"
+#include "options/output_format.h"
+#include "output/tables/table_cache.h"
 #include "output/write_context.h"
-#include "reports/log_record.h"
-#include "support/output_format.h"
 
 namespace zanvik {
 

@@ -6,12 +6,12 @@
 #include <optional>
 #include <vector>
 
+#include "base/fileio.h"
 #include "evt/evt.h"
 #include "evtx/evtx.h"
 #include "output/write_records.h"
-#include "reports/evt_selector.h"
-#include "reports/evtx_selector.h"
-#include "support/fileio.h"
+#include "select/evt_selector.h"
+#include "select/evtx_selector.h"
 
 namespace zanvik {
 namespace {

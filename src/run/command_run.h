@@ -2,7 +2,7 @@
 // the records that were selected to the writers.
 #pragma once
 
-#include "reports/report_command.h"
+#include "commands/report_command.h"
 #include "run/evt_output_options.h"
 
 namespace zanvik {

@@ -11,16 +11,16 @@
 #include <initializer_list>
 #include <string>
 
+#include "base/console.h"
+#include "base/fileio.h"
+#include "base/fileio_output.h"
+#include "options/cmdline_ctx.h"
 #include "run/evt_output_options.h"
 #include "run/run_reports.h"
 #include "run/stats_file.h"
 #include "run/stream_run.h"
 #include "run/usage.h"
 #include "run/version.h"
-#include "support/cmdline_ctx.h"
-#include "support/console.h"
-#include "support/fileio.h"
-#include "support/fileio_output.h"
 
 namespace zanvik {
 namespace {

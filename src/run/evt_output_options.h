@@ -8,14 +8,14 @@
 #include <string_view>
 #include <vector>
 
+#include "events/log_record.h"
 #include "evtx/record_reader.h"
-#include "output/table_cache.h"
-#include "reports/log_record.h"
-#include "reports/log_statistics.h"
-#include "reports/plan_cache.h"
+#include "keep/plan_cache.h"
+#include "options/cmd_params.h"
+#include "options/selection_options.h"
+#include "output/tables/table_cache.h"
 #include "run/log_list.h"
-#include "support/cmd_params.h"
-#include "support/selection_options.h"
+#include "stats/log_statistics.h"
 
 namespace zanvik {
 

@@ -7,8 +7,8 @@
 #include <span>
 #include <string>
 
-#include "evtx/chunk.h"
-#include "support/fileio.h"
+#include "base/fileio.h"
+#include "evtx/container/chunk.h"
 
 namespace zanvik {
 

@@ -9,13 +9,13 @@
 #include <string_view>
 #include <vector>
 
+#include "base/byte_cursor.h"
+#include "base/fileio.h"
+#include "base/path_text.h"
+#include "base/text.h"
+#include "base/text_split.h"
 #include "evt/evt_record.h"
-#include "evtx/chunk.h"
-#include "support/byte_cursor.h"
-#include "support/fileio.h"
-#include "support/qx_path.h"
-#include "support/qx_split.h"
-#include "support/qx_text.h"
+#include "evtx/container/chunk.h"
 
 namespace zanvik {
 namespace {

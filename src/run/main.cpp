@@ -1,7 +1,7 @@
 #include <exception>
 
+#include "base/console.h"
 #include "run/driver.h"
-#include "support/console.h"
 
 int main(int argc, char** argv) {
   try {

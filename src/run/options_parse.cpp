@@ -1,11 +1,11 @@
 // The option pass about logs, around the shared one.
 #include <string_view>
 
+#include "base/number_text.h"
+#include "base/text_split.h"
+#include "base/time_value.h"
+#include "options/csv_separator.h"
 #include "run/evt_output_options.h"
-#include "support/csv_separator.h"
-#include "support/qx_number.h"
-#include "support/qx_split.h"
-#include "support/qx_time.h"
 
 namespace zanvik {
 namespace {

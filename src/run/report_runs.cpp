@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "reports/builtin_reports.h"
-#include "reports/command_build.h"
-#include "reports/command_list.h"
+#include "base/diag.h"
+#include "commands/builtin_reports.h"
+#include "commands/command_build.h"
+#include "commands/command_list.h"
 #include "run/command_run.h"
-#include "support/diag.h"
 
 namespace zanvik {
 namespace {

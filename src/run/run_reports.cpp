@@ -3,10 +3,10 @@
 #include <iostream>
 #include <utility>
 
+#include "base/diag.h"
+#include "base/text.h"
 #include "run/command_run.h"
 #include "run/report_runs.h"
-#include "support/diag.h"
-#include "support/qx_text.h"
 
 namespace zanvik {
 namespace {

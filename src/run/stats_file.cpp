@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "support/qx_path.h"
-#include "support/qx_utf16.h"
+#include "base/path_text.h"
+#include "base/utf16.h"
 
 namespace zanvik {
 

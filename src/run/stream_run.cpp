@@ -2,13 +2,13 @@
 
 #include <string>
 
+#include "base/console.h"
+#include "base/path_text.h"
+#include "base/text.h"
+#include "options/dir_walk.h"
+#include "options/file_match.h"
 #include "run/run_reports.h"
 #include "run/stats_file.h"
-#include "support/console.h"
-#include "support/dir_walk.h"
-#include "support/file_match.h"
-#include "support/qx_path.h"
-#include "support/qx_text.h"
 
 namespace zanvik {
 namespace {

@@ -1,6 +1,6 @@
 // The token decoder over streams that stand alone in a chunk: what text it composes and which
 // fields it finds.
-#include "evtx/bxml_decoder.h"
+#include "evtx/bxml/bxml_decoder.h"
 
 #include <gtest/gtest.h>
 

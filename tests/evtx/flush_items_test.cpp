@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "evtx/bxml_decoder.h"
+#include "evtx/bxml/bxml_decoder.h"
 
 namespace zanvik {
 namespace {

@@ -1,11 +1,11 @@
 // Records where none is declared: behind damage, and in the free tails of chunks.
-#include "evtx/slack.h"
+#include "evtx/container/slack.h"
 
 #include <gtest/gtest.h>
 
 #include <optional>
 
-#include "evtx/bxml_decoder.h"
+#include "evtx/bxml/bxml_decoder.h"
 #include "read_back.h"
 
 namespace zanvik::testing {

@@ -1,5 +1,5 @@
 // Slot tables, and the templates that records find for them.
-#include "evtx/slot_table.h"
+#include "evtx/bxml/slot_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Every type of value with the values at its edges.
-#include "evtx/value_text.h"
+#include "evtx/values/value_text.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "output/row_writer.h"
+#include "output/tables/row_writer.h"
 #include "record_tables.h"
 
 namespace zanvik {

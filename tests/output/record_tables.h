@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "base/time_format.h"
+#include "events/log_record.h"
+#include "options/output_format.h"
 #include "output/write_records.h"
-#include "reports/log_record.h"
-#include "support/output_format.h"
-#include "support/qx_time_format.h"
 
 namespace zanvik {
 

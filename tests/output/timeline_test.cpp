@@ -1,8 +1,8 @@
 // Timeline lines as they must come out, written by hand, and the fast way against the plain one.
 #include <gtest/gtest.h>
 
-#include "output/timeline_fill.h"
-#include "output/timeline_row.h"
+#include "output/timelines/timeline_fill.h"
+#include "output/timelines/timeline_row.h"
 #include "record_tables.h"
 
 namespace zanvik {

@@ -7,8 +7,8 @@
 
 #include "output/cell_text.h"
 #include "output/path_alias.h"
-#include "output/plain_event_table.h"
-#include "output/table_engine.h"
+#include "output/tables/plain_event_table.h"
+#include "output/tables/table_engine.h"
 #include "record_tables.h"
 
 namespace zanvik {

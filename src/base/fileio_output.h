@@ -1,0 +1,58 @@
+// A buffered output stream over a file descriptor: the results file, or standard output.
+//
+// Bytes are written when the buffer is full, on a flush and at destruction; a write that comes
+// short or is interrupted goes on. After a real error the stream is bad, without a message, and
+// takes no more bytes; `write_error` tells which it was. The descriptor belongs to the caller and
+// has to outlive the stream.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <ostream>
+#include <streambuf>
+
+#include "base/fileio.h"
+
+namespace zanvik::uni {
+
+inline constexpr std::size_t results_buffer_bytes = 0x40000;
+
+class fileio_streambuf : public std::streambuf {
+ public:
+  fileio_streambuf(int descriptor, std::size_t buffer_bytes);
+  ~fileio_streambuf() override;
+
+  int write_error() const { return error_; }
+
+ protected:
+  int_type overflow(int_type c) override;
+  std::streamsize xsputn(const char* text, std::streamsize count) override;
+  int sync() override;
+
+ private:
+  bool flush_pending();
+  bool write_out(const char* bytes, std::size_t count);
+
+  int descriptor_;
+  int error_ = 0;
+  std::size_t buffer_bytes_;
+  std::unique_ptr<char[]> buffer_;
+};
+
+class fileio_output : public std::ostream {
+ public:
+  explicit fileio_output(int descriptor, std::size_t buffer_bytes = results_buffer_bytes)
+      : std::ostream(nullptr), buffer_(descriptor, buffer_bytes) {
+    rdbuf(&buffer_);
+  }
+  explicit fileio_output(const fileio& file) : fileio_output(file.descriptor()) {}
+  ~fileio_output() override { rdbuf(nullptr); }
+
+  // The errno of the write that failed, 0 when none has.
+  int write_error() const { return buffer_.write_error(); }
+
+ private:
+  fileio_streambuf buffer_;
+};
+
+}  // namespace zanvik::uni

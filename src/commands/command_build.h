@@ -1,0 +1,45 @@
+// From the tokens of report commands to the commands themselves: `build_command_set` reads each
+// command's options and adds those that fit the log in hand to a set.
+//
+// Options stand in any order and their names in any case; tokens that no option takes are ignored.
+// A command that cannot be used is dropped without a word.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "commands/command_list.h"
+#include "commands/report_command.h"
+#include "options/output_format.h"
+#include "options/selection_options.h"
+
+namespace zanvik {
+
+// The log that commands are built for.
+struct command_log {
+  std::string path;
+  std::string channel;  // lower case
+  bool is_evtx = true;
+  std::uint64_t reserved = 0;  // stays 0; timelines show it as the inode
+};
+
+// Finds kind and channel of the log at `path`; false when it is no log.
+using log_classifier = std::function<bool(command_log& log, const std::string& path)>;
+
+// What commands take from the run. `log` is changed: the first command that gets as far as its log
+// decides which log that is.
+struct command_context {
+  command_log& log;
+  const selection_options& selection;           // times and text, which overrule a command's own
+  const output_format& format;                  // how a command's own times are written
+  const std::vector<std::string>& hist_fields;  // for commands without `-hist`
+  const log_classifier& classify;
+};
+
+// Adds the commands of `list` that fit the log to `set`, which is emptied first unless `append` is
+// set. Returns true when at least one was added.
+bool build_command_set(CommandSet& set, const CommandList& list, const command_context& context,
+                       bool append);
+
+}  // namespace zanvik

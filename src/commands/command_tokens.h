@@ -1,0 +1,25 @@
+// What literal command lines and command files have in common: the cut at the commas, and what a
+// token looks like when it is clean.
+#pragma once
+
+#include <string_view>
+
+#include "base/text.h"
+
+namespace zanvik {
+
+// Calls `use` with each piece of `text` between commas that is not empty, as it stands there.
+template <typename F>
+void for_each_piece(std::string_view text, F&& use) {
+  for (;;) {
+    const auto comma = text.find(',');
+    if (comma != 0 && !text.empty()) use(text.substr(0, comma));
+    if (comma == std::string_view::npos) return;
+    text.remove_prefix(comma + 1);
+  }
+}
+
+// The token without the blanks around it; empty when there is nothing else.
+inline std::string_view clean_token(std::string_view piece) { return trimmed(piece); }
+
+}  // namespace zanvik

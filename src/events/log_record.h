@@ -1,0 +1,126 @@
+// `LogRecord`, the one parsed record that both readers' selections fill and that statistics and
+// writers consume, and the container of a run's selected records.
+//
+// A record is small: its columns' names, and the values that its template holds as literals,
+// stand once in a shared `record_shape`; its own values stand in a packed block (value_block.h).
+// Strings are shared too. Everything a record points to belongs to the `record_container` that it
+// is in, and lives until that is cleared.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "events/record_arena.h"
+#include "events/value_block.h"
+
+namespace zanvik {
+
+// One column of a record: its name, and its value where that is the same for all records.
+struct shape_column {
+  std::string name;
+  bool literal = false;  // `text` is the value; otherwise it is the next cell of the block
+  std::string text;
+
+  bool operator==(const shape_column&) const = default;
+};
+
+// The columns of a record, in byte order of their names, each name once. The record's block holds
+// one cell for each column that is not a literal, in the same order.
+struct record_shape {
+  std::vector<shape_column> columns;
+  std::size_t value_count = 0;  // columns that are not literals
+};
+
+// Bits of `LogRecord::flags`.
+enum record_flag : std::uint32_t {
+  record_plain_or_slack = 0x01,  // decoded without a template, or found in slack
+  record_cut = 0x02,             // a slot of a slack record was cut at the chunk's end
+  record_outside_range = 0x08,   // the number lies outside the chunk's declared range
+  record_inside_range = 0x40,    // the number lies inside it
+};
+// All that a record may have whose template and place in the log are as they should be.
+inline constexpr std::uint32_t record_ordinary = record_plain_or_slack | record_inside_range;
+// Any of these puts a star in the column "del".
+inline constexpr std::uint32_t record_starred = 0x3f;
+
+struct LogRecord {
+  std::int32_t report_entry_id = 0;  // which command kept the record
+  std::uint32_t level = 0;           // "Level" of an .evtx record, event type of an .evt record
+  std::uint64_t time = 0;            // FILETIME
+  std::uint64_t event_id = 0;
+  std::uint64_t record_number = 0;
+  std::uint64_t file_offset = 0;  // of the record in its file, in bytes; 0 for an .evt record
+  std::uint32_t flags = 0;        // of `record_flag`
+  bool is_evtx = true;
+  const std::string* provider = nullptr;     // never null in a container
+  const std::string* description = nullptr;  // the command's caption; never null in a container
+  const std::string* extra_text = nullptr;   // the log's path; never null in a container
+  const record_shape* shape = nullptr;       // never null in a container
+  const char* values = nullptr;              // the block; null when shape->value_count is 0
+};
+
+// A record's columns with their values, one by one: for whoever wants them without haste.
+using column_map = std::map<std::string, std::string>;
+column_map columns_of(const LogRecord& record);
+
+// The selected records of a run: an ordered multimap from time to record in its behaviour (equal
+// times in order of insertion), a vector that is sorted when somebody asks in its form.
+class record_container {
+ public:
+  record_container();
+  record_container(const record_container&) = delete;
+  record_container& operator=(const record_container&) = delete;
+
+  bool empty() const { return records_.empty(); }
+  std::size_t size() const { return records_.size(); }
+
+  // Adds a copy. Null strings and a null shape become empty ones of this container.
+  void add(const LogRecord& record);
+
+  // The record added last; there is one.
+  const LogRecord& last() const { return *records_.back(); }
+
+  // The records by rising time, equal times in order of insertion. Valid until the next `add` or
+  // `clear`.
+  std::span<const LogRecord* const> in_time_order();
+
+  // Forgets the records and all they point to: shapes, strings and blocks.
+  void clear();
+  // Forgets the records and their blocks. Shapes and strings stay, for the next records are likely
+  // to share them, until they are more than the limits allow: then this is `clear`.
+  void clear_records();
+  // Changes with each `clear`, so that a cache of shapes or strings can tell that they are gone.
+  std::uint64_t generation() const { return generation_; }
+
+  // The container's own copy of a text or a shape; equal ones are one object, so that they can be
+  // compared by address.
+  const std::string* intern_text(std::string_view text);
+  const record_shape* intern_shape(record_shape shape);
+  record_arena& arena() { return arena_; }
+
+ private:
+  struct text_hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+      return std::hash<std::string_view>{}(text);
+    }
+  };
+
+  std::vector<const LogRecord*> records_;
+  std::vector<const LogRecord*> ordered_;
+  std::unordered_map<std::string, std::unique_ptr<std::string>, text_hash, std::equal_to<>> texts_;
+  std::unordered_multimap<std::size_t, std::unique_ptr<record_shape>> shapes_;
+  std::size_t shared_bytes_ = 0;  // of the texts and of what shapes hold
+  record_arena arena_;            // of the blocks
+  record_arena record_arena_;     // of the records
+  std::uint64_t generation_ = 1;
+};
+
+}  // namespace zanvik

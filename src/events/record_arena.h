@@ -1,0 +1,47 @@
+// Memory for the kept records of a log and their values, in a few large pieces: reserved by an
+// upper bound, kept by what was used. A log of a million records would otherwise spend as long on
+// fresh pages as on rows; large pages, where the system has them, are fetched 512 at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+#include "base/tight_buffers.h"
+
+namespace zanvik {
+
+class record_arena {
+ public:
+  // Bytes behind everything kept that may be read, though they mean nothing.
+  static constexpr std::size_t slack = 64;
+
+  // Room for `bytes` in a row, valid until the next `reserve`; nothing is kept before `keep`.
+  char* reserve(std::size_t bytes) {
+    if (tight_buffers || bytes > room_) grow(bytes);
+    return next_;
+  }
+  // Keeps the first `bytes` of what was reserved.
+  void keep(std::size_t bytes) {
+    next_ += bytes;
+    room_ -= bytes;
+  }
+  // Keeps nothing but the memory that the next log is sure to need.
+  void clear();
+
+ private:
+  struct release {
+    void operator()(char* memory) const { std::free(memory); }
+  };
+  using piece = std::unique_ptr<char, release>;
+
+  void grow(std::size_t bytes);
+
+  std::vector<piece> pieces_;
+  char* next_ = nullptr;
+  std::size_t room_ = 0;
+  std::size_t first_bytes_ = 0;  // room of the first piece
+};
+
+}  // namespace zanvik

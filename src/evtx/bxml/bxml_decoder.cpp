@@ -1,0 +1,281 @@
+#include "evtx/bxml/bxml_decoder.h"
+
+#include <string_view>
+#include <utility>
+
+#include "base/digits.h"
+#include "evtx/bxml/bxml_decode_state.h"
+#include "evtx/bxml/bxml_tokens.h"
+
+namespace zanvik {
+
+std::uint64_t bxml_decode::run() {
+  fields_.clear();
+  if (position_ > chunk_.bound || cursor_.depth > limits::nesting_depth) return 0;
+  const std::uint64_t begin = position_;
+  if (!start()) return 0;
+  bool first = true;
+  while (remaining_ >= 5 && position_ < bytes_.size() && !end_of_stream_) {
+    if (headerless_) {
+      if (!first) break;
+    } else if (bytes_.at<std::uint32_t>(position_) != expected_fragment) {
+      break;  // not consumed here: the token handler does that
+    }
+    first = false;
+    const std::uint64_t before = position_;
+    run_fragment();
+    if (position_ == before) break;  // nothing was consumed, nor would it be the next time
+  }
+  flush();
+  // A stream that ends inside an open EventData does not take this step.
+  if (!in_data_section_) fill_system_from_slots(fields_, chunk_, begin);
+  return element_bytes_;
+}
+
+// The head of the stream: a template instance is consumed here. Returns false when there is one
+// that cannot be read.
+bool bxml_decode::start() {
+  if (const auto head = fragment_instance_in(chunk_, position_, chunk_.bound)) {
+    const auto consumed = template_instance(*head, position_);
+    position_ += consumed;
+    return consumed != 0;
+  }
+  const auto first = bytes_.at<std::uint32_t>(position_);
+  if (first && *first == expected_fragment) return true;  // a plain stream
+  if (const auto head = bare_instance_at(chunk_, position_); head && position_ + 4 < remaining_) {
+    const auto consumed = head->definition > chunk_.bound ? 0 : template_instance(*head, position_);
+    position_ += consumed;
+    return consumed != 0;
+  }
+  // An open element behind four bytes that are no fragment header is nothing special: there is no
+  // template instance to be found in front of it, so the stream is read as headerless.
+  headerless_ = true;
+  template_body_ = false;
+  return true;
+}
+
+// Reads tokens until the stream stops.
+void bxml_decode::run_fragment() {
+  stream_alive_ = true;
+  after_substitution_ = false;
+  bool last_was_end = false;
+  while (position_ < bytes_.size()) {
+    if (after_substitution_ && last_was_end) {
+      // The values of a template that was read in place. With slots at hand, or in a template's
+      // body, they are known already and the stream ends.
+      if (cursor_.slots || template_body_) return;
+      const auto length = walk_slot_table(position_);
+      consume(length);
+      end_of_stream_ = length == 0;  // behind the table the stream goes on with a fragment
+      return;
+    }
+    const auto token = bytes_.at_or_zero<std::uint8_t>(position_);
+    if (!dispatch(token)) return;
+    last_was_end = token == token_end_of_stream;
+    if (!stream_alive_ && !after_substitution_) return;
+    if (remaining_ == 0) return;
+  }
+}
+
+std::uint64_t bxml_decode::consume(std::uint64_t length) {
+  position_ += length;
+  remaining_ -= length < remaining_ ? length : remaining_;
+  return length;
+}
+
+// Handles one token; false stops the stream. Handlers go by the low four bits.
+bool bxml_decode::dispatch(std::uint8_t token) {
+  if (!spend(1)) return false;
+  switch (token & 0x0f) {
+    case token_end_of_stream:
+      end_of_stream_ = true;
+      after_reference_ = false;
+      stream_alive_ = false;
+      consume(1);
+      return true;
+    case token_open_element:
+      return open_element(token);
+    case token_close_start:
+      after_reference_ = false;
+      write(">");
+      start_tag_open_ = false;
+      consume(1);
+      return true;
+    case token_close_empty:
+      close_empty_element();
+      return true;
+    case token_end_element:
+      end_element();
+      return true;
+    case token_value:
+      return value_text(token);
+    case token_attribute:
+      return attribute(token);
+    case token_character_reference:
+      return character_reference(token);
+    case token_entity_reference:
+      return entity_reference(token);
+    case token_template_instance:
+      return instance_inside();
+    case token_normal_substitution:
+      return substitution(false);
+    case token_optional_substitution:
+      return substitution(true);
+    case token_fragment_header:
+      return fragment_header();
+    default:
+      stream_alive_ = false;
+      return false;
+  }
+}
+
+// Makes fields of the items in hand. Each attribute's field repeats the name of the element, and
+// costs it: one long name could stand in front of thousands.
+void bxml_decode::flush() {
+  if (slot_named_ || items_.size() < 2) return;
+  if (spend(items_.front().text.size() * (items_.size() / 2 - 1))) {
+    flush_items(items_, fields_, counters_, !cursor_.slots);
+  }
+}
+
+bool bxml_decode::open_element(std::uint8_t token) {
+  flush();
+  items_.clear();
+  slot_named_ = false;
+  named_token element = element_at(chunk_, position_);
+  write("\n<");
+  if (element.length == 0 || !spend_token(element)) {
+    stream_alive_ = false;
+    return false;
+  }
+  element_bytes_ += element.element_size;
+  const std::string& name = element.name.text;
+  if (!name.empty()) push(name, static_cast<std::uint16_t>(token | data_bit()));
+  if (is_data_section(name)) in_data_section_ = true;
+  write(name);
+  open_names_.push_back(std::move(element.name.text));
+  consume(element.length);
+  start_tag_open_ = true;
+  if (element.name_past_end) stream_alive_ = false;
+  return !element.name_past_end;
+}
+
+void bxml_decode::close_empty_element() {
+  write("/>");
+  if (!open_names_.empty()) open_names_.pop_back();
+  start_tag_open_ = false;
+  if (items_.size() == 1) items_.clear();
+  consume(1);
+}
+
+void bxml_decode::end_element() {
+  if (open_names_.empty()) {
+    write("</...>");
+  } else {
+    const std::string& name = open_names_.back();
+    if (is_data_section(name)) in_data_section_ = false;
+    write("</");
+    write(name.empty() ? std::string_view("...") : std::string_view(name));
+    write(">");
+    open_names_.pop_back();
+  }
+  after_reference_ = false;
+  start_tag_open_ = false;
+  consume(1);
+}
+
+bool bxml_decode::value_text(std::uint8_t token) {
+  const auto units = bytes_.at<std::uint16_t>(position_ + 2);
+  if (!units || !spend(4 + 2u * *units)) return false;
+  const auto bound =
+      (static_cast<std::int64_t>(chunk_.bound) - static_cast<std::int64_t>(position_ + 2)) / 2 - 1;
+  name_entry value = counted_text_at(chunk_, position_ + 4, *units, *units <= bound, 4);
+  const bool present = *units != 0 && *units <= bound && bytes_.has(position_ + 4, 2u * *units);
+  if (present) {
+    std::uint16_t word = token;
+    // A value that follows an attribute's value is told from it.
+    if (!items_.empty() && items_.back().word == token_value) word |= word_second_value;
+    if (after_reference_) word |= word_chained;
+    write("\"");
+    write(value.text);
+    write("\"");
+    push(std::move(value.text), word);
+  }
+  after_reference_ = false;
+  consume(value.length);
+  return true;
+}
+
+bool bxml_decode::attribute(std::uint8_t token) {
+  named_token found = attribute_at(chunk_, position_);
+  if (found.length == 0 || !spend_token(found)) return false;
+  write(" ");
+  write(found.name.text);
+  write("=");
+  if (!found.name.text.empty()) {
+    push(std::move(found.name.text), static_cast<std::uint16_t>(token | data_bit()));
+  }
+  consume(found.length);
+  return true;
+}
+
+// Pushes a reference as a chained item, and chains a value that stands before it.
+void bxml_decode::push_reference(std::string reference, std::uint8_t token) {
+  const auto word = static_cast<std::uint16_t>(token | data_bit() | word_chained);
+  if (!items_.empty() && (items_.back().word & token_value) == token_value) {
+    items_.back().word |= word_chained;
+  }
+  push(std::move(reference), word);
+}
+
+bool bxml_decode::character_reference(std::uint8_t token) {
+  const auto value = bytes_.at<std::uint16_t>(position_ + 1);
+  if (!value || !is_acceptable(token) || !spend(3)) return false;
+  std::string reference = "&#";
+  append_decimal(reference, std::uint64_t{*value});
+  write(reference);
+  write(";");
+  push_reference(std::move(reference), token);
+  after_reference_ = true;
+  consume(3);
+  return true;
+}
+
+bool bxml_decode::entity_reference(std::uint8_t token) {
+  named_token found = entity_at(chunk_, position_);
+  if (found.length == 0 || !spend_token(found)) return false;
+  if (!found.name.text.empty()) {
+    std::string reference = "&" + found.name.text + ";";
+    write(reference);
+    push_reference(std::move(reference), token);
+  }
+  after_reference_ = (token & token_more) != 0;
+  consume(found.length);
+  return true;
+}
+
+// A template instance behind the start of a stream; those at the start are read by `start`. Meant:
+// the form with a fragment header is expected, so a bare token goes through only when the byte four
+// further on happens to be one.
+bool bxml_decode::instance_inside() {
+  if (!is_token(bytes_.at_or_zero<std::uint8_t>(position_ + 4), token_template_instance)) {
+    return false;
+  }
+  const instance_head head{bytes_.at_or_zero<std::uint32_t>(position_ + 6),
+                           bytes_.at_or_zero<std::uint32_t>(position_ + 10),
+                           evtx_layout::fragment_instance_bytes};
+  return consume(template_instance(head, position_)) != 0;
+}
+
+bool bxml_decode::fragment_header() {
+  if (bytes_.at<std::uint32_t>(position_) != expected_fragment) return false;
+  consume(4);
+  return true;
+}
+
+std::uint64_t decode_bxml(std::string* text, field_map& fields, const bxml_cursor& cursor,
+                          std::uint64_t limit) {
+  return bxml_decode(text, fields, cursor, limit).run();
+}
+
+}  // namespace zanvik

@@ -1,0 +1,107 @@
+// The tokens of binary XML: recognisers, and the layouts of what stands behind a token byte.
+//
+// A token byte holds its number in the low four bits; 0x40 means that more data follows. Every
+// function takes the chunk and a chunk offset, reads through the chunk's cursor and reports what
+// is not all there as not recognised. Lengths are in bytes.
+//
+// On-disk layouts, the token byte first; an "offset" leads to a name entry in the chunk, 4 bytes:
+//   open element         id 2, size of the element 4, offset; or without the id; or size, inline
+//                        name. Behind the name, with 0x40, the size of the attributes 4
+//   value                type 1, count of units 2, UTF-16
+//   attribute, entity    offset; or inline name
+//   character reference  code 2
+//   substitution         number of the slot 2, type 1
+//   template instance    version 1, template id 4, chunk offset of the definition 4; a fragment
+//                        header mostly stands before it
+//   fragment header      1, 1, 0
+// A name entry is a link to the next one 4, a hash 2 and a count of units 2, then UTF-16; an inline
+// name is the same without the link. A name that is used here for the first time stands right
+// behind its offset.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "evtx/container/chunk.h"
+
+namespace zanvik {
+
+// The one fragment header that is accepted: token 0x0F, then 1, 1, 0.
+inline constexpr std::uint32_t expected_fragment = 0x0001010f;
+
+enum bxml_token : std::uint8_t {
+  token_end_of_stream = 0,
+  token_open_element = 1,
+  token_close_start = 2,
+  token_close_empty = 3,
+  token_end_element = 4,
+  token_value = 5,
+  token_attribute = 6,
+  token_character_reference = 8,
+  token_entity_reference = 9,
+  token_template_instance = 12,
+  token_normal_substitution = 13,
+  token_optional_substitution = 14,
+  token_fragment_header = 15,
+};
+inline constexpr std::uint8_t token_more = 0x40;
+
+// True for a byte that the recognisers take: bit 0x20 is not accepted, 0x40 is the more-data flag.
+inline bool is_acceptable(std::uint8_t byte) { return byte < 32 || (byte >= 64 && byte < 96); }
+inline bool is_token(std::uint8_t byte, bxml_token token) {
+  return (byte & 0x1f) == token && is_acceptable(byte);
+}
+
+// A template instance's head: where its definition is, and how long the head is.
+struct instance_head {
+  std::uint32_t template_id = 0;
+  std::uint32_t definition = 0;  // chunk offset
+  std::uint32_t length = 0;      // 14 with a fragment header, 10 without
+};
+
+// The head of a fragment header and template instance at `offset`; its template id is not 0.
+std::optional<instance_head> fragment_instance_at(const chunk_view& chunk, std::uint64_t offset);
+// The same, with a definition not above `size`, which is not tested when it exceeds 32 bits.
+std::optional<instance_head> fragment_instance_in(const chunk_view& chunk, std::uint64_t offset,
+                                                  std::uint64_t size);
+// The head of a template instance without fragment header.
+std::optional<instance_head> bare_instance_at(const chunk_view& chunk, std::uint64_t offset);
+// The head that a nested value starts with, in either form.
+std::optional<instance_head> nested_instance_at(const chunk_view& chunk, std::uint64_t offset);
+
+// A name in the chunk or in the stream. `text` is empty when its length fails its bound or it is
+// not all there; `length` is what it takes up, with the optional NUL that belongs to it.
+struct name_entry {
+  std::string text;
+  std::uint64_t units = 0;
+  std::uint64_t length = 0;
+};
+
+// The name entry (link, hash, count, UTF-16 name) at `offset`; nothing when its head is not there.
+std::optional<name_entry> name_entry_at(const chunk_view& chunk, std::uint64_t offset);
+// The inline name (hash, count, UTF-16 name) at `offset`, read when its count is at most `bound`.
+std::optional<name_entry> inline_name_at(const chunk_view& chunk, std::uint64_t offset,
+                                         std::int64_t bound);
+// UTF-16 text of `units` at `offset`, with the rule of the optional NUL.
+name_entry counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,
+                           bool read, std::uint64_t head_length);
+
+// An open start element, an attribute or an entity reference.
+struct named_token {
+  name_entry name;
+  std::uint64_t length = 0;  // of the whole token; 0 when no layout takes it
+  std::uint32_t element_size = 0;
+  bool name_past_end = false;  // a name by offset that would run past the bound: ends the stream
+  std::uint64_t offset_field = 0;  // where in the token the name's offset is; 0 for an inline name
+  std::uint64_t name_offset = 0;   // that offset
+};
+
+named_token element_at(const chunk_view& chunk, std::uint64_t offset);
+named_token attribute_at(const chunk_view& chunk, std::uint64_t offset);
+named_token entity_at(const chunk_view& chunk, std::uint64_t offset);
+// Whether the open element at `offset` has the layout without an id, which is taken only when the
+// bytes that would be sizes and offsets in the layout with one are out of bounds.
+bool is_element_without_id(const chunk_view& chunk, std::uint64_t offset);
+
+}  // namespace zanvik

@@ -1,0 +1,202 @@
+#include "evtx/bxml/slot_table.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "evtx/bxml/bxml_tokens.h"
+#include "evtx/values/value_text.h"
+
+namespace zanvik {
+namespace {
+
+// Past this offset no value is looked at: the chunk and a file header's length.
+constexpr std::uint64_t data_offset_max = evtx_layout::file_header_bytes + evtx_layout::chunk_bytes;
+constexpr unsigned children_depth = 2;  // a record's slots and their children
+
+struct descriptor {
+  std::uint64_t size = 0;
+  std::uint16_t type = 0;
+};
+
+// The head of a slot table: its count and where the values start.
+class table_head {
+ public:
+  // Refused (false) when it is not there, too long, or more than the chunk may still cost.
+  bool read(const chunk_view& chunk, std::uint64_t table) {
+    const auto count = chunk.bytes.at<std::uint32_t>(table);
+    if (!count || *count > limits::slots_per_table) return false;
+    if (!work_budget::spend(chunk.budget->slot_bytes, 4 + 4 * *count)) return false;
+    bytes_ = &chunk.bytes;
+    table_ = table;
+    count_ = *count;
+    return true;
+  }
+  std::uint32_t count() const { return count_; }
+  std::uint64_t values() const { return table_ + 4 + 4 * std::uint64_t{count_}; }
+  descriptor operator[](std::uint32_t slot) const {
+    return {bytes_->at_or_zero<std::uint16_t>(table_ + 4 + 4 * std::uint64_t{slot}),
+            bytes_->at_or_zero<std::uint16_t>(table_ + 6 + 4 * std::uint64_t{slot})};
+  }
+
+ private:
+  const byte_cursor* bytes_ = nullptr;
+  std::uint64_t table_ = 0;
+  std::uint32_t count_ = 0;
+};
+
+// Decodes nested plain binary XML. Returns whether it gave anything.
+bool decode_plain_value(const chunk_view& chunk, std::uint64_t value, unsigned depth,
+                        slot_entry& slot) {
+  bxml_cursor cursor{chunk};
+  cursor.position = value;
+  cursor.slots = &slot.children;
+  cursor.budget = &chunk.budget->plain_bytes;
+  cursor.depth = depth + 1;
+  field_map fields;
+  const auto seen = decode_bxml(&slot.text, fields, cursor);
+  slot.offset = static_cast<std::uint32_t>(value);
+  slot.type = value_type::bxml;
+  slot.name = "UserData";
+  slot.composed = true;
+  return seen != 0 || !fields.empty();
+}
+
+// Adds the slot of a value that is no binary XML, cut at the chunk's end. False, with nothing
+// added, when it would cost more than is left.
+bool add_slot(const chunk_view& chunk, std::uint64_t value, descriptor entry,
+              std::vector<slot_entry>& slots) {
+  slot_entry slot;
+  const std::uint64_t rest = evtx_layout::chunk_bytes - value;
+  // Meant: a value that ends exactly at the chunk's end counts as cut.
+  if (entry.size >= rest && entry.size != 0) {
+    entry.size = rest;
+    slot.flags = slot_cut;
+  }
+  slot.offset = static_cast<std::uint32_t>(value);
+  slot.type = entry.type;
+  slot.size = static_cast<std::uint16_t>(entry.size);
+  const auto cost = value_source_bytes(raw_value_at(chunk.bytes, value, slot.type, slot.size));
+  if (!work_budget::spend(chunk.budget->slot_bytes, cost)) return false;
+  slots.push_back(std::move(slot));
+  return true;
+}
+
+// Adds a slot whose children come from the table at `table`; none when that is refused.
+void add_nested_slot(const chunk_view& chunk, std::uint64_t value, std::uint64_t table,
+                     descriptor entry, std::vector<slot_entry>& slots, unsigned depth) {
+  slot_entry slot;
+  if (!parse_substitution_array(chunk, table, slot.children, depth + 1)) return;
+  slot.offset = static_cast<std::uint32_t>(value);
+  slot.type = entry.type;
+  const std::uint64_t head = table - value;
+  slot.size = static_cast<std::uint16_t>(entry.size > head ? entry.size - head : 0);
+  slots.push_back(std::move(slot));
+}
+
+// One nested value of `parse_substitution_array`. Returns whether the walk moves past it.
+bool read_nested_slot(const chunk_view& chunk, std::uint64_t value, descriptor entry,
+                      std::vector<slot_entry>& slots, unsigned depth) {
+  const auto head = nested_instance_at(chunk, value);
+  if (!head) {
+    slot_entry slot;
+    if (!decode_plain_value(chunk, value, depth, slot)) return false;
+    slot.size = static_cast<std::uint16_t>(entry.size);
+    slots.push_back(std::move(slot));
+    // Meant: the same bytes are then tried as a slot table, which is nearly always refused.
+    add_nested_slot(chunk, value, value, entry, slots, depth);
+    return true;
+  }
+  if (head->definition > chunk.bound) return false;
+  const auto table = slot_table_behind(chunk, value, head->length, head->definition);
+  if (table) add_nested_slot(chunk, value, *table, entry, slots, depth);
+  return true;
+}
+
+}  // namespace
+
+std::optional<template_ref> definition_at(const chunk_view& chunk, std::uint64_t offset,
+                                          std::uint32_t template_id) {
+  const auto size = chunk.bytes.at<std::uint32_t>(offset + evtx_layout::definition_size_at);
+  if (!size) return std::nullopt;
+  template_ref ref;
+  ref.definition = offset;
+  ref.size_record = *size;
+  const auto guid = chunk.bytes.bytes_at(offset + evtx_layout::definition_guid_at, 16);
+  std::copy(guid.begin(), guid.end(), ref.guid.begin());
+  std::uint32_t first = 0;
+  std::memcpy(&first, ref.guid.data(), sizeof(first));
+  if (first != template_id) return std::nullopt;
+  return ref;
+}
+
+std::optional<std::uint64_t> slot_table_behind(const chunk_view& chunk, std::uint64_t instance,
+                                               std::uint64_t head_length,
+                                               std::uint64_t definition) {
+  const std::uint64_t behind = instance + head_length;
+  if (definition != behind) return behind;
+  const auto size = chunk.bytes.at<std::uint32_t>(behind + evtx_layout::definition_size_at);
+  if (!size) return std::nullopt;
+  return behind + evtx_layout::definition_head_bytes + *size;
+}
+
+bool parse_template_slots(const chunk_view& chunk, std::uint64_t table,
+                          std::vector<template_ref>& found, unsigned depth) {
+  table_head head;
+  if (depth > limits::nesting_depth || !head.read(chunk, table)) return false;
+  std::uint64_t value = head.values();
+  for (std::uint32_t i = 0; i < head.count(); ++i) {
+    if (value > data_offset_max) return true;
+    descriptor entry = head[i];
+    if (value + entry.size > evtx_layout::chunk_bytes) {
+      entry.size = evtx_layout::chunk_bytes - std::min(value, evtx_layout::chunk_bytes);
+    }
+    if (entry.type == value_type::bxml) {
+      const auto instance = nested_instance_at(chunk, value);
+      if (!instance) {
+        slot_entry unkept;
+        // Meant: what gives nothing is passed over without moving on, so that the values behind
+        // it are read from the wrong place.
+        if (!decode_plain_value(chunk, value, depth, unkept)) continue;
+      } else {
+        if (instance->definition > chunk.bound) continue;  // meant as well
+        if (auto ref = definition_at(chunk, instance->definition, instance->template_id)) {
+          found.push_back(*ref);
+        }
+        const auto nested = slot_table_behind(chunk, value, instance->length, instance->definition);
+        if (nested) parse_template_slots(chunk, *nested, found, depth + 1);
+      }
+    }
+    value += entry.size;
+  }
+  return true;
+}
+
+bool parse_substitution_array(const chunk_view& chunk, std::uint64_t table,
+                              std::vector<slot_entry>& slots, unsigned depth) {
+  slots.clear();
+  constexpr std::uint64_t least_bytes = 8;
+  table_head head;
+  if (table > evtx_layout::chunk_bytes || evtx_layout::chunk_bytes - table < least_bytes ||
+      !head.read(chunk, table)) {
+    return false;
+  }
+  if (head.count() == 0) return true;
+  std::uint64_t value = head.values();
+  if (value >= evtx_layout::chunk_bytes) return false;
+  // Deeper slots are seen by nobody; whether their table is good is all that counts.
+  if (depth >= children_depth) return true;
+  for (std::uint32_t i = 0; i < head.count() && value < evtx_layout::chunk_bytes; ++i) {
+    const descriptor entry = head[i];
+    if (entry.type == value_type::bxml) {
+      if (read_nested_slot(chunk, value, entry, slots, depth)) value += entry.size;
+      continue;
+    }
+    if (!add_slot(chunk, value, entry, slots)) return true;
+    value += entry.size;
+  }
+  return true;
+}
+
+}  // namespace zanvik

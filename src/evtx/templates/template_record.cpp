@@ -1,0 +1,89 @@
+#include "evtx/templates/template_record.h"
+
+#include <utility>
+
+namespace zanvik {
+namespace {
+
+// The nested template of a record: the last one that its slots name, as the catalogue has it.
+const template_ref* resolve_second_reference(template_catalogue& catalogue, const chunk_view& chunk,
+                                             std::uint64_t table) {
+  std::vector<template_ref> nested;
+  if (!parse_template_slots(chunk, table, nested)) return nullptr;
+  for (const template_ref& ref : nested) catalogue.add(ref);
+  return nested.empty() ? nullptr : catalogue.find(nested.back().guid);
+}
+
+void append_slot(slot_entry&& entry, std::uint16_t child, std::vector<record_slot>& slots,
+                 std::vector<slot_text>& texts, record_layout& layout) {
+  if (entry.composed) texts.push_back({slots.size(), std::move(entry.text)});
+  slots.push_back(
+      {entry.offset, entry.size, entry.type, static_cast<std::uint16_t>(entry.flags), child});
+  layout.names.push_back(std::move(entry.name));
+  layout.child_numbers.push_back(child);
+}
+
+}  // namespace
+
+bool decode_template_body(const chunk_view& chunk, const template_ref& ref,
+                          std::vector<slot_entry>& slots, field_map& fields, std::string* text) {
+  if (!body_matches(chunk, ref)) return false;
+  bxml_cursor cursor{chunk};
+  cursor.position = ref.definition + evtx_layout::definition_head_bytes;
+  cursor.slots = &slots;
+  cursor.template_body = true;
+  cursor.budget = &chunk.budget->body_bytes;
+  decode_bxml(text, fields, cursor);
+  return true;
+}
+
+std::optional<template_content> read_template_record(template_catalogue& catalogue,
+                                                     const chunk_view& chunk, std::uint64_t bxml,
+                                                     const instance_head& head, std::string* text) {
+  if (head.definition > evtx_layout::chunk_bytes) return std::nullopt;
+  const template_ref* first =
+      resolve_first_reference(catalogue, chunk, bxml, head.template_id, head.definition);
+  const auto table = slot_table_behind(chunk, bxml, head.length, head.definition);
+  const template_ref* second = table ? resolve_second_reference(catalogue, chunk, *table) : nullptr;
+  if (!first) return std::nullopt;
+  template_content content;
+  if (table && bxml <= evtx_layout::chunk_bytes) {
+    parse_substitution_array(chunk, *table, content.slots);
+  }
+  field_map found;
+  if (decode_template_body(chunk, *first, content.slots, found, text)) {
+    content.fields.merge(found);
+  }
+  if (!second) return content;
+  for (std::size_t i = 0; i < content.slots.size(); ++i) {
+    slot_entry& slot = content.slots[i];
+    if (slot.children.empty()) continue;
+    constexpr std::size_t silent_slot = 19;  // meant: the twentieth slot composes no text
+    std::string* slot_text = i == silent_slot ? nullptr : text;
+    if (decode_template_body(chunk, *second, slot.children, found, slot_text)) {
+      content.fields.merge(found);
+    }
+  }
+  return content;
+}
+
+void flatten_content(template_content&& content, std::vector<record_slot>& slots,
+                     std::vector<slot_text>& texts, record_layout& layout) {
+  slots.clear();
+  texts.clear();
+  layout = {};
+  for (slot_entry& slot : content.slots) {
+    std::vector<slot_entry> children = std::move(slot.children);
+    append_slot(std::move(slot), 0, slots, texts, layout);
+    std::uint16_t number = 0;
+    for (slot_entry& child : children)
+      append_slot(std::move(child), ++number, slots, texts, layout);
+  }
+  layout.fields.reserve(content.fields.size());
+  for (auto& [name, value] : content.fields) {
+    layout.fields.push_back({name, value.type, std::move(value.text)});
+  }
+  layout.event_id_slot = static_cast<std::int32_t>(find_slot(layout, "EventID"));
+}
+
+}  // namespace zanvik

@@ -1,0 +1,118 @@
+// Typed values: from the bytes of a slot to the text that selection compares and output prints.
+//
+// Rendering cannot fail: a type that is not rendered, and a value whose bytes are not there, give
+// the empty text. Texts are written to a caller's buffer of `value_text_bound` bytes, since this
+// is the hot path of the program; the appending forms are for everybody else.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "base/byte_cursor.h"
+#include "base/time_writer.h"
+
+namespace zanvik {
+
+// Type codes of a slot's descriptor, those with a meaning here.
+namespace value_type {
+enum code : std::uint16_t {
+  null = 0,
+  utf16 = 1,
+  ansi = 2,
+  int8 = 3,
+  uint8 = 4,
+  int16 = 5,
+  uint16 = 6,
+  int32 = 7,
+  uint32 = 8,
+  int64 = 9,
+  uint64 = 10,
+  float32 = 11,
+  float64 = 12,
+  boolean = 13,
+  binary = 14,
+  guid = 15,
+  size_t_ = 16,
+  filetime = 17,
+  system_time = 18,
+  sid = 19,
+  hex32 = 20,
+  hex64 = 21,
+  handle = 32,
+  bxml = 33,
+  xml = 35,
+  multi_utf16 = 129,
+};
+}  // namespace value_type
+
+// The types whose text may hold anything; the texts of all others are made of digits, letters and
+// punctuation that needs no care.
+inline bool is_free_text(std::uint16_t type) {
+  return type == value_type::utf16 || type == value_type::xml || type == value_type::ansi ||
+         type == value_type::multi_utf16 || type == value_type::binary;
+}
+
+// A value in its block: `data` is readable for `readable` bytes, to the block's end, since some
+// types are read without regard to `size`.
+struct raw_value {
+  const std::byte* data = nullptr;
+  std::size_t readable = 0;
+  std::uint16_t type = 0;
+  std::uint16_t size = 0;
+};
+
+// The value of `size` bytes at chunk offset `offset`; what lies past the end is not readable.
+inline raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, std::uint16_t type,
+                              std::uint16_t size) {
+  const std::size_t at = offset < chunk.size() ? static_cast<std::size_t>(offset) : chunk.size();
+  return {chunk.bytes().data() + at, chunk.size() - at, type, size};
+}
+
+// How a value is shown.
+enum class value_form {
+  plain,     // as it is; the UTF-16 runs of a binary value each with " ;" behind it
+  all_data,  // in a listing of everything: one line, line feeds become ":", one leading ":" goes
+  pulled,    // as a named column: one line, line feeds become ","
+};
+
+// Longest text of a value whose length its size does not say: a float, a time, a GUID.
+inline constexpr std::size_t fixed_text_bound = 64;
+// Length of a text of type ansi: the bytes up to the first NUL, without regard to the size.
+std::size_t ansi_length(const raw_value& value);
+
+// Bytes of the file that the value's text is made from.
+inline std::size_t value_source_bytes(const raw_value& value) {
+  return value.type == value_type::ansi ? value.size + ansi_length(value) : value.size;
+}
+
+// Bytes of buffer that `value_writer::write` may need for the value.
+inline std::size_t value_text_bound(const raw_value& value) {
+  const std::size_t size = value.type == value_type::ansi ? ansi_length(value) : 3u * value.size;
+  return size + fixed_text_bound;
+}
+
+// Writes values; remembers the day of the last time, since neighbours share it.
+class value_writer {
+ public:
+  // Writes the text to `out` and returns its end. `marked` is set when it holds a comma, a vertical
+  // bar, a carriage return or a line feed (it may be set without), else left alone.
+  char* write(char* out, const raw_value& value, value_form form, bool& marked);
+
+ private:
+  filetime_writer times_;
+};
+
+// The plain text, appended.
+void append_value_text(std::string& out, const raw_value& value,
+                       value_form form = value_form::plain);
+
+// Two-digit hexadecimal numbers with single blanks between, appended.
+void append_hex_bytes(std::string& out, std::span<const std::byte> bytes);
+
+// Cleans the text [begin, end) in place for a form other than `plain` and returns its new end;
+// sets `marked` as above.
+char* clean_value_text(char* begin, char* end, value_form form, bool& marked);
+
+}  // namespace zanvik

@@ -1,0 +1,233 @@
+#include "keep/record_keeper.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "base/number_text.h"
+#include "events/evtx_fields.h"
+#include "keep/slack_columns.h"
+
+namespace zanvik {
+namespace {
+
+constexpr std::string_view null_text = "[null]";
+
+// The text of a value that has one in its place, on one line.
+std::string replaced_column_text(std::string text, const plan_value& value, value_form form,
+                                 bool& marked) {
+  if (value.one_line) std::erase(text, '\n');
+  const char* end = clean_value_text(text.data(), text.data() + text.size(), form, marked);
+  text.resize(static_cast<std::size_t>(end - text.data()));
+  return text;
+}
+
+// Writes cells to memory that has room for them.
+class block_writer {
+ public:
+  block_writer(char* out, value_writer& writer) : out_(out), writer_(writer) {}
+
+  // Returns the text as it was written.
+  std::string_view add(const record_fields& record, const plan_value& value, value_form form) {
+    bool marked = false;
+    char* const text = out_ + 1;
+    char* end;
+    const std::string* replaced =
+        record.slot_texts.empty() ? nullptr : record.replaced_text(value.slot);
+    if (replaced) [[unlikely]] {
+      end = copy(text, replaced_column_text(*replaced, value, form, marked));
+    } else {
+      const raw_value raw = record.value(value.slot);
+      end = writer_.write(text, raw, form, marked);
+      if (end == text && value.null_if_empty && raw.type == value_type::binary) {
+        end = copy(text, null_text);
+      }
+    }
+    if (end - text == 1 && *text == ',') end = text;  // what a line break becomes
+    const auto length = static_cast<std::size_t>(end - text);
+    out_ = finish_cell(out_, end, marked);
+    return {out_ - length, length};
+  }
+
+  void add(std::string_view text) {
+    if (text == ",") text = {};
+    out_ = finish_cell(out_, copy(out_ + 1, text), needs_mark(text));
+  }
+
+  char* end() const { return out_; }
+
+ private:
+  static char* copy(char* out, std::string_view text) {
+    if (!text.empty()) std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+  }
+
+  char* out_;
+  value_writer& writer_;
+};
+
+// Memory that the cells of the record's values may need.
+std::size_t block_bound(const record_fields& record, const column_plan& plan) {
+  std::size_t bound = 0;
+  for (const plan_value& value : plan.values) {
+    bound += value_text_bound(record.value(value.slot)) + max_cell_head;
+  }
+  for (const slot_text& replaced : record.slot_texts) bound += replaced.text.size();
+  return bound;
+}
+
+}  // namespace
+
+bool record_keeper::keep(const record_fields& record) {
+  if (generation_ != records_.generation()) {
+    generation_ = records_.generation();
+    slot_columns_.clear();
+    description_ = records_.intern_text(command_.name);
+    log_path_ = records_.intern_text(command_.log_path);
+    last_provider_ = records_.intern_text({});
+  }
+  LogRecord kept = head_of(record);
+  if (!fill(record, kept)) return false;
+  if (record.after_slack) [[unlikely]]
+    add_slack_columns(record, kept);
+  if (command_.emit) records_.add(kept);
+  return true;
+}
+
+void record_keeper::add_slack_columns(const record_fields& record, LogRecord& kept) {
+  const bool cleaned = record.plain && record.in_slack;
+  if (!cleaned && kept.shape && slot_columns_.add(kept, record, records_)) return;
+  column_map columns = columns_of(kept);
+  add_slot_columns(columns, kept.flags, record);
+  if (cleaned) clean_slack_columns(columns);
+  pack_columns(kept, columns, records_);
+}
+
+// With the search for slack on, a record that no slot gives an ID is asked for a field of its
+// template; what selects records is not changed by that.
+std::uint64_t record_keeper::event_id_of(const record_fields& record) {
+  if (record.event_id != 0 || record.plain || !record.slack_search) return record.event_id;
+  const layout_field* field = find_layout_field(*record.layout, "EventID");
+  const auto id = field ? number_from_text(field->text) : std::nullopt;
+  return static_cast<std::uint64_t>(id.value_or(0));
+}
+
+// Gives the record its columns; all data is more than any list of names.
+bool record_keeper::fill(const record_fields& record, LogRecord& kept) {
+  if (!command_.all_data && command_.pull.empty()) return true;
+  if (record.layout->id == 0) {
+    if (!command_.all_data) return fill_plain_pulled(record, kept);
+    fill_plain(record, kept);
+    return true;
+  }
+  const column_plan& plan = plan_for(record);
+  if (!plan.selects) return false;
+  kept.shape = plan.shape;
+  kept.level = plan.level;
+  kept.provider = provider_of(record, plan);
+  kept.values = write_block(record, plan, kept);
+  return true;
+}
+
+LogRecord record_keeper::head_of(const record_fields& record) {
+  LogRecord kept;
+  kept.report_entry_id = command_.index;
+  kept.time = record.time;
+  kept.event_id = event_id_of(record);
+  kept.record_number = record.number;
+  kept.file_offset = record.file_offset;
+  kept.description = description_;
+  kept.extra_text = log_path_;
+  const bool inside = record.number >= record.first_number && record.number <= record.last_number;
+  kept.flags = inside ? record_inside_range : record_outside_range;
+  if (record.plain || record.in_slack) kept.flags |= record_plain_or_slack;
+  return kept;
+}
+
+const column_plan& record_keeper::plan_for(const record_fields& record) {
+  plans_.start_generation(generation_);
+  if (const column_plan* known = plans_.find(record.layout->id)) return *known;
+  column_plan plan = command_.all_data
+                         ? plan_all_data(record, command_.skip_system_fields, records_)
+                         : plan_pulled(record, command_.pull, records_);
+  if (!plan.reusable) return own_plan_ = std::move(plan);
+  return plans_.add(record.layout->id, std::move(plan));
+}
+
+const std::string* record_keeper::provider_of(const record_fields& record,
+                                              const column_plan& plan) {
+  if (plan.provider) return plan.provider;
+  scratch_.clear();
+  append_column_text(scratch_, record, static_cast<std::size_t>(plan.provider_slot), plan.form);
+  if (*last_provider_ != scratch_) last_provider_ = records_.intern_text(scratch_);
+  return last_provider_;
+}
+
+const char* record_keeper::write_block(const record_fields& record, const column_plan& plan,
+                                       LogRecord& kept) {
+  char* const block = records_.arena().reserve(block_bound(record, plan));
+  block_writer writer(block, writer_);
+  for (std::size_t i = 0; i < plan.values.size(); ++i) {
+    const std::string_view text = writer.add(record, plan.values[i], plan.form);
+    if (static_cast<std::ptrdiff_t>(i) == plan.level_value) kept.level = level_from_text(text);
+  }
+  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
+  return block;
+}
+
+// A record without templates has its fields as values; only their names are shared.
+void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
+  std::vector<const layout_field*> columns;
+  bool event_id_dropped = !command_.skip_system_fields;
+  bool system_time_dropped = !command_.skip_system_fields;
+  std::size_t bound = 0;
+  record_shape shape;
+  for (const layout_field& field : record.layout->fields) {
+    if (field.name == "Provider Name") {
+      kept.provider = records_.intern_text(field.text);
+    } else if (!event_id_dropped && field.name == "EventID") {
+      event_id_dropped = true;
+    } else if (!system_time_dropped && field.name == "SystemTime") {
+      system_time_dropped = true;
+    } else {
+      if (field.name == "Level") kept.level = level_from_text(field.text);
+      columns.push_back(&field);
+      shape.columns.push_back({field.name, false, {}});
+      bound += field.text.size() + max_cell_head;
+    }
+  }
+  shape.value_count = columns.size();
+  kept.shape = records_.intern_shape(std::move(shape));
+  char* const block = records_.arena().reserve(bound);
+  block_writer writer(block, writer_);
+  for (const layout_field* field : columns) writer.add(field->text);
+  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
+  kept.values = block;
+}
+
+// The same for named fields. The plan has all of them as texts of this one record; only the names
+// are fit to be shared.
+bool record_keeper::fill_plain_pulled(const record_fields& record, LogRecord& kept) {
+  record_shape shape;
+  column_plan plan = plan_pulled(record, command_.pull, plain_records_);
+  if (!plan.selects) return false;
+  kept.level = plan.level;
+  kept.provider = records_.intern_text(*plan.provider);
+  std::size_t bound = 0;
+  for (const shape_column& column : plan.shape->columns) {
+    bound += column.text.size() + max_cell_head;
+    shape.columns.push_back({column.name, false, {}});
+  }
+  shape.value_count = shape.columns.size();
+  kept.shape = records_.intern_shape(std::move(shape));
+  char* const block = records_.arena().reserve(bound);
+  block_writer writer(block, writer_);
+  for (const shape_column& column : plan.shape->columns) writer.add(column.text);
+  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
+  kept.values = block;
+  plain_records_.clear();
+  return true;
+}
+
+}  // namespace zanvik

@@ -1,0 +1,74 @@
+// The columns "s01" and so on, which records get from the first candidate of slack on: each own
+// slot that has a text. Which of them a record has is a matter of its values, but records of a
+// shape mostly agree, so the columns are put together once for each shape and set of slots.
+//
+// The plain way to the same columns is `add_slot_columns` (slack_columns.h), which tests hold this
+// against.
+#pragma once
+
+#include <bitset>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "events/log_record.h"
+#include "evtx/record_fields.h"
+
+namespace zanvik {
+
+class slot_columns {
+ public:
+  // Gives `kept` the columns of the record's own slots besides its own, in the memory of `records`,
+  // and the slots' marks. Returns false, with `kept` unchanged, for a record with more slots than
+  // tables have, as only crafted ones come to.
+  bool add(LogRecord& kept, const record_fields& record, record_container& records);
+
+  // Forgets what points into the container, which is to be cleared.
+  void clear() { merged_.clear(); }
+
+ private:
+  static constexpr std::size_t most_slots = 128;
+
+  // A slot with a text: its number among the own ones from 1, and where in `text_` that ends.
+  struct found_slot {
+    unsigned number;
+    std::size_t end;
+  };
+  struct merged_key {
+    const record_shape* shape = nullptr;
+    std::bitset<most_slots> slots;
+
+    bool operator==(const merged_key&) const = default;
+  };
+  struct key_hash {
+    std::size_t operator()(const merged_key& key) const {
+      return std::hash<const record_shape*>{}(key.shape) * 31 +
+             std::hash<std::bitset<most_slots>>{}(key.slots);
+    }
+  };
+  // Where the value of a column comes from.
+  struct value_source {
+    bool of_slot = false;
+    std::size_t index = 0;  // of `found_`, else of the block's cells
+  };
+  struct merged_shape {
+    const record_shape* shape = nullptr;
+    std::vector<value_source> sources;  // one for each column that is not a literal
+  };
+
+  bool collect(const record_fields& record, std::uint32_t& flags);
+  const merged_shape& merged_with(const record_shape& base, record_container& records);
+  merged_shape merge(const record_shape& base, record_container& records) const;
+  void write_block(LogRecord& kept, const merged_shape& merged, record_container& records);
+  std::string_view slot_text(std::size_t index) const;
+
+  std::unordered_map<merged_key, merged_shape, key_hash> merged_;
+  std::string text_;  // of the record's slots, one behind the other
+  std::vector<found_slot> found_;
+  std::bitset<most_slots> slots_;
+  std::vector<value_cell> cells_;
+};
+
+}  // namespace zanvik

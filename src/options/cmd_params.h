@@ -1,0 +1,45 @@
+// What every command-line run has in common: the options that are not about logs, and the pass
+// that reads them. The option object of a program derives from it.
+#pragma once
+
+#include <string>
+
+#include "base/diag.h"
+#include "options/argument_list.h"
+#include "options/output_format.h"
+#include "options/walk_options.h"
+
+namespace zanvik {
+
+class cmd_params {
+ public:
+  cmd_params() = default;
+  cmd_params(const cmd_params&) = delete;
+  cmd_params& operator=(const cmd_params&) = delete;
+  virtual ~cmd_params() = default;
+
+  // Takes the shared options out of `argv_list`, each by its name and in a fixed order, so that
+  // their order in the list never matters; what is left is no error. Returns false when the run
+  // must not go on; whatever is to be said about it has then been said.
+  [[nodiscard]] bool parse_options(argument_list& argv_list);
+
+  std::string command_line;  // the arguments as they were given
+  std::string program_name;  // without folder and extension
+  std::string version;
+  std::string title;
+  std::string out_file;  // results path; empty is standard output
+  std::string username;  // user column of timeline rows
+  std::string hostname;
+  std::string signal_name;
+  bool show_status = true;
+  bool profile = false;  // the run time is printed at the end
+  output_format format;
+  walk_options walk;
+  diag_trace trace;
+
+ private:
+  [[nodiscard]] bool take_results_file(argument_list& argv_list);
+  void take_trace_options(argument_list& argv_list);
+};
+
+}  // namespace zanvik

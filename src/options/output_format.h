@@ -1,0 +1,39 @@
+// The part of the options that says how results look: output form, separators, number base, date
+// and time formats, path aliases. The option passes fill it; the writers read it, and change
+// `csv_separator` (blanks leave it when `no_whitespace` is on) and `header_pending`.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "base/format_descriptor.h"
+
+namespace zanvik {
+
+struct output_format {
+  std::string csv_separator = " | ";
+  char separator_char = '|';        // replaced inside a field; 0 when there is none
+  char separator_substitute = ';';  // by this
+  bool no_whitespace = false;       // no column is padded to a width
+  bool pad_fields = true;           // one blank stands before a time column
+  bool base16 = true;
+  bool quoted_fields = false;
+  bool output_xml = false;
+  bool output_csv = true;
+  bool output_l2t = false;
+  bool output_csvgen = false;
+  bool output_bodyfile = false;
+  bool output_multiline = false;
+  bool pair_datetime = false;
+  bool row_form = true;
+  bool header_pending = true;
+  bool row_newline = true;
+  std::string date_format = "yyyy-mm-dd";
+  std::string time_format = "hh:mm:ss.xxx";
+  format_descriptor descriptor;
+  std::map<std::string, std::string> alias_files;  // lower-cased true path -> what is shown
+  std::map<std::string, std::string> alias_paths;  // lower-cased true folder -> what is shown
+  std::string tool_tag = "EVT";                    // source label of timeline rows
+};
+
+}  // namespace zanvik

@@ -1,0 +1,74 @@
+// What the tables of a run have in common: the columns, the header line and the row plans of a
+// table whose records are all alike depend on their shape and not on what they hold, so logs that
+// have the same kinds of records share them. All tables of one cache are of one format and context.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "events/log_record.h"
+#include "options/output_format.h"
+#include "output/tables/row_plan.h"
+#include "output/tables/table_layout.h"
+#include "output/write_context.h"
+
+namespace zanvik {
+
+// The ends of a row, which seldom change from one to the next, and what they were made for.
+struct row_ends {
+  std::string caption;  // from the level's cell up to the first field
+  const std::string* description = nullptr;
+  const std::string* provider = nullptr;
+  std::uint32_t level = 0;
+  bool is_evtx = false;
+  std::string log_cell;  // the last one
+  const std::string* log_path = nullptr;
+};
+
+// What is worked out before a table's rows are written, or with the first row of a shape.
+struct table_plan {
+  table_layout layout;
+  std::string header;          // its line
+  std::vector<row_plan> rows;  // by the layout's number for the shape, made as needed
+  std::size_t row_bytes = 0;   // that they hold
+  row_ends ends;
+};
+
+class table_cache {
+ public:
+  // Forgets the plans of an earlier generation of the record container.
+  void start_generation(std::uint64_t generation);
+
+  // The plan for a table of these records, of which there is at least one; valid until the next
+  // call.
+  table_plan& plan_for(std::span<const LogRecord* const> records, const output_format& format,
+                       const write_context& context);
+
+ private:
+  struct key {
+    const record_shape* shape = nullptr;
+    bool is_evtx = false;
+    bool has_description = false;
+
+    bool operator==(const key&) const = default;
+  };
+  struct key_hash {
+    std::size_t operator()(const key& of) const {
+      return std::hash<const record_shape*>{}(of.shape) * 4 + of.is_evtx * 2u + of.has_description;
+    }
+  };
+  static bool all_alike(std::span<const LogRecord* const> records);
+  static key key_of(const LogRecord& record) {
+    return {record.shape, record.is_evtx, !record.description->empty()};
+  }
+
+  std::unordered_map<key, table_plan, key_hash> plans_;
+  std::uint64_t generation_ = 0;
+  table_plan own_plan_;  // of a table that is like no other
+};
+
+}  // namespace zanvik

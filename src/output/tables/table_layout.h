@@ -1,0 +1,82 @@
+// The columns of one table of records, found in a first pass over them.
+//
+// The records of a table have few shapes, so the field columns are put together from the distinct
+// shapes; only in a padded table are the values' lengths looked at, in the heads of their cells.
+// Names are views into the shapes, so a layout lives no longer than the record container.
+//
+// An anomalous record, found in slack or otherwise damaged, often lacks the template that gave
+// names to its values. Where it has as many fields as the first ordinary record, it takes on the
+// names of that one, position by position.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "events/log_record.h"
+#include "options/output_format.h"
+#include "output/tables/table_engine.h"
+#include "output/write_context.h"
+
+namespace zanvik {
+
+// Whether any flag says more than that the record was decoded plainly and is in range.
+inline bool is_anomalous(const LogRecord& record) { return (record.flags & ~record_ordinary) != 0; }
+
+// Numbers the distinct pairs of a shape and whether its records are anomalous, from 0.
+class shape_index {
+ public:
+  // The number of the record's pair, which is size() - 1 when it is new.
+  std::size_t of(const LogRecord& record) {
+    const bool anomalous = is_anomalous(record);
+    last& recent = last_[anomalous];
+    if (recent.shape != record.shape) recent = {record.shape, find(record.shape, anomalous)};
+    return recent.number;
+  }
+  std::size_t size() const { return count_; }
+
+ private:
+  struct last {
+    const record_shape* shape = nullptr;
+    std::size_t number = 0;
+  };
+  std::size_t find(const record_shape* shape, bool anomalous);
+
+  std::unordered_map<const record_shape*, std::size_t> numbers_[2];
+  std::size_t count_ = 0;
+  last last_[2];
+};
+
+// One name among the fields of a table's records.
+struct field_column {
+  std::string_view name;
+  std::size_t width = 0;  // of the name or of the longest value that counts
+  std::size_t records = 0;
+  bool dropped = false;  // has no column of its own
+};
+
+struct table_layout {
+  std::vector<table_column> columns;  // all of the table
+  std::size_t first_field = 0;        // where the field columns begin
+  std::vector<field_column> fields;   // in byte order of their names, `table_columns` at most
+  bool has_description = false;
+  bool has_provider = false;
+  const record_shape* name_giver = nullptr;  // shape of the first ordinary record with a field
+  shape_index shapes;
+
+  // The shape that names the fields of this record, of its own number of columns.
+  const record_shape& naming_shape(const LogRecord& record) const {
+    const bool takes_names = is_anomalous(record) && name_giver &&
+                             name_giver->columns.size() == record.shape->columns.size();
+    return takes_names ? *name_giver : *record.shape;
+  }
+};
+
+// The layout of a table of these records, of which there is at least one.
+table_layout lay_out_table(std::span<const LogRecord* const> records, const output_format& format,
+                           const write_context& context);
+
+}  // namespace zanvik

@@ -1,0 +1,107 @@
+// The list of a record's fields, "[name:value] [name:value]", as both timeline forms show it, put
+// together from a plan that is made once for a shape.
+//
+// A plan is text with gaps: fields whose value is a literal stand in it whole, and each step puts
+// the next value of a record's block, with its name before it, behind a stretch of that text. A
+// field without a value does not show. Plans hold views into their shapes.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "events/log_record.h"
+#include "options/output_format.h"
+#include "output/write_context.h"
+
+namespace zanvik {
+
+// How a field shows in one of the forms.
+struct field_style {
+  std::array<char, 4> end{};  // behind a value: "] " or "], "
+  std::size_t end_size = 0;
+  char separator_char = 0;  // replaced in names and values; 0 when there is none
+  char separator_substitute = 0;
+  std::string_view host_name;     // the field that gives the host; empty if nobody asks
+  std::string_view channel_name;  // the field that gives the source type; the same
+};
+
+// The style of the form that `format` asks for, and the fields that its other columns want.
+field_style field_style_of(const output_format& format, const write_context& context);
+
+// A field that is wanted for a column of its own.
+struct wanted_field {
+  static constexpr std::size_t none = ~std::size_t{0};
+  std::string_view literal;  // its value, unless it is
+  std::size_t cell = none;   // one of the record's block
+};
+
+struct field_step {
+  std::uint32_t text_size = 0;  // of the text that always goes before the value
+  std::uint32_t name_size = 0;  // of the text behind it that goes with the value only
+};
+
+struct field_plan {
+  // Readable bytes behind the last text, so that a copy may run past its end.
+  static constexpr std::size_t slack = 32;
+
+  std::string text;  // of all steps, then `tail_size` bytes of it, then `slack`
+  std::vector<field_step> steps;
+  std::size_t tail_size = 0;
+  std::size_t room = 0;        // bytes of the list without the values
+  bool has_line_ends = false;  // in a name or a literal
+  wanted_field host;
+  wanted_field channel;
+};
+
+field_plan make_field_plan(const record_shape& shape, const field_style& style);
+
+// The plans of the shapes met so far. If a hostile log makes them many, they are made again.
+class field_plans {
+ public:
+  explicit field_plans(const field_style& style) : style_(style) {}
+
+  // Valid until the next call.
+  const field_plan& of(const record_shape* shape) {
+    if (shape != last_shape_) find(shape);
+    return *last_plan_;
+  }
+
+ private:
+  static constexpr std::size_t most_plan_bytes = std::size_t{16} << 20;
+
+  void find(const record_shape* shape);
+
+  field_style style_;
+  std::unordered_map<const record_shape*, field_plan> plans_;
+  std::size_t plan_bytes_ = 0;
+  const record_shape* last_shape_ = nullptr;
+  const field_plan* last_plan_ = nullptr;
+};
+
+// The values of the record in hand, read once.
+class field_values {
+ public:
+  void read(const LogRecord& record);
+
+  // Bytes of all of them.
+  std::size_t total_bytes() const { return total_; }
+  // The value of a wanted field; empty if the record has none.
+  std::string_view of(const wanted_field& wanted) const {
+    return wanted.cell == wanted_field::none ? wanted.literal : cells_[wanted.cell].text;
+  }
+
+  // Puts the list of fields at `at`, which has room for the plan's `room` and all values, and the
+  // slack of a row buffer. Returns its end. Sets `line_ends` when there is one in the list.
+  char* put_list(char* at, const field_plan& plan, const field_style& style, bool& line_ends) const;
+
+ private:
+  std::vector<value_cell> cells_;
+  std::size_t total_ = 0;
+};
+
+}  // namespace zanvik

@@ -1,0 +1,26 @@
+// Writes selected records as one stream of timeline lines, the fast way: the log2timeline form or
+// the body file. In come records in time order, none of which is left out; out goes a line each
+// (none for a record without a valid time in the log2timeline form), and before the first of a run
+// the header.
+//
+// What depends on the shape of a record only is in a plan (timeline_fields.h), what goes with its
+// provider and its log is kept as text, and values are copied from the record's block: nothing is
+// allocated per record unless a value holds a line end. timeline_fill.h has the plain way, which
+// gives the same bytes.
+#pragma once
+
+#include <ostream>
+#include <span>
+
+#include "events/log_record.h"
+#include "options/output_format.h"
+#include "output/write_context.h"
+
+namespace zanvik {
+
+// Writes all records, in the form that `format` asks for (the body file if it asks for both); all
+// bytes have reached `out` on return. Clears the header flag of `format` with the first record.
+void write_timeline(std::ostream& out, std::span<const LogRecord* const> records,
+                    output_format& format, const write_context& context);
+
+}  // namespace zanvik

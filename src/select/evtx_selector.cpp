@@ -1,0 +1,146 @@
+#include "select/evtx_selector.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/text.h"
+#include "events/evtx_fields.h"
+
+namespace zanvik {
+namespace {
+
+bool is_in_time(const ReportCommand& command, std::uint64_t time) {
+  return time >= command.start_time && (command.stop_time == 0 || time <= command.stop_time);
+}
+
+}  // namespace
+
+bool match_record_plainly(const ReportCommand& command, const record_fields& record,
+                          std::string& scratch) {
+  if (command.event_id != any_event_id && command.event_id != record.event_id) return false;
+  if (!is_in_time(command, record.time)) return false;
+  const auto holds = [&](const std::string& term) {
+    return field_term_matches(record, term, scratch, false);
+  };
+  if (!std::all_of(command.conditions.begin(), command.conditions.end(), holds)) return false;
+  if (!command.level_condition.empty() && !holds(command.level_condition)) return false;
+  return command.string_exists.empty() || field_contains(record, command.string_exists, scratch);
+}
+
+evtx_selector::evtx_selector(command_refs commands, record_container& records, plan_cache& plans,
+                             LogStatistics* statistics, std::string_view channel)
+    : commands_(std::move(commands)),
+      records_(records),
+      plans_(plans),
+      statistics_(statistics),
+      channel_(channel) {
+  tests_.reserve(commands_.size());
+  for (const ReportCommand* command : commands_) add_command(*command);
+  std::sort(by_event_id_.begin(), by_event_id_.end());
+  keepers_.resize(commands_.size());
+}
+
+void evtx_selector::add_command(const ReportCommand& command) {
+  const std::size_t number = tests_.size();
+  if (command.event_id == any_event_id) {
+    for_any_id_.push_back(number);
+  } else {
+    by_event_id_.emplace_back(command.event_id, number);
+  }
+  command_test test;
+  test.first_condition = conditions_.size();
+  for (const std::string& term : command.conditions) add_condition(term);
+  if (!command.level_condition.empty()) add_condition(command.level_condition);
+  test.last_condition = conditions_.size();
+  if (!command.string_exists.empty()) test.search = add_search(command.string_exists);
+  tests_.push_back(test);
+}
+
+void evtx_selector::add_condition(std::string_view term) {
+  const auto bar = term.find('|');
+  condition& added = conditions_.emplace_back();
+  added.name = values_.add(term.substr(0, bar));
+  added.has_needle = bar != std::string_view::npos;
+  if (added.has_needle) added.needle = term.substr(bar + 1);
+}
+
+// Mostly all commands have the run's text, so the one before is the one to look at.
+std::size_t evtx_selector::add_search(const std::string& text) {
+  if (searches_.empty() || searches_.back().search.text() != text) {
+    searches_.push_back({text_search(text), 0, false});
+  }
+  return searches_.size();
+}
+
+void evtx_selector::count(const record_fields& record) {
+  if (statistics_->log_type.empty()) statistics_->log_type = channel_;
+  count_record(*statistics_, record.event_id, record.time);
+}
+
+void evtx_selector::on_record(record_fields& record) {
+  ++record_count_;
+  values_started_ = false;
+  if (statistics_) count(record);
+  // The commands for its ID and those for any, together in the order of the set.
+  const std::uint64_t id = record.event_id;
+  auto own =
+      std::lower_bound(by_event_id_.begin(), by_event_id_.end(), std::pair(id, std::size_t{0}));
+  auto any = for_any_id_.begin();
+  for (;;) {
+    const bool more_own = own != by_event_id_.end() && own->first == id;
+    const bool more_any = any != for_any_id_.end();
+    if (!more_own && !more_any) return;
+    const bool own_first = more_own && (!more_any || own->second < *any);
+    const std::size_t command = own_first ? (own++)->second : *any++;
+    if (!try_command(command, record)) continue;
+    if (statistics_ && commands_[command].emit) {
+      count_hist_from(*statistics_, commands_, command, records_.last());
+    }
+    return;  // what is kept is kept once
+  }
+}
+
+bool evtx_selector::try_command(std::size_t command, record_fields& record) {
+  if (!match_record(command, record)) return false;
+  auto& keeper = keepers_[command];
+  if (!keeper) keeper = std::make_unique<record_keeper>(commands_[command], records_, plans_);
+  if (keeper->translate(record)) [[unlikely]]
+    forget_texts();
+  return keeper->keep(record);
+}
+
+// The record's values are no longer what they were when commands looked at them.
+void evtx_selector::forget_texts() {
+  ++record_count_;
+  values_started_ = false;
+}
+
+// What is left to be tested of a command for this event ID, the cheap tests first: nothing is
+// rendered for a record that fails by its time.
+bool evtx_selector::match_record(std::size_t command, const record_fields& record) {
+  if (!is_in_time(commands_[command], record.time)) return false;
+  const command_test& test = tests_[command];
+  if (test.first_condition != test.last_condition && !values_started_) {
+    values_.start_record(record);
+    values_started_ = true;
+  }
+  for (std::size_t i = test.first_condition; i < test.last_condition; ++i) {
+    if (!condition_holds(conditions_[i])) return false;
+  }
+  return test.search == 0 || search_holds(searches_[test.search - 1], record);
+}
+
+bool evtx_selector::condition_holds(const condition& wanted) {
+  const auto text = values_.text(wanted.name);
+  return text && (!wanted.has_needle || contains_nocase(*text, wanted.needle));
+}
+
+bool evtx_selector::search_holds(shared_search& wanted, const record_fields& record) {
+  if (wanted.record != record_count_) {
+    wanted.record = record_count_;
+    wanted.found = wanted.search.matches(record);
+  }
+  return wanted.found;
+}
+
+}  // namespace zanvik

@@ -1,0 +1,82 @@
+// The sink that tries each decoded .evtx record against the commands of a log, in their order, and
+// keeps it for the first that selects it.
+//
+// Commands are found by the record's event ID, so that the others cost nothing; what several of
+// them look at is made into text once. Names and texts are looked up as in named_values.h and
+// text_search.h. `match_record_plainly` is the rule itself, which tests hold the sink against.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "evtx/evtx.h"
+#include "keep/record_keeper.h"
+#include "select/named_values.h"
+#include "select/text_search.h"
+#include "stats/log_statistics.h"
+
+namespace zanvik {
+
+// Whether the command selects the record, but for what its pull list has to say. `scratch` is used
+// for texts.
+bool match_record_plainly(const ReportCommand& command, const record_fields& record,
+                          std::string& scratch);
+
+class evtx_selector : public record_sink {
+ public:
+  // The commands, the container and the plans must outlive the selector. `statistics`, unless it is
+  // null, counts every record, and gets `channel` as its type at the first one.
+  evtx_selector(command_refs commands, record_container& records, plan_cache& plans,
+                LogStatistics* statistics = nullptr, std::string_view channel = {});
+
+  void on_record(record_fields& record) override;
+
+ private:
+  struct condition {
+    std::size_t name = 0;     // of `values_`
+    bool has_needle = false;  // otherwise the field's being there is enough
+    std::string needle;
+  };
+  // A text that commands search for, and the answer for the record in hand.
+  struct shared_search {
+    text_search search;
+    std::uint64_t record = 0;
+    bool found = false;
+  };
+  struct command_test {
+    std::size_t first_condition = 0;  // of `conditions_`
+    std::size_t last_condition = 0;   // one past
+    std::size_t search = 0;           // of `searches_`, counted from 1; 0 for none
+  };
+
+  void count(const record_fields& record);
+  void add_command(const ReportCommand& command);
+  void add_condition(std::string_view term);
+  std::size_t add_search(const std::string& text);
+  bool match_record(std::size_t command, const record_fields& record);
+  bool condition_holds(const condition& wanted);
+  bool search_holds(shared_search& wanted, const record_fields& record);
+  bool try_command(std::size_t command, record_fields& record);
+  void forget_texts();
+
+  command_refs commands_;
+  record_container& records_;
+  plan_cache& plans_;
+  LogStatistics* statistics_;
+  std::string channel_;
+  std::vector<std::pair<std::uint64_t, std::size_t>> by_event_id_;  // sorted: id, command
+  std::vector<std::size_t> for_any_id_;                             // rising
+  std::vector<command_test> tests_;                                 // one a command
+  std::vector<condition> conditions_;
+  std::vector<shared_search> searches_;
+  std::vector<std::unique_ptr<record_keeper>> keepers_;  // one a command, when it is needed
+  named_values values_;
+  std::uint64_t record_count_ = 0;  // records, and changes of their values
+  bool values_started_ = false;     // for the record in hand
+};
+
+}  // namespace zanvik
