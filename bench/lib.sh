@@ -33,19 +33,19 @@ print_machine() {
   echo "cpu: $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1), $jobs processors"
 }
 
-# Set to `all` by a script that wants the runs of all forms and reports.
-all=''
+# What measure.py is to do besides: `all`, `count`, both or nothing.
+measure=()
 
-# Makes the log unless it is there, holds the listing against it, and times.
-#   $1  log     $2  MiB     $3  runs     $4  event ID     $5  folder for the listings, or empty
-#   $6...  logs, or folders of logs, to make it of
+# Makes a log unless it is there and says of what, holds the listing against it, and measures.
+#   $1  log     $2  MiB     $3  chunks to make it of, 0 for all     $4  runs     $5  event ID
+#   $6  folder for the listings, or empty     $7...  logs, or folders of logs, to make it of
 report() {
-  local log=$1 size=$2 runs=$3 event=$4 keep=$5 found
-  shift 5
-  python3 "$bench/make_log.py" "$log" "$size" "$@"
+  local log=$1 size=$2 chunks=$3 runs=$4 event=$5 keep=$6 found
+  shift 6
+  python3 "$bench/make_log.py" "$log" "$size" "$chunks" "$@"
   found=$(python3 "$bench/check_output.py" "$program" "$log" "$event" ${keep:+"$keep"})
   # Three numbers, and before them what the check has to say.
   [[ $found != *$'\n'* ]] || printf '%s\n' "${found%$'\n'*}"
   # shellcheck disable=SC2086
-  python3 "$bench/measure.py" "$program" "$log" "$runs" "$event" ${found##*$'\n'} $all
+  python3 "$bench/measure.py" "$program" "$log" "$runs" "$event" ${found##*$'\n'} "${measure[@]}"
 }

@@ -1,12 +1,17 @@
-"""Makes a log of a wanted size by repeating the chunks of other logs.
+"""Makes a log of a wanted size out of the chunks of other logs.
 
-  make_log.py OUT MIB LOG_OR_FOLDER...
+  make_log.py OUT MIB CHUNKS LOG_OR_FOLDER...
 
-Record numbers run on through the whole file, as in a real log, so that no record is like another;
-times and contents repeat. Only sound chunks are taken. A file that was made before from the same
-logs is kept as it is; OUT.from tells from what.
+Each chunk is used once before any is used again, so that a chunk and its repetition lie as far
+apart as they can. With CHUNKS above 0 only so many chunks are used, taken at even distances.
+Record numbers run on through the whole file, as in a real log; times and contents repeat with their
+chunk. Only sound chunks are taken, and of chunks that are equal in every byte the first.
+
+A log that was made before from the same files is kept as it is. OUT.from has what the log is made
+of; its first line, how many chunks differ, is printed each time.
 """
 
+import hashlib
 import os
 import sys
 
@@ -28,9 +33,9 @@ def logs_below(places):
     return sorted(found)
 
 
-def origin(paths, size_bytes):
-    """What the made file depends on, as text."""
-    lines = [f"{size_bytes} bytes, numbered through"]
+def origin(paths, size_bytes, most):
+    """What the log depends on, as text."""
+    lines = [f"{size_bytes} bytes, numbered through, at most {most or 'all'} chunks"]
     for path in paths:
         state = os.stat(path)
         lines.append(f"{path} {state.st_size} {state.st_mtime_ns}")
@@ -42,10 +47,28 @@ def read_if_there(path):
         with open(path, encoding="utf-8", errors="surrogateescape") as text:
             return text.read()
     except FileNotFoundError:
-        return None
+        return ""
+
+
+def different_chunks(paths):
+    """The sound chunks of the logs in order, none twice."""
+    seen = {}
+    for path in paths:
+        for chunk in logfile.file_chunks(path):
+            if logfile.walk(chunk):
+                seen.setdefault(hashlib.sha256(chunk).digest(), chunk)
+    return list(seen.values())
+
+
+def evenly(chunks, most):
+    """At most `most` of the chunks, at even distances; all of them when `most` is 0."""
+    if most == 0 or len(chunks) <= most:
+        return chunks
+    return [chunks[index * len(chunks) // most] for index in range(most)]
 
 
 def write_log(path, chunks, size_bytes):
+    """Writes the log and returns a line that tells of what."""
     count = max(1, (size_bytes - logfile.HEADER_BYTES) // logfile.CHUNK_BYTES)
     if count > MOST_CHUNKS:
         sys.exit(f"a log holds {MOST_CHUNKS} chunks at most; {count} were asked for")
@@ -58,26 +81,26 @@ def write_log(path, chunks, size_bytes):
             out.write(chunk)
         out.seek(0)
         out.write(logfile.file_header(count, number))
-    print(f"  {count} chunks made from {len(chunks)}, {number - 1} record numbers")
+    differ = min(count, len(chunks))
+    return f"{count} chunks, {differ} of them differ, each used {count / differ:.1f} times"
 
 
 def main():
-    out, size_bytes = sys.argv[1], int(sys.argv[2]) << 20
-    paths = logs_below(sys.argv[3:])
-    wanted = origin(paths, size_bytes)
-    if os.path.exists(out) and read_if_there(out + ".from") == wanted:
-        return
-    every = [chunk for path in paths for chunk in logfile.file_chunks(path)]
-    sound = [chunk for chunk in every if logfile.walk(chunk)]
-    print(f"making {out}: {len(paths)} logs, {len(every)} chunks, {len(sound)} of them sound")
-    if not sound:
-        sys.exit("no sound chunk to make a log of")
-    # The note comes last: a half-made log has none and is made anew.
-    if os.path.exists(out + ".from"):
-        os.remove(out + ".from")
-    write_log(out, sound, size_bytes)
-    with open(out + ".from", "w", encoding="utf-8", errors="surrogateescape") as note:
-        note.write(wanted)
+    out, size_bytes, most = sys.argv[1], int(sys.argv[2]) << 20, int(sys.argv[3])
+    paths = logs_below(sys.argv[4:])
+    wanted = origin(paths, size_bytes, most)
+    summary, _, made_from = read_if_there(out + ".from").partition("\n")
+    if not os.path.exists(out) or made_from != wanted:
+        chunks = evenly(different_chunks(paths), most)
+        if not chunks:
+            sys.exit("no sound chunk to make a log of")
+        # The note comes last: a half-made log has none and is made anew.
+        if os.path.exists(out + ".from"):
+            os.remove(out + ".from")
+        summary = f"{len(paths)} logs: {write_log(out, chunks, size_bytes)}"
+        with open(out + ".from", "w", encoding="utf-8", errors="surrogateescape") as note:
+            note.write(summary + "\n" + wanted)
+    print(f"{out}: {summary}")
 
 
 main()
