@@ -34,6 +34,7 @@ class block_walk {
         sink_(sink),
         settings_(settings),
         short_name_(short_log_name(settings.log_path)) {
+    reader_.set_options(settings.reading);
     reader_.set_slack_state(settings.inc_slack, false);
   }
 

@@ -32,7 +32,8 @@ class log_walk {
         statistics_(options.stats_on ? &options.statistics : nullptr),
         selector_(commands, records_, options.plans, statistics_, options.current_log_channel),
         evt_selector_(commands, records_, statistics_),
-        settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path},
+        settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path,
+                  options.reading},
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
                           [](const ReportCommand* command) { return command->has_hist; }))) {
