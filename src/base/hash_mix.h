@@ -66,7 +66,8 @@ inline std::uint64_t keyed_hash(std::string_view text, std::uint64_t before = 0)
   using namespace hash_detail;
   const char* at = text.data();
   std::size_t left = text.size();
-  std::uint64_t hash = before ^ hash_secret[2];
+  // Through a product of its own: otherwise it could be made up for by the bytes it is mixed with.
+  std::uint64_t hash = fold_product(before ^ hash_secret[2], hash_secret[1]);
   for (; left > 16; at += 16, left -= 16) {
     hash = fold_product(word_at(at) ^ hash_secret[0], word_at(at + 8) ^ hash_secret[1] ^ hash);
   }
