@@ -3,6 +3,7 @@
 #include "commands/command_build.h"
 #include "fuzz_target.h"
 #include "log_builder.h"
+#include "reference/plain_matching.h"
 #include "select/evtx_selector.h"
 
 namespace zanvik::fuzz {

@@ -4,7 +4,7 @@
 //                       files, which command_list.h cuts up; command_translate.h is `-translate`
 //   builtin_reports.h   the seven built-in reports: their lines (builtin_lines.h) and gates
 //   evtx_selector.h     the sink that tries .evtx records against a log's commands; evtx_fields.h
-//                       has the plain rules, named_values.h and text_search.h the quick ones
+//                       looks up fields, named_values.h and text_search.h do it quickly
 //   evt_selector.h      the same for legacy records (evt_fields.h)
 //   log_record.h        a kept record, and the container of a run's records (record_arena.h,
 //                       value_block.h)

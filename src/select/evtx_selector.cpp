@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "base/text.h"
-#include "events/evtx_fields.h"
 
 namespace zanvik {
 namespace {
@@ -14,18 +13,6 @@ bool is_in_time(const ReportCommand& command, std::uint64_t time) {
 }
 
 }  // namespace
-
-bool match_record_plainly(const ReportCommand& command, const record_fields& record,
-                          std::string& scratch) {
-  if (command.event_id != any_event_id && command.event_id != record.event_id) return false;
-  if (!is_in_time(command, record.time)) return false;
-  const auto holds = [&](const std::string& term) {
-    return field_term_matches(record, term, scratch, false);
-  };
-  if (!std::all_of(command.conditions.begin(), command.conditions.end(), holds)) return false;
-  if (!command.level_condition.empty() && !holds(command.level_condition)) return false;
-  return command.string_exists.empty() || field_contains(record, command.string_exists, scratch);
-}
 
 evtx_selector::evtx_selector(command_refs commands, record_container& records, plan_cache& plans,
                              LogStatistics* statistics, std::string_view channel)

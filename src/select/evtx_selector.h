@@ -3,7 +3,7 @@
 //
 // Commands are found by the record's event ID, so that the others cost nothing; what several of
 // them look at is made into text once. Names and texts are looked up as in named_values.h and
-// text_search.h. `match_record_plainly` is the rule itself, which tests hold the sink against.
+// text_search.h. Tests hold the sink against the rule itself, in tests/reference/.
 #pragma once
 
 #include <cstdint>
@@ -20,11 +20,6 @@
 #include "stats/log_statistics.h"
 
 namespace zanvik {
-
-// Whether the command selects the record, but for what its pull list has to say. `scratch` is used
-// for texts.
-bool match_record_plainly(const ReportCommand& command, const record_fields& record,
-                          std::string& scratch);
 
 class evtx_selector : public record_sink {
  public:

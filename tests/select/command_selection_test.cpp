@@ -3,6 +3,7 @@
 #include "events/evtx_fields.h"
 #include "kept_records.h"
 #include "log_files.h"
+#include "reference/plain_matching.h"
 #include "scratch_dir.h"
 
 namespace zanvik {
