@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "fuzz_target.h"
-#include "output/tables/plain_event_table.h"
-#include "output/timelines/timeline_fill.h"
+#include "reference/plain_event_table.h"
+#include "reference/plain_timeline.h"
 #include "output/timelines/timeline_writer.h"
 #include "output/write_records.h"
 #include "options/output_options.h"

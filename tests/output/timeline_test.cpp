@@ -1,9 +1,9 @@
 // Timeline lines as they must come out, written by hand, and the fast way against the plain one.
 #include <gtest/gtest.h>
 
-#include "output/timelines/timeline_fill.h"
-#include "output/timelines/timeline_row.h"
 #include "record_tables.h"
+#include "reference/plain_timeline.h"
+#include "reference/timeline_row.h"
 
 namespace zanvik {
 namespace {

@@ -7,9 +7,9 @@
 
 #include "output/cell_text.h"
 #include "output/path_alias.h"
-#include "output/tables/plain_event_table.h"
-#include "output/tables/table_engine.h"
 #include "record_tables.h"
+#include "reference/plain_event_table.h"
+#include "reference/table_cells.h"
 
 namespace zanvik {
 namespace {
@@ -107,8 +107,8 @@ TEST(table_engine, cells_that_do_not_fit_vanish) {
   output_format format = csv_format();
   format.header_pending = false;
   std::vector<table_column> columns;
-  add_column(columns, "x", 0, cell_plain, 0);
-  add_column(columns, "y", 0, cell_plain, 0);
+  add_column(columns, "x", 0);
+  add_column(columns, "y", 0);
   std::ostringstream out;
   write_table_row(out, row, columns, format);
   EXPECT_EQ(out.str(), "a,\n");

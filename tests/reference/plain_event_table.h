@@ -1,4 +1,4 @@
-// One table of records, cell by cell: the reference for the fast way of event_table.h.
+// One table of records, cell by cell: the reference for the fast way (output/tables/event_table.h).
 //
 // Each record's fields are put into a map and each row goes through the plain table engine. Slow,
 // short to read, and with nothing in common with the fast way but names and widths of the fixed

@@ -1,4 +1,4 @@
-#include "output/tables/plain_event_table.h"
+#include "reference/plain_event_table.h"
 
 #include <algorithm>
 #include <map>
@@ -7,7 +7,7 @@
 
 #include "output/cell_text.h"
 #include "output/path_alias.h"
-#include "output/tables/table_engine.h"
+#include "reference/table_cells.h"
 
 namespace zanvik {
 namespace {
@@ -82,28 +82,28 @@ std::vector<table_column> columns_of(const table_plan& plan, const output_format
   std::vector<table_column> columns;
   const std::size_t date = format.date_format.size();
   const std::size_t time = format.time_format.size();
-  add_column(columns, "Record#", 10, cell_plain, column_centred);
-  add_column(columns, "EventID", 10, cell_plain, column_centred);
+  add_column(columns, "Record#", 10, true);
+  add_column(columns, "EventID", 10, true);
   if (format.pair_datetime) {
-    add_column(columns, "Date [UTC]", date + time + 1, cell_plain, 0);
+    add_column(columns, "Date [UTC]", date + time + 1);
   } else {
-    add_column(columns, "Date", date, cell_plain, 0);
-    add_column(columns, "Time-UTC", time, cell_time_column, 0);
+    add_column(columns, "Date", date);
+    add_column(columns, "Time-UTC", time, false, true);
   }
-  if (context.show_offsets) add_column(columns, "rec offset", 10, cell_plain, 0);
-  if (context.inc_slack) add_column(columns, "del", 3, cell_plain, 0);
-  add_column(columns, "Level (translated)", 18, cell_plain, 0);
+  if (context.show_offsets) add_column(columns, "rec offset", 10);
+  if (context.inc_slack) add_column(columns, "del", 3);
+  add_column(columns, "Level (translated)", 18);
   if (plan.description_width != 0) {
     const std::size_t width = std::max<std::size_t>(plan.description_width, 4);
-    add_column(columns, "name", width, cell_plain, column_centred);
+    add_column(columns, "name", width, true);
   }
-  if (plan.provider_seen) add_column(columns, "Provider Name", plan.provider_width, cell_plain, 0);
+  if (plan.provider_seen) add_column(columns, "Provider Name", plan.provider_width);
   for (const auto& [name, width] : plan.widths) {
     if (!is_dropped(name, context)) {
-      add_column(columns, name, width <= widest_field ? width : overwide_field, cell_plain, 0);
+      add_column(columns, name, width <= widest_field ? width : overwide_field);
     }
   }
-  add_column(columns, "event log", 11, cell_plain, column_centred);
+  add_column(columns, "event log", 11, true);
   return columns;
 }
 

@@ -1,4 +1,4 @@
-#include "output/timelines/timeline_fill.h"
+#include "reference/plain_timeline.h"
 
 #include <algorithm>
 #include <map>
@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "output/cell_text.h"
 #include "output/path_alias.h"
+#include "output/timelines/timeline_text.h"
 
 namespace zanvik {
 namespace {
@@ -62,7 +63,7 @@ timeline_row timeline_row_of(const LogRecord& record, const output_format& forma
   row.desc = field_list(fields, "] ");
   cut_last(row.desc, 1);
   row.filename = apply_alias(format, *record.extra_text);
-  set_row_inode(row, context.log_reserved);
+  row.inode = inode_text(context.log_reserved, format.base16);
   row.extra = "Record# " + std::to_string(record.record_number);
   row.notes = notes_of(record, format, context);
   row.source = context.log_is_evtx ? "EVTX" : "EVT";

@@ -25,12 +25,6 @@ struct body_row {
   std::int64_t create_time = 0;
 };
 
-// Seconds since 1970, rounded down, so below zero before it; 0 for a count that is no time.
-std::int64_t body_seconds(std::uint64_t filetime);
-
-inline constexpr std::string_view body_header =
-    "md5|name|inode|mode as string|uid|gid|size|access time|modify time|mft time|create time\n";
-
 // Writes the header if the flag is on, and clears it; then the row's line.
 void write_body_row(bool& header_pending, std::ostream& out, const body_row& row);
 

@@ -1,4 +1,4 @@
-#include "output/tables/table_engine.h"
+#include "reference/table_cells.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint16_t last_kind = 31;
 
 std::size_t shown_width(const table_column& column, const output_format& format) {
-  return format.no_whitespace ? 0 : static_cast<std::uint32_t>(column.width);
+  return format.no_whitespace ? 0 : column.width;
 }
 
 bool holds(const table_row& row, std::size_t index, std::uint16_t kind) {
@@ -61,29 +61,9 @@ void table_row::clear() {
   for (table_cell& cell : cells) cell = table_cell();
 }
 
-void add_column(std::vector<table_column>& columns, std::string_view name, std::uint64_t width,
-                std::uint16_t kind, std::uint32_t flags) {
-  columns.push_back({kind, flags, width, std::string(name)});
-}
-
-std::string table_header(const std::vector<table_column>& columns, const output_format& format) {
-  std::string line;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    const table_column& column = columns[i];
-    const std::size_t width = shown_width(column, format);
-    if (i != 0) line += format.csv_separator;
-    const bool is_time = column.kind == cell_date_time_pair || column.kind == cell_time_alone ||
-                         column.kind == cell_time_column;
-    if (is_time && format.pad_fields) line += ' ';
-    const std::size_t begin = line.size();
-    if ((column.flags & column_centred) && width > column.name.size()) {
-      line.append((width - column.name.size()) / 2, ' ');
-    }
-    line += column.name;
-    pad_from(line, begin, width);
-  }
-  line += '\n';
-  return line;
+void add_column(std::vector<table_column>& columns, std::string_view name, std::size_t width,
+                bool centred, bool is_time) {
+  columns.push_back({std::string(name), width, centred, is_time});
 }
 
 void write_table_header(std::ostream& out, const std::vector<table_column>& columns,

@@ -1,5 +1,5 @@
 // One row of the log2timeline form, and the plain way to write it: the reference that tests hold
-// the fast way of timeline_writer.h against.
+// the fast way (output/timelines/timeline_writer.h) against.
 //
 // A row holds texts as they are and up to four times; writing it gives one line for each distinct
 // valid time, 17 columns wide as far as its texts allow. Not every column is cleaned: a separator
@@ -50,9 +50,6 @@ struct timeline_row {
 void prepare_timeline_row(timeline_row& row, const output_format& format,
                           const write_context& context);
 
-// Sets the inode column: decimal digits, or with the row's `base16` "0x" and at least 8 digits.
-void set_row_inode(timeline_row& row, std::uint64_t value);
-
 // A line to be: the time, and which of the four it is, as in "M..B".
 struct macb_entry {
   std::uint64_t filetime = 0;
@@ -60,9 +57,6 @@ struct macb_entry {
 };
 // The distinct valid times of the row, each where its first letter stands.
 std::vector<macb_entry> macb_entries(const timeline_row& row);
-
-// The header line, which stands once in a run.
-std::string timeline_header(const output_format& format);
 
 // Writes the header if the flag is on, and clears it; then the row's lines. A row without a valid
 // time may so give a header and no line.

@@ -1,22 +1,12 @@
-#include "output/timelines/timeline_row.h"
+#include "reference/timeline_row.h"
 
-#include "base/digits.h"
 #include "base/text.h"
 #include "base/time_format.h"
 #include "base/time_value.h"
+#include "output/timelines/timeline_text.h"
 
 namespace zanvik {
 namespace {
-
-std::string header_line(const std::string& separator, bool pair_datetime) {
-  std::string line = pair_datetime ? "date/time" : "date" + separator + "time";
-  for (const char* name :
-       {"timezone", "MACB", "source", "sourcetype", "type", "user", "host", "short", "desc",
-        "version", "filename", "inode", "notes", "format", "extra"}) {
-    line += separator + name;
-  }
-  return line + '\n';
-}
 
 void append_entry_time(std::string& line, const timeline_row& row, std::uint64_t filetime) {
   std::string date, time;
@@ -49,16 +39,6 @@ void prepare_timeline_row(timeline_row& row, const output_format& format,
   row.row_newline = format.row_newline;
 }
 
-void set_row_inode(timeline_row& row, std::uint64_t value) {
-  row.inode.clear();
-  if (row.base16) {
-    row.inode = "0x";
-    append_hex(row.inode, value, 8);
-  } else {
-    append_decimal(row.inode, value);
-  }
-}
-
 std::vector<macb_entry> macb_entries(const timeline_row& row) {
   std::vector<macb_entry> entries;
   std::array<bool, 4> taken{};
@@ -75,12 +55,13 @@ std::vector<macb_entry> macb_entries(const timeline_row& row) {
   return entries;
 }
 
-std::string timeline_header(const output_format& format) {
-  return header_line(format.csv_separator, format.pair_datetime);
-}
-
 void write_timeline_row(bool& header_pending, std::ostream& out, const timeline_row& row) {
-  if (header_pending) out << header_line(row.csv_separator, row.pair_datetime);
+  if (header_pending) {
+    output_format format;
+    format.csv_separator = row.csv_separator;
+    format.pair_datetime = row.pair_datetime;
+    out << timeline_header(format);
+  }
   header_pending = false;
   const std::string& separator = row.csv_separator;
   const auto cleaned = [&row](std::string text) {

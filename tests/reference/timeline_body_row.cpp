@@ -1,16 +1,9 @@
-#include "output/timelines/timeline_body_row.h"
+#include "reference/timeline_body_row.h"
 
 #include "base/text.h"
-#include "base/time_value.h"
+#include "output/timelines/timeline_text.h"
 
 namespace zanvik {
-
-std::int64_t body_seconds(std::uint64_t filetime) {
-  if (!is_valid_filetime(filetime)) return 0;
-  const auto ticks = static_cast<std::int64_t>(filetime - qx::unix_epoch_filetime);
-  const auto per_second = static_cast<std::int64_t>(qx::ticks_per_second);
-  return ticks / per_second - (ticks % per_second < 0 ? 1 : 0);
-}
 
 void write_body_row(bool& header_pending, std::ostream& out, const body_row& row) {
   if (header_pending) out << body_header;

@@ -1,5 +1,6 @@
 // From a record to a timeline row or a body row, field by field: the plain way, which
-// timeline_writer.h is held against. Shape, values and texts of the record must still be alive.
+// output/timelines/timeline_writer.h is held against. Shape, values and texts of the record must
+// still be alive.
 #pragma once
 
 #include <ostream>
@@ -7,9 +8,9 @@
 
 #include "events/log_record.h"
 #include "options/output_format.h"
-#include "output/timelines/timeline_body_row.h"
-#include "output/timelines/timeline_row.h"
 #include "output/write_context.h"
+#include "reference/timeline_body_row.h"
+#include "reference/timeline_row.h"
 
 namespace zanvik {
 
