@@ -20,8 +20,8 @@ void append_column_text(std::string& out, const record_fields& record, std::size
   out.append(text);
 }
 
-bool find_field(const record_fields& record, std::string_view name, std::string& value, bool clean,
-                bool slots_only) {
+bool find_field(const record_fields& record, std::string_view name, std::string& value,
+                bool clean) {
   value.clear();
   if (const std::ptrdiff_t slot = find_slot(*record.layout, name); slot >= 0) {
     const auto found = static_cast<std::size_t>(slot);
@@ -32,7 +32,6 @@ bool find_field(const record_fields& record, std::string_view name, std::string&
     }
     return true;
   }
-  if (slots_only && !record.slots.empty()) return false;
   const layout_field* field = find_layout_field(*record.layout, name);
   if (!field) return false;
   value = field->text;

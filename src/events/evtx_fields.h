@@ -13,8 +13,7 @@ namespace zanvik {
 
 // The value of the first slot of that name, else of the field of that name; `value` is cleared
 // first. `clean` puts it on one line (see `value_form::pulled`). Returns false when there is none.
-bool find_field(const record_fields& record, std::string_view name, std::string& value, bool clean,
-                bool slots_only = false);
+bool find_field(const record_fields& record, std::string_view name, std::string& value, bool clean);
 
 // Appends the slot's text as a column has it: its value, or what stands in its place, on one line.
 void append_column_text(std::string& out, const record_fields& record, std::size_t slot,
