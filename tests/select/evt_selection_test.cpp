@@ -22,7 +22,9 @@ const evt_record_fields logon{.record_num = 5,
 // The records that commands keep of a legacy log, by rising time.
 struct kept_evt_records {
   kept_evt_records(std::span<const std::byte> log, const std::vector<ReportCommand>& commands) {
-    evt_selector selector(commands, container);
+    plan_cache plans;
+    keeping_sink keeping(commands, container, plans);
+    evt_selector selector(commands, keeping);
     walk_evt_log(log, selector);
     const auto found = container.in_time_order();
     records.assign(found.begin(), found.end());
@@ -186,7 +188,9 @@ TEST(evt_selection, first_command_takes_the_record) {
 TEST(evt_selection, shapes_are_shared) {
   record_container records;
   const std::vector<ReportCommand> commands{listing()};
-  evt_selector selector(commands, records);
+  plan_cache plans;
+  keeping_sink keeping(commands, records, plans);
+  evt_selector selector(commands, keeping);
   const auto log = evt_builder().add({.strings = {"a"}}).add({}).add({.strings = {"b"}});
   for (int round = 0; round < 2; ++round) {
     walk_evt_log(log.bytes(), selector);
