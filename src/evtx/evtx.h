@@ -34,13 +34,27 @@ class record_sink {
   virtual void on_record(record_fields& record) = 0;
 };
 
+// What a walk calls for the chunks of a block and for their records, by their place alone. Offsets
+// are the chunk's.
+class chunk_visitor {
+ public:
+  virtual ~chunk_visitor() = default;
+  // `bytes` runs from the chunk's first byte to the end of the block, `bound` is the size of the
+  // block, `file_offset` the chunk's.
+  virtual void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
+                           std::uint64_t file_offset) = 0;
+  // A record whose header is sound. Returns whether the walk may search on from it.
+  virtual bool on_record(std::uint64_t offset) = 0;
+  // A candidate in the free tail of the chunk, of which `area_bytes` are searched.
+  virtual void on_slack_candidate(std::uint64_t offset, std::uint64_t area_bytes) = 0;
+};
+
 // What a walk looks at, what it tells of its progress, and to whom.
 struct walk_settings {
   bool inc_slack = false;             // search behind damage and in free tails too (slack.h)
   const diag_trace* trace = nullptr;  // a line a record at level 2 and above; null for none
   bool show_status = false;           // a status line now and then
   std::string log_path;
-  reader_options reading = {};
 };
 
 enum class walk_result {
@@ -59,5 +73,9 @@ enum class walk_result {
 walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offset,
                             record_reader& reader, record_sink& sink,
                             const walk_settings& settings);
+
+// The same walk for a reader of another kind.
+walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offset,
+                            chunk_visitor& visitor, const walk_settings& settings);
 
 }  // namespace zanvik

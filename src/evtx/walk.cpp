@@ -25,24 +25,20 @@ std::string short_log_name(std::string_view path) {
 // The walk over one block.
 class block_walk {
  public:
-  block_walk(std::span<std::byte> block, std::uint64_t base_offset, record_reader& reader,
-             record_sink& sink, const walk_settings& settings)
+  block_walk(std::span<std::byte> block, std::uint64_t base_offset, chunk_visitor& visitor,
+             const walk_settings& settings)
       : writable_(block),
         block_(block, base_offset),
         base_(base_offset),
-        reader_(reader),
-        sink_(sink),
+        visitor_(visitor),
         settings_(settings),
-        short_name_(short_log_name(settings.log_path)) {
-    reader_.set_options(settings.reading);
-    reader_.set_slack_state(settings.inc_slack, false);
-  }
+        short_name_(short_log_name(settings.log_path)) {}
 
   void walk_chunk(std::uint64_t chunk) {
-    reader_.start_chunk(block_.bytes().subspan(static_cast<std::size_t>(chunk)), block_.size(),
-                        base_ + chunk);
+    visitor_.start_chunk(block_.bytes().subspan(static_cast<std::size_t>(chunk)), block_.size(),
+                         base_ + chunk);
     std::uint64_t record = chunk + layout::chunk_header_bytes;
-    if (reader_.chunk().bytes.at<std::uint64_t>(layout::last_record_at) != no_records) {
+    if (block_.at<std::uint64_t>(chunk + layout::last_record_at) != no_records) {
       record = walk_records(chunk, record);
     }
     if (settings_.inc_slack) walk_slack(chunk, record);
@@ -65,8 +61,7 @@ class block_walk {
   std::span<std::byte> writable_;
   byte_cursor block_;
   std::uint64_t base_;
-  record_reader& reader_;
-  record_sink& sink_;
+  chunk_visitor& visitor_;
   const walk_settings& settings_;
   std::string short_name_;
   std::uint64_t shown_ = 0;
@@ -75,9 +70,8 @@ class block_walk {
 
 // The declared records, from `record` on. Returns the position where it stopped.
 std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record) {
-  const byte_cursor& bytes = reader_.chunk().bytes;
-  std::uint64_t counter = bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
-  const auto last = bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
+  auto counter = block_.at_or_zero<std::uint64_t>(chunk + layout::first_logical_record_at);
+  const auto last = block_.at_or_zero<std::uint64_t>(chunk + layout::nth_logical_record_at);
   // Nothing but the block's end and the counter stops a record size that leaves the chunk. What is
   // walked is counted, not where it is: resynchronising may lead back to the same records again.
   std::uint64_t walked = record - chunk;
@@ -91,10 +85,7 @@ std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record
     }
     if (size_of(record) == 0) break;  // cut down to nothing
     number_before_ = number_of(record);
-    if (record_fields* fields = reader_.read(record - chunk)) {
-      last_good = record;
-      sink_.on_record(*fields);
-    }
+    if (visitor_.on_record(record - chunk)) last_good = record;
     walked += size_of(record);
     record += size_of(record);
     if (counter == no_records) break;  // it would wrap
@@ -128,9 +119,7 @@ void block_walk::walk_slack(std::uint64_t chunk, std::uint64_t area) {
   for (const std::uint64_t hit : find_record_signatures(block_.bytes_at(area, area_bytes))) {
     const std::uint64_t record = area + hit;
     if (!is_slack_candidate(record, area_end)) continue;
-    reader_.set_slack_state(true, true);
-    record_fields* fields = reader_.read_slack(record - chunk, area_bytes);
-    if (fields) sink_.on_record(*fields);
+    visitor_.on_slack_candidate(record - chunk, area_bytes);
   }
 }
 
@@ -157,11 +146,44 @@ void block_walk::tell_progress(std::uint64_t record) {
                static_cast<long long>(number_before_));
 }
 
+// Hands what a reader makes of each record to a sink.
+class reading_visitor : public chunk_visitor {
+ public:
+  reading_visitor(record_reader& reader, record_sink& sink, bool inc_slack)
+      : reader_(reader), sink_(sink) {
+    reader_.set_slack_state(inc_slack, false);
+  }
+
+  void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
+                   std::uint64_t file_offset) override {
+    reader_.start_chunk(bytes, bound, file_offset);
+  }
+  bool on_record(std::uint64_t offset) override {
+    record_fields* fields = reader_.read(offset);
+    if (fields) sink_.on_record(*fields);
+    return fields != nullptr;
+  }
+  void on_slack_candidate(std::uint64_t offset, std::uint64_t area_bytes) override {
+    reader_.set_slack_state(true, true);
+    if (record_fields* fields = reader_.read_slack(offset, area_bytes)) sink_.on_record(*fields);
+  }
+
+ private:
+  record_reader& reader_;
+  record_sink& sink_;
+};
+
 }  // namespace
 
 walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offset,
                             record_reader& reader, record_sink& sink,
                             const walk_settings& settings) {
+  reading_visitor visitor(reader, sink, settings.inc_slack);
+  return walk_evtx_block(block, base_offset, visitor, settings);
+}
+
+walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offset,
+                            chunk_visitor& visitor, const walk_settings& settings) {
   if (block.empty()) return walk_result::nothing;
   const byte_cursor bytes(block);
   const auto signature = bytes.at<std::uint64_t>(0);
@@ -170,7 +192,7 @@ walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offse
   }
   std::uint64_t chunk = signature == layout::file_signature ? layout::file_header_bytes : 0;
   if (!bytes.has(chunk, layout::chunk_bytes)) return walk_result::no_full_chunk;
-  block_walk walk(block, base_offset, reader, sink, settings);
+  block_walk walk(block, base_offset, visitor, settings);
   for (; bytes.has(chunk, layout::chunk_bytes); chunk += layout::chunk_bytes) {
     if (bytes.at<std::uint64_t>(chunk) == layout::chunk_signature) walk.walk_chunk(chunk);
   }
