@@ -11,12 +11,6 @@ namespace zanvik::limits {
 // Slots in a substitution array. Part of the format as this reader takes it: more is refused.
 inline constexpr std::uint32_t slots_per_table = 96;
 
-// References to the environment that one path may follow, and the bytes it may grow to. A value is
-// searched for further references, so a variable that names itself would never end. The system
-// takes no path of more than 4,096 bytes, and a reference that leaves nothing behind serves nobody.
-inline constexpr int references_in_path = 4096;
-inline constexpr std::size_t expanded_path_bytes = 65536;
-
 // How deep binary XML may nest in binary XML. Logs nest 2 deep; the stack takes hundreds.
 inline constexpr unsigned nesting_depth = 24;
 
@@ -88,5 +82,27 @@ inline constexpr std::size_t evt_layout_columns = 1 << 18;
 // width come to 57,600. Logs at hand have 69 columns, padded to 2,103 characters.
 inline constexpr std::size_t table_columns = 2048;
 inline constexpr std::size_t table_padding = 65536;
+
+// Slots in a table as the whole event has them: more than a provider can declare, and far fewer
+// than fill a chunk.
+inline constexpr std::uint32_t slots_per_event_table = 1024;
+
+// How deep elements of an event nest, all templates together. Events nest 5 deep; readers of JSON
+// and XML take 256 levels, of which an element may need two.
+inline constexpr unsigned element_depth = 64;
+
+// Bytes of the path of a field, each level of which repeats those above it.
+inline constexpr std::size_t field_path_bytes = 1024;
+
+// Templates nested in one event; real ones have one.
+inline constexpr std::size_t instances_per_event = 512;
+
+// Bytes of template bodies that the events of one chunk are made of. A body of 60 KiB can be named
+// by 14 bytes; a chunk of 300 small records of 4 KiB of templates each takes 18 times its length.
+inline constexpr std::int64_t expanded_bytes_per_chunk = 64 * 65536;
+
+// Shapes of events kept for later ones, by count and by bytes of the templates they are made of.
+inline constexpr std::size_t cached_shapes = 4096;
+inline constexpr std::size_t cached_shape_bytes = 8 << 20;
 
 }  // namespace zanvik::limits

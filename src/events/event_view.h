@@ -1,0 +1,109 @@
+// One event of either reader, whole: its tree, its System members, its data by name and by place,
+// with their types. This is what forms, conditions and rules stand on.
+//
+// A view allocates nothing: it points at the event's shape (event_shape.h), which lists its fields,
+// and at the record's slots, which say where the values are. It and all it points to are valid
+// during the sink's call only.
+//
+// How to ask for a field: look it up once for each shape, then take it by number from each event.
+//
+//   class my_sink : public event_sink {
+//     void on_event(const event_view& event) override {
+//       const event_shape& shape = event.shape();
+//       if (shape.index >= mine_.size()) mine_.resize(shape.index + 1);
+//       my_fields& known = mine_[shape.index];
+//       if (known.id != shape.id) known = {shape.id, shape.find_datum("TargetUserName")};
+//       if (known.user >= 0) use(event.text(known.user, scratch_));
+//     }
+//   };
+//
+// `text` gives UTF-8; `value` the bytes and their type, absent (null) and empty told apart. A field
+// of several parts has no single value: its type is then that of nothing, and `text` joins them.
+// `header().time()` and the like answer for records that lack the System member too.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "events/event_shape.h"
+#include "events/event_value.h"
+
+namespace zanvik {
+
+enum class log_kind : std::uint8_t { evtx, evt };
+
+// Where events come from.
+struct log_source {
+  std::string path;  // as given, or as found below a folder that was given; "-" for the input
+  log_kind kind = log_kind::evtx;
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+};
+
+// What is odd about an event.
+enum event_flag : std::uint32_t {
+  event_slack = 1,          // found in free space
+  event_cut = 2,            // a value or its binary XML broke off
+  event_outside_range = 4,  // its number is not among those that its chunk declares
+  event_no_template = 8,    // a template was not found: its values have no names
+};
+
+struct event_header {
+  std::uint64_t record_number = 0;
+  std::uint64_t written = 0;      // FILETIME
+  std::uint64_t file_offset = 0;  // of the record, in bytes
+  std::uint32_t flags = 0;        // of `event_flag`
+};
+
+class event_view {
+ public:
+  const event_shape& shape() const { return *shape_; }
+  const event_header& header() const { return header_; }
+  const log_source& source() const { return *source_; }
+  std::span<const event_value> slots() const { return slots_; }
+  // Bytes that may be read from the start of any value on: none behind it lies outside memory.
+  const std::byte* readable_end() const { return readable_end_; }
+
+  // The value of the field with that number in `shape().fields`.
+  event_value value(std::uint32_t field) const;
+  event_value value(system_member member) const;
+  // The same as UTF-8, in `scratch` or where it stands; empty for an absent one and for field -1.
+  std::string_view text(std::int32_t field, std::string& scratch) const;
+  std::string_view text(system_member member, std::string& scratch) const {
+    return text(shape_->find(member), scratch);
+  }
+  // The member as a number; false when there is none.
+  bool number(system_member member, std::uint64_t& out) const;
+  // FILETIME: of TimeCreated, else of the record's header.
+  std::uint64_t time() const;
+
+  // For readers, which fill in a view and hand it out.
+  void assign(const event_shape& shape, std::span<const event_value> slots,
+              const event_header& header, const log_source& source, const std::byte* readable_end) {
+    shape_ = &shape;
+    slots_ = slots;
+    header_ = header;
+    source_ = &source;
+    readable_end_ = readable_end;
+  }
+
+ private:
+  const event_shape* shape_ = nullptr;
+  std::span<const event_value> slots_;
+  event_header header_;
+  const log_source* source_ = nullptr;
+  const std::byte* readable_end_ = nullptr;
+};
+
+class event_sink {
+ public:
+  virtual ~event_sink() = default;
+  virtual void on_event(const event_view& event) = 0;
+};
+
+// The value of one part.
+event_value part_value(const value_part& part, std::span<const event_value> slots);
+
+}  // namespace zanvik

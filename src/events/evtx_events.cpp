@@ -1,0 +1,238 @@
+#include "events/evtx_events.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/hash_mix.h"
+#include "events/template_compiler.h"
+#include "evtx/templates/template_catalogue.h"
+
+namespace zanvik {
+namespace {
+
+namespace layout = evtx_layout;
+
+constexpr std::uint64_t descriptor_bytes = 4;
+
+}  // namespace
+
+void evtx_event_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
+                                    std::uint64_t file_offset) {
+  budget_ = {};
+  expansion_ = limits::expanded_bytes_per_chunk;
+  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_};
+  first_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
+  last_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
+  places_.fill({});
+  chunk_templates_.clear();
+  // Shapes point into templates, so that they go together.
+  if (shapes_.drop_if_full() | bodies_.drop_if_full()) {
+    shapes_.clear();
+    templates_.clear();
+    missing_.clear();
+  }
+}
+
+bool evtx_event_reader::on_record(std::uint64_t offset) {
+  read_event(offset, 0);
+  return true;
+}
+
+void evtx_event_reader::on_slack_candidate(std::uint64_t offset, std::uint64_t) {
+  read_event(offset, event_slack);
+}
+
+void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
+  const byte_cursor& bytes = chunk_.bytes;
+  event_header header;
+  header.record_number = bytes.at_or_zero<std::uint64_t>(offset + 8);
+  header.written = bytes.at_or_zero<std::uint64_t>(offset + 16);
+  header.file_offset = chunk_.file_offset + offset;
+  instances_.clear();
+  slots_.clear();
+  record_templates_used_ = 0;
+  cut_ = false;
+  // A record that a damaged size has put behind its chunk has its values there.
+  value_end_ = offset < layout::chunk_bytes
+                   ? std::min<std::uint64_t>(layout::chunk_bytes, bytes.size())
+                   : bytes.size();
+  read_fragment(offset + layout::record_header_bytes, value_end_, 0, 0);
+  const event_shape& shape = shapes_.find(instances_, slots_);
+  if (header.record_number < first_number_ || header.record_number > last_number_) {
+    flags |= event_outside_range;
+  }
+  if (cut_ || shape.cut) flags |= event_cut;
+  if (shape.no_template) flags |= event_no_template;
+  header.flags = flags;
+  view_.assign(shape, slots_, header, *source_, bytes.bytes().data() + bytes.size());
+  sink_.on_event(view_);
+}
+
+// Reads the template instance or the plain binary XML at `offset` and what is nested in it. Returns
+// its number among the instances; 0 for the outermost, and when there is nothing.
+std::uint16_t evtx_event_reader::read_fragment(std::uint64_t offset, std::uint64_t end,
+                                               unsigned depth, std::uint32_t parent_slot) {
+  if (depth > limits::nesting_depth || instances_.size() > limits::instances_per_event) {
+    cut_ = true;
+    return 0;
+  }
+  event_instance instance;
+  instance.parent_slot = parent_slot;
+  instance.first_slot = static_cast<std::uint32_t>(slots_.size());
+  if (const auto head = nested_instance_at(chunk_, offset)) {
+    if (!read_instance(offset, *head, instance)) return 0;
+  } else {
+    instance.body = plain_body(offset, end);
+  }
+  if (!instance.body) {
+    if (depth != 0) return 0;
+    instance.body = missing_template(0, true);
+  }
+  if (!work_budget::spend(expansion_, instance.body->source_bytes)) {
+    cut_ = true;
+    if (depth != 0) return 0;
+    instance.body = missing_template(instance.slot_count, true);
+  }
+  const std::size_t number = instances_.size();
+  instances_.push_back(instance);
+  read_nested(number, depth);
+  return static_cast<std::uint16_t>(number);
+}
+
+bool evtx_event_reader::read_instance(std::uint64_t offset, const instance_head& head,
+                                      event_instance& instance) {
+  const std::uint64_t behind = offset + head.length;
+  std::uint64_t table = behind;
+  if (head.definition == behind) {
+    const auto size = chunk_.bytes.at<std::uint32_t>(behind + layout::definition_size_at);
+    if (size) table = behind + layout::definition_head_bytes + *size;
+  }
+  instance.body = template_at(head);
+  read_table(table, instance);
+  if (!instance.body) {
+    instance.body = missing_template(instance.slot_count, instances_.empty());
+  }
+  return true;
+}
+
+void evtx_event_reader::read_table(std::uint64_t table, event_instance& instance) {
+  const byte_cursor& bytes = chunk_.bytes;
+  const std::uint32_t count = bytes.at_or_zero<std::uint32_t>(table);
+  const auto descriptors = bytes.bytes_at(table + 4, descriptor_bytes * std::uint64_t{count});
+  if (count == 0) return;
+  if (count > limits::slots_per_event_table || descriptors.empty() ||
+      !work_budget::spend(budget_.slot_bytes, 4 + descriptors.size())) {
+    cut_ = true;
+    return;
+  }
+  std::uint64_t at = table + 4 + descriptors.size();
+  for (std::uint32_t i = 0; i < count; ++i) {
+    std::uint32_t word;
+    std::memcpy(&word, descriptors.data() + descriptor_bytes * i, sizeof(word));
+    event_value value;
+    value.type = static_cast<std::uint16_t>(word >> 16);
+    value.size = static_cast<std::uint16_t>(word);
+    if (value.type >= literal_type) value.type = value_type::binary;
+    const std::uint64_t left = at < value_end_ ? value_end_ - at : 0;
+    if (value.size > left) {
+      value.size = static_cast<std::uint32_t>(left);
+      cut_ = true;
+    }
+    if (!work_budget::spend(budget_.slot_bytes, value.size)) {
+      cut_ = true;
+      return;
+    }
+    value.data = bytes.bytes().data() + std::min<std::uint64_t>(at, bytes.size());
+    slots_.push_back(value);
+    ++instance.slot_count;
+    at += static_cast<std::uint16_t>(word);
+  }
+}
+
+void evtx_event_reader::read_nested(std::size_t number, unsigned depth) {
+  const std::uint32_t first = instances_[number].first_slot;
+  const std::uint32_t count = instances_[number].slot_count;
+  for (std::uint32_t i = first; i < first + count; ++i) {
+    if (!slots_[i].is_nested() || slots_[i].size == 0) continue;
+    const auto offset = static_cast<std::uint64_t>(slots_[i].data - chunk_.bytes.bytes().data());
+    const std::uint16_t child = read_fragment(offset, offset + slots_[i].size, depth + 1, i);
+    slots_[i].child = child;
+  }
+}
+
+const event_template* evtx_event_reader::plain_body(std::uint64_t offset, std::uint64_t end) {
+  if (record_templates_used_ == record_templates_.size()) {
+    record_templates_.push_back(std::make_unique<event_template>());
+  }
+  event_template& body = *record_templates_[record_templates_used_];
+  if (!compile_fragment(chunk_, offset, end, budget_.plain_bytes, body)) return nullptr;
+  ++record_templates_used_;
+  body.once = true;
+  return &body;
+}
+
+// One place for each definition; another that falls on it drives the first one out.
+const event_template* evtx_event_reader::template_at(const instance_head& head) {
+  place& known = places_[head.definition * hash_multiplier >> 40 & (places - 1)];
+  if (known.definition == head.definition && known.template_id == head.template_id &&
+      known.definition != 0) {
+    return known.body;
+  }
+  known = {head.definition, head.template_id, nullptr};
+  const auto size = chunk_.bytes.at<std::uint32_t>(head.definition + layout::definition_size_at);
+  const auto id = chunk_.bytes.at<std::uint32_t>(head.definition + layout::definition_guid_at);
+  if (head.definition == 0 || !size || !id) return nullptr;
+  if (*id == head.template_id) known.body = known_template(head.definition, *size);
+  if (!known.body) known.body = chunk_template(head.definition, *size, *id == head.template_id);
+  return known.body;
+}
+
+// A template by its content, for the whole run; null for one of unusual form.
+const event_template* evtx_event_reader::known_template(std::uint64_t definition,
+                                                        std::uint32_t size) {
+  const auto guid = definition_guid(chunk_, definition);
+  if (!guid) return nullptr;
+  const std::uint32_t id = bodies_.identify(chunk_, definition, size, *guid);
+  if (id == 0) return nullptr;
+  owned_template& body = templates_[id];
+  if (body) return body.get();
+  body = std::make_unique<event_template>();
+  const std::uint64_t begin = definition + layout::definition_head_bytes;
+  std::int64_t budget = limits::body_bytes_per_chunk;
+  compile_fragment(chunk_, begin, begin + size, budget, *body);
+  body->id = 2 * std::uint64_t{id};  // those of missing templates are odd
+  return body.get();
+}
+
+// A template read for this chunk alone.
+const event_template* evtx_event_reader::chunk_template(std::uint64_t definition,
+                                                        std::uint32_t size, bool id_matches) {
+  auto body = std::make_unique<event_template>();
+  const std::uint64_t begin = definition + layout::definition_head_bytes;
+  if (!compile_fragment(chunk_, begin, begin + size, budget_.body_bytes, *body)) return nullptr;
+  // Under another id it may be anything: only one that is whole is taken for the template.
+  if (!id_matches && body->cut) return nullptr;
+  body->once = true;
+  return chunk_templates_.emplace_back(std::move(body)).get();
+}
+
+// What stands in for a template that was not found: the values of its slots, without names.
+const event_template* evtx_event_reader::missing_template(std::uint32_t slots, bool outermost) {
+  owned_template& body = missing_[2 * slots + (outermost ? 1 : 0)];
+  if (body) return body.get();
+  body = std::make_unique<event_template>();
+  body->id = 2 * (2 * std::uint64_t{slots} + (outermost ? 1 : 0)) + 1;
+  body->missing = true;
+  template_writer writer(*body);
+  if (outermost) (void)writer.open("Event");
+  if (slots != 0) (void)writer.open("EventData");
+  for (std::uint32_t i = 0; i < slots; ++i) {
+    (void)writer.open("Data");
+    writer.slot(static_cast<std::uint16_t>(i), true);
+    writer.close();
+  }
+  writer.close_all();
+  return body.get();
+}
+
+}  // namespace zanvik

@@ -1,0 +1,87 @@
+// Events of an .evtx log: the visitor that makes an event of each record that a walk finds.
+//
+// In: chunks and record offsets, from walk_evtx_block. Out: an event for each record, in the order
+// of the log, as far as it can be read: without its template it has its values, without any it has
+// its header. Templates and shapes are kept for the whole run and serve all logs of it; what an
+// event holds depends on its chunk alone. Work is bounded for each chunk (limits.h).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "events/event_shapes.h"
+#include "events/event_view.h"
+#include "evtx/bxml/bxml_tokens.h"
+#include "evtx/evtx.h"
+#include "evtx/templates/template_bodies.h"
+
+namespace zanvik {
+
+class evtx_event_reader : public chunk_visitor {
+ public:
+  // Both must outlive the reader.
+  explicit evtx_event_reader(event_sink& sink) : sink_(sink) {}
+  evtx_event_reader(const evtx_event_reader&) = delete;
+  evtx_event_reader& operator=(const evtx_event_reader&) = delete;
+
+  // The log that the next chunks are of; it must outlive its events.
+  void set_source(const log_source& source) { source_ = &source; }
+
+  void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
+                   std::uint64_t file_offset) override;
+  bool on_record(std::uint64_t offset) override;
+  void on_slack_candidate(std::uint64_t offset, std::uint64_t area_bytes) override;
+
+ private:
+  // The template that a definition of this chunk is.
+  struct place {
+    std::uint32_t definition = 0;
+    std::uint32_t template_id = 0;
+    const event_template* body = nullptr;
+  };
+  using owned_template = std::unique_ptr<event_template>;
+
+  void read_event(std::uint64_t offset, std::uint32_t flags);
+  std::uint16_t read_fragment(std::uint64_t offset, std::uint64_t end, unsigned depth,
+                              std::uint32_t parent_slot);
+  bool read_instance(std::uint64_t offset, const instance_head& head, event_instance& instance);
+  void read_table(std::uint64_t table, event_instance& instance);
+  void read_nested(std::size_t instance, unsigned depth);
+  const event_template* plain_body(std::uint64_t offset, std::uint64_t end);
+  const event_template* template_at(const instance_head& head);
+  const event_template* known_template(std::uint64_t definition, std::uint32_t size);
+  const event_template* chunk_template(std::uint64_t definition, std::uint32_t size,
+                                       bool id_matches);
+  const event_template* missing_template(std::uint32_t slots, bool outermost);
+
+  static constexpr std::size_t places = 256;  // a power of two, several times a chunk's templates
+
+  event_sink& sink_;
+  const log_source* source_ = nullptr;
+  work_budget budget_;
+  std::int64_t expansion_ = 0;  // bytes of templates that the chunk's events may still be made of
+  chunk_view chunk_;
+  std::uint64_t value_end_ = 0;
+  std::uint64_t first_number_ = 0;
+  std::uint64_t last_number_ = 0;
+
+  template_bodies bodies_;
+  std::map<std::uint64_t, owned_template> templates_;  // by the id of `bodies_`
+  std::map<std::uint32_t, owned_template> missing_;
+  std::vector<owned_template> chunk_templates_;   // of this chunk alone
+  std::vector<owned_template> record_templates_;  // of this record alone
+  std::size_t record_templates_used_ = 0;
+  std::array<place, places> places_{};
+  event_shapes shapes_;
+
+  // The event in hand.
+  bool cut_ = false;
+  std::vector<event_instance> instances_;
+  std::vector<event_value> slots_;
+  event_view view_;
+};
+
+}  // namespace zanvik

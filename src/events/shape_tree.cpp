@@ -1,0 +1,161 @@
+// The tree of a shape: the templates' tokens, with nested templates in their places and what is
+// absent left out.
+#include <map>
+
+#include "base/limits.h"
+#include "events/event_shapes.h"
+
+namespace zanvik {
+namespace {
+
+// How often a template may show one slot before that has to be paid for, record by record.
+constexpr unsigned cheap_uses = 4;
+
+class tree_builder {
+ public:
+  tree_builder(std::span<const event_instance> instances, std::span<const event_value> slots,
+               event_shape& shape)
+      : instances_(instances), slots_(slots), shape_(shape), uses_(slots.size()) {}
+
+  void run() {
+    if (!instances_.empty()) expand(0, 0);
+    shape_.list_fields();
+  }
+
+ private:
+  using kind = template_token_kind;
+
+  std::vector<event_item>& content() {
+    return open_.empty() ? shape_.roots : shape_.elements[open_.back()].content;
+  }
+
+  void expand(std::size_t number, unsigned depth);
+  void open(std::string_view name);
+  void close();
+  void add_slot(const event_instance& instance, const template_token& token, unsigned depth);
+  void add_part(value_part part);
+  void end_attribute();
+
+  std::span<const event_instance> instances_;
+  std::span<const event_value> slots_;
+  event_shape& shape_;
+  std::vector<unsigned> uses_;
+  std::vector<std::uint32_t> open_;
+  unsigned too_deep_ = 0;  // elements that are open and were left out
+  bool in_attribute_ = false;
+  bool optional_absent_ = false;  // the attribute at hand is an absent optional slot
+};
+
+void tree_builder::expand(std::size_t number, unsigned depth) {
+  const event_instance& instance = instances_[number];
+  const event_template& body = *instance.body;
+  shape_.no_template = shape_.no_template || body.missing;
+  shape_.cut = shape_.cut || body.cut;
+  shape_.source_bytes += body.source_bytes;
+  event_item instruction;
+  for (const template_token& token : body.tokens) {
+    const std::string_view text = body.text_of(token);
+    if (token.kind != kind::text && token.kind != kind::slot) end_attribute();
+    switch (token.kind) {
+      case kind::open_element:
+        open(text);
+        break;
+      case kind::attribute:
+        if (too_deep_ != 0 || open_.empty()) break;
+        shape_.elements[open_.back()].attributes.push_back({text, {}});
+        in_attribute_ = true;
+        break;
+      case kind::end_start_tag:
+        break;
+      case kind::text:
+        add_part({-1, text, false});
+        break;
+      case kind::slot:
+        add_slot(instance, token, depth);
+        break;
+      case kind::pi_target:
+        instruction.what = event_item::kind::instruction;
+        instruction.target = text;
+        break;
+      case kind::pi_data:
+        instruction.part.text = text;
+        if (too_deep_ == 0) content().push_back(instruction);
+        break;
+      case kind::end_element:
+        close();
+        break;
+    }
+  }
+}
+
+void tree_builder::open(std::string_view name) {
+  if (too_deep_ != 0 || open_.size() >= limits::element_depth) {
+    ++too_deep_;
+    shape_.cut = true;
+    return;
+  }
+  event_item item;
+  item.what = event_item::kind::element;
+  item.element = static_cast<std::uint32_t>(shape_.elements.size());
+  content().push_back(item);
+  shape_.elements.push_back({name, {}, {}});
+  open_.push_back(item.element);
+}
+
+void tree_builder::close() {
+  if (too_deep_ != 0) {
+    --too_deep_;
+  } else if (!open_.empty()) {
+    open_.pop_back();
+  }
+}
+
+void tree_builder::add_slot(const event_instance& instance, const template_token& token,
+                            unsigned depth) {
+  if (token.slot >= instance.slot_count) {
+    optional_absent_ = token.optional;
+    add_part({absent_slot, {}, false});
+    return;
+  }
+  const std::uint32_t slot = instance.first_slot + token.slot;
+  const event_value& value = slots_[slot];
+  if (++uses_[slot] > cheap_uses) shape_.costly = true;
+  if (value.is_nested() && value.child != 0) {
+    // An instance stands in one place; what shows it again shows nothing.
+    if (uses_[slot] == 1 && !in_attribute_ && depth < limits::nesting_depth) {
+      expand(value.child, depth + 1);
+    }
+    return;
+  }
+  optional_absent_ = token.optional && value.absent();
+  add_part({static_cast<std::int32_t>(slot), {}, value.is_array()});
+}
+
+void tree_builder::add_part(value_part part) {
+  if (too_deep_ != 0) return;
+  if (in_attribute_) {
+    shape_.elements[open_.back()].attributes.back().value.push_back(part);
+    return;
+  }
+  event_item item;
+  item.part = part;
+  content().push_back(item);
+}
+
+// An attribute that is nothing but an absent optional value is left out, as Windows leaves it out.
+void tree_builder::end_attribute() {
+  if (!in_attribute_) return;
+  in_attribute_ = false;
+  auto& attributes = shape_.elements[open_.back()].attributes;
+  if (optional_absent_ && attributes.back().value.size() == 1) attributes.pop_back();
+  optional_absent_ = false;
+}
+
+}  // namespace
+
+void build_shape(std::span<const event_instance> instances, std::span<const event_value> slots,
+                 event_shape& shape) {
+  tree_builder(instances, slots, shape).run();
+}
+
+}  // namespace zanvik

@@ -1,0 +1,21 @@
+// Binary XML of a template's body, or of a fragment that stands in a record, as an event template.
+//
+// In: a chunk and the offset of the fragment, with or without its header. Out: the true tree, with
+// every token in its place. Damage ends the fragment: what was read stays, open elements are
+// closed, and the template is marked as cut.
+#pragma once
+
+#include <cstdint>
+
+#include "events/event_template.h"
+#include "evtx/container/chunk.h"
+
+namespace zanvik {
+
+// Reads the fragment at `offset` up to its end-of-stream token, or to `end`, into `out`, whose
+// tokens and pool it replaces. `budget` pays for its bytes, and for names that stand elsewhere.
+// Returns false, with nothing in `out`, when there is no element.
+bool compile_fragment(const chunk_view& chunk, std::uint64_t offset, std::uint64_t end,
+                      std::int64_t& budget, event_template& out);
+
+}  // namespace zanvik
