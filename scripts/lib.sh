@@ -39,15 +39,16 @@ need() {
 
 have_compiler() { command -v "${CXX:-c++}"; }
 
-have_gtest() {
-  dpkg -s libgtest-dev && return
-  have_compiler && printf '#include <gtest/gtest.h>\n' | "${CXX:-c++}" -E -x c++ -
-}
+# Whether the compiler finds the header $1.
+have_header() { have_compiler && printf '#include <%s>\n' "$1" | "${CXX:-c++}" -E -x c++ -; }
+
+have_gtest() { dpkg -s libgtest-dev || have_header gtest/gtest.h; }
 
 need_build_tools() {
   need g++ have_compiler
   need cmake command -v cmake
   need ninja-build command -v ninja
+  need libcli11-dev have_header CLI/CLI.hpp
 }
 
 # Installs what `need` found missing, as root or by sudo; says what is missing when it cannot.

@@ -2,9 +2,15 @@
 
 #include "base/console.h"
 #include "run/driver.h"
+#ifdef ZANVIK_VERBS
+#include "verbs/verbs.h"
+#endif
 
 int main(int argc, char** argv) {
   try {
+#ifdef ZANVIK_VERBS
+    if (const auto status = zanvik::run_verb(argc, argv)) return *status;
+#endif
     return zanvik::run_program(argc, argv);
   } catch (const std::exception& failure) {
     // Memory ran out, as a rule. What was found so far has been written on the way here.

@@ -1,13 +1,14 @@
 // The sink that tries each legacy .evt record against the commands of a log, in their order, and
-// hands it on with the first that selects it.
+// keeps it for the first that selects it.
 #pragma once
 
+#include <memory>
 #include <string>
-#include <utility>
+#include <vector>
 
-#include "commands/report_command.h"
 #include "evt/evt.h"
-#include "select/selection_sink.h"
+#include "keep/evt_record_keeper.h"
+#include "stats/log_statistics.h"
 
 namespace zanvik {
 
@@ -17,15 +18,18 @@ bool match_evt_record(const ReportCommand& command, const evt_record& record, st
 
 class evt_selector : public evt_sink {
  public:
-  // The commands and the sink must outlive the selector.
-  evt_selector(command_refs commands, selection_sink& sink)
-      : commands_(std::move(commands)), sink_(sink) {}
+  // The commands and the container must outlive the selector. `statistics`, unless it is null,
+  // counts every record.
+  evt_selector(command_refs commands, record_container& records,
+               LogStatistics* statistics = nullptr);
 
   void on_record(const evt_record& record) override;
 
  private:
   command_refs commands_;
-  selection_sink& sink_;
+  record_container& records_;
+  LogStatistics* statistics_;
+  std::vector<std::unique_ptr<evt_record_keeper>> keepers_;  // one a command, when it is needed
   std::string scratch_;
 };
 

@@ -1,0 +1,265 @@
+#include "export/escaped_text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "base/digits.h"
+#include "base/utf16_write.h"
+#include "events/event_value.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace zanvik {
+namespace {
+
+constexpr char32_t replacement = 0xfffd;
+
+char* put(char* out, std::string_view text) {
+  std::memcpy(out, text.data(), text.size());
+  return out + text.size();
+}
+
+char* write_json_ascii(char* out, char32_t c) {
+  switch (c) {
+    case '"':
+      return put(out, "\\\"");
+    case '\\':
+      return put(out, "\\\\");
+    case '\b':
+      return put(out, "\\b");
+    case '\f':
+      return put(out, "\\f");
+    case '\n':
+      return put(out, "\\n");
+    case '\r':
+      return put(out, "\\r");
+    case '\t':
+      return put(out, "\\t");
+    default:
+      break;
+  }
+  if (c >= 0x20) {
+    *out++ = static_cast<char>(c);
+    return out;
+  }
+  return write_hex(put(out, "\\u"), c, 4);
+}
+
+char* write_xml_ascii(char* out, char32_t c, bool in_attribute, bool& lossy) {
+  switch (c) {
+    case '&':
+      return put(out, "&amp;");
+    case '<':
+      return put(out, "&lt;");
+    case '>':
+      return put(out, "&gt;");
+    case '"':
+      return in_attribute ? put(out, "&quot;") : put(out, "\"");
+    case '\r':
+      return put(out, "&#13;");
+    case '\t':
+      return put(out, in_attribute ? "&#9;" : "\t");
+    case '\n':
+      return put(out, in_attribute ? "&#10;" : "\n");
+    default:
+      break;
+  }
+  if (c >= 0x20) {
+    *out++ = static_cast<char>(c);
+    return out;
+  }
+  lossy = true;
+  return write_utf8(out, replacement);
+}
+
+// Any one character.
+template <escape_form form>
+char* write_one(char* out, char32_t c, bool& lossy) {
+  if constexpr (form == escape_form::json) {
+    if (c < 0x80) return write_json_ascii(out, c);
+  } else if constexpr (form != escape_form::none) {
+    if (c < 0x80) return write_xml_ascii(out, c, form == escape_form::xml_attribute, lossy);
+    if (c == 0xfffe || c == 0xffff) {
+      lossy = true;
+      c = replacement;
+    }
+  }
+  return write_utf8(out, c);
+}
+
+#if defined(__SSE2__)
+constexpr std::ptrdiff_t vector_bytes = 32;  // of UTF-16
+
+// Which of these bytes a form cannot copy; the highest bit of each counts.
+template <escape_form form>
+__m128i special_bytes(__m128i bytes) {
+  const auto is = [bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
+  if constexpr (form == escape_form::none) {
+    return _mm_or_si128(bytes, is(0));  // also what was beyond 0x7fff
+  } else {
+    const __m128i control =
+        _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8(0x1f)), _mm_set1_epi8(0x1f));
+    const __m128i odd = _mm_or_si128(bytes, control);
+    if constexpr (form == escape_form::json) {
+      return _mm_or_si128(odd, _mm_or_si128(is('"'), is('\\')));
+    } else {
+      const __m128i brackets = _mm_or_si128(is('<'), is('>'));
+      const __m128i marks =
+          form == escape_form::xml_attribute ? _mm_or_si128(is('&'), is('"')) : is('&');
+      return _mm_or_si128(odd, _mm_or_si128(brackets, marks));
+    }
+  }
+}
+
+// Copies up to 16 units of plain ASCII, at most `most`; returns how many.
+template <escape_form form>
+unsigned copy_plain(char* out, const std::byte* in, unsigned most) {
+  const auto* units = reinterpret_cast<const __m128i*>(in);
+  // Units beyond 0xff become bytes that are special: 0xff, or 0 from 0x8000 on.
+  const __m128i bytes = _mm_packus_epi16(_mm_loadu_si128(units), _mm_loadu_si128(units + 1));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+  const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special_bytes<form>(bytes)));
+  return static_cast<unsigned>(__builtin_ctz(mask | 1u << most));
+}
+#endif
+
+// Decodes one character of UTF-8 at `at`; U+FFFD for a byte that begins none.
+char32_t next_utf8(std::string_view text, std::size_t& at, bool& lossy) {
+  const auto byte = [&text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
+  const std::uint8_t lead = byte(at);
+  if (lead < 0x80) return byte(at++);
+  const unsigned more = lead >= 0xf0 ? 3 : lead >= 0xe0 ? 2 : 1;
+  char32_t code = lead & (0x3fu >> more);
+  bool good = lead >= 0xc2 && lead < 0xf5 && text.size() - at > more;
+  for (unsigned i = 1; good && i <= more; ++i) {
+    good = (byte(at + i) & 0xc0) == 0x80;
+    code = code << 6 | (byte(at + i) & 0x3f);
+  }
+  constexpr char32_t least[] = {0, 0x80, 0x800, 0x10000};
+  good = good && code >= least[more] && code < 0x110000 && (code < 0xd800 || code > 0xdfff);
+  if (!good) {
+    lossy = true;
+    ++at;
+    return replacement;
+  }
+  at += more + 1;
+  return code;
+}
+
+bool is_name_start(char32_t c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+         (c >= 0xc0 && c <= 0x2ff && c != 0xd7 && c != 0xf7) || (c >= 0x370 && c <= 0x37d) ||
+         (c >= 0x37f && c <= 0x1fff) || (c >= 0x2070 && c <= 0x218f) ||
+         (c >= 0x2c00 && c <= 0x2fef) || (c >= 0x3001 && c <= 0xd7ff) ||
+         (c >= 0xf900 && c <= 0xfdcf) || (c >= 0xfdf0 && c <= 0xfffc) ||
+         (c >= 0x10000 && c <= 0xeffff);
+}
+
+bool is_name_character(char32_t c) {
+  return is_name_start(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == 0xb7 ||
+         (c >= 0x300 && c <= 0x36f) || c == 0x203f || c == 0x2040;
+}
+
+}  // namespace
+
+template <escape_form form>
+char* write_escaped_utf16(char* out, std::span<const std::byte> text, const std::byte* readable_end,
+                          bool& lossy) {
+  const std::byte* in = text.data();
+  const std::byte* const end = in + (text.size() & ~std::size_t{1});
+  while (in != end) {
+#if defined(__SSE2__)
+    if (readable_end - in >= vector_bytes) {
+      const auto left = static_cast<std::size_t>(end - in) / 2;
+      const auto most = static_cast<unsigned>(std::min<std::size_t>(left, 16));
+      const unsigned copied = copy_plain<form>(out, in, most);
+      out += copied;
+      in += 2 * copied;
+      if (copied == most) continue;
+    }
+#else
+    (void)readable_end;
+#endif
+    // What stopped it, and what follows as long as it is not ASCII either.
+    char32_t c;
+    do {
+      std::size_t used = 0;
+      c = next_code_point({in, end}, used, lossy);
+      in += used;
+      out = write_one<form>(out, c, lossy);
+    } while (c >= 0x80 && in != end);
+  }
+  return out;
+}
+
+template <escape_form form>
+char* write_escaped_ansi(char* out, std::span<const std::byte> text, bool& lossy) {
+  for (const std::byte byte : text) {
+    out = write_one<form>(out, from_ansi(std::to_integer<std::uint8_t>(byte)), lossy);
+  }
+  return out;
+}
+
+template <escape_form form>
+char* write_escaped_utf8(char* out, std::string_view text, bool& lossy) {
+  for (std::size_t at = 0; at < text.size();) {
+    out = write_one<form>(out, next_utf8(text, at, lossy), lossy);
+  }
+  return out;
+}
+
+#define ZANVIK_ESCAPES(form)                                                                    \
+  template char* write_escaped_utf16<form>(char*, std::span<const std::byte>, const std::byte*, \
+                                           bool&);                                              \
+  template char* write_escaped_ansi<form>(char*, std::span<const std::byte>, bool&);            \
+  template char* write_escaped_utf8<form>(char*, std::string_view, bool&);
+ZANVIK_ESCAPES(escape_form::json)
+ZANVIK_ESCAPES(escape_form::xml_text)
+ZANVIK_ESCAPES(escape_form::xml_attribute)
+ZANVIK_ESCAPES(escape_form::none)
+#undef ZANVIK_ESCAPES
+
+void append_escaped(std::string& out, std::string_view text, escape_form form, bool& lossy) {
+  const std::size_t before = out.size();
+  out.resize(before + escaped_bound(text.size()));
+  char* const begin = out.data() + before;
+  char* end = begin;
+  switch (form) {
+    case escape_form::json:
+      end = write_escaped_utf8<escape_form::json>(begin, text, lossy);
+      break;
+    case escape_form::xml_text:
+      end = write_escaped_utf8<escape_form::xml_text>(begin, text, lossy);
+      break;
+    case escape_form::xml_attribute:
+      end = write_escaped_utf8<escape_form::xml_attribute>(begin, text, lossy);
+      break;
+    case escape_form::none:
+      end = write_escaped_utf8<escape_form::none>(begin, text, lossy);
+      break;
+  }
+  out.resize(static_cast<std::size_t>(end - out.data()));
+}
+
+std::string xml_name(std::string_view name, bool& lossy) {
+  std::string out;
+  bool ignored = false;
+  for (std::size_t at = 0; at < name.size();) {
+    const std::size_t before = at;
+    const char32_t c = next_utf8(name, at, ignored);
+    if (out.empty() ? is_name_start(c) : is_name_character(c)) {
+      out.append(name.substr(before, at - before));
+    } else {
+      out += '_';
+      lossy = true;
+    }
+  }
+  if (!out.empty()) return out;
+  lossy = true;
+  return "_";
+}
+
+}  // namespace zanvik

@@ -1,0 +1,13 @@
+#include "export/event_form.h"
+
+namespace zanvik {
+
+std::span<const form_name> form_names() {
+  static constexpr form_name names[] = {
+      {"jsonl", "a line of JSON for each event, with its tree and its types", make_json_form},
+      {"xml", "the events' XML in one document", make_xml_form},
+  };
+  return names;
+}
+
+}  // namespace zanvik

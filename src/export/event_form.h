@@ -1,0 +1,46 @@
+// The way into this folder, which writes whole events in forms that other tools read.
+//
+//   event_form.h    a form; one file a form makes it: json_form.cpp, xml_form.cpp ...
+//   form_program.h  constant text and gaps, worked out once for each shape of events
+//   value_writer.h  a value into a gap; escaped_text.h text as a form wants it
+//   output_buffer.h where the bytes go
+//
+// In: event views. Out: a document of the form, well-formed whatever the events hold. To add a
+// form, add a file and its row to the table in event_form.cpp.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "events/event_view.h"
+#include "export/output_buffer.h"
+
+namespace zanvik {
+
+struct form_options {
+  bool raw_cells = false;  // csv: cells that a spreadsheet would run stay as they are
+};
+
+class event_form {
+ public:
+  virtual ~event_form() = default;
+  virtual void begin(output_buffer&) {}
+  // Before the first event of a log.
+  virtual void start_log(const log_source&) {}
+  virtual void write(output_buffer& out, const event_view& event) = 0;
+  virtual void end(output_buffer&) {}
+};
+
+struct form_name {
+  std::string_view name;
+  std::string_view what;  // for the help
+  std::unique_ptr<event_form> (*make)(const form_options&);
+};
+// All forms; the first is the usual one.
+std::span<const form_name> form_names();
+
+std::unique_ptr<event_form> make_json_form(const form_options&);
+std::unique_ptr<event_form> make_xml_form(const form_options&);
+
+}  // namespace zanvik

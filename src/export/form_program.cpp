@@ -1,0 +1,133 @@
+#include "export/form_program.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/digits.h"
+#include "export/value_writer.h"
+
+namespace zanvik {
+namespace {
+
+// Constant text, most of it short: 16 bytes at a time, since both sides have the room.
+inline void put_constant(output_buffer& out, const char* text, std::size_t bytes) {
+  constexpr std::size_t step = 16;
+  if (bytes > output_buffer::most_room - step) {
+    out.append({text, bytes});
+    return;
+  }
+  char* at = out.room(bytes + step);
+  for (std::size_t i = 0; i < bytes; i += step) std::memcpy(at + i, text + i, step);
+  out.commit(at + bytes);
+}
+
+void put_json_oddities(output_buffer& out, std::uint32_t flags, bool lossy) {
+  if (flags & event_slack) out.append(",\"slack\":true");
+  if (flags & event_cut) out.append(",\"cut\":true");
+  if (flags & event_outside_range) out.append(",\"outside_range\":true");
+  if (flags & event_no_template) out.append(",\"no_template\":true");
+  if (lossy) out.append(",\"lossy\":true");
+}
+
+void put_xml_oddities(output_buffer& out, std::uint32_t flags) {
+  if (flags & event_slack) out.append(" slack=\"true\"");
+  if (flags & event_cut) out.append(" cut=\"true\"");
+  if (flags & event_outside_range) out.append(" outside_range=\"true\"");
+  if (flags & event_no_template) out.append(" no_template=\"true\"");
+}
+
+void put_number(output_buffer& out, std::uint64_t number) {
+  char* at = out.room(24);
+  out.commit(write_decimal(at, number));
+}
+
+void put_time(output_buffer& out, std::uint64_t filetime) {
+  char* at = out.room(32);
+  out.commit(write_iso_time(at, filetime));
+}
+
+}  // namespace
+
+void form_program::add(gap how, std::int32_t slot, std::string_view open, std::string_view close) {
+  form_step step;
+  step.how = how;
+  step.slot = slot;
+  const auto keep = [this](std::string_view text, std::uint32_t& at, std::uint32_t& bytes) {
+    at = static_cast<std::uint32_t>(pool_.size());
+    bytes = static_cast<std::uint32_t>(text.size());
+    pool_.append(text);
+  };
+  // Texts are copied in steps that read up to 16 bytes behind them.
+  pool_.reserve(pool_.size() + pending_.size() + open.size() + close.size() + 32);
+  keep(pending_, step.text, step.text_bytes);
+  keep(open, step.open, step.open_bytes);
+  keep(close, step.close, step.close_bytes);
+  pending_.clear();
+  if (how == gap::none) pool_.append(16, '\0');
+  steps_.push_back(step);
+}
+
+bool form_program::write(output_buffer& out, const event_view& event, std::string_view log,
+                         bool log_lossy) const {
+  bool lossy = lossy_ || log_lossy;
+  value_sink sink(out, event.readable_end(), lossy);
+  const auto slots = event.slots();
+  const event_value absent;
+  for (const form_step& step : steps_) {
+    put_constant(out, pool_.data() + step.text, step.text_bytes);
+    const event_value& value = step.slot >= 0 ? slots[static_cast<std::size_t>(step.slot)] : absent;
+    switch (step.how) {
+      case gap::none:
+        break;
+      case gap::json_value:
+        sink.json_value(value);
+        break;
+      case gap::json_datum:
+        sink.json_datum(value);
+        break;
+      case gap::json_items:
+        sink.json_items(value);
+        break;
+      case gap::json_list_end:
+        out.take_back(',');
+        break;
+      case gap::json_text:
+        sink.text<escape_form::json>(value);
+        break;
+      case gap::xml_content:
+        sink.text<escape_form::xml_text>(value);
+        break;
+      case gap::xml_attribute:
+        sink.text<escape_form::xml_attribute>(value);
+        break;
+      case gap::xml_element:
+        sink.xml_element(value, {pool_.data() + step.close, step.close_bytes});
+        break;
+      case gap::xml_repeated:
+        sink.xml_repeated(value, {pool_.data() + step.open, step.open_bytes},
+                          {pool_.data() + step.close, step.close_bytes});
+        break;
+      case gap::record_number:
+        put_number(out, event.header().record_number);
+        break;
+      case gap::file_offset:
+        put_number(out, event.header().file_offset);
+        break;
+      case gap::written:
+        put_time(out, event.header().written);
+        break;
+      case gap::log_path:
+        out.append(log);
+        break;
+      case gap::json_oddities:
+        put_json_oddities(out, event.header().flags, lossy);
+        break;
+      case gap::xml_oddities:
+        put_xml_oddities(out, event.header().flags);
+        break;
+    }
+  }
+  return lossy;
+}
+
+}  // namespace zanvik

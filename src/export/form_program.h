@@ -1,0 +1,103 @@
+// What a form does for all events of one shape: constant text, already as the form wants it, with
+// gaps between where an event's own values go.
+//
+// A form builds the program from the tree of the shape, once; writing an event is then a walk over
+// the steps. A gap names a slot and how its value is written; the type is the value's own.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "events/event_view.h"
+#include "export/escaped_text.h"
+#include "export/output_buffer.h"
+
+namespace zanvik {
+
+enum class gap : std::uint8_t {
+  none,           // constant text alone
+  json_value,     // with its type: 12, "text", true, null, ["a","b"]
+  json_datum,     // the same, and an array of one item is that item
+  json_items,     // the same for each item of an array, each with a comma behind it
+  json_list_end,  // takes back a comma; no slot
+  json_text,      // its text, inside quotes that are there
+  xml_content,    // its text
+  xml_element,    // all that an element holds: `>` and its text and the end tag, or `/>`
+  xml_repeated,   // an element for each item of an array
+  xml_attribute,  // its text, inside quotes that are there
+  // Of the event, not of a slot:
+  record_number,
+  file_offset,
+  written,        // ISO time
+  log_path,       // as the form has prepared it (form_context)
+  json_oddities,  // ,"slack":true and so on
+  xml_oddities,   // the same as attributes, as far as they are known before the event
+};
+
+struct form_step {
+  gap how = gap::none;
+  std::int32_t slot = -1;
+  std::uint32_t text = 0;  // the constant text before the gap, in the pool
+  std::uint32_t text_bytes = 0;
+  std::uint32_t open = 0;  // of xml_repeated: the start tag without its `>`
+  std::uint32_t open_bytes = 0;
+  std::uint32_t close = 0;  // of xml_element and xml_repeated: the end tag
+  std::uint32_t close_bytes = 0;
+};
+
+class form_program {
+ public:
+  void text(std::string_view constant) { pending_.append(constant); }
+  // `text`, escaped; a loss counts for each event.
+  void escaped(std::string_view text, escape_form form) {
+    append_escaped(pending_, text, form, lossy_);
+  }
+  void add(gap how, std::int32_t slot = -1, std::string_view open = {},
+           std::string_view close = {});
+  // What was built holds for the event at hand alone.
+  void set_once() { once_ = true; }
+  bool once() const { return once_; }
+  void set_lossy(bool lossy) { lossy_ = lossy_ || lossy; }
+  void finish() { add(gap::none); }
+
+  // Writes the event. `log` is the path as the form wants it. Returns whether anything was lost.
+  bool write(output_buffer& out, const event_view& event, std::string_view log,
+             bool log_lossy) const;
+
+ private:
+  std::vector<form_step> steps_;
+  std::string pool_;
+  std::string pending_;
+  bool lossy_ = false;
+  bool once_ = false;
+};
+
+// The programs of one form, by shape.
+class form_programs {
+ public:
+  // The program of the event's shape; `build` fills a new one.
+  template <typename F>
+  const form_program& of(const event_view& event, F&& build) {
+    const event_shape& shape = event.shape();
+    if (shape.index >= known_.size()) known_.resize(shape.index + 1);
+    known& entry = known_[shape.index];
+    if (entry.shape != shape.id || entry.program.once()) {
+      entry.program = {};
+      build(entry.program);
+      entry.program.finish();
+      entry.shape = shape.id;
+    }
+    return entry.program;
+  }
+
+ private:
+  struct known {
+    std::uint64_t shape = 0;
+    form_program program;
+  };
+  std::vector<known> known_;
+};
+
+}  // namespace zanvik

@@ -1,0 +1,63 @@
+#include "source/log_events.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "source/block_reader.h"
+
+namespace zanvik {
+namespace {
+
+namespace layout = evtx_layout;
+
+// The first offset in `block`, by whole chunks, where a chunk has its signature.
+std::uint64_t first_chunk(std::span<const std::byte> block) {
+  const byte_cursor bytes(block);
+  std::uint64_t at = 0;
+  while (at < block.size() && bytes.at<std::uint64_t>(at) != layout::chunk_signature) {
+    at += layout::chunk_bytes;
+  }
+  return std::min<std::uint64_t>(at, block.size());
+}
+
+}  // namespace
+
+bool log_event_reader::read(const found_log& log) {
+  return log.source.kind == log_kind::evtx ? read_evtx(log) : read_evt(log);
+}
+
+bool log_event_reader::read_evtx(const found_log& log) {
+  evtx_.set_source(log.source);
+  walk_settings settings;
+  settings.inc_slack = slack_;
+  // A log may begin with its first chunk.
+  std::byte start[8];
+  std::span<const std::byte> head = log.head;
+  if (!log.is_stream) {
+    const ssize_t got = read_fully(log.descriptor, start, 0);
+    head = std::span(start, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+  }
+  const bool bare = byte_cursor(head).at<std::uint64_t>(0) == layout::chunk_signature;
+  const std::uint64_t first = bare ? 0 : layout::file_header_bytes;
+  return read_blocks(log, first, layout::block_bytes,
+                     [&](std::span<std::byte> block, std::uint64_t offset) {
+                       const std::uint64_t skip = first_chunk(block);
+                       walk_evtx_block(block.subspan(skip), offset + skip, evtx_, settings);
+                       if (on_progress) on_progress(offset + block.size(), log.size);
+                     });
+}
+
+bool log_event_reader::read_evt(const found_log& log) {
+  evt_.set_source(log.source);
+  std::vector<std::byte> all;
+  const bool whole = read_blocks(log, 0, layout::block_bytes,
+                                 [&](std::span<std::byte> block, std::uint64_t offset) {
+                                   all.resize(offset);
+                                   all.insert(all.end(), block.begin(), block.end());
+                                 });
+  evt_.set_buffer(0, all.data() + all.size());
+  walk_evt_log(all, evt_);
+  return whole;
+}
+
+}  // namespace zanvik

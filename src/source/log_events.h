@@ -1,0 +1,34 @@
+// The events of a log, whatever kind it is: the way into this folder.
+//
+//   log_finder.h    logs in files, folders and standard input
+//   block_reader.h  their bytes, a block at a time
+#pragma once
+
+#include "events/evt_events.h"
+#include "events/evtx_events.h"
+#include "source/log_finder.h"
+
+namespace zanvik {
+
+// Reads logs one after the other; what is learnt of templates serves all of them.
+class log_event_reader {
+ public:
+  // `slack`: records from free space too. The sink must outlive the reader.
+  log_event_reader(event_sink& sink, bool slack) : evtx_(sink), evt_(sink), slack_(slack) {}
+
+  // Told how far a log is read: bytes done and all of them.
+  std::function<void(std::uint64_t, std::uint64_t)> on_progress;
+
+  // Hands on the events of the log. False when a part of it could not be read.
+  bool read(const found_log& log);
+
+ private:
+  bool read_evtx(const found_log& log);
+  bool read_evt(const found_log& log);
+
+  evtx_event_reader evtx_;
+  evt_event_reader evt_;
+  bool slack_;
+};
+
+}  // namespace zanvik

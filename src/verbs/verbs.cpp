@@ -1,0 +1,20 @@
+#include "verbs/verbs.h"
+
+namespace zanvik {
+
+std::span<const verb> verbs() {
+  static constexpr verb all[] = {
+      {"export", "whole events, in forms that other tools read", run_export},
+  };
+  return all;
+}
+
+std::optional<int> run_verb(int argc, char** argv) {
+  if (argc < 2) return std::nullopt;
+  for (const verb& known : verbs()) {
+    if (known.name == argv[1]) return known.run(argc - 1, argv + 1);
+  }
+  return std::nullopt;
+}
+
+}  // namespace zanvik

@@ -1,0 +1,33 @@
+// The second door: `zanvik VERB [OPTIONS] PATH...`. One file a verb; this is the way into the
+// folder.
+//
+// To add a verb, add its file and its row to the table in verbs.cpp.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace zanvik {
+
+// Statuses of a verb's run.
+enum verb_status {
+  verb_done = 0,
+  verb_problems = 1,     // something that was asked for could not be read or written
+  verb_bad_command = 2,  // wrong options; nothing was done
+};
+
+struct verb {
+  std::string_view name;
+  std::string_view what;              // one line
+  int (*run)(int argc, char** argv);  // `argv` begins with the verb
+};
+std::span<const verb> verbs();
+
+// Runs the verb that the first argument names and returns its status; nothing when it names none,
+// and the arguments are the classic options then.
+std::optional<int> run_verb(int argc, char** argv);
+
+int run_export(int argc, char** argv);
+
+}  // namespace zanvik
