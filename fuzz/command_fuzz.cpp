@@ -2,7 +2,9 @@
 // rule.
 #include "commands/command_build.h"
 #include "fuzz_target.h"
+#include "keep/keeping_sink.h"
 #include "log_builder.h"
+#include "reference/plain_matching.h"
 #include "select/evtx_selector.h"
 
 namespace zanvik::fuzz {
@@ -35,7 +37,10 @@ std::vector<std::byte> small_chunk() {
 class judging_sink : public record_sink {
  public:
   judging_sink(const std::vector<ReportCommand>& commands, record_container& records)
-      : commands_(commands), records_(records), selector_(commands, records, plans_) {}
+      : commands_(commands),
+        records_(records),
+        keeping_(commands, records, plans_),
+        selector_(commands, keeping_) {}
 
   void on_record(record_fields& record) override {
     std::vector<bool> fits;
@@ -58,6 +63,7 @@ class judging_sink : public record_sink {
   const std::vector<ReportCommand>& commands_;
   record_container& records_;
   plan_cache plans_;
+  keeping_sink keeping_;
   evtx_selector selector_;
   std::string scratch_;
 };

@@ -1,4 +1,5 @@
 // A whole legacy .evt log: its records, and their tables.
+#include "keep/keeping_sink.h"
 #include "select/evt_selector.h"
 #include "tables.h"
 
@@ -52,7 +53,9 @@ ZANVIK_FUZZ_TARGET(evt) {
   const std::vector<ReportCommand> commands =
       flags & 3 ? std::vector{pulled, listing} : std::vector{listing};
   record_container records;
-  evt_selector selector(commands, records);
+  plan_cache plans;
+  keeping_sink keeping(commands, records, plans);
+  evt_selector selector(commands, keeping);
   looking_sink sink(log.span(), selector);
   walk_evt_log(log.span(), sink);
   write_context context{.channel = "system", .log_is_evtx = false};

@@ -1,5 +1,6 @@
 // The records of up to three logs of a chunk each, selected and written as tables and timelines:
 // what is known from one log serves the next.
+#include "keep/keeping_sink.h"
 #include "select/evtx_selector.h"
 #include "tables.h"
 
@@ -46,7 +47,8 @@ ZANVIK_FUZZ_TARGET(table) {
     plans.drop_if_full();
     const auto chunk = logs.span().subspan(at, evtx_layout::chunk_bytes);
     std::memcpy(chunk.data(), &evtx_layout::chunk_signature, 8);
-    evtx_selector selector(commands, records, plans);
+    keeping_sink keeping(commands, records, plans);
+    evtx_selector selector(commands, keeping);
     walk_evtx_block(chunk, 0, reader, selector, settings);
     require_tables_agree(records, format, context, tables);
   }

@@ -1,19 +1,17 @@
 // Tables and timelines of selected records: the quick writer against the plain one.
 #pragma once
 
-#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "base/time_format.h"
 #include "fuzz_target.h"
-#include "output/tables/plain_event_table.h"
-#include "output/timelines/timeline_fill.h"
+#include "options/output_options.h"
 #include "output/timelines/timeline_writer.h"
 #include "output/write_records.h"
-#include "options/output_options.h"
-#include "base/time_format.h"
+#include "reference/plain_output.h"
 
 namespace zanvik::fuzz {
 
@@ -44,21 +42,6 @@ inline output_format chosen_format(std::uint16_t choice) {
   (void)build_format_descriptor(format.descriptor, format.date_format, format.time_format,
                                 format.pair_datetime);
   return format;
-}
-
-// The tables of all groups, each written the plain way.
-inline void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> records,
-                               output_format& format, const write_context& context) {
-  std::map<std::pair<std::uint64_t, std::string>, std::vector<const LogRecord*>> groups;
-  for (const LogRecord* record : records) {
-    groups[{record->event_id, *record->provider}].push_back(record);
-  }
-  bool first = true;
-  for (const auto& [key, group] : groups) {
-    if (!first) out << '\n';
-    first = false;
-    write_plain_event_table(out, group, format, context);
-  }
 }
 
 // Writes the records both ways, as a timeline where the format asks for it. `tables` is what the

@@ -1,25 +1,68 @@
 #include "base/console.h"
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <string>
 
 namespace zanvik {
 namespace {
 
 constexpr int max_message_length = 4096;
 
+// Columns of the terminal that standard error is, 0 when it is none.
+std::size_t terminal_columns() {
+  if (::isatty(STDERR_FILENO) == 0) return 0;
+  constexpr std::size_t assumed = 80;  // where the terminal does not know
+  struct winsize size = {};
+  if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return assumed;
+  return size.ws_col;
+}
+
 void put_error_text(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
   std::fflush(stderr);
 }
 
+// A name of a file may hold what commands a terminal.
+void replace_controls(std::string& text) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, '?');
+}
+
+bool is_continuation(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
+
 }  // namespace
 
-void clear_status() { put_error_text("\x1b[2K\r                           \r"); }
+std::string shortened_in_middle(std::string_view text, std::size_t width) {
+  constexpr std::string_view gap = "...";
+  if (text.size() <= width) return std::string(text);
+  if (width <= gap.size()) return std::string(gap.substr(0, width));
+  // The end of a path says more than its start.
+  std::size_t front = (width - gap.size()) / 2;
+  std::size_t back = text.size() - (width - gap.size() - front);
+  while (front > 0 && is_continuation(text[front])) --front;
+  while (back < text.size() && is_continuation(text[back])) ++back;
+  return std::string(text.substr(0, front)).append(gap).append(text.substr(back));
+}
+
+std::string path_for_message(std::string_view path, std::size_t beside) {
+  const std::size_t columns = terminal_columns();
+  if (columns == 0) return std::string(path);
+  constexpr std::size_t least = 16;  // on any terminal, so that something is left to see
+  return shortened_in_middle(path, columns > beside + least ? columns - beside : least);
+}
+
+void clear_status() {
+  if (terminal_columns() != 0) put_error_text("\x1b[2K\r                           \r");
+}
 
 void print_status(int width, const char* format, ...) {
+  const std::size_t columns = terminal_columns();
+  if (columns == 0) return;
   char formatted[256];
   std::va_list arguments;
   va_start(arguments, format);
@@ -29,7 +72,9 @@ void print_status(int width, const char* format, ...) {
   const int shown = std::clamp(std::min(width, length), 0, status_width_max);
   std::string text(formatted, static_cast<std::size_t>(shown));
   std::erase(text, '\n');
-  put_error_text("\x1b[2K\r    \r" + text + "\r");
+  replace_controls(text);
+  // A text that fills its line would put the cursor on the next one.
+  put_error_text("\x1b[2K\r    \r" + shortened_in_middle(text, columns - 1) + "\r");
 }
 
 int prob_message(const char* format, ...) {
@@ -48,8 +93,12 @@ int prob_message(const char* format, ...) {
   std::string text(static_cast<std::size_t>(length) + 1, '\0');
   std::vsnprintf(text.data(), text.size(), format, arguments);
   va_end(arguments);
-  // Neither the terminator nor, on purpose, the last character: messages share a line.
+  // Neither the terminator nor, on purpose, the last character.
   text.resize(static_cast<std::size_t>(std::max(length - 1, 0)));
+  if (terminal_columns() != 0) {
+    replace_controls(text);
+    text += '\n';
+  }
   put_error_text(text);
   return length;
 }

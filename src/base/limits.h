@@ -11,6 +11,12 @@ namespace zanvik::limits {
 // Slots in a substitution array. Part of the format as this reader takes it: more is refused.
 inline constexpr std::uint32_t slots_per_table = 96;
 
+// References to the environment that one path may follow, and the bytes it may grow to. A value is
+// searched for further references, so a variable that names itself would never end. The system
+// takes no path of more than 4,096 bytes, and a reference that leaves nothing behind serves nobody.
+inline constexpr int references_in_path = 4096;
+inline constexpr std::size_t expanded_path_bytes = 65536;
+
 // How deep binary XML may nest in binary XML. Logs nest 2 deep; the stack takes hundreds.
 inline constexpr unsigned nesting_depth = 24;
 

@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "base/limits.h"
 #include "base/text.h"
 
 namespace zanvik {
 namespace {
 
 constexpr std::size_t longest_path_expanded = 512;
-
-// A variable may name itself; no honest path follows this many references.
-constexpr int most_references = 128;
-constexpr std::size_t longest_path_made = 65536;
 
 constexpr std::string_view shadow_copy_device = R"(\\?\GLOBALROOT\Device\HarddiskVolumeShadowCopy)";
 
@@ -72,13 +69,15 @@ std::string expand_env_references(std::string_view path, bool allow_vss) {
   if (out.size() > longest_path_expanded) return out;
   std::string value;
   std::size_t from = 0;
-  for (int followed = 0; followed < most_references;) {
+  for (int followed = 0; followed < limits::references_in_path;) {
     const auto open = out.find('%', from);
     if (open == std::string::npos) break;
     const auto close = out.find('%', open + 1);
     if (close == std::string::npos) break;
     if (reference_value(out.substr(open + 1, close - open - 1), allow_vss, value)) {
-      if (value.size() > longest_path_made - std::min(out.size(), longest_path_made)) break;
+      if (value.size() >
+          limits::expanded_path_bytes - std::min(out.size(), limits::expanded_path_bytes))
+        break;
       out.replace(open, close - open + 1, value);
       from = open;
       ++followed;

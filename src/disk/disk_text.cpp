@@ -20,8 +20,8 @@ constexpr std::size_t media_at = 21;
 constexpr std::uint8_t media_hard_disk = 248;
 constexpr std::uint8_t media_removable = 240;
 
-// Numbers of one text. Meant: the base is a state that the numbers before leave behind, so that a
-// bare number comes out in the base of whatever was written last.
+// Numbers of one text. Meant, in hexadecimal: the base is a state that earlier numbers leave
+// behind, so a bare number is decimal only until the first other one.
 class number_writer {
  public:
   number_writer(std::string& out, bool decimal, bool starts_in_hex)
@@ -45,7 +45,7 @@ class number_writer {
 
   // Both halves in hexadecimal, four places each.
   void signature(std::uint32_t value, char fill) {
-    hex_ = true;
+    hex_ = !decimal_;
     half(value >> 16, fill);
     out_ += '-';
     half(value & 0xffff, fill);

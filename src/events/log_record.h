@@ -17,6 +17,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/hash_mix.h"
 #include "events/record_arena.h"
 #include "events/value_block.h"
 
@@ -106,16 +107,10 @@ class record_container {
   record_arena& arena() { return arena_; }
 
  private:
-  struct text_hash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const {
-      return std::hash<std::string_view>{}(text);
-    }
-  };
-
   std::vector<const LogRecord*> records_;
   std::vector<const LogRecord*> ordered_;
-  std::unordered_map<std::string, std::unique_ptr<std::string>, text_hash, std::equal_to<>> texts_;
+  std::unordered_map<std::string, std::unique_ptr<std::string>, keyed_text_hash, std::equal_to<>>
+      texts_;
   std::unordered_multimap<std::size_t, std::unique_ptr<record_shape>> shapes_;
   std::size_t shared_bytes_ = 0;  // of the texts and of what shapes hold
   record_arena arena_;            // of the blocks

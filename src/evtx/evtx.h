@@ -55,6 +55,7 @@ struct walk_settings {
   const diag_trace* trace = nullptr;  // a line a record at level 2 and above; null for none
   bool show_status = false;           // a status line now and then
   std::string log_path;
+  reader_options reading = {};
 };
 
 enum class walk_result {

@@ -43,6 +43,7 @@ struct record_layout {
   std::vector<std::uint16_t> child_numbers;  // `record_slot::child` of the slots
   std::vector<layout_field> fields;          // by name, each name once
   std::int32_t event_id_slot = -1;           // the first slot named "EventID" in any case
+  std::int32_t time_slot = -1;               // of its TimeCreated, see record_time.h
 };
 
 // The slot's text where it is not made from its value: composed from nested binary XML, or put in
@@ -61,7 +62,7 @@ struct record_fields {
   std::uint64_t last_number = 0;
   std::uint64_t file_offset = 0;  // of the record
   std::uint32_t event_id = 0;
-  std::uint64_t time = 0;     // FILETIME: its own "TimeCreated", else `time_written`
+  std::uint64_t time = 0;     // FILETIME: `time_written` or its TimeCreated, see reader_options
   bool plain = false;         // decoded without a template
   bool in_slack = false;      // a candidate from the free tail of its chunk
   bool slack_search = false;  // slack is searched in this walk
@@ -73,7 +74,9 @@ struct record_fields {
   const std::string& slot_name(std::size_t slot) const { return layout->names[slot]; }
   raw_value value(std::size_t slot) const {
     const record_slot& found = slots[slot];
-    return raw_value_at(chunk->bytes, found.offset, found.type, found.size);
+    raw_value value = raw_value_at(chunk->bytes, found.offset, found.type, found.size);
+    value.full_sid = chunk->full_sids;
+    return value;
   }
   // The text that stands in place of the slot's value, or null.
   const std::string* replaced_text(std::size_t slot) const;

@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "base/time_format.h"
 #include "base/time_parse.h"
+#include "evtx/record_time.h"
 #include "evtx/templates/template_record.h"
 
 namespace zanvik {
@@ -28,7 +29,7 @@ std::string field_text(const field_map& fields, std::string_view name) {
 void record_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                                 std::uint64_t file_offset) {
   budget_ = {};
-  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_};
+  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_, options_.full_sids};
   catalogue_.read(chunk_);
   quick_records_.start_chunk(layouts_.drop_if_full());
   record_.first_number =
@@ -78,6 +79,7 @@ bool record_reader::read_template(std::uint64_t bxml, const instance_head& head)
   }
   record_.slots = slots_;
   find_event_id();
+  if (options_.event_time) use_own_time();
   return true;
 }
 
@@ -100,6 +102,10 @@ void record_reader::find_event_id() {
   scratch_.clear();
   append_slot_text(scratch_, record_, slot);
   record_.event_id = static_cast<std::uint32_t>(std::atol(scratch_.c_str()));
+}
+
+void record_reader::use_own_time() {
+  if (const std::uint64_t own = time_created(record_)) record_.time = own;
 }
 
 // The header's time, which is when a collector wrote the record, as a field of its own.
@@ -135,6 +141,7 @@ bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
   slots_.clear();
   record_.slots = slots_;
   record_.layout = &own_layout_;
+  if (options_.event_time) use_own_time();
   return true;
 }
 

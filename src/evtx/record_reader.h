@@ -15,6 +15,16 @@
 
 namespace zanvik {
 
+// What a reader may do beyond what it does by default.
+struct reader_options {
+  // A record's time is its own TimeCreated where it has a valid one. By default it is the time in
+  // the record's header, which exports leave empty in the first record; only a record without
+  // templates goes by its own.
+  bool event_time = false;
+  // SIDs of any length have a text. By default those of two or more sub-authorities show nothing.
+  bool full_sids = false;
+};
+
 class record_reader {
  public:
   // `format` gives the form of a collector's time in records without a template; it must outlive
@@ -36,6 +46,8 @@ class record_reader {
   record_fields* read(std::uint64_t offset);
   // The same for a candidate in the free tail of the chunk, of which `area_bytes` are searched.
   record_fields* read_slack(std::uint64_t offset, std::uint64_t area_bytes);
+  // Holds from the next chunk on.
+  void set_options(const reader_options& options) { options_ = options; }
   // Records show whether slack is searched, and whether a candidate was tried before them.
   void set_slack_state(bool slack_search, bool after_slack) {
     record_.slack_search = slack_search;
@@ -47,10 +59,12 @@ class record_reader {
   bool read_template(std::uint64_t bxml, const instance_head& head);
   bool read_plain(std::uint64_t bxml, std::uint64_t limit);
   void find_event_id();
+  void use_own_time();
   void add_collector_time(field_map& fields) const;
 
   const output_format& format_;
   bool quick_;
+  reader_options options_;
   chunk_view chunk_;
   work_budget budget_;
   template_catalogue catalogue_;

@@ -149,9 +149,10 @@ void block_walk::tell_progress(std::uint64_t record) {
 // Hands what a reader makes of each record to a sink.
 class reading_visitor : public chunk_visitor {
  public:
-  reading_visitor(record_reader& reader, record_sink& sink, bool inc_slack)
+  reading_visitor(record_reader& reader, record_sink& sink, const walk_settings& settings)
       : reader_(reader), sink_(sink) {
-    reader_.set_slack_state(inc_slack, false);
+    reader_.set_options(settings.reading);
+    reader_.set_slack_state(settings.inc_slack, false);
   }
 
   void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
@@ -178,7 +179,7 @@ class reading_visitor : public chunk_visitor {
 walk_result walk_evtx_block(std::span<std::byte> block, std::uint64_t base_offset,
                             record_reader& reader, record_sink& sink,
                             const walk_settings& settings) {
-  reading_visitor visitor(reader, sink, settings.inc_slack);
+  reading_visitor visitor(reader, sink, settings);
   return walk_evtx_block(block, base_offset, visitor, settings);
 }
 

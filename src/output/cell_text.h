@@ -1,4 +1,4 @@
-// Texts of single cells, which the plain and the fast table writer share: the level's word, an
+// Texts of single cells, which tables and timelines share: the level's word, an
 // offset, and a text as it stands in its column (substituted, marked, quoted, padded).
 // Any bytes may come in; nothing fails.
 #pragma once

@@ -25,8 +25,8 @@ struct group_key {
 
 struct group_key_hash {
   std::size_t operator()(const group_key& key) const {
-    const auto mixed = key.event_id * hash_multiplier;
-    return (mixed ^ (mixed >> 32)) + std::hash<const std::string*>{}(key.provider);
+    const auto provider = reinterpret_cast<std::uintptr_t>(key.provider);
+    return static_cast<std::size_t>(keyed_hash(key.event_id, provider));
   }
 };
 

@@ -5,9 +5,8 @@
 //   write_grouped     one table a group, an empty line between them
 //   event_table.h     one table: its columns (table_layout.h) and its rows (row_writer.h, by the
 //                     plans of row_plan.h), which table_cache.h keeps for the next log
-//   table_engine.h    the plain, cell-by-cell way; plain_event_table.h makes a whole table by it
-//   timeline_writer.h the timelines, by the plans of timeline_fields.h; timeline_fill.h makes their
-//                     rows (timeline_row.h, timeline_body_row.h) the plain way
+//   timeline_writer.h the timelines, by the plans of timeline_fields.h; their headers and inodes in
+//                     timeline_text.h
 //   cell_text.h       the texts of single cells; path_alias.h has a log's path, time_cells.h a time
 //   row_buffer.h      where rows are put together; short_copy.h and prefetch.h make that quick
 //   write_context.h   what writers are told besides the records and the format

@@ -9,9 +9,11 @@
 #include "base/fileio.h"
 #include "evt/evt.h"
 #include "evtx/evtx.h"
+#include "keep/keeping_sink.h"
 #include "output/write_records.h"
 #include "select/evt_selector.h"
 #include "select/evtx_selector.h"
+#include "stats/counting_sinks.h"
 
 namespace zanvik {
 namespace {
@@ -29,10 +31,13 @@ class log_walk {
   log_walk(const command_refs& commands, evt_output_options& options)
       : options_(options),
         records_(options.records),
-        statistics_(options.stats_on ? &options.statistics : nullptr),
-        selector_(commands, records_, options.plans, statistics_, options.current_log_channel),
-        evt_selector_(commands, records_, statistics_),
-        settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path},
+        keeping_(commands, records_, options.plans),
+        combinations_(options.statistics, commands, records_, keeping_),
+        selector_(commands, selection()),
+        evt_selector_(commands, selection()),
+        counter_(options.statistics, options.current_log_channel, selector_, evt_selector_),
+        settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path,
+                  options.reading},
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
                           [](const ReportCommand* command) { return command->has_hist; }))) {
@@ -63,6 +68,11 @@ class log_walk {
   }
 
  private:
+  // What selected records go to: statistics count them on their way.
+  selection_sink& selection() {
+    return options_.stats_on ? combinations_ : static_cast<selection_sink&>(keeping_);
+  }
+
   // The first eight bytes, 0 where they are not all there; nothing when the log cannot be read.
   std::optional<std::uint64_t> read_head(uni::fileio& log) {
     std::byte head[8];
@@ -90,9 +100,10 @@ class log_walk {
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
-    const auto result = walk_evtx_block(block, offset, options_.reader, selector_, settings_);
+    record_sink& sink = options_.stats_on ? counter_ : static_cast<record_sink&>(selector_);
+    const auto result = walk_evtx_block(block, offset, options_.reader, sink, settings_);
     if (result == walk_result::not_evtx && block.size() < evt_bytes_end) {
-      walk_evt_log(block, evt_selector_);
+      walk_evt_log(block, options_.stats_on ? counter_ : static_cast<evt_sink&>(evt_selector_));
     }
     if (records_.size() < flush_limit_) return;
     write_results();
@@ -115,9 +126,11 @@ class log_walk {
 
   evt_output_options& options_;
   record_container& records_;
-  LogStatistics* statistics_;
+  keeping_sink keeping_;
+  combination_counter combinations_;
   evtx_selector selector_;
   evt_selector evt_selector_;
+  record_counter counter_;
   walk_settings settings_;
   std::size_t hist_count_;  // commands that count combinations of fields
   std::size_t flush_limit_ = std::numeric_limits<std::size_t>::max();

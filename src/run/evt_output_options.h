@@ -48,6 +48,7 @@ class evt_output_options : public cmd_params {
   bool allparams = false;
   bool show_offsets = false;
   bool inc_slack = false;
+  reader_options reading;  // `-event_time`, `-full_sids`
 
   bool stats_on = false;
   std::string stats_file;

@@ -95,6 +95,8 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
   take_report_options(argv_list);
   show_offsets = take_flag_option("-show_offsets", argv_list);
   inc_slack = take_flag_option("-inc_slack", argv_list);
+  reading.event_time = take_flag_option("-event_time", argv_list);
+  reading.full_sids = take_flag_option("-full_sids", argv_list);
   std::string value;
   if (take_value_option("-stats", stats_file, argv_list)) {
     stats_on = true;

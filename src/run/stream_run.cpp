@@ -1,5 +1,6 @@
 #include "run/stream_run.h"
 
+#include <cstring>
 #include <string>
 
 #include "base/console.h"
@@ -13,12 +14,18 @@
 namespace zanvik {
 namespace {
 
-// Tells what log comes now: its whole name as a message, and a short one as the status line.
+// Prints a message about a log; on a terminal it takes one line.
+void tell_progress(const char* what, const std::string& name) {
+  const std::string shown = path_for_message(name, std::strlen(what));
+  prob_message("%s%s\n", what, shown.c_str());
+}
+
+// Shows which log comes now: its whole name as a message, and a short one as the status line.
 void announce(const std::string& file_name) {
   constexpr int status_width = 40;
   std::string shown = file_name;
   remove_char(shown, '%');
-  prob_message("analyzing: %s\n", file_name.c_str());
+  tell_progress("analyzing: ", file_name);
   print_status(status_width, "analyzing: %s", shown.substr(0, status_width).c_str());
 }
 
@@ -37,9 +44,7 @@ void run_log(const std::string& name, evt_output_options& options) {
   if (options.show_status) announce(file_name);
   diag_line(options.trace, "analyzing: %s", file_name.c_str());
   (void)run_reports(options);
-  if (options.show_status) {
-    prob_message("processed log %s\n", options.current_log_path.c_str());
-  }
+  if (options.show_status) tell_progress("processed log ", options.current_log_path);
   write_run_statistics(options);
 }
 

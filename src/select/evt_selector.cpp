@@ -1,7 +1,6 @@
 #include "select/evt_selector.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "events/evt_fields.h"
 
@@ -21,24 +20,9 @@ bool match_evt_record(const ReportCommand& command, const evt_record& record,
          evt_record_contains(record, command.string_exists, scratch);
 }
 
-evt_selector::evt_selector(command_refs commands, record_container& records,
-                           LogStatistics* statistics)
-    : commands_(std::move(commands)),
-      records_(records),
-      statistics_(statistics),
-      keepers_(commands_.size()) {}
-
 void evt_selector::on_record(const evt_record& record) {
-  if (statistics_) count_record(*statistics_, record.short_event_id(), record.time);
   for (std::size_t i = 0; i < commands_.size(); ++i) {
-    if (!match_evt_record(commands_[i], record, scratch_)) continue;
-    if (commands_[i].emit) {
-      auto& keeper = keepers_[i];
-      if (!keeper) keeper = std::make_unique<evt_record_keeper>(commands_[i], records_);
-      keeper->keep(record);
-      if (statistics_) count_hist_from(*statistics_, commands_, i, records_.last());
-    }
-    return;  // the first command that selects a record is the only one that sees it
+    if (match_evt_record(commands_[i], record, scratch_) && sink_.take(i, record)) return;
   }
 }
 

@@ -1,14 +1,13 @@
 // The sink that tries each legacy .evt record against the commands of a log, in their order, and
-// keeps it for the first that selects it.
+// hands it on with the first that selects it.
 #pragma once
 
-#include <memory>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "commands/report_command.h"
 #include "evt/evt.h"
-#include "keep/evt_record_keeper.h"
-#include "stats/log_statistics.h"
+#include "select/selection_sink.h"
 
 namespace zanvik {
 
@@ -18,18 +17,15 @@ bool match_evt_record(const ReportCommand& command, const evt_record& record, st
 
 class evt_selector : public evt_sink {
  public:
-  // The commands and the container must outlive the selector. `statistics`, unless it is null,
-  // counts every record.
-  evt_selector(command_refs commands, record_container& records,
-               LogStatistics* statistics = nullptr);
+  // The commands and the sink must outlive the selector.
+  evt_selector(command_refs commands, selection_sink& sink)
+      : commands_(std::move(commands)), sink_(sink) {}
 
   void on_record(const evt_record& record) override;
 
  private:
   command_refs commands_;
-  record_container& records_;
-  LogStatistics* statistics_;
-  std::vector<std::unique_ptr<evt_record_keeper>> keepers_;  // one a command, when it is needed
+  selection_sink& sink_;
   std::string scratch_;
 };
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "base/text.h"
-#include "events/evtx_fields.h"
 
 namespace zanvik {
 namespace {
@@ -15,29 +14,11 @@ bool is_in_time(const ReportCommand& command, std::uint64_t time) {
 
 }  // namespace
 
-bool match_record_plainly(const ReportCommand& command, const record_fields& record,
-                          std::string& scratch) {
-  if (command.event_id != any_event_id && command.event_id != record.event_id) return false;
-  if (!is_in_time(command, record.time)) return false;
-  const auto holds = [&](const std::string& term) {
-    return field_term_matches(record, term, scratch, false);
-  };
-  if (!std::all_of(command.conditions.begin(), command.conditions.end(), holds)) return false;
-  if (!command.level_condition.empty() && !holds(command.level_condition)) return false;
-  return command.string_exists.empty() || field_contains(record, command.string_exists, scratch);
-}
-
-evtx_selector::evtx_selector(command_refs commands, record_container& records, plan_cache& plans,
-                             LogStatistics* statistics, std::string_view channel)
-    : commands_(std::move(commands)),
-      records_(records),
-      plans_(plans),
-      statistics_(statistics),
-      channel_(channel) {
+evtx_selector::evtx_selector(command_refs commands, selection_sink& sink)
+    : commands_(std::move(commands)), sink_(sink) {
   tests_.reserve(commands_.size());
   for (const ReportCommand* command : commands_) add_command(*command);
   std::sort(by_event_id_.begin(), by_event_id_.end());
-  keepers_.resize(commands_.size());
 }
 
 void evtx_selector::add_command(const ReportCommand& command) {
@@ -72,15 +53,9 @@ std::size_t evtx_selector::add_search(const std::string& text) {
   return searches_.size();
 }
 
-void evtx_selector::count(const record_fields& record) {
-  if (statistics_->log_type.empty()) statistics_->log_type = channel_;
-  count_record(*statistics_, record.event_id, record.time);
-}
-
 void evtx_selector::on_record(record_fields& record) {
   ++record_count_;
   values_started_ = false;
-  if (statistics_) count(record);
   // The commands for its ID and those for any, together in the order of the set.
   const std::uint64_t id = record.event_id;
   auto own =
@@ -92,24 +67,13 @@ void evtx_selector::on_record(record_fields& record) {
     if (!more_own && !more_any) return;
     const bool own_first = more_own && (!more_any || own->second < *any);
     const std::size_t command = own_first ? (own++)->second : *any++;
-    if (!try_command(command, record)) continue;
-    if (statistics_ && commands_[command].emit) {
-      count_hist_from(*statistics_, commands_, command, records_.last());
-    }
-    return;  // what is kept is kept once
+    if (!match_record(command, record)) continue;
+    if (sink_.take(command, record)) return;  // what is kept is kept once
+    forget_texts();
   }
 }
 
-bool evtx_selector::try_command(std::size_t command, record_fields& record) {
-  if (!match_record(command, record)) return false;
-  auto& keeper = keepers_[command];
-  if (!keeper) keeper = std::make_unique<record_keeper>(commands_[command], records_, plans_);
-  if (keeper->translate(record)) [[unlikely]]
-    forget_texts();
-  return keeper->keep(record);
-}
-
-// The record's values are no longer what they were when commands looked at them.
+// The record's values may be no longer what they were when commands looked at them.
 void evtx_selector::forget_texts() {
   ++record_count_;
   values_started_ = false;

@@ -1,37 +1,29 @@
 // The sink that tries each decoded .evtx record against the commands of a log, in their order, and
-// keeps it for the first that selects it.
+// hands it on with the first that selects it.
 //
 // Commands are found by the record's event ID, so that the others cost nothing; what several of
 // them look at is made into text once. Names and texts are looked up as in named_values.h and
-// text_search.h. `match_record_plainly` is the rule itself, which tests hold the sink against.
+// text_search.h. Tests hold the sink against the rule itself, in tests/reference/.
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "commands/report_command.h"
 #include "evtx/evtx.h"
-#include "keep/record_keeper.h"
 #include "select/named_values.h"
+#include "select/selection_sink.h"
 #include "select/text_search.h"
-#include "stats/log_statistics.h"
 
 namespace zanvik {
 
-// Whether the command selects the record, but for what its pull list has to say. `scratch` is used
-// for texts.
-bool match_record_plainly(const ReportCommand& command, const record_fields& record,
-                          std::string& scratch);
-
 class evtx_selector : public record_sink {
  public:
-  // The commands, the container and the plans must outlive the selector. `statistics`, unless it is
-  // null, counts every record, and gets `channel` as its type at the first one.
-  evtx_selector(command_refs commands, record_container& records, plan_cache& plans,
-                LogStatistics* statistics = nullptr, std::string_view channel = {});
+  // The commands and the sink must outlive the selector.
+  evtx_selector(command_refs commands, selection_sink& sink);
 
   void on_record(record_fields& record) override;
 
@@ -53,27 +45,21 @@ class evtx_selector : public record_sink {
     std::size_t search = 0;           // of `searches_`, counted from 1; 0 for none
   };
 
-  void count(const record_fields& record);
   void add_command(const ReportCommand& command);
   void add_condition(std::string_view term);
   std::size_t add_search(const std::string& text);
   bool match_record(std::size_t command, const record_fields& record);
   bool condition_holds(const condition& wanted);
   bool search_holds(shared_search& wanted, const record_fields& record);
-  bool try_command(std::size_t command, record_fields& record);
   void forget_texts();
 
   command_refs commands_;
-  record_container& records_;
-  plan_cache& plans_;
-  LogStatistics* statistics_;
-  std::string channel_;
+  selection_sink& sink_;
   std::vector<std::pair<std::uint64_t, std::size_t>> by_event_id_;  // sorted: id, command
   std::vector<std::size_t> for_any_id_;                             // rising
   std::vector<command_test> tests_;                                 // one a command
   std::vector<condition> conditions_;
   std::vector<shared_search> searches_;
-  std::vector<std::unique_ptr<record_keeper>> keepers_;  // one a command, when it is needed
   named_values values_;
   std::uint64_t record_count_ = 0;  // records, and changes of their values
   bool values_started_ = false;     // for the record in hand

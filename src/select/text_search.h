@@ -1,6 +1,5 @@
-// The search for a text in all names and values of .evtx records, with the answers of
-// field_contains (evtx_fields.h), quickly: what the template decides is decided once for each
-// layout, and values that cannot hold the text are not made into texts.
+// The search for a text in all names and values of .evtx records: what the template decides is
+// decided once for each layout, and values that cannot hold the text are not made into texts.
 #pragma once
 
 #include <cstdint>

@@ -115,6 +115,9 @@ TEST(qx_path, references_to_the_environment) {
   setenv("ZT_B", "%ZT_A%/b", 1);
   setenv("ZT_SELF", "%ZT_SELF%", 1);
   setenv("ZT_GROW", "%ZT_GROW%%ZT_GROW%", 1);
+  setenv("Z", "z", 1);
+  std::string many;  // as many as a path has room for
+  for (int i = 0; i < 170; ++i) many += "%Z%";
   unsetenv("ZT_NONE");
   unsetenv("vss");
   unsetenv("VSS");
@@ -126,6 +129,7 @@ TEST(qx_path, references_to_the_environment) {
       {"100%/%ZT_A%", false, "100%/%ZT_A%"},  // "/" is the unknown name, the last % has no partner
       {"%VSS%2/x", true, device + "2/x"},
       {"%ZT_SELF%", false, "%ZT_SELF%"},  // ends
+      {many, false, std::string(170, 'z')},
       {"%ZT_A%" + std::string(506, 'x'), false, "/logs" + std::string(506, 'x')},
       {"%ZT_A%" + std::string(507, 'x'), false, "%ZT_A%" + std::string(507, 'x')},  // 513 bytes
   };

@@ -131,10 +131,10 @@ TEST(translate_value, texts) {
       {"sectors of 4,096 are still told in 512", mbr, base::ten,
        disk_bytes(8192, {{0, 0, 6, 3, 1}}, 4096), "mbr {vol1;byte offset:1536;size:512;type:fat}"},
       {"no table", mbr, base::ten, byte_vector(512), "no: "},
-      {"a number takes the base of the signature before it", vtbl, base::ten, table,
+      {"a signature leaves decimal numbers decimal", vtbl, base::ten, table,
        "part_tbl {vol1;byte_offset:1048576;num_bytes:4096;disk_sig:  12-abcd;"
-       "vol_type:ntfs or exfat;vola;byte_offset:2;num_bytes:3;vol_type:gpt}"},
-      {"or of the other numbers", vtbl, base::sixteen, table,
+       "vol_type:ntfs or exfat;vol10;byte_offset:2;num_bytes:3;vol_type:gpt}"},
+      {"in hexadecimal a bare number takes the base of those before it", vtbl, base::sixteen, table,
        "part_tbl {vol1;byte_offset:0x100000;num_bytes:0x1000;disk_sig:  12-abcd;"
        "vol_type:ntfs or exfat;vola;byte_offset:0x2;num_bytes:0x3;vol_type:gpt}"},
       {"four are looked at, of no length is none", vtbl, base::ten, four,

@@ -107,6 +107,41 @@ TEST(value_text, floats_lose_what_their_buffer_has_no_room_for) {
   }
 }
 
+TEST(value_text, full_sids_show_whole_or_not_at_all) {
+  const std::tuple<const char*, slot_value, std::string> rows[] = {
+      {"an account", slot::sid("S-1-5-21-3583694148-1414552638-2922671848-1000"),
+       "S-1-5-21-3583694148-1414552638-2922671848-1000"},
+      {"one sub-authority", slot::sid("S-1-5-18"), "S-1-5-18"},
+      {"all bytes of the authority", slot::raw(19, bytes_of({1, 0, 0, 0, 0, 1, 2, 3})),
+       "S-1-66051"},
+      {"above 32 bits it is hexadecimal", slot::raw(19, bytes_of({1, 0, 0, 1, 2, 3, 4, 5})),
+       "S-1-0x000102030405"},
+      {"a head that is cut", slot::raw(19, bytes_of({1, 0, 0, 0, 0, 0, 0})), ""},
+      {"a sub-authority behind the value", sized(slot::sid("S-1-5-32-544"), 12), ""},
+      {"bytes behind the SID do not count",
+       slot::raw(19, bytes_of({1, 1, 0, 0, 0, 0, 0, 5, 18, 0, 0, 0, 9})), "S-1-5-18"},
+  };
+  for (const auto& [reason, value, text] : rows) {
+    const auto size = value.declared_size.value_or(static_cast<std::uint16_t>(value.bytes.size()));
+    raw_value raw = raw_value_at(byte_cursor(value.bytes), 0, value.type, size);
+    raw.full_sid = true;
+    std::string out;
+    append_value_text(out, raw);
+    EXPECT_EQ(out, text) << reason;
+  }
+}
+
+TEST(value_text, longest_sid_fits_its_bound) {
+  byte_vector longest(8 + 4 * 255, std::byte{0xff});
+  raw_value raw = raw_value_at(byte_cursor(longest), 0, value_type::sid,
+                               static_cast<std::uint16_t>(longest.size()));
+  raw.full_sid = true;
+  std::string out;
+  append_value_text(out, raw);
+  EXPECT_EQ(out.size(), std::string("S-255-0xffffffffffff").size() + 255 * 11);
+  EXPECT_LE(out.size(), value_text_bound(raw));
+}
+
 TEST(value_text, binary_values_show_their_utf16_runs) {
   byte_vector runs = bytes_of({1});
   append_utf16(runs, "Disk");

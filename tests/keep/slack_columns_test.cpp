@@ -2,8 +2,6 @@
 #include "keep/slack_columns.h"
 
 #include "kept_records.h"
-#include "log_files.h"
-#include "scratch_dir.h"
 
 namespace zanvik::testing {
 namespace {
@@ -11,46 +9,6 @@ namespace {
 // What a listing keeps of a log that is walked with the search for slack.
 kept_records listed(const chunk_builder& chunk) {
   return {log_builder().chunk(chunk).bytes(), {listing()}, true};
-}
-
-// Keeps each record twice: as it is, with the columns of its slots added the plain way, and by the
-// quick way.
-class slot_column_check : public record_sink {
- public:
-  void on_record(record_fields& record) override {
-    if (record.plain && record.in_slack) return;  // goes the plain way
-    record.after_slack = false;
-    base_.keep(record);
-    column_map expected = columns_of(records_.last());
-    std::uint32_t flags = records_.last().flags;
-    add_slot_columns(expected, flags, record);
-    record.after_slack = true;
-    quick_.keep(record);
-    ASSERT_EQ(columns_of(records_.last()), expected) << record.number;
-    ASSERT_EQ(records_.last().flags, flags);
-    ++count;
-  }
-  std::size_t count = 0;
-
- private:
-  const ReportCommand command_ = listing();
-  record_container records_;
-  plan_cache plans_;
-  record_keeper base_{command_, records_, plans_};
-  record_keeper quick_{command_, records_, plans_};
-};
-
-TEST(slack_columns, the_quick_way_to_slot_columns_is_the_plain_one) {
-  slot_column_check check;
-  const output_format format;
-  record_reader reader(format);
-  walk_settings settings;
-  settings.inc_slack = true;
-  for (const std::string& path : log_files(".evtx")) {
-    byte_vector bytes = bytes_of(std::string_view(file_text(path)));
-    walk_evtx_block(bytes, 0, reader, check, settings);
-  }
-  EXPECT_GT(check.count, 50u);
 }
 
 template_definition two_texts() {

@@ -1,9 +1,8 @@
 // Timeline lines as they must come out, written by hand, and the fast way against the plain one.
 #include <gtest/gtest.h>
 
-#include "output/timelines/timeline_fill.h"
-#include "output/timelines/timeline_row.h"
 #include "record_tables.h"
+#include "reference/plain_output.h"
 
 namespace zanvik {
 namespace {
@@ -138,26 +137,6 @@ TEST(timeline, separators_and_line_ends_in_texts) {
 TEST(timeline, no_line_without_a_time_but_its_header) {
   EXPECT_EQ(table_text({test_record(1).time(0)}, timeline_format(), of_log()), timeline_head);
   EXPECT_EQ(table_text({}, timeline_format(), of_log()), "");
-}
-
-TEST(timeline, entries_of_four_times) {
-  const std::uint64_t a = new_year_2013, b = a + 1;
-  const std::tuple<const char*, std::array<std::uint64_t, 4>, const char*> cases[] = {
-      {"an event", {a, 0, 0, a}, "M..B "},
-      {"all equal", {a, a, a, a}, "MACB "},
-      {"none taken twice", {a, b, a, b}, "M.C. .A.B "},
-      {"the first need not be valid", {0, b, a, b}, ".A.B ..C. "},
-      {"none", {0, 1, ~0ull, 0}, ""},
-  };
-  for (const auto& [reason, times, expected] : cases) {
-    timeline_row row;
-    row.times = times;
-    std::string entries;
-    for (const macb_entry& entry : macb_entries(row)) {
-      entries.append(entry.letters.data(), entry.letters.size()) += ' ';
-    }
-    EXPECT_EQ(entries, expected) << reason;
-  }
 }
 
 TEST(body_file, lines) {

@@ -3,13 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include "output/cell_text.h"
 #include "output/path_alias.h"
-#include "output/tables/plain_event_table.h"
-#include "output/tables/table_engine.h"
 #include "record_tables.h"
+#include "reference/plain_output.h"
 
 namespace zanvik {
 namespace {
@@ -96,43 +93,14 @@ TEST(cell_text, levels) {
   EXPECT_EQ(evt, "info error warn unk info unk unk unk a-pass unk a-fail unk unk unk unk unk unk ");
 }
 
-TEST(table_engine, cells_that_do_not_fit_vanish) {
-  table_row row(2, 0), invalid;
-  EXPECT_EQ(set_text_cell(row, 0, "a", cell_text, 0), 1);
-  EXPECT_EQ(set_text_cell(row, 2, "b", cell_text, 0), 1);
-  EXPECT_EQ(set_text_cell(row, static_cast<std::size_t>(-1), "c", cell_text, 0), 1);
-  EXPECT_EQ(set_text_cell(row, 1, "d", 32, 0), 1);
-  EXPECT_EQ(set_text_cell(invalid, 0, "e", cell_text, 0), 1);
-  EXPECT_EQ(set_number_cell(row, 5, 1, cell_date_and_time, 0), 1);
-  output_format format = csv_format();
-  format.header_pending = false;
-  std::vector<table_column> columns;
-  add_column(columns, "x", 0, cell_plain, 0);
-  add_column(columns, "y", 0, cell_plain, 0);
-  std::ostringstream out;
-  write_table_row(out, row, columns, format);
-  EXPECT_EQ(out.str(), "a,\n");
-}
-
 // ---- two ways, one answer
 
-// write_records by the plain way: text keys, copies, cell by cell.
+// write_records by the plain way.
 std::string plain_text(record_container& records, output_format format,
                        const write_context& context) {
-  std::multimap<std::string, const LogRecord*> sorted;
   if (format.no_whitespace) std::erase(format.csv_separator, ' ');
-  for (const LogRecord* record : records.in_time_order()) {
-    const std::string id = std::to_string(record->event_id);
-    sorted.emplace(std::string(20 - id.size(), '0') + id + ':' + *record->provider, record);
-  }
   std::ostringstream out;
-  for (auto it = sorted.begin(); it != sorted.end();) {
-    if (it != sorted.begin()) out << '\n';
-    std::vector<const LogRecord*> group;
-    const std::string key = it->first;
-    for (; it != sorted.end() && it->first == key; ++it) group.push_back(it->second);
-    write_plain_event_table(out, group, format, context);
-  }
+  write_plain_tables(out, records.in_time_order(), format, context);
   return out.str();
 }
 

@@ -47,6 +47,12 @@ TEST_P(golden, run_writes_what_is_expected) {
   const std::string expected = file_text((folder / "expected").string());
   ASSERT_FALSE(expected.empty()) << "no expected output in " << folder;
   const auto args = lines_of(file_text((folder / "args").string()));
+  for (const std::string& word : args) {
+    const bool real = word.starts_with("../shared/");
+    if (real && !exists(ZANVIK_SOURCE_DIR / std::filesystem::path(word))) {
+      GTEST_SKIP() << "there are no real logs beside the source folder";
+    }
+  }
   const program_run run = run_zanvik(args, {.input = "", .folder = ZANVIK_SOURCE_DIR});
   EXPECT_EQ(run.status, 0) << run.err;
   if (run.out == expected) return;

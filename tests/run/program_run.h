@@ -74,13 +74,4 @@ inline std::vector<std::string> split(const std::string& text, char separator) {
 }
 inline std::vector<std::string> lines_of(const std::string& text) { return split(text, '\n'); }
 
-// `text` without the sequences that erase the status line.
-inline std::string without_erasing(std::string text) {
-  constexpr std::string_view erasing = "\x1b[2K\r                           \r";
-  for (auto at = text.find(erasing); at != text.npos; at = text.find(erasing)) {
-    text.erase(at, erasing.size());
-  }
-  return text;
-}
-
 }  // namespace zanvik::testing

@@ -1,5 +1,5 @@
-// Whole runs of reports: what each one finds in the samples, and in the real logs beside the source
-// folder where there are any. A record is told by its event ID and the report's caption.
+// Whole runs of reports: what each one finds in the samples. A record is told by its event ID and
+// the report's caption.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -84,41 +84,6 @@ TEST(reports, of_the_samples) {
        {"system.evtx",
         {"-cmdfile", "examples/system-changes.cmd"},
         {{"7 error", 1}, {"13 shutdown", 2}, {"1074 restart asked for", 2}}}});
-}
-
-// Each of these logs is named for what it holds.
-TEST(reports, of_real_logs) {
-  const std::filesystem::path folder = source_dir.parent_path() / "shared" / "logs";
-  if (!std::filesystem::is_directory(folder)) {
-    GTEST_SKIP() << "there is no folder of real logs beside the source folder";
-  }
-  expect_rows(
-      folder,
-      {{"attack/password-change.security.evtx",
-        {"-pw"},
-        {{"4723 Attempt was made to change an account's password", 1}}},
-       {"attack/password-reset.security.evtx",
-        {"-pw"},
-        {{"4724 Attempt was made to reset an account's password", 1},
-         {"4738 A user account was changed", 1}}},
-       {"attack/user-created-deleted.evtx",
-        {"-creds"},
-        {{"4720 User acct was created", 1}, {"4726 User acct was deleted", 1}}},
-       {"attack/user-right-assigned.evtx",
-        {"-creds"},
-        {{"4704 User Right was assigned", 5}, {"4705 User Right was removed", 6}}},
-       {"attack/runas-logons.evtx",
-        {"-logon"},
-        {{"4624 logon/interactive", 2}, {"4648 logon/RunAs", 1}}},
-       {"attack/failed-logons.evtx", {"-logon"}, {{"4625 logon/failed", 16}}},
-       {"attack/computer-created.evtx", {"-creds"}, {{"4741 Computer acct was created", 1}}},
-       {"attack/failed-logons.evtx", {"-pw"}, {}},
-       {"attack/defender.evtx", {"-logon"}, {}},
-       {"win7/new-user-security.evtx", {"-creds"}, {{"4720 User acct was created", 1}}},
-       {"win7/System.evtx",
-        {"-startstop"},
-        {{"1 resume", 2}, {"12 startup", 6}, {"13 shutdown", 2}, {"42 sleep", 2}}},
-       {"win7/System.evtx", {"-time"}, {}}});
 }
 
 // Channels that no sample has: drivers, devices, partitions.

@@ -1,7 +1,4 @@
 // What a command makes of a legacy record: whether it selects it, and which columns it keeps.
-#include <sstream>
-
-#include "../run/program_run.h"
 #include "events/evt_fields.h"
 #include "evt_builder.h"
 #include "kept_records.h"
@@ -22,7 +19,9 @@ const evt_record_fields logon{.record_num = 5,
 // The records that commands keep of a legacy log, by rising time.
 struct kept_evt_records {
   kept_evt_records(std::span<const std::byte> log, const std::vector<ReportCommand>& commands) {
-    evt_selector selector(commands, container);
+    plan_cache plans;
+    keeping_sink keeping(commands, container, plans);
+    evt_selector selector(commands, keeping);
     walk_evt_log(log, selector);
     const auto found = container.in_time_order();
     records.assign(found.begin(), found.end());
@@ -186,7 +185,9 @@ TEST(evt_selection, first_command_takes_the_record) {
 TEST(evt_selection, shapes_are_shared) {
   record_container records;
   const std::vector<ReportCommand> commands{listing()};
-  evt_selector selector(commands, records);
+  plan_cache plans;
+  keeping_sink keeping(commands, records, plans);
+  evt_selector selector(commands, keeping);
   const auto log = evt_builder().add({.strings = {"a"}}).add({}).add({.strings = {"b"}});
   for (int round = 0; round < 2; ++round) {
     walk_evt_log(log.bytes(), selector);
@@ -234,42 +235,6 @@ TEST(evt_sweep, every_changed_byte_through_selection) {
       for (const LogRecord* record : kept.records) (void)columns_text(*record);
     }
   }
-}
-
-// The log of a workstation, which is no part of the tree. Its three records stand at 1151432,
-// 1850792 and 152 and were read from its bytes by eye.
-TEST(evt_real_log, lists_its_records_in_time_order) {
-  const std::string path = std::string(ZANVIK_SOURCE_DIR) + "/../shared/logs/legacy/SysEvent.Evt";
-  if (file_text(path).empty()) GTEST_SKIP() << "the folder of real logs is not there";
-  const auto run = run_zanvik({"-log", path, "-csv"});
-  EXPECT_EQ(run.status, 0);
-  const std::string tail = "," + path + "\n";
-  for (const std::string& row :
-       {std::string("4573,7035,2011-10-26, 07:48:00.000,info,WKS-WINXP32BIT,"
-                    "Google Update Service (gupdate),start,Service Control Manager,S-1-5-18"),
-        std::string("1253,40960,2011-07-24, 16:11:13.000,warn,WKS-WINXP32BIT,cifs/CONTROLLER,"
-                    "Kerberos,\"There are currently no logon servers available to service the "
-                    "logon request.; (0xc000005e)\",LSASRV"),
-        std::string("1573,40961,2011-07-30, 16:59:46.000,warn,WKS-WINXP32BIT,cifs/CONTROLLER,"
-                    "\"The system detected a possible attempt to compromise security. Please "
-                    "ensure that you can contact the server that authenticated you.; "
-                    "(0xc0000388)\",LSASRV")}) {
-    EXPECT_NE(run.out.find("\n" + row + tail), std::string::npos) << row;
-  }
-  // Rows begin with number, event ID, date and time: event IDs rise, and within one the times.
-  std::istringstream lines(run.out);
-  std::size_t count = 0;
-  std::pair<int, std::string> before;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.empty() || line[0] < '0' || line[0] > '9') continue;
-    const auto id = line.find(',') + 1;
-    const auto date = line.find(',', id) + 1;
-    std::pair<int, std::string> here{std::stoi(line.substr(id)), line.substr(date, 24)};
-    EXPECT_LE(before, here) << line;
-    before = std::move(here);
-    ++count;
-  }
-  EXPECT_EQ(count, 6500u);
 }
 
 }  // namespace

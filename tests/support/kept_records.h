@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "keep/keeping_sink.h"
 #include "log_builder.h"
 #include "select/evtx_selector.h"
 
@@ -24,7 +25,8 @@ inline std::string columns_text(const LogRecord& record) {
 struct kept_records {
   kept_records(std::span<const std::byte> log, const std::vector<ReportCommand>& commands,
                bool inc_slack = false) {
-    evtx_selector selector(commands, container, plans);
+    keeping_sink keeping(commands, container, plans);
+    evtx_selector selector(commands, keeping);
     const output_format format;
     record_reader reader(format);
     walk_settings settings;

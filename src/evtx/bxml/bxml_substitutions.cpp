@@ -63,7 +63,8 @@ bool bxml_decode::write_slot(slot_entry& slot, bool optional) {
     return true;
   }
   if (!text_) return true;
-  const raw_value value = raw_value_at(bytes_, slot.offset, slot.type, slot.size);
+  raw_value value = raw_value_at(bytes_, slot.offset, slot.type, slot.size);
+  value.full_sid = chunk_.full_sids;
   if (!spend(value_source_bytes(value) + slot.text.size())) return false;
   if (start_tag_open_) text_->push_back('"');
   const std::size_t before = text_->size();

@@ -66,6 +66,7 @@ struct chunk_view {
   std::uint64_t bound = 0;
   std::uint64_t file_offset = 0;  // of the chunk
   work_budget* budget = nullptr;  // never null while records are decoded
+  bool full_sids = false;         // how its SIDs show, see reader_options
 };
 
 }  // namespace zanvik

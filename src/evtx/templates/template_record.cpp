@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "evtx/record_time.h"
+
 namespace zanvik {
 namespace {
 
@@ -84,6 +86,7 @@ void flatten_content(template_content&& content, std::vector<record_slot>& slots
     layout.fields.push_back({name, value.type, std::move(value.text)});
   }
   layout.event_id_slot = static_cast<std::int32_t>(find_slot(layout, "EventID"));
+  layout.time_slot = static_cast<std::int32_t>(find_time_slot(layout));
 }
 
 }  // namespace zanvik

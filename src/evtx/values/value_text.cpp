@@ -155,6 +155,37 @@ char* write_sid(char* out, const raw_value& value) {
   return out;
 }
 
+// The SID as Windows shows it. Nothing when its sub-authorities do not lie within the value: they
+// also bound the text, 11 characters for 4 bytes.
+char* write_full_sid(char* out, const raw_value& value) {
+  constexpr std::size_t head_bytes = 8;  // revision, count, authority
+  const auto bytes = value_bytes(value);
+  if (bytes.size() < head_bytes) return out;
+  const auto byte = [bytes](std::size_t i) { return static_cast<unsigned>(bytes[i]); };
+  const std::size_t count = byte(1);
+  if (count > (bytes.size() - head_bytes) / 4) return out;
+  std::uint64_t authority = 0;
+  for (std::size_t i = 2; i < head_bytes; ++i) authority = authority << 8 | byte(i);
+  *out++ = 'S';
+  *out++ = '-';
+  out = std::to_chars(out, out + 3, byte(0)).ptr;
+  *out++ = '-';
+  if (authority >> 32 != 0) {
+    *out++ = '0';
+    *out++ = 'x';
+    out = write_hex(out, authority, 12);
+  } else {
+    out = std::to_chars(out, out + 10, authority).ptr;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    std::uint32_t sub_authority;
+    std::memcpy(&sub_authority, bytes.data() + head_bytes + 4 * i, sizeof(sub_authority));
+    *out++ = '-';
+    out = std::to_chars(out, out + 10, sub_authority).ptr;
+  }
+  return out;
+}
+
 char* write_text(char* out, std::string_view text) {
   std::memcpy(out, text.data(), text.size());
   return out + text.size();
@@ -207,7 +238,7 @@ char* write_plain(char* out, const raw_value& value, value_form form, filetime_w
     case value_type::system_time:
       return write_system_time(out, value);
     case value_type::sid:
-      return write_sid(out, value);
+      return value.full_sid ? write_full_sid(out, value) : write_sid(out, value);
     case value_type::hex32:
     case value_type::handle:
       return write_hex_number<std::uint32_t>(out, value);

@@ -61,13 +61,14 @@ struct raw_value {
   std::size_t readable = 0;
   std::uint16_t type = 0;
   std::uint16_t size = 0;
+  bool full_sid = false;  // a SID shows whole, whatever its length
 };
 
 // The value of `size` bytes at chunk offset `offset`; what lies past the end is not readable.
 inline raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, std::uint16_t type,
                               std::uint16_t size) {
   const std::size_t at = offset < chunk.size() ? static_cast<std::size_t>(offset) : chunk.size();
-  return {chunk.bytes().data() + at, chunk.size() - at, type, size};
+  return {chunk.bytes().data() + at, chunk.size() - at, type, size, false};
 }
 
 // How a value is shown.

@@ -1,6 +1,6 @@
 // Writes the rows of one table of records, the fast way: what depends on the shape of a record
 // only is in its plan (row_plan.h), what seldom changes is kept as text, and the values are copied
-// from the record's block. Tests hold it against the plain engine.
+// from the record's block. Tests hold it against the plain way.
 //
 // It refers to all it is made from, which must outlive it; nothing is allocated per record.
 #pragma once

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "output/prefetch.h"
-#include "output/tables/table_engine.h"
+#include "output/tables/table_columns.h"
 
 namespace zanvik {
 namespace {

@@ -147,9 +147,8 @@ class column_list {
  public:
   column_list(std::vector<table_column>& columns, bool padded)
       : columns_(columns), padded_(padded) {}
-  void add(std::string_view name, std::size_t width, std::uint32_t flags = 0,
-           std::uint16_t kind = cell_plain) {
-    add_column(columns_, name, padded_ ? width : 0, kind, flags);
+  void add(std::string_view name, std::size_t width, bool centred = false, bool is_time = false) {
+    columns_.push_back({std::string(name), padded_ ? width : 0, centred, is_time});
   }
 
  private:
@@ -164,21 +163,21 @@ void add_time_columns(column_list& list, const output_format& format) {
     list.add("Date [UTC]", date + time + 1);
   } else {
     list.add("Date", date);
-    list.add("Time-UTC", time, 0, cell_time_column);
+    list.add("Time-UTC", time, false, true);
   }
 }
 
 void add_columns(table_layout& layout, const survey& found, const output_format& format,
                  const write_context& context) {
   column_list list(layout.columns, !format.no_whitespace);
-  list.add("Record#", 10, column_centred);
-  list.add("EventID", 10, column_centred);
+  list.add("Record#", 10, true);
+  list.add("EventID", 10, true);
   add_time_columns(list, format);
   if (context.show_offsets) list.add("rec offset", 10);
   if (context.inc_slack) list.add("del", 3);
   list.add("Level (translated)", 18);
   if (layout.has_description) {
-    list.add("name", std::max<std::size_t>(found.description_width, 4), column_centred);
+    list.add("name", std::max<std::size_t>(found.description_width, 4), true);
   }
   if (layout.has_provider) list.add("Provider Name", found.provider_width);
   layout.first_field = layout.columns.size();
@@ -189,7 +188,7 @@ void add_columns(table_layout& layout, const survey& found, const output_format&
     padding += width;
     list.add(field.name, padding <= limits::table_padding ? width : 0);
   }
-  list.add("event log", 11, column_centred);
+  list.add("event log", 11, true);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@
 
 #include "events/log_record.h"
 #include "options/output_format.h"
-#include "output/tables/table_engine.h"
+#include "output/tables/table_columns.h"
 #include "output/write_context.h"
 
 namespace zanvik {

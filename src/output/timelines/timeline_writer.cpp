@@ -15,7 +15,7 @@
 #include "output/row_buffer.h"
 #include "output/short_copy.h"
 #include "output/timelines/timeline_fields.h"
-#include "output/timelines/timeline_fill.h"
+#include "output/timelines/timeline_text.h"
 
 namespace zanvik {
 namespace {
@@ -139,11 +139,9 @@ void timeline_writer::renew_log(const LogRecord& record) {
   log_path_ = record.extra_text;
   std::string path = apply_alias(format_, *log_path_);
   clean(path, style_);
-  timeline_row row;
-  row.base16 = format_.base16;
-  set_row_inode(row, context_.log_reserved);
+  const std::string inode = inode_text(context_.log_reserved, format_.base16);
   const std::string& separator = format_.csv_separator;
-  log_part_ = separator + "2" + separator + path + separator + row.inode + separator;
+  log_part_ = separator + "2" + separator + path + separator + inode + separator;
 }
 
 char* timeline_writer::put_time(char* at, std::uint64_t filetime) {

@@ -5,7 +5,7 @@
 //
 // What depends on the shape of a record only is in a plan (timeline_fields.h), what goes with its
 // provider and its log is kept as text, and values are copied from the record's block: nothing is
-// allocated per record unless a value holds a line end. timeline_fill.h has the plain way, which
+// allocated per record unless a value holds a line end. tests/reference/ has the plain way, which
 // gives the same bytes.
 #pragma once
 

@@ -1,0 +1,25 @@
+// Tables and timelines of records by the plain way, cell by cell: what tests and fuzz targets hold
+// the writers of src/output/ against. Slow, short to read, and with little in common with the fast
+// way but the texts of single cells. The same records, options and context give the same bytes.
+#pragma once
+
+#include <ostream>
+#include <span>
+
+#include "events/log_record.h"
+#include "options/output_format.h"
+#include "output/write_context.h"
+
+namespace zanvik {
+
+// One table for each event ID and provider, an empty line between them. `records` are in time
+// order.
+void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> records,
+                        output_format& format, const write_context& context);
+
+// A line for each record, in the form that `format` asks for (the body file if it asks for both),
+// and the header if its flag is on, which the first record clears.
+void write_plain_timeline(std::ostream& out, std::span<const LogRecord* const> records,
+                          output_format& format, const write_context& context);
+
+}  // namespace zanvik
