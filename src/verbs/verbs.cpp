@@ -5,6 +5,9 @@ namespace zanvik {
 std::span<const verb> verbs() {
   static constexpr verb all[] = {
       {"export", "whole events, in forms that other tools read", run_export},
+#ifdef ZANVIK_SIGMA
+      {"hunt", "events that Sigma rules match", run_hunt},
+#endif
   };
   return all;
 }

@@ -15,6 +15,7 @@ enum verb_status {
   verb_done = 0,
   verb_problems = 1,     // something that was asked for could not be read or written
   verb_bad_command = 2,  // wrong options; nothing was done
+  verb_matches = 3,      // of hunt: rules matched
 };
 
 struct verb {
@@ -29,5 +30,8 @@ std::span<const verb> verbs();
 std::optional<int> run_verb(int argc, char** argv);
 
 int run_export(int argc, char** argv);
+#ifdef ZANVIK_SIGMA
+int run_hunt(int argc, char** argv);
+#endif
 
 }  // namespace zanvik

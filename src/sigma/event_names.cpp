@@ -1,0 +1,62 @@
+#include "sigma/event_names.h"
+
+#include <string>
+
+#include "base/text.h"
+
+namespace zanvik::sigma {
+namespace {
+
+// Names that the texts on rules use for members of System.
+constexpr std::pair<std::string_view, std::string_view> other_names[] = {
+    {"ComputerName", "Computer"},
+    {"EventLog", "Channel"},
+};
+
+// "System/Provider@Name" -> "Provider_Name"; empty for what is no attribute.
+std::string attribute_name(std::string_view path) {
+  const std::size_t at = path.rfind('@');
+  if (at == std::string_view::npos) return {};
+  const std::size_t slash = path.rfind('/', at);
+  std::string out(path.substr(slash == std::string_view::npos ? 0 : slash + 1));
+  replace_char(out, '@', '_', false);
+  return out;
+}
+
+std::vector<std::string> names_of(const event_field& field) {
+  std::vector<std::string> out;
+  const std::string attribute = attribute_name(field.path);
+  if (!attribute.empty()) out.push_back(attribute);
+  // An attribute of System goes by both names only: "Name" alone could be anybody's.
+  if (attribute.empty() || field.group != field_group::system) out.push_back(field.name);
+  if (field.group == field_group::data && field.name.empty()) out.back() = "Data";
+  for (std::string& name : out) remove_char(name, ' ');
+  return out;
+}
+
+}  // namespace
+
+std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_view name) {
+  std::vector<std::uint32_t> exact, other_case;
+  for (std::uint32_t i = 0; i < shape.fields.size(); ++i) {
+    if (name.empty()) {
+      exact.push_back(i);
+      continue;
+    }
+    bool is_exact = false, is_other = false;
+    for (const std::string& known : names_of(shape.fields[i])) {
+      is_exact |= known == name;
+      is_other |= equal_nocase(known, name);
+    }
+    if (is_exact) exact.push_back(i);
+    if (is_other) other_case.push_back(i);
+  }
+  if (!exact.empty()) return exact;
+  if (!other_case.empty()) return other_case;
+  for (const auto& [called, member] : other_names) {
+    if (called == name) return fields_of_name(shape, member);
+  }
+  return {};
+}
+
+}  // namespace zanvik::sigma

@@ -1,0 +1,19 @@
+// The names by which rules call the fields of an event.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "events/event_view.h"
+
+namespace zanvik::sigma {
+
+// The fields of the shape that a rule means by `name`, in their order; all of them if it is empty.
+// A datum goes by its name, an element by its own, an attribute by element and attribute with `_`
+// between (`Provider_Name`) and below UserData by its own name, too; unnamed data are `Data`.
+// Blanks in names do not count. A name in another case is taken only where no field has it as it
+// stands.
+std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_view name);
+
+}  // namespace zanvik::sigma

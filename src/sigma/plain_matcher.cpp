@@ -1,0 +1,39 @@
+#include "sigma/plain_matcher.h"
+
+#include <algorithm>
+
+namespace zanvik::sigma {
+namespace {
+
+bool passes(const field_test& test, const event_source& source, const event_fields& event,
+            test_scratch& scratch) {
+  static const field_values none;
+  const field_values& other =
+      test.what == field_test::kind::field ? event.values(source.field_name(test.other)) : none;
+  return field_passes(test, event.values(source.field_name(test.field)), other, scratch);
+}
+
+template <typename List, typename Value>
+bool empty_or_has(const List& list, const Value& value) {
+  return list.empty() || std::find(list.begin(), list.end(), value) != list.end();
+}
+
+}  // namespace
+
+bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
+              std::uint32_t event_id) {
+  return empty_or_has(source.channels, channel) && empty_or_has(source.providers, provider) &&
+         empty_or_has(source.event_ids, event_id);
+}
+
+bool plain_match(const rule& detection, const event_source& source, const event_fields& event,
+                 test_scratch& scratch) {
+  for (const field_test& test : source.where) {
+    if (!passes(test, source, event, scratch)) return false;
+  }
+  return evaluate(detection.condition, [&](std::size_t test) {
+    return passes(detection.tests[test], source, event, scratch);
+  });
+}
+
+}  // namespace zanvik::sigma

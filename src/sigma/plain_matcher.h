@@ -1,0 +1,29 @@
+// The plain way to match rules: each rule, each field, one after the other. Tests hold the compiled
+// matcher (group_matcher.h) against it.
+#pragma once
+
+#include <string_view>
+
+#include "sigma/log_sources.h"
+
+namespace zanvik::sigma {
+
+// An event as the plain matcher asks for it.
+class event_fields {
+ public:
+  virtual ~event_fields() = default;
+  // The values of the field that rules call `name`; of all fields when it is empty. Valid as long
+  // as the event is.
+  virtual const field_values& values(std::string_view name) const = 0;
+};
+
+// Whether an event of this channel, provider (both folded) and ID is one that `source` stands for,
+// but for its `where`.
+bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
+              std::uint32_t event_id);
+
+// Whether a detection matches an event that `source` stands for.
+bool plain_match(const rule& detection, const event_source& source, const event_fields& event,
+                 test_scratch& scratch);
+
+}  // namespace zanvik::sigma

@@ -1,0 +1,62 @@
+// Regular expressions by PCRE2; the only file that knows the library.
+//
+// An expression comes from a rule and a text from a log, so both are hostile: the length of the
+// expression, the steps and the memory of a match are limited (sigma_limits.h), and a match that
+// reaches a limit says so instead of going on. Text is UTF-8; bytes that are none never match.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace zanvik::sigma {
+
+struct regex_flags {
+  bool any_case = false;     // `i`
+  bool multi_line = false;   // `m`: ^ and $ at line ends too
+  bool single_line = false;  // `s`: the dot takes line ends too
+};
+
+enum class regex_answer : unsigned char { no, yes, gave_up };
+
+// What matching writes to; one for each thread.
+class regex_scratch {
+ public:
+  regex_scratch();
+  ~regex_scratch();
+  regex_scratch(const regex_scratch&) = delete;
+  regex_scratch& operator=(const regex_scratch&) = delete;
+
+ private:
+  friend class regex;
+  struct parts;
+  std::unique_ptr<parts> parts_;
+};
+
+class regex {
+ public:
+  // Null, with `error` set, when the expression is none.
+  static std::shared_ptr<const regex> compile(std::string_view text, regex_flags flags,
+                                              std::string& error);
+  ~regex();
+  regex(const regex&) = delete;
+  regex& operator=(const regex&) = delete;
+
+  // Whether the expression matches anywhere in `text`.
+  regex_answer search(std::string_view text, regex_scratch& scratch) const;
+
+  const std::string& text() const { return text_; }
+  regex_flags flags() const { return flags_; }
+
+ private:
+  regex() = default;
+  void* code_ = nullptr;
+  std::string text_;
+  regex_flags flags_;
+};
+
+// A literal, folded (fold_case.h), that stands in the folded form of every text which the
+// expression matches; empty when none is found. What is not understood yields none.
+std::string literal_of_regex(std::string_view expression);
+
+}  // namespace zanvik::sigma

@@ -1,0 +1,119 @@
+#include "sigma/rule_matches.h"
+
+#include <algorithm>
+#include <array>
+
+#include "events/event_value.h"
+#include "sigma/fold_case.h"
+
+namespace zanvik::sigma {
+namespace {
+
+constexpr std::size_t logs_named = 3;
+
+// Rows of cells, each column as wide as its widest cell; the last one is not padded.
+class text_table {
+ public:
+  explicit text_table(std::vector<std::string> header) { add(std::move(header)); }
+
+  void add(std::vector<std::string> cells) {
+    widths_.resize(std::max(widths_.size(), cells.size()));
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+      clean(cells[i]);
+      widths_[i] = std::max(widths_[i], width(cells[i]));
+    }
+    rows_.push_back(std::move(cells));
+  }
+
+  void append(std::string& out) const {
+    for (const auto& cells : rows_) {
+      for (std::size_t i = 0; i < cells.size(); ++i) {
+        out += cells[i];
+        if (i + 1 < cells.size()) out.append(widths_[i] - width(cells[i]) + 2, ' ');
+      }
+      out += '\n';
+    }
+  }
+
+ private:
+  // Rules and paths are anybody's text; a terminal gets no control characters of theirs.
+  static void clean(std::string& text) {
+    for (char& c : text) {
+      if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
+    }
+  }
+
+  static std::size_t width(std::string_view text) {
+    std::size_t characters = 0;
+    for (std::size_t position = 0; position < text.size(); ++characters) {
+      next_code_point(text, position);
+    }
+    return characters;
+  }
+
+  std::vector<std::vector<std::string>> rows_;
+  std::vector<std::size_t> widths_;
+};
+
+std::string level_text(const rule& r) {
+  return r.level == rule_level::none ? "-" : std::string(level_names[static_cast<int>(r.level)]);
+}
+
+std::string or_dash(const std::string& text) { return text.empty() ? "-" : text; }
+
+}  // namespace
+
+std::string time_text(std::uint64_t filetime) {
+  std::array<char, 64> text{};
+  return {text.data(), write_iso_time(text.data(), filetime)};
+}
+
+void rule_matches::add(std::size_t rule, std::uint64_t filetime, const std::string& log) {
+  matches_of_rule& m = rules_[rule];
+  ++total_;
+  ++m.count;
+  m.first = std::min(m.first, filetime);
+  m.last = std::max(m.last, filetime);
+  // Logs come one behind the other.
+  if (m.logs == 0 || m.last_log != log) {
+    ++m.logs;
+    m.last_log = log;
+    if (m.named_logs.size() < logs_named) m.named_logs.push_back(log);
+  }
+}
+
+void rule_matches::append_table(std::string& out) const {
+  std::vector<std::size_t> order;
+  for (std::size_t i = 0; i < rules_.size(); ++i) {
+    if (rules_[i].count != 0) order.push_back(i);
+  }
+  if (order.empty()) return;
+  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    const rule &x = set_.rules[a].content, &y = set_.rules[b].content;
+    if (x.level != y.level) return x.level > y.level;
+    return x.title != y.title ? x.title < y.title : a < b;
+  });
+  text_table table({"level", "count", "first", "last", "rule", "id", "author", "logs"});
+  for (const std::size_t i : order) {
+    const rule& r = set_.rules[i].content;
+    const matches_of_rule& m = rules_[i];
+    std::string logs;
+    for (const std::string& log : m.named_logs) logs += (logs.empty() ? "" : ", ") + log;
+    if (m.logs > logs_named) logs += " and " + std::to_string(m.logs - logs_named) + " more";
+    table.add({level_text(r), std::to_string(m.count), time_text(m.first), time_text(m.last),
+               or_dash(r.title), or_dash(r.id), or_dash(r.author), logs});
+  }
+  table.append(out);
+}
+
+void append_rule_list(const rule_set& set, std::string& out) {
+  text_table table({"state", "level", "status", "rule", "file", "reason"});
+  for (const known_rule& known : set.rules) {
+    const rule& r = known.content;
+    table.add({std::string(name_of(known.state)), level_text(r), or_dash(r.status),
+               or_dash(r.title), r.file, or_dash(known.reason)});
+  }
+  table.append(out);
+}
+
+}  // namespace zanvik::sigma

@@ -1,0 +1,45 @@
+// What matched: for each rule how often, when and in which logs; and how people read it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sigma/rule_set.h"
+
+namespace zanvik::sigma {
+
+class rule_matches {
+ public:
+  explicit rule_matches(const rule_set& set) : set_(set), rules_(set.rules.size()) {}
+
+  // A match of the rule with that number: the event's time and log.
+  void add(std::size_t rule, std::uint64_t filetime, const std::string& log);
+  std::uint64_t total() const { return total_; }
+  std::uint64_t count_of(std::size_t rule) const { return rules_[rule].count; }
+
+  // A table of the rules that matched, by level and title.
+  void append_table(std::string& out) const;
+
+ private:
+  struct matches_of_rule {
+    std::uint64_t count = 0;
+    std::uint64_t first = UINT64_MAX, last = 0;  // FILETIME
+    std::uint64_t logs = 0;
+    std::vector<std::string> named_logs;  // the first few
+    std::string last_log;
+  };
+
+  const rule_set& set_;
+  std::vector<matches_of_rule> rules_;
+  std::uint64_t total_ = 0;
+};
+
+// Every rule with its state and what keeps it from running, one a line.
+void append_rule_list(const rule_set& set, std::string& out);
+
+// "2017-12-26T13:10:29.1368791Z"
+std::string time_text(std::uint64_t filetime);
+
+}  // namespace zanvik::sigma

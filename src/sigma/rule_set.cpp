@@ -1,0 +1,323 @@
+#include "sigma/rule_set.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <thread>
+
+#include "base/fileio.h"
+#include "sigma/fold_case.h"
+#include "sigma/sigma_limits.h"
+
+namespace zanvik::sigma {
+
+std::string_view name_of(rule_state state) {
+  switch (state) {
+    case rule_state::runs:
+      return "runs";
+    case rule_state::not_applicable:
+      return "not applicable";
+    case rule_state::unsupported:
+      return "not supported";
+    case rule_state::broken:
+      return "broken";
+    default:
+      return "not wanted";
+  }
+}
+
+std::size_t rule_set::running() const {
+  return static_cast<std::size_t>(std::count_if(rules.begin(), rules.end(), [](const auto& r) {
+    return r.state == rule_state::runs && r.content.what == rule::kind::detection;
+  }));
+}
+
+std::ptrdiff_t rule_set::find(const std::string& id_or_name) const {
+  const auto found = by_name.find(id_or_name);
+  return found == by_name.end() ? -1 : static_cast<std::ptrdiff_t>(found->second);
+}
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What one file yields, before rules meet one another.
+using file_rules = std::vector<rule>;
+
+// Stands for a file, or for the rest of one, that cannot be read.
+rule broken_file(const std::string& path, std::string problem, std::size_t line) {
+  rule out;
+  out.file = path;
+  out.problem = std::move(problem);
+  out.line = out.problem_line = line;
+  return out;
+}
+
+file_rules read_text(const std::string& path, const std::string& text,
+                     const placeholder_values& placeholders) {
+  file_rules out;
+  yaml_file file = read_yaml(text);
+  for (const yaml_node& document : file.documents) {
+    if (document.what == yaml_node::kind::null) continue;  // an empty document
+    out.push_back(read_rule(document, path, placeholders));
+  }
+  if (!file.error.empty()) out.push_back(broken_file(path, file.error, file.error_line));
+  return out;
+}
+
+file_rules read_file(const std::string& path, const placeholder_values& placeholders) {
+  uni::fileio file;
+  std::vector<std::byte> bytes;
+  std::string problem;
+  if (!file.open(path)) {
+    problem = "cannot be opened";
+  } else if (file.get_size() > limits::rule_file_bytes) {
+    problem = "is too large for a rule";
+  } else if (file.get_size() != 0 && !file.read(bytes, file.get_size(), 0)) {
+    problem = "cannot be read";
+  }
+  if (problem.empty()) {
+    return read_text(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
+                     placeholders);
+  }
+  return {broken_file(path, problem, 1)};
+}
+
+// The rule files below `path`, itself one if it is a file. False when there is nothing.
+bool list_files(const std::string& path, std::vector<std::string>& out) {
+  std::error_code error;
+  if (!fs::is_directory(path, error)) {
+    if (!fs::exists(path, error)) return false;
+    out.push_back(path);
+    return true;
+  }
+  std::vector<std::string> found;
+  for (fs::recursive_directory_iterator
+           it(path, fs::directory_options::skip_permission_denied, error),
+       end;
+       !error && it != end && found.size() < limits::rule_files; it.increment(error)) {
+    const auto extension = it->path().extension();
+    std::error_code ignored;
+    if ((extension == ".yml" || extension == ".yaml") && it->is_regular_file(ignored)) {
+      found.push_back(it->path().string());
+    }
+  }
+  std::sort(found.begin(), found.end());
+  out.insert(out.end(), found.begin(), found.end());
+  return true;
+}
+
+std::vector<file_rules> read_files(const std::vector<std::string>& files,
+                                   const placeholder_values& placeholders) {
+  std::vector<file_rules> out(files.size());
+  const std::size_t threads = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, 4);
+  const auto work = [&](std::size_t first) {
+    for (std::size_t i = first; i < files.size(); i += threads) {
+      out[i] = read_file(files[i], placeholders);
+    }
+  };
+  std::vector<std::thread> helpers;
+  if (files.size() > 64) {
+    for (std::size_t t = 1; t < threads; ++t) helpers.emplace_back(work, t);
+    work(0);
+  } else {
+    for (std::size_t t = 0; t < threads; ++t) work(t);
+  }
+  for (std::thread& helper : helpers) helper.join();
+  return out;
+}
+
+bool is_wanted(const rule& r, const rule_choice& choice) {
+  const auto has = [](const std::vector<std::string>& list, const std::string& value) {
+    return std::find(list.begin(), list.end(), value) != list.end();
+  };
+  if (r.level < choice.min_level || (!choice.statuses.empty() && !has(choice.statuses, r.status)) ||
+      (!r.id.empty() && has(choice.excluded_ids, r.id))) {
+    return false;
+  }
+  if (choice.tags.empty()) return true;
+  for (const std::string& wanted : choice.tags) {
+    text_pattern pattern = text_pattern::parse(wanted);
+    pattern.fold();
+    for (const std::string& tag : r.tags) {
+      if (pattern.matches(folded(tag))) return true;
+    }
+  }
+  return false;
+}
+
+void set_state(known_rule& known, rule_state state, std::string reason) {
+  known.state = state;
+  known.reason = std::move(reason);
+}
+
+void classify(known_rule& known, const rule_choice& choice, const log_source_table& sources) {
+  const rule& r = known.content;
+  if (!r.problem.empty()) {
+    set_state(known, r.unsupported ? rule_state::unsupported : rule_state::broken, r.problem);
+    return;
+  }
+  if (r.what != rule::kind::correlation) {
+    std::string reason;
+    known.events = sources.find(r.source, reason);
+    if (known.events.empty()) {
+      set_state(known, rule_state::not_applicable, reason);
+      return;
+    }
+  }
+  if (r.what != rule::kind::filter && !is_wanted(r, choice)) {
+    // Correlations may still stand on it.
+    known.reported = false;
+    set_state(known, rule_state::not_wanted, "left out by the options");
+  }
+}
+
+// Puts the filter into a rule: it suppresses what its condition matches.
+void apply_filter(const rule& filter, rule& target) {
+  const std::size_t first = target.tests.size();
+  target.tests.insert(target.tests.end(), filter.tests.begin(), filter.tests.end());
+  const auto moved = [first](const auto& self, expression e) -> expression {
+    if (e.what == expression::kind::test) e.test += first;
+    for (expression& part : e.parts) part = self(self, std::move(part));
+    return e;
+  };
+  std::vector<expression> parts;
+  parts.push_back(std::move(target.condition));
+  parts.push_back(expression::negate(moved(moved, filter.condition)));
+  target.condition = expression::join(expression::kind::all_of, std::move(parts));
+}
+
+bool source_fits(const rule_log_source& filter, const rule_log_source& rule_source) {
+  const auto fits = [](const std::string& wanted, const std::string& has) {
+    return wanted.empty() || wanted == has;
+  };
+  return fits(filter.category, rule_source.category) && fits(filter.product, rule_source.product) &&
+         fits(filter.service, rule_source.service);
+}
+
+void apply_filters(rule_set& set) {
+  for (known_rule& filter : set.rules) {
+    if (filter.content.what != rule::kind::filter || filter.state != rule_state::runs) continue;
+    for (const std::string& name : filter.content.rules) {
+      const std::ptrdiff_t target = set.find(name);
+      if (target < 0) {
+        filter.reason += (filter.reason.empty() ? "no rule " : ", no rule ") + name;
+        continue;
+      }
+      rule& content = set.rules[static_cast<std::size_t>(target)].content;
+      if (content.what == rule::kind::detection && content.problem.empty() &&
+          source_fits(filter.content.source, content.source)) {
+        apply_filter(filter.content, content);
+      }
+    }
+  }
+}
+
+// Whether all that a correlation stands on has been settled; what is missing ends it.
+bool is_ready(const rule_set& set, known_rule& known, const std::vector<bool>& settled) {
+  for (const std::string& name : known.content.correlation.rules) {
+    const std::ptrdiff_t found = set.find(name);
+    if (found < 0) {
+      set_state(known, rule_state::broken, "there is no rule '" + name + "'");
+      return true;
+    }
+    if (!settled[static_cast<std::size_t>(found)]) return false;
+    const known_rule& base = set.rules[static_cast<std::size_t>(found)];
+    if (base.state != rule_state::runs && base.state != rule_state::not_wanted) {
+      set_state(known, base.state, "rule '" + name + "' does not run");
+      return true;
+    }
+  }
+  return true;
+}
+
+// Settles correlations from below: those that stand on detections first. What is left then stands
+// on itself.
+void settle_correlations(rule_set& set) {
+  std::vector<bool> settled(set.rules.size());
+  for (std::size_t i = 0; i < set.rules.size(); ++i) {
+    settled[i] = set.rules[i].content.what != rule::kind::correlation ||
+                 !set.rules[i].content.problem.empty();
+  }
+  for (std::size_t depth = 0; depth < limits::correlation_depth; ++depth) {
+    std::vector<std::size_t> ready;
+    for (std::size_t i = 0; i < set.rules.size(); ++i) {
+      if (!settled[i] && is_ready(set, set.rules[i], settled)) ready.push_back(i);
+    }
+    for (const std::size_t i : ready) {
+      settled[i] = true;
+      set.correlation_order.push_back(i);
+    }
+  }
+  for (std::size_t i = 0; i < set.rules.size(); ++i) {
+    if (!settled[i])
+      set_state(set.rules[i], rule_state::broken, "correlations refer to themselves");
+  }
+}
+
+// Rules that serve a correlation only are not reported on their own.
+void mark_bases(rule_set& set) {
+  // From above, as a correlation may be there for another one's sake only.
+  for (auto i = set.correlation_order.rbegin(); i != set.correlation_order.rend(); ++i) {
+    const known_rule& known = set.rules[*i];
+    if (known.state != rule_state::runs) continue;
+    for (const std::string& name : known.content.correlation.rules) {
+      known_rule& base = set.rules[static_cast<std::size_t>(set.find(name))];
+      if (base.state == rule_state::not_wanted) {
+        set_state(base, rule_state::runs, "");
+      } else if (!known.content.correlation.generate) {
+        base.reported = false;
+      }
+    }
+  }
+}
+
+void settle(std::vector<file_rules>&& files, const rule_choice& choice,
+            const log_source_table& sources, rule_set& out) {
+  for (file_rules& file : files) {
+    for (rule& r : file) {
+      known_rule known;
+      known.content = std::move(r);
+      classify(known, choice, sources);
+      out.rules.push_back(std::move(known));
+    }
+  }
+  out.files += files.size();
+  for (std::size_t i = 0; i < out.rules.size(); ++i) {
+    const rule& r = out.rules[i].content;
+    // Of two rules with one ID, the first is meant.
+    if (!r.id.empty()) out.by_name.emplace(r.id, i);
+    if (!r.name.empty()) out.by_name.emplace(r.name, i);
+  }
+  apply_filters(out);
+  settle_correlations(out);
+  mark_bases(out);
+  for (const known_rule& known : out.rules) {
+    if (known.state != rule_state::broken) continue;
+    const std::size_t line = std::max<std::size_t>(
+        known.content.problem.empty() ? known.content.line : known.content.problem_line, 1);
+    out.messages.push_back(known.content.file + ":" + std::to_string(line) + ": " + known.reason);
+  }
+}
+
+}  // namespace
+
+std::string load_rules(const std::vector<std::string>& paths, const rule_choice& choice,
+                       const log_source_table& sources, rule_set& out) {
+  std::vector<std::string> files;
+  for (const std::string& path : paths) {
+    if (!list_files(path, files)) return "no such file or folder: " + path;
+  }
+  settle(read_files(files, choice.placeholders), choice, sources, out);
+  return {};
+}
+
+void load_rule_texts(const std::vector<std::pair<std::string, std::string>>& texts,
+                     const rule_choice& choice, const log_source_table& sources, rule_set& out) {
+  std::vector<file_rules> files;
+  for (const auto& [name, text] : texts) {
+    files.push_back(read_text(name, text, choice.placeholders));
+  }
+  settle(std::move(files), choice, sources, out);
+}
+
+}  // namespace zanvik::sigma

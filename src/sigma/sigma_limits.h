@@ -1,0 +1,51 @@
+// The limits that keep rules from taking a run down, each with the reason for its value. Rules are
+// input like logs: anybody may have written them. What goes over one makes the rule unusable, with
+// its reason in `hunt --list`.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zanvik::sigma::limits {
+
+// Bytes of one rule file; the largest public one has 400 KiB.
+inline constexpr std::size_t rule_file_bytes = 4 << 20;
+// Files below the folders of --rules; the public set has some 3,500 for all products.
+inline constexpr std::size_t rule_files = 100000;
+// Values of one file with the copies that aliases make; the largest public rule has 6,000.
+inline constexpr std::size_t yaml_nodes = 200000;
+// How deep a file may nest; rules nest 5 deep. What walks the tree is recursive.
+inline constexpr std::size_t yaml_depth = 32;
+// Keys of one map, which are looked up one after the other; the largest public rule has 40.
+inline constexpr std::size_t yaml_keys = 2000;
+// Brackets of a condition, which its parser walks recursively.
+inline constexpr std::size_t condition_depth = 64;
+// Steps of one rule's condition once names and patterns stand for what they name. `1 of them` over
+// many identifiers may stand often; public rules stay below 6,000.
+inline constexpr std::size_t rule_steps = 100000;
+// How many correlations may stand on one another.
+inline constexpr std::size_t correlation_depth = 16;
+// Texts that one value may become by dashes before an encoding, or by placeholders.
+inline constexpr std::size_t expanded_texts = 4096;
+// Steps of one regular expression on one value, as PCRE2 counts them. A sound expression takes a
+// few for each byte; one that goes back without end is given up, and the run says so.
+inline constexpr std::uint32_t regex_steps = 100000;
+// Memory that one match may take beyond its first, in KiB.
+inline constexpr std::uint32_t regex_heap_kib = 4096;
+// Length of one regular expression's text; what it may become when compiled goes by it.
+inline constexpr std::size_t regex_bytes = 16384;
+
+// How much of a literal is looked for together with all others; the rest of a longer one is looked
+// at where its start was found. Compiling takes half the time of all.
+inline constexpr std::size_t searched_literal_bytes = 16;
+
+// Kinds of events (channel, provider, ID) that are known at a time; a machine's logs have some
+// 2,000. More starts them anew.
+inline constexpr std::size_t kinds = 16384;
+// Of one shape: a template that leaves its event ID open is used for some dozens.
+inline constexpr std::size_t kinds_of_shape = 256;
+// Channels that are counted by name, and how long their names are kept.
+inline constexpr std::size_t counted_channels = 4096;
+inline constexpr std::size_t counted_channel_bytes = 256;
+
+}  // namespace zanvik::sigma::limits

@@ -1,0 +1,42 @@
+// YAML by yaml-cpp, read into a plain tree; the only file that knows the library.
+//
+// In: the text of a file of any origin. Out: one tree for each document. Bad input: documents up to
+// the broken one, and one line that says what is wrong and where. Aliases are copied, within a
+// limit on all nodes of a file, so that a small file cannot grow without end.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace zanvik::sigma {
+
+struct yaml_node {
+  enum class kind : unsigned char { null, text, list, map };
+  kind what = kind::null;
+  bool quoted = false;  // a text in quotes or of a block: never a number or a truth value
+  std::size_t line = 1;
+  std::string text;
+  std::vector<yaml_node> items;  // of a list; the values of a map, in the order of `keys`
+  std::vector<std::string> keys;
+
+  bool is_text() const { return what == kind::text; }
+  bool is_list() const { return what == kind::list; }
+  bool is_map() const { return what == kind::map; }
+  // The value of a key, or null when this is no map or has no such key.
+  const yaml_node* find(std::string_view key) const;
+  // The text of a key, empty when it has none.
+  std::string_view text_of(std::string_view key) const;
+};
+
+struct yaml_file {
+  std::vector<yaml_node> documents;
+  std::string error;  // empty when all could be read
+  std::size_t error_line = 0;
+};
+
+yaml_file read_yaml(const std::string& text);
+
+}  // namespace zanvik::sigma
