@@ -49,6 +49,10 @@ need_build_tools() {
   need cmake command -v cmake
   need ninja-build command -v ninja
   need libcli11-dev have_header CLI/CLI.hpp
+  need libyaml-cpp-dev have_header yaml-cpp/parser.h
+  need libpcre2-dev have_header pcre2.h
+  # Optional, and for some processors only.
+  if [[ $(uname -m) == x86_64 ]]; then need libhyperscan-dev have_header hs/hs.h; fi
 }
 
 # Installs what `need` found missing, as root or by sudo; says what is missing when it cannot.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 
 #include "events/event_value.h"
 #include "sigma/fold_case.h"
@@ -10,6 +11,13 @@ namespace zanvik::sigma {
 namespace {
 
 constexpr std::size_t logs_named = 3;
+
+// Rules, paths and values are anybody's text; a terminal gets no control characters of theirs.
+void clean(std::string& text) {
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
+  }
+}
 
 // Rows of cells, each column as wide as its widest cell; the last one is not padded.
 class text_table {
@@ -36,13 +44,6 @@ class text_table {
   }
 
  private:
-  // Rules and paths are anybody's text; a terminal gets no control characters of theirs.
-  static void clean(std::string& text) {
-    for (char& c : text) {
-      if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
-    }
-  }
-
   static std::size_t width(std::string_view text) {
     std::size_t characters = 0;
     for (std::size_t position = 0; position < text.size(); ++characters) {
@@ -114,6 +115,57 @@ void append_rule_list(const rule_set& set, std::string& out) {
                or_dash(r.title), r.file, or_dash(known.reason)});
   }
   table.append(out);
+}
+
+void append_details(const event_view& event, const rule& matched, std::string& out) {
+  std::string line = time_text(event.time()) + "  " + level_text(matched) + "  " +
+                     or_dash(matched.title) + "  (" + or_dash(matched.id) + ", " +
+                     or_dash(matched.author) + ")";
+  clean(line);
+  out += line + '\n';
+  std::string scratch;
+  line = event.source().path + ", record " + std::to_string(event.header().record_number);
+  for (const system_member member :
+       {system_member::channel, system_member::event_id, system_member::computer}) {
+    line += ", " + std::string(event.text(member, scratch));
+  }
+  clean(line);
+  out += "  " + line + '\n';
+  for (std::uint32_t i = 0; i < event.shape().fields.size(); ++i) {
+    const event_field& field = event.shape().fields[i];
+    if (field.group == field_group::system) continue;
+    line = field.name + ": " + std::string(event.text(static_cast<std::int32_t>(i), scratch));
+    clean(line);
+    out += "  " + line + '\n';
+  }
+  out += '\n';
+}
+
+void append_hunt_stats(const rule_set& set, std::size_t compiled, const rule_matches& matches,
+                       const hunt_counts& counts, std::string& out) {
+  std::map<std::string_view, std::size_t> states;
+  for (const known_rule& known : set.rules) ++states[name_of(known.state)];
+  text_table numbers({"files", std::to_string(set.files)});
+  numbers.add({"rules loaded", std::to_string(set.rules.size())});
+  for (const auto& [state, count] : states) {
+    numbers.add({"rules: " + std::string(state), std::to_string(count)});
+  }
+  numbers.add({"rules compiled", std::to_string(compiled)});
+  numbers.add({"literals by", literal_engine_name()});
+  numbers.add({"events", std::to_string(counts.events)});
+  numbers.add({"matches", std::to_string(matches.total())});
+  numbers.append(out);
+  text_table by_rule({"matches", "rule"});
+  for (std::size_t i = 0; i < set.rules.size(); ++i) {
+    const std::uint64_t count = matches.count_of(i);
+    if (count != 0) by_rule.add({std::to_string(count), set.rules[i].content.title});
+  }
+  if (matches.total() != 0) by_rule.append(out);
+  text_table channels({"events", "channel that no rule concerned"});
+  for (const auto& [channel, count] : counts.unconcerned) {
+    channels.add({std::to_string(count), or_dash(channel)});
+  }
+  if (!counts.unconcerned.empty()) channels.append(out);
 }
 
 }  // namespace zanvik::sigma

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sigma/rule_set.h"
+#include "sigma/hunter.h"
 
 namespace zanvik::sigma {
 
@@ -38,6 +38,13 @@ class rule_matches {
 
 // Every rule with its state and what keeps it from running, one a line.
 void append_rule_list(const rule_set& set, std::string& out);
+
+// An event that a rule matches, with its data, for people.
+void append_details(const event_view& event, const rule& matched, std::string& out);
+
+// What was loaded, compiled and matched, and which channels no rule concerned.
+void append_hunt_stats(const rule_set& set, std::size_t compiled, const rule_matches& matches,
+                       const hunt_counts& counts, std::string& out);
 
 // "2017-12-26T13:10:29.1368791Z"
 std::string time_text(std::uint64_t filetime);

@@ -12,6 +12,7 @@
 #include "sigma/rule_matches.h"
 #include "sigma/sigma.h"
 #include "source/log_events.h"
+#include "verbs/hunt_output.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
@@ -19,10 +20,13 @@ namespace {
 
 struct hunt_options {
   std::vector<std::string> paths, rules, placeholders;
-  std::string log_sources, min_level;
+  std::string log_sources, min_level, format, order;
   sigma::rule_choice choice;
   bool list = false;
   bool slack = false;
+  bool stats = false;
+  bool details = false;
+  form_options form;
 };
 
 class hunt_run {
@@ -39,15 +43,23 @@ class hunt_run {
     }
     sigma::compiled_rules rules(set_);
     sigma::rule_matches matches(set_);
+    if (!options_.format.empty()) {
+      lines_ = std::make_unique<match_output>(options_.format, options_.form, set_,
+                                              options_.order == "time", out_);
+      lines_->begin();
+    }
     sigma::hunter hunter(rules, [&](const event_view& event, std::span<const std::uint32_t> found) {
       for (const std::uint32_t rule : found) {
-        if (set_.rules[rule].reported) matches.add(rule, event.time(), event.source().path);
+        if (set_.rules[rule].reported) report(event, rule, matches);
       }
     });
     read_logs(hunter);
+    if (lines_ && !lines_->end()) problem("temporary file", "could not be used");
     std::string text;
-    matches.append_table(text);
+    if (!lines_) matches.append_table(text);
     out_.append(text);
+    tell_given_up(hunter.counts());
+    if (options_.stats) write_stats(rules, matches, hunter.counts());
     return finish(matches.total());
   }
 
@@ -55,6 +67,34 @@ class hunt_run {
   void problem(const std::string& path, const std::string& what) {
     std::fprintf(stderr, "zanvik: %s: %s\n", path.c_str(), what.c_str());
     status_ = verb_problems;
+  }
+
+  void report(const event_view& event, std::uint32_t rule, sigma::rule_matches& matches) {
+    matches.add(rule, event.time(), event.source().path);
+    if (lines_) {
+      lines_->write(event, rule);
+    } else if (options_.details) {
+      std::string text;
+      append_details(event, set_.rules[rule].content, text);
+      out_.append(text);
+    }
+  }
+
+  // Values on which a regular expression went on for too long do not match it; nobody should
+  // believe they were looked at.
+  void tell_given_up(const sigma::hunt_counts& counts) const {
+    for (const auto& [rule, values] : counts.gave_up) {
+      std::fprintf(stderr, "zanvik: %s: a regular expression reached its limit in %llu events\n",
+                   set_.rules[rule].content.file.c_str(), static_cast<unsigned long long>(values));
+    }
+  }
+
+  // To standard error, so that it never mixes with matches.
+  void write_stats(const sigma::compiled_rules& rules, const sigma::rule_matches& matches,
+                   const sigma::hunt_counts& counts) const {
+    std::string text;
+    append_hunt_stats(set_, rules.compiled(), matches, counts, text);
+    std::fwrite(text.data(), 1, text.size(), stderr);
   }
 
   bool read_rules() {
@@ -87,6 +127,7 @@ class hunt_run {
     };
     log_finder finder(
         [&](found_log& log) {
+          if (lines_) lines_->start_log(log.source);
           if (!reader.read(log)) problem(log.source.path, "a part could not be read");
         },
         on_problem);
@@ -102,6 +143,7 @@ class hunt_run {
   const hunt_options& options_;
   output_buffer out_;
   sigma::rule_set set_;
+  std::unique_ptr<match_output> lines_;
   int status_ = verb_done;
 };
 
@@ -134,6 +176,15 @@ int run_hunt(int argc, char** argv) {
   app.add_option("--tag", options.choice.tags, "rules with such a tag; * stands for anything")
       ->allow_extra_args(false);
   app.add_flag("--list", options.list, "all rules, and why some do not run; reads no log");
+  app.add_option("-f,--format", options.format, "the events themselves, a line each, in this form")
+      ->check(CLI::IsMember(match_formats()));
+  app.add_option("--order", options.order, "time: matches of all logs by time; needs --format")
+      ->check(CLI::IsMember({"time"}))
+      ->needs("--format");
+  app.add_flag("--details", options.details, "each event that matches, for people");
+  app.add_flag("--stats", options.stats, "what was loaded and what matched, on standard error");
+  app.add_flag("--raw-cells", options.form.raw_cells,
+               "csv: cells that look like formulas as they are");
   app.add_flag("--slack", options.slack, "records from free space too");
   try {
     app.parse(argc, argv);

@@ -1,0 +1,154 @@
+#include "verbs/hunt_output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+#include "export/escaped_text.h"
+#include "source/block_reader.h"
+
+namespace zanvik {
+namespace {
+
+constexpr std::array<std::string_view, 3> formats{"jsonl", "csv", "timesketch"};
+
+std::string json_text(std::string_view text) {
+  std::string out = "\"";
+  bool lossy = false;
+  append_escaped(out, text, escape_form::json, lossy);
+  return out + '"';
+}
+
+// The members of a rule, each name with `prefix` in front.
+std::string json_members(const sigma::rule& r, std::string_view prefix) {
+  std::string out;
+  const auto member = [&](std::string_view name, std::string_view json) {
+    out += out.empty() ? "\"" : ",\"";
+    out.append(prefix).append(name).append("\":").append(json);
+  };
+  std::string tags = "[";
+  for (const std::string& tag : r.tags) tags += (tags.size() > 1 ? "," : "") + json_text(tag);
+  member("id", json_text(r.id));
+  member("title", json_text(r.title));
+  member("level", json_text(sigma::level_names[static_cast<std::size_t>(r.level)]));
+  member("status", json_text(r.status));
+  member("tags", tags + "]");
+  member("author", json_text(r.author));
+  member("file", json_text(r.file));
+  return out;
+}
+
+// A cell of a table, which a spreadsheet must not take for a formula.
+void append_cell(std::string& out, std::string_view text, bool raw) {
+  const bool formula = !text.empty() && std::string_view("=+-@\t\r").find(text[0]) != text.npos;
+  out += ",\"";
+  if (formula && !raw) out += '\'';
+  for (const char c : text) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  out += '"';
+}
+
+std::string table_cells(const sigma::rule& r, bool raw) {
+  std::string out, tags;
+  for (const std::string& tag : r.tags) tags += (tags.empty() ? "" : "; ") + tag;
+  for (const std::string_view text :
+       {std::string_view(r.id), std::string_view(r.title),
+        sigma::level_names[static_cast<std::size_t>(r.level)], std::string_view(r.status),
+        std::string_view(tags), std::string_view(r.author), std::string_view(r.file)}) {
+    append_cell(out, text, raw);
+  }
+  return out;
+}
+
+constexpr std::string_view table_header =
+    ",rule_id,rule_title,rule_level,rule_status,rule_tags,rule_author,rule_file";
+
+// A file that goes with its descriptor; -1 when it cannot be made.
+int open_temporary() {
+  const char* const folder = std::getenv("TMPDIR");
+  std::string name = std::string(folder != nullptr ? folder : "/tmp") + "/zanvik-XXXXXX";
+  const int file = mkstemp(name.data());
+  if (file >= 0) unlink(name.c_str());
+  return file;
+}
+
+}  // namespace
+
+std::vector<std::string> match_formats() {
+  std::vector<std::string> out;
+  for (const form_name& known : form_names()) {
+    if (std::find(formats.begin(), formats.end(), known.name) != formats.end()) {
+      out.emplace_back(known.name);
+    }
+  }
+  return out;
+}
+
+match_output::match_output(std::string_view format, const form_options& options,
+                           const sigma::rule_set& set, bool in_time_order, output_buffer& out)
+    : set_(set), out_(out), is_table_(format == "csv") {
+  for (const form_name& known : form_names()) {
+    if (known.name == format) form_ = known.make(options);
+  }
+  for (const sigma::known_rule& known : set_.rules) {
+    const sigma::rule& r = known.content;
+    tails_.push_back(is_table_           ? table_cells(r, options.raw_cells)
+                     : format == "jsonl" ? ",\"rule\":{" + json_members(r, "") + "}}"
+                                         : "," + json_members(r, "rule_") + "}");
+  }
+  if (!in_time_order) return;
+  file_ = open_temporary();
+  if (file_ >= 0) waiting_ = std::make_unique<output_buffer>(file_);
+}
+
+match_output::~match_output() {
+  waiting_.reset();
+  if (file_ >= 0) close(file_);
+}
+
+void match_output::append_tail(output_buffer& out, std::string_view tail) const {
+  out.take_back('\n');
+  out.take_back(is_table_ ? '\r' : '}');
+  out.append(tail);
+  out.append(is_table_ ? "\r\n" : "\n");
+}
+
+void match_output::begin() {
+  form_->begin(out_);
+  if (is_table_) append_tail(out_, table_header);
+}
+
+void match_output::write(const event_view& event, std::uint32_t rule) {
+  output_buffer& out = waiting_ ? *waiting_ : out_;
+  form_->write(out, event);
+  append_tail(out, tails_[rule]);
+  if (!waiting_ || !waiting_->flush()) return;
+  const auto end = static_cast<std::uint64_t>(lseek(file_, 0, SEEK_CUR));
+  lines_.push_back({event.time(), written_, static_cast<std::uint32_t>(end - written_)});
+  written_ = end;
+}
+
+bool match_output::write_in_order() {
+  std::stable_sort(lines_.begin(), lines_.end(),
+                   [](const line& a, const line& b) { return a.time < b.time; });
+  std::vector<std::byte> text;
+  for (const line& l : lines_) {
+    text.resize(l.size);
+    if (read_fully(file_, text, l.offset) != static_cast<ssize_t>(l.size)) return false;
+    out_.append({reinterpret_cast<const char*>(text.data()), text.size()});
+  }
+  return true;
+}
+
+bool match_output::end() {
+  bool whole = true;
+  if (waiting_) whole = !waiting_->failed() && write_in_order();
+  form_->end(out_);
+  return whole;
+}
+
+}  // namespace zanvik
