@@ -4,6 +4,42 @@
 
 namespace zanvik {
 
+void find_event_id_slot(event_template& out) {
+  using kind = template_token_kind;
+  static constexpr std::string_view path[] = {"Event", "System", "EventID"};
+  std::size_t depth = 0;    // of open elements
+  std::size_t matched = 0;  // how many of them are the path
+  bool in_content = false;  // of the element itself
+  std::int32_t found = -1;
+  for (const template_token& token : out.tokens) {
+    switch (token.kind) {
+      case kind::open_element:
+        if (matched == depth && depth < 3 && out.text_of(token) == path[depth]) ++matched;
+        ++depth;
+        in_content = false;
+        break;
+      case kind::end_start_tag:
+        in_content = depth == 3 && matched == 3;
+        break;
+      case kind::end_element:
+        // The first EventID counts; another one, or a part beside it, makes it no longer alone.
+        --depth;
+        if (matched > depth) matched = depth;
+        in_content = false;
+        break;
+      case kind::slot:
+      case kind::text:
+        if (!in_content) break;
+        if (found != -1 || token.kind == kind::text) return;
+        found = token.slot;
+        break;
+      default:
+        break;
+    }
+  }
+  out.event_id_slot = found;
+}
+
 void template_writer::add(template_token_kind kind, std::string_view piece) {
   template_token token;
   token.kind = kind;

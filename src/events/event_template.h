@@ -38,7 +38,8 @@ struct event_template {
   bool once = false;     // made for one record or chunk: nothing learnt for it is worth keeping
   bool missing = false;  // stands in for a template that was not found
   bool cut = false;      // the binary XML broke off
-  std::uint32_t source_bytes = 0;  // of the binary XML
+  std::uint32_t source_bytes = 0;   // of the binary XML
+  std::int32_t event_id_slot = -1;  // the slot that alone is Event/System/EventID; -1 for none
   std::vector<template_token> tokens;
   std::string pool;
 
@@ -46,6 +47,9 @@ struct event_template {
     return std::string_view(pool).substr(token.text, token.text_bytes);
   }
 };
+
+// Sets `event_id_slot` from the tokens.
+void find_event_id_slot(event_template& out);
 
 // Builds a template token by token and keeps its nesting in order.
 class template_writer {

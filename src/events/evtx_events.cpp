@@ -44,6 +44,7 @@ void evtx_event_reader::on_slack_candidate(std::uint64_t offset, std::uint64_t) 
 
 void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
   const byte_cursor& bytes = chunk_.bytes;
+  if (event_ids_ && is_unwanted(offset + layout::record_header_bytes)) return;
   event_header header;
   header.record_number = bytes.at_or_zero<std::uint64_t>(offset + 8);
   header.written = bytes.at_or_zero<std::uint64_t>(offset + 16);
@@ -66,6 +67,27 @@ void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
   header.flags = flags;
   view_.assign(shape, slots_, header, *source_, bytes.bytes().data() + bytes.size());
   sink_.on_event(view_);
+}
+
+// Whether the event's id is at hand, in the one slot that holds it, and not asked for.
+bool evtx_event_reader::is_unwanted(std::uint64_t fragment) {
+  const byte_cursor& bytes = chunk_.bytes;
+  const auto head = nested_instance_at(chunk_, fragment);
+  if (!head || head->definition == fragment + head->length) return false;
+  const event_template* body = template_at(*head);
+  if (!body || body->event_id_slot < 0) return false;
+  const std::uint64_t table = fragment + head->length;
+  const std::uint32_t count = bytes.at_or_zero<std::uint32_t>(table);
+  const auto slot = static_cast<std::uint32_t>(body->event_id_slot);
+  if (slot >= count || count > limits::slots_per_event_table) return false;
+  std::uint64_t at = table + 4 + descriptor_bytes * std::uint64_t{count};
+  for (std::uint32_t i = 0; i < slot; ++i) {
+    at += bytes.at_or_zero<std::uint16_t>(table + 4 + descriptor_bytes * i);
+  }
+  const auto descriptor = bytes.at_or_zero<std::uint32_t>(table + 4 + descriptor_bytes * slot);
+  constexpr std::uint32_t two_bytes = value_type::uint16 << 16 | 2;
+  const auto id = bytes.at<std::uint16_t>(at);
+  return descriptor == two_bytes && id && !event_ids_->test(*id);
 }
 
 // Reads the template instance or the plain binary XML at `offset` and what is nested in it. Returns
@@ -200,6 +222,7 @@ const event_template* evtx_event_reader::known_template(std::uint64_t definition
   const std::uint64_t begin = definition + layout::definition_head_bytes;
   std::int64_t budget = limits::body_bytes_per_chunk;
   compile_fragment(chunk_, begin, begin + size, budget, *body);
+  find_event_id_slot(*body);
   body->id = 2 * std::uint64_t{id};  // those of missing templates are odd
   return body.get();
 }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -20,6 +21,8 @@
 
 namespace zanvik {
 
+using event_id_set = std::bitset<65536>;
+
 class evtx_event_reader : public chunk_visitor {
  public:
   // Both must outlive the reader.
@@ -29,6 +32,9 @@ class evtx_event_reader : public chunk_visitor {
 
   // The log that the next chunks are of; it must outlive its events.
   void set_source(const log_source& source) { source_ = &source; }
+
+  // Events whose id is plainly not among these are not handed on; null for all.
+  void take_event_ids(const event_id_set* ids) { event_ids_ = ids; }
 
   void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                    std::uint64_t file_offset) override;
@@ -44,6 +50,7 @@ class evtx_event_reader : public chunk_visitor {
   };
   using owned_template = std::unique_ptr<event_template>;
 
+  bool is_unwanted(std::uint64_t fragment);
   void read_event(std::uint64_t offset, std::uint32_t flags);
   std::uint16_t read_fragment(std::uint64_t offset, std::uint64_t end, unsigned depth,
                               std::uint32_t parent_slot);
@@ -61,6 +68,7 @@ class evtx_event_reader : public chunk_visitor {
 
   event_sink& sink_;
   const log_source* source_ = nullptr;
+  const event_id_set* event_ids_ = nullptr;
   work_budget budget_;
   std::int64_t expansion_ = 0;  // bytes of templates that the chunk's events may still be made of
   chunk_view chunk_;

@@ -75,12 +75,26 @@ char* write_xml_ascii(char* out, char32_t c, bool in_attribute, bool& lossy) {
   return write_utf8(out, replacement);
 }
 
+// A NUL is the one character that readers of CSV do not take.
+char* write_csv_ascii(char* out, char32_t c, bool& lossy) {
+  if (c == '"') return put(out, "\"\"");
+  if (c == 0) {
+    lossy = true;
+    c = replacement;
+  }
+  return write_utf8(out, c);
+}
+
 // Any one character.
 template <escape_form form>
 char* write_one(char* out, char32_t c, bool& lossy) {
   if constexpr (form == escape_form::json) {
     if (c < 0x80) return write_json_ascii(out, c);
-  } else if constexpr (form != escape_form::none) {
+  } else if constexpr (form == escape_form::json_line) {
+    if (c < 0x80) return write_json_ascii(out, c < 0x20 ? ' ' : c);
+  } else if constexpr (form == escape_form::csv) {
+    if (c < 0x80) return write_csv_ascii(out, c, lossy);
+  } else {
     if (c < 0x80) return write_xml_ascii(out, c, form == escape_form::xml_attribute, lossy);
     if (c == 0xfffe || c == 0xffff) {
       lossy = true;
@@ -97,13 +111,13 @@ constexpr std::ptrdiff_t vector_bytes = 32;  // of UTF-16
 template <escape_form form>
 __m128i special_bytes(__m128i bytes) {
   const auto is = [bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
-  if constexpr (form == escape_form::none) {
-    return _mm_or_si128(bytes, is(0));  // also what was beyond 0x7fff
+  if constexpr (form == escape_form::csv) {
+    return _mm_or_si128(bytes, _mm_or_si128(is(0), is('"')));  // 0: also units beyond 0x7fff
   } else {
     const __m128i control =
         _mm_cmpeq_epi8(_mm_max_epu8(bytes, _mm_set1_epi8(0x1f)), _mm_set1_epi8(0x1f));
     const __m128i odd = _mm_or_si128(bytes, control);
-    if constexpr (form == escape_form::json) {
+    if constexpr (form == escape_form::json || form == escape_form::json_line) {
       return _mm_or_si128(odd, _mm_or_si128(is('"'), is('\\')));
     } else {
       const __m128i brackets = _mm_or_si128(is('<'), is('>'));
@@ -219,7 +233,8 @@ char* write_escaped_utf8(char* out, std::string_view text, bool& lossy) {
 ZANVIK_ESCAPES(escape_form::json)
 ZANVIK_ESCAPES(escape_form::xml_text)
 ZANVIK_ESCAPES(escape_form::xml_attribute)
-ZANVIK_ESCAPES(escape_form::none)
+ZANVIK_ESCAPES(escape_form::json_line)
+ZANVIK_ESCAPES(escape_form::csv)
 #undef ZANVIK_ESCAPES
 
 void append_escaped(std::string& out, std::string_view text, escape_form form, bool& lossy) {
@@ -237,8 +252,11 @@ void append_escaped(std::string& out, std::string_view text, escape_form form, b
     case escape_form::xml_attribute:
       end = write_escaped_utf8<escape_form::xml_attribute>(begin, text, lossy);
       break;
-    case escape_form::none:
-      end = write_escaped_utf8<escape_form::none>(begin, text, lossy);
+    case escape_form::json_line:
+      end = write_escaped_utf8<escape_form::json_line>(begin, text, lossy);
+      break;
+    case escape_form::csv:
+      end = write_escaped_utf8<escape_form::csv>(begin, text, lossy);
       break;
   }
   out.resize(static_cast<std::size_t>(end - out.data()));

@@ -16,7 +16,8 @@ enum class escape_form {
   json,           // between the quotes of a JSON string
   xml_text,       // content of an element
   xml_attribute,  // between double quotes
-  none,           // text as it is; line breaks and all
+  json_line,      // the same as `json`, with a blank for each control character
+  csv,            // between the quotes of a cell
 };
 
 inline constexpr std::size_t escaped_bound(std::size_t bytes) { return 6 * bytes + 32; }

@@ -42,5 +42,8 @@ std::span<const form_name> form_names();
 
 std::unique_ptr<event_form> make_json_form(const form_options&);
 std::unique_ptr<event_form> make_xml_form(const form_options&);
+std::unique_ptr<event_form> make_csv_form(const form_options&);
+std::unique_ptr<event_form> make_timesketch_form(const form_options&);
+std::unique_ptr<event_form> make_elastic_form(const form_options&);
 
 }  // namespace zanvik

@@ -6,8 +6,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "events/event_view.h"
@@ -17,20 +19,31 @@
 namespace zanvik {
 
 enum class gap : std::uint8_t {
-  none,           // constant text alone
-  json_value,     // with its type: 12, "text", true, null, ["a","b"]
-  json_datum,     // the same, and an array of one item is that item
-  json_items,     // the same for each item of an array, each with a comma behind it
-  json_list_end,  // takes back a comma; no slot
-  json_text,      // its text, inside quotes that are there
-  xml_content,    // its text
-  xml_element,    // all that an element holds: `>` and its text and the end tag, or `/>`
-  xml_repeated,   // an element for each item of an array
-  xml_attribute,  // its text, inside quotes that are there
+  none,             // constant text alone
+  json_value,       // with its type: 12, "text", true, null, ["a","b"]
+  json_datum,       // the same, and an array of one item is that item
+  json_items,       // the same for each item of an array, each with a comma behind it
+  json_list_end,    // takes back a comma; no slot
+  json_text,        // its text, inside quotes that are there
+  json_line,        // the same in one line
+  json_number,      // a whole or broken number, else null
+  json_text_items,  // its text, or the text of each item, in quotes and with a comma behind
+  xml_content,      // its text
+  xml_element,      // all that an element holds: `>` and its text and the end tag, or `/>`
+  xml_repeated,     // an element for each item of an array
+  xml_attribute,    // its text, inside quotes that are there
+  csv_start,        // the quote that begins a cell, a `'` if the text would be a formula, the text
+  csv_text,         // its text, inside quotes that are there
+  level_name,       // "error"
+  keyword_names,    // "Audit Success", and so on, in quotes and with commas between
   // Of the event, not of a slot:
   record_number,
   file_offset,
-  written,        // ISO time
+  written,      // ISO time
+  time,         // the event's own time, the same way
+  time_offset,  // with six digits and +00:00
+  unix_microseconds,
+  xml_string,     // the event's XML inside JSON quotes; the program is in `set_xml`
   log_path,       // as the form has prepared it (form_context)
   json_oddities,  // ,"slack":true and so on
   xml_oddities,   // the same as attributes, as far as they are known before the event
@@ -59,6 +72,8 @@ class form_program {
   // What was built holds for the event at hand alone.
   void set_once() { once_ = true; }
   bool once() const { return once_; }
+  // What the gap xml_string writes.
+  void set_xml(std::shared_ptr<const form_program> xml) { xml_ = std::move(xml); }
   void set_lossy(bool lossy) { lossy_ = lossy_ || lossy; }
   void finish() { add(gap::none); }
 
@@ -72,6 +87,7 @@ class form_program {
   std::string pending_;
   bool lossy_ = false;
   bool once_ = false;
+  std::shared_ptr<const form_program> xml_;
 };
 
 // The programs of one form, by shape.

@@ -14,6 +14,8 @@ output_buffer::output_buffer(int descriptor)
       at_(begin_.get()),
       end_(begin_.get() + buffer_bytes) {}
 
+output_buffer::output_buffer(std::string& text) : output_buffer(-1) { text_ = &text; }
+
 void output_buffer::append(std::string_view text) {
   while (!text.empty()) {
     const std::size_t piece = text.size() < most_room ? text.size() : most_room;
@@ -38,6 +40,10 @@ void output_buffer::flush_all_but_one() {
 }
 
 void output_buffer::write_out(const char* text, std::size_t bytes) {
+  if (text_) {
+    text_->append(text, bytes);
+    return;
+  }
   while (bytes != 0 && error_ == 0) {
     const ssize_t written = ::write(descriptor_, text, bytes);
     if (written >= 0) {

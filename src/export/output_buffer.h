@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace zanvik {
@@ -14,6 +15,8 @@ namespace zanvik {
 class output_buffer {
  public:
   explicit output_buffer(int descriptor);
+  // Appends to `text` instead.
+  explicit output_buffer(std::string& text);
   output_buffer(const output_buffer&) = delete;
   output_buffer& operator=(const output_buffer&) = delete;
 
@@ -43,7 +46,8 @@ class output_buffer {
 
   static constexpr std::size_t buffer_bytes = 1 << 20;
 
-  int descriptor_;
+  int descriptor_ = -1;
+  std::string* text_ = nullptr;
   int error_ = 0;
   std::unique_ptr<char[]> begin_;
   char* at_;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/digits.h"
+
 namespace zanvik {
 
 template <escape_form form>
@@ -87,7 +89,8 @@ bool value_sink::text(const event_value& value) {
 template bool value_sink::text<escape_form::json>(const event_value&);
 template bool value_sink::text<escape_form::xml_text>(const event_value&);
 template bool value_sink::text<escape_form::xml_attribute>(const event_value&);
-template bool value_sink::text<escape_form::none>(const event_value&);
+template bool value_sink::text<escape_form::json_line>(const event_value&);
+template bool value_sink::text<escape_form::csv>(const event_value&);
 
 void value_sink::json_value(const event_value& value) {
   switch (class_of(value)) {
@@ -125,6 +128,75 @@ void value_sink::json_items(const event_value& value) {
   while (next_item(rest, item)) {
     json_value(item);
     put(',');
+  }
+}
+
+void value_sink::json_number(const event_value& value) {
+  std::uint64_t number = 0;
+  if (class_of(value) == value_class::number) {
+    plain(value);
+  } else if (as_unsigned(value, number)) {
+    char* at = out_.room(24);
+    out_.commit(write_decimal(at, number));
+  } else {
+    out_.append("null");
+  }
+}
+
+void value_sink::json_text_items(const event_value& value) {
+  event_value rest = value;
+  event_value item = value;
+  for (bool more = !value.is_array() || next_item(rest, item); more;
+       more = value.is_array() && next_item(rest, item)) {
+    put('"');
+    text<escape_form::json>(item);
+    out_.append("\",");
+  }
+}
+
+void value_sink::csv_cell_start(const event_value& value) {
+  // The first character tells, and there is nothing in the way of the text by then.
+  char* const at = out_.room(8);
+  *at = '"';
+  out_.commit(at + 1);
+  switch (first_character(value)) {
+    case '=':
+    case '+':
+    case '-':
+    case '@':
+    case '\t':
+    case '\r':
+      put('\'');
+      break;
+    default:
+      break;
+  }
+  text<escape_form::csv>(value);
+}
+
+char value_sink::first_character(const event_value& value) {
+  event_value item = value;
+  if (value.is_array()) {
+    event_value rest = value;
+    if (!next_item(rest, item)) return 0;
+  }
+  switch (class_of(item)) {
+    case value_class::utf16:
+    case value_class::ansi: {
+      const auto bytes = text_bytes(item);
+      const bool ascii =
+          item.type == value_type::ansi || (bytes.size() > 1 && bytes[1] == std::byte{0});
+      return bytes.empty() || !ascii ? '\0' : static_cast<char>(bytes[0]);
+    }
+    case value_class::utf8:
+      return item.size == 0 ? '\0' : static_cast<char>(item.data[0]);
+    case value_class::number: {
+      char digits[plain_number_bound];
+      write_plain_value(digits, item);
+      return digits[0];
+    }
+    default:
+      return 0;
   }
 }
 

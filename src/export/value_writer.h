@@ -20,6 +20,9 @@ class value_sink {
   void json_value(const event_value& value);
   void json_datum(const event_value& value);
   void json_items(const event_value& value);
+  void json_number(const event_value& value);
+  void json_text_items(const event_value& value);
+  void csv_cell_start(const event_value& value);
   void xml_element(const event_value& value, std::string_view close);
   void xml_repeated(const event_value& value, std::string_view open, std::string_view close);
 
@@ -38,6 +41,9 @@ class value_sink {
   template <escape_form form>
   bool array_text(const event_value& value);
   bool plain(const event_value& value);
+  // The first character of the text if that is ASCII, else 0.
+  static char first_character(const event_value& value);
+  static constexpr std::size_t plain_number_bound = 96;
   void put(char c) {
     char* at = out_.room(1);
     *at = c;

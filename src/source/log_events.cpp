@@ -43,7 +43,7 @@ bool log_event_reader::read_evtx(const found_log& log) {
                      [&](std::span<std::byte> block, std::uint64_t offset) {
                        const std::uint64_t skip = first_chunk(block);
                        walk_evtx_block(block.subspan(skip), offset + skip, evtx_, settings);
-                       if (on_progress) on_progress(offset + block.size(), log.size);
+                       if (on_progress) on_progress(offset + block.size());
                      });
 }
 

@@ -16,8 +16,11 @@ class log_event_reader {
   // `slack`: records from free space too. The sink must outlive the reader.
   log_event_reader(event_sink& sink, bool slack) : evtx_(sink), evt_(sink), slack_(slack) {}
 
-  // Told how far a log is read: bytes done and all of them.
-  std::function<void(std::uint64_t, std::uint64_t)> on_progress;
+  // Told how many bytes of a log are read.
+  std::function<void(std::uint64_t)> on_progress;
+
+  // Events with other ids may be left out early: a hint, which spares the reading of most of them.
+  void take_event_ids(const event_id_set* ids) { evtx_.take_event_ids(ids); }
 
   // Hands on the events of the log. False when a part of it could not be read.
   bool read(const found_log& log);

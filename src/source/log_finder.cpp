@@ -77,6 +77,13 @@ std::optional<std::vector<entry>> list(const std::string& path) {
 
 }  // namespace
 
+void identify_standard_input(log_source& source) {
+  struct stat about {};
+  if (::fstat(STDIN_FILENO, &about) != 0 || !S_ISREG(about.st_mode)) return;
+  source.device = about.st_dev;
+  source.inode = about.st_ino;
+}
+
 void log_finder::find(const std::string& path) {
   if (path == "-") return find_stream();
   struct stat about {};
@@ -152,11 +159,7 @@ void log_finder::find_stream() {
     on_problem_("-", "not an event log");
     return;
   }
-  struct stat about {};
-  if (::fstat(STDIN_FILENO, &about) == 0 && S_ISREG(about.st_mode)) {
-    log.source.device = about.st_dev;
-    log.source.inode = about.st_ino;
-  }
+  identify_standard_input(log.source);
   log.source.path = "-";
   log.source.kind = *kind;
   log.descriptor = STDIN_FILENO;

@@ -14,6 +14,9 @@
 
 namespace zanvik {
 
+// Sets device and inode where standard input is a file.
+void identify_standard_input(log_source& source);
+
 class log_finder {
  public:
   using log_callback = std::function<void(found_log&)>;

@@ -1,63 +1,138 @@
 // zanvik export: whole events, in forms that other tools read.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "export/event_form.h"
 #include "source/log_events.h"
+#include "verbs/log_options.h"
+#include "verbs/output_target.h"
+#include "verbs/progress_line.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
 namespace {
 
 struct export_options {
-  std::vector<std::string> paths;
+  log_options logs;
   std::string output;
-  std::string format = "jsonl";
-  bool quiet = false;
-  bool slack = false;
+  std::string format{form_names().front().name};
   form_options form;
 };
 
-class form_sink : public event_sink {
+// What is said of the paths before they are read.
+struct survey {
+  std::uint64_t bytes = 0;
+  std::string output_is_input;  // the log that the output would replace
+};
+
+survey look_at(const export_options& options) {
+  survey seen;
+  log_finder finder(
+      [&](found_log& log) {
+        seen.bytes += log.size;
+        if (is_same_file(options.output, log.source)) seen.output_is_input = log.source.path;
+      },
+      [](const std::string&, const std::string&) {});
+  for (const std::string& path : options.logs.paths) {
+    if (path == "-") {
+      log_source input;
+      identify_standard_input(input);
+      if (is_same_file(options.output, input)) seen.output_is_input = path;
+    } else {
+      finder.find(path);
+    }
+  }
+  return seen;
+}
+
+class export_run : public event_sink {
  public:
-  form_sink(event_form& form, output_buffer& out) : form_(form), out_(out) {}
-  void on_event(const event_view& event) override { form_.write(out_, event); }
+  export_run(const export_options& options, int descriptor, std::uint64_t total_bytes)
+      : options_(options),
+        filter_(options.logs.conditions),
+        filtering_(options.logs.conditions.any()),
+        out_(descriptor),
+        progress_(!options.logs.quiet && progress_line::has_terminal(), total_bytes) {
+    for (const form_name& known : form_names()) {
+      if (known.name == options.format) form_ = known.make(options.form);
+    }
+  }
+
+  void on_event(const event_view& event) override {
+    if (!filtering_ || filter_.takes(event)) form_->write(out_, event);
+  }
+
+  int run() {
+    int status = verb_done;
+    const auto problem = [&status](const std::string& path, const std::string& what) {
+      report_problem(path, what);
+      status = verb_problems;
+    };
+    log_event_reader reader(*this, options_.logs.slack);
+    if (options_.logs.conditions.event_ids) {
+      reader.take_event_ids(&*options_.logs.conditions.event_ids);
+    }
+    std::uint64_t done = 0;
+    reader.on_progress = [&](std::uint64_t read) { progress_.update(done + read); };
+    log_finder finder(
+        [&](found_log& log) {
+          form_->start_log(log.source);
+          if (!reader.read(log)) problem(log.source.path, "a part could not be read");
+          done += log.size;
+        },
+        problem);
+    form_->begin(out_);
+    for (const std::string& path : options_.logs.paths) finder.find(path);
+    form_->end(out_);
+    if (!out_.flush()) {
+      const bool named = !options_.output.empty() && options_.output != "-";
+      problem(named ? options_.output : "standard output", std::strerror(out_.error()));
+    }
+    return status;
+  }
+  bool written() const { return !out_.failed(); }
 
  private:
-  event_form& form_;
-  output_buffer& out_;
+  const export_options& options_;
+  event_filter filter_;
+  bool filtering_;
+  output_buffer out_;
+  progress_line progress_;
+  std::unique_ptr<event_form> form_;
 };
 
 int run(const export_options& options) {
-  int status = verb_done;
-  const auto problem = [&status](const std::string& path, const std::string& what) {
-    std::fprintf(stderr, "zanvik: %s: %s\n", path.c_str(), what.c_str());
-    status = verb_problems;
-  };
-  std::unique_ptr<event_form> form;
-  for (const form_name& known : form_names()) {
-    if (known.name == options.format) form = known.make(options.form);
+  const bool shows = !options.logs.quiet && progress_line::has_terminal();
+  survey seen;
+  if (shows || !options.output.empty()) seen = look_at(options);
+  if (!seen.output_is_input.empty()) {
+    report_problem(options.output, "is one of the logs to read (" + seen.output_is_input + ")");
+    return verb_bad_command;
   }
-  output_buffer out(STDOUT_FILENO);
-  form_sink sink(*form, out);
-  log_event_reader reader(sink, options.slack);
-  form->begin(out);
-  log_finder finder(
-      [&](found_log& log) {
-        form->start_log(log.source);
-        if (!reader.read(log)) problem(log.source.path, "a part could not be read");
-      },
-      problem);
-  for (const std::string& path : options.paths) finder.find(path);
-  form->end(out);
-  if (!out.flush()) problem("standard output", std::strerror(out.error()));
+  output_target target;
+  std::string problem;
+  if (!target.open(options.output, problem)) {
+    report_problem(options.output, problem);
+    return verb_problems;
+  }
+  export_run work(options, target.descriptor(), seen.bytes);
+  const int status = work.run();
+  if (work.written() && !target.keep(problem)) {
+    report_problem(options.output, problem);
+    return verb_problems;
+  }
   return status;
+}
+
+std::string forms_text() {
+  std::string text = "form of the output:";
+  for (const form_name& known : form_names()) {
+    text += "\n" + std::string(known.name) + ": " + std::string(known.what);
+  }
+  return text;
 }
 
 }  // namespace
@@ -68,17 +143,18 @@ int run_export(int argc, char** argv) {
                "zanvik export");
   std::vector<std::string> forms;
   for (const form_name& known : form_names()) forms.emplace_back(known.name);
-  app.add_option("PATH", options.paths, "logs, folders of logs, or - for standard input")
-      ->required();
-  app.add_option("-f,--format", options.format, "form of the output")->check(CLI::IsMember(forms));
-  app.add_flag("-q,--quiet", options.quiet, "no progress");
-  app.add_flag("--slack", options.slack, "records from free space too, marked");
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? verb_done : verb_bad_command;
-  }
-  return run(options);
+  app.add_option("-f,--format", options.format, forms_text())
+      ->check(CLI::IsMember(forms))
+      ->type_name("FORM");
+  app.add_option("-o,--output", options.output,
+                 "write to this file, which appears when it is whole")
+      ->type_name("FILE");
+  app.add_flag("--raw-cells", options.form.raw_cells,
+               "csv: leave cells as they are that a spreadsheet would run as a formula");
+  add_log_options(app, options.logs);
+  bool done = false;
+  const int status = parse_verb(app, argc, argv, done);
+  return done ? status : run(options);
 }
 
 }  // namespace zanvik

@@ -1,0 +1,33 @@
+// What verbs that read logs have in common: the paths, which events to take, and the messages about
+// what could not be read.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "select/event_conditions.h"
+
+namespace CLI {
+class App;
+}
+
+namespace zanvik {
+
+struct log_options {
+  std::vector<std::string> paths;
+  bool quiet = false;
+  bool slack = false;
+  event_conditions conditions;
+};
+
+// Adds the options to a verb's command line; `options` is filled when that is parsed.
+void add_log_options(CLI::App& app, log_options& options);
+
+// Parses a verb's command line. Returns 0 or, with what there is to say said, the status that ends
+// the run: `done` is set then.
+int parse_verb(CLI::App& app, int argc, char** argv, bool& done);
+
+// One line on standard error.
+void report_problem(const std::string& path, const std::string& what);
+
+}  // namespace zanvik

@@ -1,0 +1,33 @@
+// A line on a terminal's standard error: the share of the bytes that are read, and the time left.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace zanvik {
+
+class progress_line {
+ public:
+  // `total` bytes are to be read. Nothing shows when `show` is false.
+  progress_line(bool show, std::uint64_t total) : show_(show && total != 0), total_(total) {}
+  progress_line(const progress_line&) = delete;
+  progress_line& operator=(const progress_line&) = delete;
+  ~progress_line();
+
+  // Bytes that are done now. Shows them a few times a second at most.
+  void update(std::uint64_t done);
+
+  // Whether standard error is a terminal.
+  static bool has_terminal();
+
+ private:
+  using clock = std::chrono::steady_clock;
+
+  bool show_;
+  bool shown_ = false;
+  std::uint64_t total_;
+  clock::time_point start_ = clock::now();
+  clock::time_point last_ = start_;
+};
+
+}  // namespace zanvik
