@@ -12,8 +12,8 @@
 
 namespace zanvik {
 
-// One table for each event ID and provider, an empty line between them. `records` are in time
-// order.
+// One table for each event ID and provider, an empty line between them; without `output_csv` the
+// empty lines alone. `records` are in time order.
 void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> records,
                         output_format& format, const write_context& context);
 

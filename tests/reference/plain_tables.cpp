@@ -181,6 +181,7 @@ void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> rec
   for (const auto& [key, group] : groups) {
     if (!first) out << '\n';
     first = false;
+    if (!format.output_csv) continue;
     plain_table table(group, format, context);
     out << table.header();
     for (std::size_t i = 0; i < group.size(); ++i) {
