@@ -25,6 +25,13 @@ constexpr std::size_t large_log_flush = 200000;
 // The size of a legacy log is 32 bits: one of just 4 GiB has the size 0 and yields nothing. Meant.
 constexpr std::uint64_t evt_bytes_end = std::uint64_t{1} << 32;
 
+// Whether records may come out of a file with these first eight bytes: an .evtx file or its chunks
+// alone, or a legacy log, whose header may have any size.
+bool may_hold_records(std::uint64_t head) {
+  return head == evtx_layout::file_signature || head == evtx_layout::chunk_signature ||
+         head >> 32 == evt_layout::signature;
+}
+
 // The walk of one log by the commands that are for it.
 class log_walk {
  public:
@@ -58,6 +65,7 @@ class log_walk {
     const bool is_evtx = head == evtx_layout::file_signature;
     init_statistics(options_.statistics, path, "", is_evtx, hist_count_,
                     options_.format.date_format, options_.format.time_format);
+    if (!may_hold_records(*head)) return true;  // not read whole
     const std::uint64_t first_offset = is_evtx ? evtx_layout::file_header_bytes : 0;
     std::uint64_t block_bytes = is_evtx ? evtx_layout::block_bytes : size;
     constexpr std::uint64_t four_gib = std::uint64_t{1} << 32;

@@ -20,7 +20,11 @@
 namespace zanvik {
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr std::size_t signature_head_bytes = 16;
+constexpr std::string_view evt_file_head = "\x30\0\0\0LfLe"sv;
+constexpr std::string_view evtx_file_head = "ElfFile\0"sv;
 // In the chunk: where the first record's binary XML, if it is a template instance, names its
 // definition.
 constexpr std::uint64_t first_definition_at =
@@ -101,8 +105,11 @@ bool channel_from_evt(log_file& log, std::string& channel) {
 
 }  // namespace
 
+bool has_log_signature(std::span<const std::byte> head) {
+  return starts_with(head, evt_file_head) || starts_with(head, evtx_file_head);
+}
+
 bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe) {
-  using namespace std::string_view_literals;
   entry.channel.clear();
   entry.path = path;
   std::string folder;
@@ -113,13 +120,8 @@ bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe) {
   entry.unclassified = true;
   if (!probe.file.open(path)) return false;
   const auto head = probe.file.first(signature_head_bytes);
-  if (starts_with(head, "\x30\0\0\0LfLe"sv)) {
-    entry.is_evtx = false;
-  } else if (starts_with(head, "ElfFile\0"sv)) {
-    entry.is_evtx = true;
-  } else {
-    return false;
-  }
+  if (!has_log_signature(head)) return false;
+  entry.is_evtx = starts_with(head, evtx_file_head);
   entry.unclassified = false;
   entry.channel = name;
   if (const auto known = channel_from_name(name)) {

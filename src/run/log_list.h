@@ -3,8 +3,10 @@
 // that is too short, unreadable or of neither kind is simply not recognised.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 
 #include "evtx/channel_finder.h"
@@ -28,6 +30,10 @@ struct log_probe {
 
 // By path as it stands, so that a run treats its logs in the order of their paths.
 using log_map = std::map<std::string, LogEntry>;
+
+// Whether a file that starts with these bytes is taken for a log, of either kind.
+inline constexpr std::size_t log_signature_bytes = 8;
+[[nodiscard]] bool has_log_signature(std::span<const std::byte> head);
 
 // Fills `entry` for the log at `path` and returns true when it is one. `entry` may be one that
 // served another log: what a failure leaves undecided keeps its value. The file stays open in

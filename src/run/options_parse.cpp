@@ -1,11 +1,13 @@
 // The option pass about logs, around the shared one.
 #include <string_view>
 
+#include "base/console.h"
 #include "base/number_text.h"
 #include "base/text_split.h"
 #include "base/time_value.h"
 #include "options/csv_separator.h"
 #include "run/evt_output_options.h"
+#include "run/input_guard.h"
 
 namespace zanvik {
 namespace {
@@ -29,6 +31,16 @@ void take_time_bound(std::string_view name, argument_list& argv_list, std::uint6
   if (!take_value_option(name, value, argv_list)) return;
   const qx::time time(value, true);
   if (time.valid()) bound = time.filetime();
+}
+
+// Before any file is opened for writing: none of them may be one that the run reads.
+bool would_overwrite_input(const argument_list& argv_list) {
+  const auto clash = find_output_over_input(argv_list);
+  if (!clash) return false;
+  prob_message("prob %s %s would overwrite %s, aborting\n", clash->option.c_str(),
+               clash->path.c_str(),
+               clash->certain ? "an input of this run" : "an event log, which this run may read");
+  return true;
 }
 
 }  // namespace
@@ -85,7 +97,7 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
   format.output_csv = true;
   format.base16 = false;
   record_writer_first = true;
-  if (!parse_options(argv_list)) return false;
+  if (would_overwrite_input(argv_list) || !parse_options(argv_list)) return false;
   // Once more for whatever the shared pass chose: a comma in a field now becomes a semicolon.
   set_csv_separator(format, format.csv_separator, true);
   version = version_text;

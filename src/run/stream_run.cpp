@@ -1,5 +1,7 @@
 #include "run/stream_run.h"
 
+#include <sys/stat.h>
+
 #include <cstring>
 #include <string>
 
@@ -30,7 +32,10 @@ void announce(const std::string& file_name) {
 }
 
 void run_log(const std::string& name, evt_output_options& options) {
-  options.current_log_path = expand_env_references(name, true);
+  // A name that is there is a name, whatever it looks like; another may refer to the environment.
+  struct stat status = {};
+  const bool exists = ::stat(name.c_str(), &status) == 0;
+  options.current_log_path = exists ? name : expand_env_references(name, true);
   std::string folder;
   std::string file_name;
   if (!split_path(options.current_log_path, folder, file_name)) return;

@@ -1,6 +1,8 @@
 // Whole runs of the built program: exit status and what it says on both outputs.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include "program_run.h"
 
@@ -103,6 +105,22 @@ TEST(driver, output_that_nobody_takes_is_swallowed) {
   ::close(ends[0]);
   EXPECT_EQ(run_zanvik({"-log", "lost"}, {.out_fd = ends[1]}).status, 0);
   ::close(ends[1]);
+}
+
+TEST(driver, a_file_that_is_no_log_is_not_read_whole) {
+  const scratch_dir scratch;
+  constexpr std::size_t size = 128 << 20;
+  const std::string path = scratch.write("a.evtx", std::string(size, 'x'));
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::execl(ZANVIK_PROGRAM, "zanvik", "-log", path.c_str(), "-out", "/dev/null", "-quiet", nullptr);
+    ::_exit(127);
+  }
+  int state = -1;
+  struct rusage used = {};
+  ASSERT_EQ(::wait4(child, &state, 0, &used), child);
+  EXPECT_EQ(state, 0);
+  EXPECT_LT(static_cast<std::size_t>(used.ru_maxrss) * 1024, size);
 }
 
 TEST(driver, nothing_that_is_named_as_a_log_stops_the_run) {

@@ -114,6 +114,19 @@ TEST(stream_run, logs_come_out_together_as_each_alone) {
   }
 }
 
+TEST(stream_run, a_name_that_is_there_is_no_reference) {
+  setenv("ZT_NAME", "b", 1);
+  const scratch_dir scratch;
+  scratch.write("%ZT_NAME%.evtx", log_from("pc-a"));
+  const std::string walked = run_zanvik({"-enumdir", scratch.path(""), "-csv", "-quiet"}).out;
+  EXPECT_EQ(computers(walked), lines{"a"});
+  const std::string name = scratch.path("%ZT_NAME%.evtx") + "\n";
+  EXPECT_EQ(computers(run_zanvik({"-pipe", "-csv", "-quiet"}, {.input = name}).out), lines{"a"});
+  ::unlink(scratch.path("%ZT_NAME%.evtx").c_str());
+  scratch.write("b.evtx", log_from("pc-b"));
+  EXPECT_EQ(computers(run_zanvik({"-pipe", "-csv", "-quiet"}, {.input = name}).out), lines{"b"});
+}
+
 TEST(stream_run, tells_which_log_it_is_at) {
   const scratch_dir scratch;
   const std::string name = std::string(20, 'n') + "%41%" + std::string(40, 'm');
