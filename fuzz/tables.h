@@ -51,15 +51,14 @@ inline void require_tables_agree(record_container& records, const output_format&
   const auto ordered = records.in_time_order();
   std::ostringstream quick;
   std::ostringstream plain;
-  output_format quick_format = format;
-  output_format plain_format = format;
   if (format.output_bodyfile || format.output_l2t) {
-    write_timeline(quick, ordered, quick_format, context);
-    write_plain_timeline(plain, ordered, plain_format, context);
+    bool quick_pending = true, plain_pending = true;
+    write_timeline(quick, ordered, format, context, quick_pending);
+    write_plain_timeline(plain, ordered, format, context, plain_pending);
   } else {
     tables.start_generation(records.generation());
-    write_grouped(quick, ordered, quick_format, context, tables);
-    write_plain_tables(plain, ordered, plain_format, context);
+    write_grouped(quick, ordered, format, context, tables);
+    write_plain_tables(plain, ordered, format, context);
   }
   require_equal(quick.str(), plain.str(), "the quick and the plain way agree");
 }

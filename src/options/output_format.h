@@ -1,6 +1,5 @@
 // The part of the options that says how results look: output form, separators, number base, date
-// and time formats, path aliases. The option passes fill it; the writers read it, and change
-// `csv_separator` (blanks leave it when `no_whitespace` is on) and `header_pending`.
+// and time formats, path aliases. The option passes fill it, the writers read it.
 #pragma once
 
 #include <map>
@@ -26,14 +25,12 @@ struct output_format {
   bool output_multiline = false;
   bool pair_datetime = false;
   bool row_form = true;
-  bool header_pending = true;
   bool row_newline = true;
   std::string date_format = "yyyy-mm-dd";
   std::string time_format = "hh:mm:ss.xxx";
   format_descriptor descriptor;
   std::map<std::string, std::string> alias_files;  // lower-cased true path -> what is shown
   std::map<std::string, std::string> alias_paths;  // lower-cased true folder -> what is shown
-  std::string tool_tag = "EVT";                    // source label of timeline rows
 };
 
 }  // namespace zanvik

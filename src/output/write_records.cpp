@@ -116,21 +116,20 @@ std::vector<std::uint32_t> grouping::rank_groups() {
 
 }  // namespace
 
-void write_records(std::ostream& out, record_container& records, output_format& format,
-                   const write_context& context, table_cache& tables) {
+void write_records(std::ostream& out, record_container& records, const output_format& format,
+                   const write_context& context, output_memory& memory) {
   if (records.empty()) return;
-  if (format.no_whitespace) remove_char(format.csv_separator, ' ');
-  format.tool_tag = context.channel;
   if (format.output_bodyfile || format.output_l2t) {
-    write_timeline(out, records.in_time_order(), format, context);
+    write_timeline(out, records.in_time_order(), format, context, memory.header_pending);
   } else if (format.output_csv) {
-    tables.start_generation(records.generation());
-    write_grouped(out, records.in_time_order(), format, context, tables);
+    memory.tables.start_generation(records.generation());
+    write_grouped(out, records.in_time_order(), format, context, memory.tables);
+    memory.header_pending = false;
   }
 }
 
 void write_grouped(std::ostream& out, std::span<const LogRecord* const> records,
-                   output_format& format, const write_context& context, table_cache& tables) {
+                   const output_format& format, const write_context& context, table_cache& tables) {
   if (records.empty()) return;
   const grouping groups(records);
   row_buffer buffer(out);

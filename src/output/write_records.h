@@ -12,7 +12,7 @@
 //   write_context.h   what writers are told besides the records and the format
 //
 // No writer reports an error: a stream in a failed state swallows what follows. Nothing is kept
-// between calls but what changes in the `output_format` and what the `table_cache` knows.
+// between calls but what is in `output_memory`.
 #pragma once
 
 #include <ostream>
@@ -25,19 +25,22 @@
 
 namespace zanvik {
 
+// What the writers keep between the calls of a run. All its calls have one format and context.
+struct output_memory {
+  table_cache tables;
+  bool header_pending =
+      true;  // of a timeline, which has one header in a run; no table leaves it on
+};
+
 // Writes the records of the container, by time within their groups, in the form that `format` asks
 // for; all bytes have reached `out` on return. An empty container writes nothing, not even a
 // header.
-//   format  loses the blanks of its separator when `no_whitespace` is on, takes the channel as its
-//           `tool_tag`, and has its header flag cleared by a table, or by the first line of a
-//           timeline.
-//   tables  one for all calls of a run.
-void write_records(std::ostream& out, record_container& records, output_format& format,
-                   const write_context& context, table_cache& tables);
+void write_records(std::ostream& out, record_container& records, const output_format& format,
+                   const write_context& context, output_memory& memory);
 
 // Writes one table a group of equal event ID and provider, in order of ID and then of the
 // provider's bytes. `records` are in time order and stay so within a group.
 void write_grouped(std::ostream& out, std::span<const LogRecord* const> records,
-                   output_format& format, const write_context& context, table_cache& tables);
+                   const output_format& format, const write_context& context, table_cache& tables);
 
 }  // namespace zanvik

@@ -1,7 +1,6 @@
 #include "run/command_run.h"
 
 #include <algorithm>
-#include <iostream>
 #include <limits>
 #include <optional>
 #include <vector>
@@ -35,27 +34,27 @@ bool may_hold_records(std::uint64_t head) {
 // The walk of one log by the commands that are for it.
 class log_walk {
  public:
-  log_walk(const command_refs& commands, evt_output_options& options)
-      : options_(options),
-        records_(options.records),
-        keeping_(commands, records_, options.plans),
-        combinations_(options.statistics, commands, records_, keeping_),
+  log_walk(const command_refs& commands, log_run& run)
+      : run_(run),
+        options_(run.options),
+        keeping_(commands, run.records, run.plans),
+        combinations_(run.statistics, commands, run.records, keeping_),
         selector_(commands, selection()),
         evt_selector_(commands, selection()),
-        counter_(options.statistics, options.current_log_channel, selector_, evt_selector_),
-        settings_{options.inc_slack, &options.trace, options.show_status, options.current_log_path,
-                  options.reading},
+        counter_(run.statistics, run.log.channel, selector_, evt_selector_),
+        settings_{options_.inc_slack, &options_.trace, options_.show_status, run.log.path,
+                  options_.reading},
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
                           [](const ReportCommand* command) { return command->has_hist; }))) {
-    records_.clear_records();  // of a log that an exception ended
-    options.plans.drop_if_full();
+    run_.records.clear_records();  // of a log that an exception ended
+    run_.plans.drop_if_full();
   }
 
   // Returns whether the log was walked to its end.
-  bool run(const std::string& path) {
+  bool walk_log(const std::string& path) {
     uni::fileio own_file;
-    log_file& open_log = options_.probe.file;
+    log_file& open_log = run_.probe.file;
     uni::fileio& log = open_log.is_open(path) ? open_log.file() : own_file;
     if (!log.is_open() && !log.open(path)) return false;
     const std::uint64_t size = log.get_size();
@@ -63,30 +62,30 @@ class log_walk {
     const auto head = read_head(log);
     if (!head) return false;
     const bool is_evtx = head == evtx_layout::file_signature;
-    init_statistics(options_.statistics, path, "", is_evtx, hist_count_,
-                    options_.format.date_format, options_.format.time_format);
+    init_statistics(run_.statistics, path, "", is_evtx, hist_count_, options_.format.date_format,
+                    options_.format.time_format);
     if (!may_hold_records(*head)) return true;  // not read whole
     const std::uint64_t first_offset = is_evtx ? evtx_layout::file_header_bytes : 0;
     std::uint64_t block_bytes = is_evtx ? evtx_layout::block_bytes : size;
     constexpr std::uint64_t four_gib = std::uint64_t{1} << 32;
     if (size < four_gib && size <= block_bytes) block_bytes = size - first_offset;
     const bool walked = walk(log, block_bytes, first_offset);
-    if (walked && !records_.empty()) write_results();
+    if (walked && !run_.records.empty()) write_results();
     return walked;
   }
 
  private:
   // What selected records go to: statistics count them on their way.
   selection_sink& selection() {
-    return options_.stats_on ? combinations_ : static_cast<selection_sink&>(keeping_);
+    return run_.counts ? combinations_ : static_cast<selection_sink&>(keeping_);
   }
 
   // The first eight bytes, 0 where they are not all there; nothing when the log cannot be read.
   std::optional<std::uint64_t> read_head(uni::fileio& log) {
     std::byte head[8];
     std::size_t count = sizeof(head);
-    if (&log == &options_.probe.file.file()) {
-      return byte_cursor(options_.probe.file.first(count)).at_or_zero<std::uint64_t>(0);
+    if (&log == &run_.probe.file.file()) {
+      return byte_cursor(run_.probe.file.first(count)).at_or_zero<std::uint64_t>(0);
     }
     if (!log.read_raw(head, count, 0)) return std::nullopt;
     return byte_cursor(std::span(head, count)).at_or_zero<std::uint64_t>(0);
@@ -94,8 +93,8 @@ class log_walk {
 
   bool walk(uni::fileio& log, std::uint64_t block_bytes, std::uint64_t first_offset) {
     // A small log has been read to be classified.
-    const auto all = &log == &options_.probe.file.file() ? options_.probe.file.take_all()
-                                                         : std::span<std::byte>();
+    const auto all =
+        &log == &run_.probe.file.file() ? run_.probe.file.take_all() : std::span<std::byte>();
     if (all.size() > first_offset && all.size() - first_offset <= block_bytes) {
       walk_block(all.subspan(first_offset), first_offset);
       return true;
@@ -108,32 +107,32 @@ class log_walk {
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
-    record_sink& sink = options_.stats_on ? counter_ : static_cast<record_sink&>(selector_);
-    const auto result = walk_evtx_block(block, offset, options_.reader, sink, settings_);
+    record_sink& sink = run_.counts ? counter_ : static_cast<record_sink&>(selector_);
+    const auto result = walk_evtx_block(block, offset, run_.reader, sink, settings_);
     if (result == walk_result::not_evtx && block.size() < evt_bytes_end) {
-      walk_evt_log(block, options_.stats_on ? counter_ : static_cast<evt_sink&>(evt_selector_));
+      walk_evt_log(block, run_.counts ? counter_ : static_cast<evt_sink&>(evt_selector_));
     }
-    if (records_.size() < flush_limit_) return;
+    if (run_.records.size() < flush_limit_) return;
     write_results();
-    *options_.results_stream << '\n';
+    run_.results << '\n';
   }
 
   void write_results() {
-    const write_context context{.channel = options_.current_log_channel,
+    const write_context context{.channel = run_.log.channel,
                                 .inc_slack = options_.inc_slack,
                                 .show_offsets = options_.show_offsets,
                                 .allparams = options_.allparams,
-                                .log_is_evtx = options_.current_log_is_evtx,
-                                .log_reserved = options_.current_log_reserved,
+                                .log_is_evtx = run_.log.is_evtx,
+                                .log_reserved = run_.log.inode,
                                 .username = options_.username,
                                 .hostname = options_.hostname,
                                 .program_name = options_.program_name};
-    write_records(*options_.results_stream, records_, options_.format, context, options_.tables);
-    records_.clear_records();
+    write_records(run_.results, run_.records, options_.format, context, run_.written);
+    run_.records.clear_records();
   }
 
-  evt_output_options& options_;
-  record_container& records_;
+  log_run& run_;
+  const evt_output_options& options_;
   keeping_sink keeping_;
   combination_counter combinations_;
   evtx_selector selector_;
@@ -146,14 +145,13 @@ class log_walk {
 
 }  // namespace
 
-bool run_command_set(const CommandSet& set, evt_output_options& options) {
-  if (options.results_stream == nullptr) options.results_stream = &std::cout;
+bool run_command_set(const CommandSet& set, log_run& run) {
   bool walked = false;
   for (auto group = set.begin(); group != set.end(); group = set.upper_bound(group->first)) {
     command_refs commands;
     const auto [first, last] = set.equal_range(group->first);
     for (auto command = first; command != last; ++command) commands.add(command->second);
-    if (log_walk(commands, options).run(commands[0].log_path)) walked = true;
+    if (log_walk(commands, run).walk_log(commands[0].log_path)) walked = true;
   }
   return walked;
 }

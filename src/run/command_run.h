@@ -3,12 +3,12 @@
 #pragma once
 
 #include "commands/report_command.h"
-#include "run/evt_output_options.h"
+#include "run/log_run.h"
 
 namespace zanvik {
 
 // Runs the commands of each log in `set`, log by log in order of their keys. A log that cannot be
 // opened or read is passed over without a word. Returns true when a log was walked to its end.
-bool run_command_set(const CommandSet& set, evt_output_options& options);
+bool run_command_set(const CommandSet& set, log_run& run);
 
 }  // namespace zanvik

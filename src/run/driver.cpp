@@ -15,7 +15,7 @@
 #include "base/fileio.h"
 #include "base/fileio_output.h"
 #include "options/cmdline_ctx.h"
-#include "run/evt_output_options.h"
+#include "run/log_run.h"
 #include "run/run_reports.h"
 #include "run/stats_file.h"
 #include "run/stream_run.h"
@@ -59,18 +59,18 @@ std::string identification_line(const argument_list& params) {
 }
 
 // What stands between valid options and a run; says so and returns false when there is no run.
-bool pass_gates(evt_output_options& options, std::ofstream& stats_stream,
-                const std::string& identification) {
+bool pass_gates(log_run& run, std::ofstream& stats_stream, const std::string& identification) {
+  const evt_output_options& options = run.options;
   if (!options.create_log_path.empty()) {
     prob_message("Option is not available\n");
     return false;
   }
-  if (options.log_table.empty() && !options.walk.is_stream_run()) {
+  if (run.logs.empty() && !options.walk.is_stream_run()) {
     prob_message("need to specify a log file, via the -log <event log> option\n");
     return false;
   }
   if (!options.stats_on) return true;
-  if (!open_stats_file(options, stats_stream)) {
+  if (!open_stats_file(run, stats_stream)) {
     prob_message("prob creating stats file: %s, aborting\n", options.stats_file.c_str());
     return false;
   }
@@ -80,15 +80,15 @@ bool pass_gates(evt_output_options& options, std::ofstream& stats_stream,
 
 // The status is 0 all the same, so this is all that tells of results that are cut short. Who closed
 // the other end of a pipe does not want to know.
-void tell_lost_output(uni::fileio_output& results, const evt_output_options& options,
-                      std::ofstream& stats_stream) {
+void tell_lost_output(uni::fileio_output& results, const log_run& run) {
+  const evt_output_options& options = run.options;
   results.flush();
   if (const int error = results.write_error(); error != 0 && error != EPIPE) {
     const char* name = options.out_file.empty() ? "standard output" : options.out_file.c_str();
     prob_message("prob writing results: %s, they are cut short: %s\n", name, std::strerror(error));
   }
   errno = 0;
-  if (options.stats_on && !stats_stream.flush() && errno != EPIPE) {
+  if (run.stats && !run.stats->flush() && errno != EPIPE) {
     prob_message("prob writing stats file: %s\n", options.stats_file.c_str());
   }
 }
@@ -124,15 +124,15 @@ int run_program(int argc, char** argv) {
   results << identification << '\n' << std::flush;
 
   std::ofstream stats_stream;
-  if (!pass_gates(options, stats_stream, identification)) return 0;
-  options.results_stream = &results;
+  log_run run(options, results);
+  if (!pass_gates(run, stats_stream, identification)) return 0;
   if (options.walk.is_stream_run()) {
-    run_stream(options);
+    run_stream(run);
   } else {
-    (void)run_reports(options);
-    write_run_statistics(options);
+    (void)run_reports(run);
+    write_run_statistics(run);
   }
-  tell_lost_output(results, options, stats_stream);
+  tell_lost_output(results, run);
   return 0;
 }
 

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 
+#include "events/log_source.h"
 #include "evtx/channel_finder.h"
 #include "run/log_file.h"
 
@@ -27,6 +28,10 @@ struct log_probe {
   channel_finder channels;
   log_file file;
 };
+
+inline log_source source_of(const LogEntry& entry) {
+  return {entry.path, entry.channel, entry.is_evtx, entry.reserved};
+}
 
 // By path as it stands, so that a run treats its logs in the order of their paths.
 using log_map = std::map<std::string, LogEntry>;

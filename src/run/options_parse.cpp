@@ -3,6 +3,7 @@
 
 #include "base/console.h"
 #include "base/number_text.h"
+#include "base/text.h"
 #include "base/text_split.h"
 #include "base/time_value.h"
 #include "options/csv_separator.h"
@@ -93,10 +94,8 @@ void evt_output_options::take_report_options(argument_list& argv_list) {
 
 bool evt_output_options::parse_log_options(argument_list& argv_list, std::string_view version_text,
                                            std::string_view title_text) {
-  format.tool_tag = "EVT";
   format.output_csv = true;
   format.base16 = false;
-  record_writer_first = true;
   if (would_overwrite_input(argv_list) || !parse_options(argv_list)) return false;
   // Once more for whatever the shared pass chose: a comma in a field now becomes a semicolon.
   set_csv_separator(format, format.csv_separator, true);
@@ -117,17 +116,10 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
     }
   }
   if (take_value_option("-cmdfile", cmd_file, argv_list)) all_records = false;
-  if (take_value_option("-log", value, argv_list)) {
-    add_logs(value, scratch_log_entry, probe, log_table);
-  }
+  (void)take_value_option("-log", log_names, argv_list);
+  // Whatever chose the separator: where no column is padded, it has no blanks.
+  if (format.no_whitespace) remove_char(format.csv_separator, ' ');
   return true;
-}
-
-void evt_output_options::set_current_log(const LogEntry& entry) {
-  current_log_path = entry.path;
-  current_log_channel = entry.channel;
-  current_log_is_evtx = entry.is_evtx;
-  current_log_reserved = entry.reserved;
 }
 
 }  // namespace zanvik

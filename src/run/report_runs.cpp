@@ -11,47 +11,35 @@
 namespace zanvik {
 namespace {
 
-bool classify(command_log& log, const std::string& path, log_probe& probe) {
+bool classify(log_source& log, const std::string& path, log_probe& probe) {
   LogEntry entry;
   if (!classify_log(entry, path, probe)) return false;
-  log = {entry.path, entry.channel, entry.is_evtx, entry.reserved};
+  log = source_of(entry);
   return true;
-}
-
-command_log log_in_hand(const evt_output_options& options) {
-  return {options.current_log_path, options.current_log_channel, options.current_log_is_evtx,
-          options.current_log_reserved};
 }
 
 // Adds the commands for the log in hand to `set`. A command that names a log of its own may make
 // that the log in hand.
-bool build_commands(CommandSet& set, const CommandList& list, evt_output_options& options,
-                    bool append) {
-  command_log log = log_in_hand(options);
-  const log_classifier classifier = [&options](command_log& named, const std::string& path) {
-    return classify(named, path, options.probe);
+bool build_commands(CommandSet& set, const CommandList& list, log_run& run, bool append) {
+  const log_classifier classifier = [&run](log_source& named, const std::string& path) {
+    return classify(named, path, run.probe);
   };
-  const command_context context{log, options.selection, options.format, options.hist_fields,
-                                classifier};
-  const bool built = build_command_set(set, list, context, append);
-  options.current_log_path = std::move(log.path);
-  options.current_log_channel = std::move(log.channel);
-  options.current_log_is_evtx = log.is_evtx;
-  options.current_log_reserved = log.reserved;
-  return built;
+  const command_context context{run.log, run.options.selection, run.options.format,
+                                run.options.hist_fields, classifier};
+  return build_command_set(set, list, context, append);
 }
 
-bool run_report(builtin_report report, evt_output_options& options) {
+bool run_report(builtin_report report, log_run& run) {
   CommandList list;
-  read_command_lines(list, report_lines(report, log_in_hand(options)));
+  read_command_lines(list, report_lines(report, run.log));
   CommandSet set;
-  return build_commands(set, list, options, true) && run_command_set(set, options);
+  return build_commands(set, list, run, true) && run_command_set(set, run);
 }
 
 struct report_runner {
   builtin_report report;
   bool report_flags::*asked_for;
-  bool (*run)(evt_output_options&);
+  bool (*make)(log_run&);
 };
 
 // In the order in which reports are made, whatever the order of the options.
@@ -65,51 +53,41 @@ constexpr report_runner runners[] = {
     {builtin_report::usb, &report_flags::usb, run_usb},
 };
 
-// Makes `log` the log in hand for a report of its own.
-void start_log(const LogEntry& log, evt_output_options& options) {
-  options.record_writer_first = true;
-  options.set_current_log(log);
-}
-
 }  // namespace
 
-bool run_pw(evt_output_options& options) { return run_report(builtin_report::pw, options); }
-bool run_time(evt_output_options& options) { return run_report(builtin_report::time, options); }
-bool run_logon(evt_output_options& options) { return run_report(builtin_report::logon, options); }
-bool run_startstop(evt_output_options& options) {
-  return run_report(builtin_report::startstop, options);
-}
-bool run_creds(evt_output_options& options) { return run_report(builtin_report::creds, options); }
-bool run_partition(evt_output_options& options) {
-  return run_report(builtin_report::partition_metadata, options);
-}
-bool run_usb(evt_output_options& options) { return run_report(builtin_report::usb, options); }
+bool run_pw(log_run& run) { return run_report(builtin_report::pw, run); }
+bool run_time(log_run& run) { return run_report(builtin_report::time, run); }
+bool run_logon(log_run& run) { return run_report(builtin_report::logon, run); }
+bool run_startstop(log_run& run) { return run_report(builtin_report::startstop, run); }
+bool run_creds(log_run& run) { return run_report(builtin_report::creds, run); }
+bool run_partition(log_run& run) { return run_report(builtin_report::partition_metadata, run); }
+bool run_usb(log_run& run) { return run_report(builtin_report::usb, run); }
 
-bool run_builtin_reports(evt_output_options& options) {
+bool run_builtin_reports(log_run& run) {
   bool any_results = false;
   for (const report_runner& runner : runners) {
-    if (!(options.reports.*runner.asked_for)) continue;
-    for (const auto& [path, log] : options.log_table) {
+    if (!(run.options.reports.*runner.asked_for)) continue;
+    for (const auto& [path, log] : run.logs) {
       if (!report_concerns_log(runner.report, log.channel, log.is_evtx)) continue;
-      start_log(log, options);
-      any_results = runner.run(options) || any_results;
+      run.log = source_of(log);
+      any_results = runner.make(run) || any_results;
     }
   }
   return any_results;
 }
 
-bool run_command_file(evt_output_options& options) {
-  if (options.cmd_file.empty()) return false;
+bool run_command_file(log_run& run) {
+  if (run.options.cmd_file.empty()) return false;
   CommandList list;
-  read_command_file(list, options.cmd_file);
+  read_command_file(list, run.options.cmd_file);
   if (list.empty()) return false;
   bool any_results = false;
   CommandSet set;
-  for (const auto& [path, log] : options.log_table) {
-    start_log(log, options);
-    if (!build_commands(set, list, options, false)) continue;
-    diag_line(options.trace, "analyzing: %s", path.c_str());
-    any_results = run_command_set(set, options) || any_results;
+  for (const auto& [path, log] : run.logs) {
+    run.log = source_of(log);
+    if (!build_commands(set, list, run, false)) continue;
+    diag_line(run.options.trace, "analyzing: %s", path.c_str());
+    any_results = run_command_set(set, run) || any_results;
   }
   return any_results;
 }

@@ -1,6 +1,5 @@
 #include "run/run_reports.h"
 
-#include <iostream>
 #include <utility>
 
 #include "base/diag.h"
@@ -34,25 +33,23 @@ CommandSet listing_commands(const evt_output_options& options, const LogEntry& l
   return set;
 }
 
-bool run_listing(evt_output_options& options) {
+bool run_listing(log_run& run) {
   bool any_results = false;
-  for (const auto& [path, log] : options.log_table) {
-    const CommandSet set = listing_commands(options, log);
-    diag_line(options.trace, "analyzing: %s", path.c_str());
-    options.record_writer_first = true;
-    options.set_current_log(log);
-    any_results = run_command_set(set, options) || any_results;
+  for (const auto& [path, log] : run.logs) {
+    const CommandSet set = listing_commands(run.options, log);
+    diag_line(run.options.trace, "analyzing: %s", path.c_str());
+    run.log = source_of(log);
+    any_results = run_command_set(set, run) || any_results;
   }
   return any_results;
 }
 
 }  // namespace
 
-bool run_reports(evt_output_options& options) {
-  if (options.results_stream == nullptr) options.results_stream = &std::cout;
-  bool any_results = run_builtin_reports(options);
-  any_results = run_command_file(options) || any_results;
-  return (options.all_records && run_listing(options)) || any_results;
+bool run_reports(log_run& run) {
+  bool any_results = run_builtin_reports(run);
+  any_results = run_command_file(run) || any_results;
+  return (run.options.all_records && run_listing(run)) || any_results;
 }
 
 }  // namespace zanvik

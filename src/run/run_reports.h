@@ -2,12 +2,11 @@
 // the command file, then the plain listing.
 #pragma once
 
-#include "run/evt_output_options.h"
+#include "run/log_run.h"
 
 namespace zanvik {
 
-// Results go to `options.results_stream`, which becomes standard output when it is null. Returns
-// true when any of the reports gave results.
-bool run_reports(evt_output_options& options);
+// Returns true when any of the reports gave results.
+bool run_reports(log_run& run);
 
 }  // namespace zanvik

@@ -9,25 +9,22 @@
 
 namespace zanvik {
 
-bool open_stats_file(evt_output_options& options, std::ofstream& stream) {
-  if (!options.stats_on || !is_strict_utf8(options.stats_file)) return false;
+bool open_stats_file(log_run& run, std::ofstream& stream) {
+  const std::string& path = run.options.stats_file;
+  if (!run.options.stats_on || !is_strict_utf8(path)) return false;
   std::string folder;
   std::string name;
-  if (!split_path(options.stats_file, folder, name)) return false;
+  if (!split_path(path, folder, name)) return false;
   struct stat status = {};
   if (::stat(folder.c_str(), &status) != 0) return false;
-  stream.open(options.stats_file, std::ios::out | std::ios::trunc);
-  if (!stream) {
-    options.stats_on = false;
-    options.stats_file.clear();
-  }
-  options.stats_stream = &stream;
+  stream.open(path, std::ios::out | std::ios::trunc);
+  run.counts = stream.is_open();
+  if (run.counts) run.stats = &stream;
   return true;
 }
 
-void write_run_statistics(evt_output_options& options) {
-  if (!options.stats_on || !options.stats_stream || !*options.stats_stream) return;
-  write_statistics(options.statistics, *options.stats_stream);
+void write_run_statistics(log_run& run) {
+  if (run.stats && *run.stats) write_statistics(run.statistics, *run.stats);
 }
 
 }  // namespace zanvik

@@ -31,26 +31,27 @@ void announce(const std::string& file_name) {
   print_status(status_width, "analyzing: %s", shown.substr(0, status_width).c_str());
 }
 
-void run_log(const std::string& name, evt_output_options& options) {
+// `entry` serves each name in turn.
+void run_log(const std::string& name, log_run& run, LogEntry& entry) {
+  const evt_output_options& options = run.options;
   // A name that is there is a name, whatever it looks like; another may refer to the environment.
   struct stat status = {};
   const bool exists = ::stat(name.c_str(), &status) == 0;
-  options.current_log_path = exists ? name : expand_env_references(name, true);
+  run.log.path = exists ? name : expand_env_references(name, true);
   std::string folder;
   std::string file_name;
-  if (!split_path(options.current_log_path, folder, file_name)) return;
-  if (!classify_log(options.scratch_log_entry, options.current_log_path, options.probe)) return;
-  options.log_table.clear();
-  options.log_table.emplace(options.current_log_path, options.scratch_log_entry);
-  init_statistics(options.statistics, options.current_log_path, options.scratch_log_entry.channel,
-                  options.scratch_log_entry.is_evtx, options.hist_fields.empty() ? 0 : 1, "", "");
-  options.record_writer_first = true;
-  options.current_log_reserved = 0;
+  if (!split_path(run.log.path, folder, file_name)) return;
+  if (!classify_log(entry, run.log.path, run.probe)) return;
+  run.logs.clear();
+  run.logs.emplace(run.log.path, entry);
+  init_statistics(run.statistics, run.log.path, entry.channel, entry.is_evtx,
+                  options.hist_fields.empty() ? 0 : 1, "", "");
+  run.log.inode = 0;
   if (options.show_status) announce(file_name);
   diag_line(options.trace, "analyzing: %s", file_name.c_str());
-  (void)run_reports(options);
-  if (options.show_status) tell_progress("processed log ", options.current_log_path);
-  write_run_statistics(options);
+  (void)run_reports(run);
+  if (options.show_status) tell_progress("processed log ", run.log.path);
+  write_run_statistics(run);
 }
 
 bool start(qxportdir::stdin_stream_ex& names, const walk_options& walk) {
@@ -60,8 +61,9 @@ bool start(qxportdir::stdin_stream_ex& names, const walk_options& walk) {
 
 }  // namespace
 
-void run_stream(evt_output_options& options) {
-  const walk_options& walk = options.walk;
+void run_stream(log_run& run) {
+  const walk_options& walk = run.options.walk;
+  LogEntry entry;
   qxportdir::stdin_stream_ex names(walk);
   if (!start(names, walk)) return;
   std::string name;
@@ -70,9 +72,9 @@ void run_stream(evt_output_options& options) {
     // The window of file times belongs to the walk: a name by itself has none.
     if (name.empty() || !match_filters(walk, undecided, name, walk.file_filters, nullptr)) continue;
     try {
-      run_log(name, options);
+      run_log(name, run, entry);
     } catch (...) {
-      prob_message("exception caught on file %s\n", options.current_log_path.c_str());
+      prob_message("exception caught on file %s\n", run.log.path.c_str());
     }
   }
 }

@@ -5,12 +5,12 @@
 // goes wrong in a log costs that log and a message.
 #pragma once
 
-#include "run/evt_output_options.h"
+#include "run/log_run.h"
 
 namespace zanvik {
 
 // Works through the names of `-pipe` or, without it, of the walk of `-enumdir`. On return
-// `options.log_table` holds the last log that was recognised.
-void run_stream(evt_output_options& options);
+// `run.logs` holds the last log that was recognised.
+void run_stream(log_run& run);
 
 }  // namespace zanvik

@@ -25,7 +25,7 @@ std::string letters(F&& passes) {
 TEST(builtin_reports, gates) {
   struct row {
     const char* reason;
-    command_log log;
+    log_source log;
     const char* concerned;  // by the list of logs
     const char* lines;      // has lines for the log in hand
   };
@@ -68,14 +68,14 @@ struct report_summary {
   std::size_t columns = 0;  // named ones
 };
 
-report_summary summary_of(builtin_report report, const command_log& log) {
+report_summary summary_of(builtin_report report, const log_source& log) {
   CommandList list;
   read_command_lines(list, report_lines(report, log));
-  command_log hand = log;
+  log_source hand = log;
   const selection_options selection;
   const output_format format;
   const std::vector<std::string> no_fields;
-  const log_classifier classify = [&](command_log& found, const std::string&) {
+  const log_classifier classify = [&](log_source& found, const std::string&) {
     found = log;
     return true;
   };
@@ -94,16 +94,16 @@ report_summary summary_of(builtin_report report, const command_log& log) {
 
 // Each line of a table comes out as a command, for the kind of log that it is meant for.
 TEST(builtin_reports, every_line_is_a_command) {
-  const command_log evt{"a", "security", false, 0}, evtx{"a", "security", true, 0};
-  const command_log system_evt{"a", "system", false, 0}, system_evtx{"a", "system", true, 0};
+  const log_source evt{"a", "security", false, 0}, evtx{"a", "security", true, 0};
+  const log_source system_evt{"a", "system", false, 0}, system_evtx{"a", "system", true, 0};
   struct row {
     builtin_report report;
-    const command_log& log;
+    const log_source& log;
     std::size_t commands, ids, columns;
   };
-  const command_log drivers{"a", "driverframeworks", true, 0};
-  const command_log devices{"a", "windows-kernel-pnp", true, 0};
-  const command_log partition{"a", "windows-partition", true, 0};
+  const log_source drivers{"a", "driverframeworks", true, 0};
+  const log_source devices{"a", "windows-kernel-pnp", true, 0};
+  const log_source partition{"a", "windows-partition", true, 0};
   const row rows[] = {
       {builtin_report::pw, evt, 4, 4, 1 + 7 + 6 + 16},
       {builtin_report::pw, evtx, 4, 4, 0},

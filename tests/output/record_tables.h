@@ -101,8 +101,8 @@ inline std::string table_text(const std::vector<test_record>& given, output_form
   record_container records;
   for (const test_record& record : given) record.add_to(records);
   std::ostringstream out;
-  table_cache tables;
-  write_records(out, records, format, context, tables);
+  output_memory memory;
+  write_records(out, records, format, context, memory);
   return out.str();
 }
 

@@ -15,11 +15,12 @@ namespace zanvik {
 // One table for each event ID and provider, an empty line between them; without `output_csv` the
 // empty lines alone. `records` are in time order.
 void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> records,
-                        output_format& format, const write_context& context);
+                        const output_format& format, const write_context& context);
 
 // A line for each record, in the form that `format` asks for (the body file if it asks for both),
-// and the header if its flag is on, which the first record clears.
+// and the header while it is pending, which the first record ends.
 void write_plain_timeline(std::ostream& out, std::span<const LogRecord* const> records,
-                          output_format& format, const write_context& context);
+                          const output_format& format, const write_context& context,
+                          bool& header_pending);
 
 }  // namespace zanvik

@@ -172,7 +172,7 @@ std::string plain_table::row(const LogRecord& record, std::size_t number) {
 }  // namespace
 
 void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> records,
-                        output_format& format, const write_context& context) {
+                        const output_format& format, const write_context& context) {
   std::map<std::pair<std::uint64_t, std::string>, std::vector<const LogRecord*>> groups;
   for (const LogRecord* record : records) {
     groups[{record->event_id, *record->provider}].push_back(record);
@@ -188,7 +188,6 @@ void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> rec
       if ((group[i]->flags & record_outside_range) && !context.inc_slack) continue;
       out << table.row(*group[i], i);
     }
-    format.header_pending = false;
   }
 }
 

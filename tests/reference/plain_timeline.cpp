@@ -67,7 +67,7 @@ std::string timeline_line(const LogRecord& record, const output_format& format,
     }
     return text;
   };
-  std::string sourcetype = format.tool_tag;
+  std::string sourcetype(context.channel);
   if (sourcetype.empty() && context.log_is_evtx && fields.count("Channel")) {
     sourcetype = fields["Channel"];
   }
@@ -110,12 +110,13 @@ std::string body_line(const LogRecord& record, const write_context& context) {
 }  // namespace
 
 void write_plain_timeline(std::ostream& out, std::span<const LogRecord* const> records,
-                          output_format& format, const write_context& context) {
+                          const output_format& format, const write_context& context,
+                          bool& header_pending) {
   for (const LogRecord* record : records) {
-    if (format.header_pending) {
+    if (header_pending) {
       out << (format.output_bodyfile ? std::string(body_header) : timeline_header(format));
     }
-    format.header_pending = false;
+    header_pending = false;
     out << (format.output_bodyfile ? body_line(*record, context)
                                    : timeline_line(*record, format, context));
   }

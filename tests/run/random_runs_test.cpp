@@ -14,7 +14,7 @@
 #include "program_run.h"
 #include "reference/plain_matching.h"
 #include "reference/plain_output.h"
-#include "run/evt_output_options.h"
+#include "run/log_run.h"
 
 namespace zanvik::testing {
 namespace {
@@ -216,17 +216,17 @@ class plain_sink : public record_sink {
 };
 
 // The commands of the run for the log in hand: those of the command file, else a listing.
-CommandSet commands_of(evt_output_options& options) {
+CommandSet commands_of(log_run& run) {
+  const evt_output_options& options = run.options;
   CommandSet set;
   if (!options.cmd_file.empty()) {
     CommandList list;
     read_command_file(list, options.cmd_file);
-    command_log log{options.current_log_path, options.current_log_channel,
-                    options.current_log_is_evtx, options.current_log_reserved};
-    const log_classifier classifier = [&](command_log& named, const std::string& path) {
+    log_source log = run.log;
+    const log_classifier classifier = [&](log_source& named, const std::string& path) {
       LogEntry entry;
-      const bool known = classify_log(entry, path, options.probe);
-      named = {entry.path, entry.channel, entry.is_evtx, entry.reserved};
+      const bool known = classify_log(entry, path, run.probe);
+      named = source_of(entry);
       return known;
     };
     build_command_set(set, list,
@@ -236,7 +236,7 @@ CommandSet commands_of(evt_output_options& options) {
   }
   ReportCommand listing;
   listing.all_data = true;
-  listing.log_path = options.current_log_path;
+  listing.log_path = run.log.path;
   listing.start_time = options.selection.start_time;
   listing.stop_time = options.selection.stop_time;
   listing.string_exists = options.selection.substring;
@@ -253,9 +253,11 @@ std::string plain_results(std::vector<std::string> words) {
   evt_output_options options;
   EXPECT_TRUE(options.parse_log_options(words, "", ""));
   std::ostringstream out;
-  for (const auto& [path, log] : options.log_table) {
-    options.set_current_log(log);
-    const CommandSet set = commands_of(options);
+  log_run run(options, out);
+  bool header_pending = true;
+  for (const auto& [path, log] : run.logs) {
+    run.log = source_of(log);
+    const CommandSet set = commands_of(run);
     if (set.empty()) continue;
     command_refs commands;
     for (const auto& [key, command] : set) commands.add(command);
@@ -269,18 +271,19 @@ std::string plain_results(std::vector<std::string> words) {
     record_reader reader(options.format, false);
     walk_evtx_block(bytes, file_header_bytes, reader, sink, settings);
     if (records.empty()) continue;
-    if (options.format.no_whitespace) std::erase(options.format.csv_separator, ' ');
-    options.format.tool_tag = options.current_log_channel;
-    const write_context context{.channel = options.current_log_channel,
+    const write_context context{.channel = run.log.channel,
                                 .inc_slack = options.inc_slack,
                                 .show_offsets = options.show_offsets,
                                 .allparams = options.allparams,
-                                .log_is_evtx = options.current_log_is_evtx,
+                                .log_is_evtx = run.log.is_evtx,
                                 .username = options.username,
                                 .program_name = "zanvik"};
-    const bool timeline = options.format.output_l2t || options.format.output_bodyfile;
-    (timeline ? write_plain_timeline : write_plain_tables)(out, records.in_time_order(),
-                                                           options.format, context);
+    const auto ordered = records.in_time_order();
+    if (options.format.output_l2t || options.format.output_bodyfile) {
+      write_plain_timeline(out, ordered, options.format, context, header_pending);
+    } else {
+      write_plain_tables(out, ordered, options.format, context);
+    }
   }
   return out.str();
 }

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "log_builder.h"
 #include "program_run.h"
@@ -148,11 +149,13 @@ TEST(stream_run, an_exception_costs_one_log) {
   options.trace.open("/dev/full");  // a trace that fails at each line, and says so
   options.trace.diag_stream->exceptions(std::ios::badbit);
   ::testing::internal::CaptureStderr();
-  run_stream(options);
+  std::ostringstream results;
+  log_run run(options, results);
+  run_stream(run);
   const std::string err = ::testing::internal::GetCapturedStderr();
   EXPECT_NE(err.find("exception caught on file " + a), std::string::npos) << err;
   EXPECT_NE(err.find("exception caught on file " + b), std::string::npos) << err;
-  EXPECT_EQ(options.log_table.size(), 1u) << "one log at a time";
+  EXPECT_EQ(run.logs.size(), 1u) << "one log at a time";
 }
 
 }  // namespace

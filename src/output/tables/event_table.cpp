@@ -6,12 +6,11 @@
 namespace zanvik {
 
 void write_event_table(row_buffer& out, time_cells& times, table_cache& tables,
-                       std::span<const LogRecord* const> records, output_format& format,
+                       std::span<const LogRecord* const> records, const output_format& format,
                        const write_context& context) {
   if (records.empty() || !format.output_csv) return;
   table_plan& table = tables.plan_for(records, format, context);
   out.append(table.header);
-  format.header_pending = false;
   row_writer rows(out, times, table, format, context);
   const std::size_t count = records.size();
   for (std::size_t i = 0; i < count; ++i) {

@@ -20,7 +20,7 @@ namespace zanvik {
 // Writes a table of `records`, in their order; nothing if there are none or `output_csv` is off.
 // The rows may stay in `out` until it is flushed.
 void write_event_table(row_buffer& out, time_cells& times, table_cache& tables,
-                       std::span<const LogRecord* const> records, output_format& format,
+                       std::span<const LogRecord* const> records, const output_format& format,
                        const write_context& context);
 
 }  // namespace zanvik

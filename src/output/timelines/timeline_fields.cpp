@@ -107,7 +107,7 @@ field_style field_style_of(const output_format& format, const write_context& con
     style.separator_substitute = format.separator_substitute;
   }
   style.host_name = context.log_is_evtx ? "Computer" : "computer name";
-  if (context.log_is_evtx && format.tool_tag.empty()) style.channel_name = "Channel";
+  if (context.log_is_evtx && context.channel.empty()) style.channel_name = "Channel";
   return style;
 }
 

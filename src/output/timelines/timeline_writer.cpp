@@ -101,7 +101,7 @@ void timeline_writer::write(const LogRecord& record) {
   }
   if (record.extra_text != log_path_) renew_log(record);
   const std::string_view channel =
-      format_.tool_tag.empty() ? values_.of(plan.channel) : std::string_view(format_.tool_tag);
+      context_.channel.empty() ? values_.of(plan.channel) : context_.channel;
   const std::string_view host = values_.of(plan.host);
   row_room_ = fixed_room + 2 * format_.csv_separator.size() + lead_.size() + channel.size() +
               event_part_.size() + host.size() + id_part_.size() + provider_part_.size() +
@@ -264,13 +264,14 @@ void write_each(writer rows, std::span<const LogRecord* const> records) {
 }  // namespace
 
 void write_timeline(std::ostream& out, std::span<const LogRecord* const> records,
-                    output_format& format, const write_context& context) {
+                    const output_format& format, const write_context& context,
+                    bool& header_pending) {
   if (records.empty()) return;
   row_buffer buffer(out);
-  if (format.header_pending) {
+  if (header_pending) {
     buffer.append(format.output_bodyfile ? std::string(body_header) : timeline_header(format));
   }
-  format.header_pending = false;
+  header_pending = false;
   if (format.output_bodyfile) {
     write_each(body_writer(buffer, format, context), records);
   } else {

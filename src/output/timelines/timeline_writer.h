@@ -19,8 +19,10 @@
 namespace zanvik {
 
 // Writes all records, in the form that `format` asks for (the body file if it asks for both); all
-// bytes have reached `out` on return. Clears the header flag of `format` with the first record.
+// bytes have reached `out` on return. The header goes before the first record of a run, which
+// clears `header_pending`.
 void write_timeline(std::ostream& out, std::span<const LogRecord* const> records,
-                    output_format& format, const write_context& context);
+                    const output_format& format, const write_context& context,
+                    bool& header_pending);
 
 }  // namespace zanvik

@@ -1,0 +1,45 @@
+// A run of the classic door: what it owns besides its options, which stay as the command line gave
+// them. Each stage is handed the parts it works with.
+#pragma once
+
+#include <ostream>
+
+#include "events/log_record.h"
+#include "events/log_source.h"
+#include "evtx/record_reader.h"
+#include "keep/plan_cache.h"
+#include "output/write_records.h"
+#include "run/evt_output_options.h"
+#include "run/log_list.h"
+#include "stats/log_statistics.h"
+
+namespace zanvik {
+
+struct log_run {
+  // Classifies the logs that the options name. `options` and `results` must outlive the run.
+  log_run(const evt_output_options& run_options, std::ostream& results_stream)
+      : options(run_options), results(results_stream), reader(run_options.format) {
+    LogEntry scratch;
+    add_logs(options.log_names, scratch, probe, logs);
+  }
+
+  const evt_output_options& options;
+  std::ostream& results;
+
+  log_probe probe;
+  log_map logs;    // those of `-log`; in a run over names as they arrive, the one in hand
+  log_source log;  // the one in hand
+
+  bool counts = false;            // statistics are taken
+  std::ostream* stats = nullptr;  // the open statistics file; null when there is none
+  LogStatistics statistics;       // of the log walked last
+
+  // What is known of templates serves all logs of a run.
+  record_reader reader;
+  // The records of the log in hand; what records share stays for the logs behind it.
+  record_container records;
+  plan_cache plans;
+  output_memory written;
+};
+
+}  // namespace zanvik
