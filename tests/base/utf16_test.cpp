@@ -27,7 +27,7 @@ TEST(qx_utf16, surrogates_pair_or_all_stand_alone) {
   const std::tuple<std::u16string, std::string, std::size_t> rows[] = {
       {u"a\u00e9\u4e2d", "a\xc3\xa9\xe4\xb8\xad", 3},
       {u"\u007f\u0080\u07ff\u0800\uffff", "\x7f\xc2\x80\xdf\xbf\xe0\xa0\x80\xef\xbf\xbf", 5},
-      {u"x\U0001f600y", "x\xf0\x9f\x98\x80y", 4},
+      {u"x\U0001f600y\U0010ffff", "x\xf0\x9f\x98\x80y\xf4\x8f\xbf\xbf", 6},
       {u"\U0001f600\xd83d", "\xed\xa0\xbd\xed\xb8\x80\xed\xa0\xbd", 3},  // one alone, so all alone
       {u"\xde00\xd83d", "\xed\xb8\x80\xed\xa0\xbd", 2},                  // the wrong way round
       {u"\xd83d\xd83d\xde00", "\xed\xa0\xbd\xed\xa0\xbd\xed\xb8\x80", 3},

@@ -215,12 +215,19 @@ TEST(decode_bxml, starts_of_streams) {
        "\n<N>[0/1]</N>\n<Level>\"4\"</Level> [Level]=4"},
       {"among the values nested streams are decoded as well",
        [](bxml_builder& x) {
-         x.template_instance(one_value, {slot::utf16("v"), slot::bxml([](bxml_builder& y) {
-                                           y.fragment_header().open("In").close_empty();
-                                           y.end_of_stream();
-                                         })});
+         const auto in = slot::bxml(
+             [](bxml_builder& y) { y.fragment_header().open("In").close_empty().end_of_stream(); });
+         x.template_instance(one_value, {slot::utf16("v"), slot::utf16("longer"), in});
        },
        "\n<N>[0/1]</N>\n<In/>"},
+      {"what stands behind the event's data is no data of it",
+       [](bxml_builder& x) {
+         x.fragment_header().open("Event").close_start().open("EventData").close_start();
+         x.text_element("Path", "p").end_element().text_element("Level", "4").end_element();
+         x.end_of_stream();
+       },
+       "\n<Event>\n<EventData>\n<Path>\"p\"</Path></EventData>\n<Level>\"4\"</Level></Event>"
+       " [01:Path]=p [Level]=4"},
       {"more than 96 values are refused",
        [](bxml_builder& x) {
          x.template_instance(one_value, std::vector<slot_value>(97)).fragment_header();

@@ -33,6 +33,9 @@ TEST(hostile_chunk, a_used_up_purse_ends_the_streams_behind_it) {
   EXPECT_EQ(numbers_of({greedy_names(1), honest_plain(2), honest_plain(3)}),
             std::vector<std::uint64_t>{});
   EXPECT_EQ(numbers_of({honest_plain(2), honest_plain(3)}), (std::vector<std::uint64_t>{2, 3}));
+  // The next chunk has a purse of its own.
+  const auto log = log_builder().chunk({greedy_names(1)}).chunk({honest_plain(2)});
+  EXPECT_EQ(record_numbers(walk(log)), std::vector<std::uint64_t>{2});
 }
 
 // An element's name is repeated by the field of each of its attributes: 2,000 of 15,000 characters.

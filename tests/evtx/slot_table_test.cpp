@@ -133,6 +133,13 @@ TEST(record_template, is_found_by_the_guid_of_its_definition) {
   auto other_id = log;
   other_id.poke_u32(instance + 6, 1);
   EXPECT_EQ(last_slots(other_id), slot_lines{"First=5"}) << "the id does not matter then";
+  const auto second =
+      log_builder()
+          .chunk({record(1)})
+          .chunk({plain_record(2, when,
+                               [&](bxml_builder& x) { x.raw(byte_vector(8)).definition(first); }),
+                  template_record(3, when, first, {slot::uint16(6)})});
+  EXPECT_EQ(last_slots(second), slot_lines{"First=6"}) << "each chunk has a table";
 
   auto no_table = log;
   for (std::size_t i = 0; i < 32; ++i) no_table.poke_u32(log.chunk_offset(0) + 384 + 4 * i, 0);

@@ -179,7 +179,9 @@ TEST(plain_records, have_a_time_of_their_own_and_the_collector_s) {
 TEST(selection, tests_each_condition_of_a_command) {
   event other = logon;
   other.event_id = 4625;
-  other.data[0].value = slot::uint32(10);
+  other.data = {{"LogonType", slot::uint32(10)},
+                {"Path", slot::utf16("\u4e2d\u6587")},
+                {"Elevated", slot::boolean(true)}};
   const auto log = log_builder().chunk({record(1, logon), record(2, other), record(3, logon)});
   using strings = std::vector<std::string>;
   const numbers all{1, 2, 3};
@@ -209,6 +211,10 @@ TEST(selection, tests_each_condition_of_a_command) {
       {"text in a name", [](ReportCommand& c) { c.string_exists = "ogonTyp"; }, all},
       {"text in a literal", [](ReportCommand& c) { c.string_exists = "win/2004"; }, all},
       {"text nowhere", [](ReportCommand& c) { c.string_exists = "kerberos"; }, {}},
+      {"as many bytes as two units can have",
+       [](ReportCommand& c) { c.string_exists = "\u4e2d\u6587"; },
+       {2}},
+      {"a truth value's", [](ReportCommand& c) { c.string_exists = "tru"; }, {2}},
       {"matched but not kept", [](ReportCommand& c) { c.emit = false; }, {}},
   };
   for (const auto& [reason, change, expected] : rows) {

@@ -86,6 +86,7 @@ TEST(slack_columns, nested_values_are_no_slots_of_their_record) {
   ASSERT_EQ(kept.records.size(), 2u);
   const std::string columns = columns_text(kept[1]);
   EXPECT_NE(columns.find("01:Text=text of 8"), std::string::npos) << columns;
+  EXPECT_NE(columns.find("; s09=612; s10=4; s11=8; "), std::string::npos) << columns;
   EXPECT_NE(columns.find("s17=Application"), std::string::npos) << columns;
   EXPECT_EQ(columns.find("s19="), std::string::npos) << columns;
 }

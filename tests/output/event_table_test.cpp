@@ -172,7 +172,7 @@ TEST(event_table, a_count_that_is_no_time_gives_blanks) {
 }
 
 TEST(event_table, widths) {
-  const std::string name25(25, 'n'), name601(601, 'm');
+  const std::string name25(25, 'n'), name600(600, 'l'), name601(601, 'm');
   const std::tuple<const char*, test_record, std::string, std::string> cases[] = {
       {"a name wider than its values", test_record(1, {{name25, "v"}}), name25,
        "v" + std::string(24, ' ')},
@@ -180,6 +180,7 @@ TEST(event_table, widths) {
        "f" + std::string(598, ' '), std::string(599, 'v')},
       {"600 bytes do not", test_record(1, {{"f", std::string(600, 'v')}}), "f",
        std::string(600, 'v')},
+      {"a name of 600", test_record(1, {{name600, "v"}}), name600, "v" + std::string(599, ' ')},
       {"a name over 600 gives 20", test_record(1, {{name601, "v"}}), name601,
        "v" + std::string(19, ' ')},
       {"a literal counts", test_record(1, {{"f", "vvvv", true}}), "f   ", "vvvv"},

@@ -50,6 +50,7 @@ TEST(options, shape_of_results) {
       {"any case", {"-CSV"}, "csv [,] ,; tight"},
       {"paired date and time keep the blanks", {"-csv", "-pair_datetime"}, "csv [,] ,;"},
       {"bodyfile beats csv in either order", {"-bodyfile", "-csv"}, "bodyfile [|] |; tight"},
+      {"bodyfile beats l2t", {"-csvl2t", "-bodyfile"}, "bodyfile [|] |;"},
       {"multiline beats all", {"-multiline", "-xml", "-csvgen"}, "multiline [] 00 tight"},
       {"xml has no rows", {"-xml"}, "xml [] 00 no rows"},
       {"tab in any case", {"-csv_separator", "TAB"}, "csv [\t] 00"},
@@ -154,7 +155,7 @@ TEST(options, aliases_come_in_pairs) {
 
 TEST(options, words_without_meaning_are_swallowed_with_their_values) {
   const parsed line({"-gzip", "-threads", "-zlibex", "-cpu", "4", "-separate_files", "-outdir",
-                     "-pipe", "-verbose", "-v", "word", "-quiet"});
+                     "-pipe", "-verbose", "-v", "word", "-quiet", "-hostname", "h"});
   EXPECT_EQ(line.list, (argument_list{"/bin/zanvik.real", "-v", "word"}));
   EXPECT_FALSE(line.options.walk.pipe) << "it was the value of another option";
   EXPECT_EQ(parsed({"-cpu"}).list.size(), 2u) << "in the last place it has no value, and stays";

@@ -1,5 +1,5 @@
-// The timelines as programs read them that nobody here wrote: `mactime` of The Sleuth Kit, Python's
-// csv module, and the import of sqlite3. A test whose tool is missing is skipped and says so.
+// The timelines as programs read them that nobody here wrote: `mactime` of The Sleuth Kit and
+// Python's csv module. A test whose tool is missing is skipped and says so.
 //
 // The logs are those of samples/, one made here of values that are hard on a reader of rows, and,
 // if the environment names a folder in ZANVIK_LOGS, all logs below it.
@@ -158,23 +158,6 @@ TEST(timeline_consumers, python_gets_hard_values_as_far_as_the_form_keeps_them) 
     const std::string value = kept[i];
     EXPECT_NE(rows[i + 1].find("[02:comma;bar|:" + value + "]"), std::string::npos) << rows[i + 1];
     EXPECT_NE(rows[i + 1].find("[01:first:" + value + "]"), std::string::npos) << rows[i + 1];
-  }
-}
-
-TEST(timeline_consumers, sqlite_imports_every_row_without_a_word) {
-  NEED_TOOL("sqlite3", "sqlite3");
-  const scratch_dir scratch;
-  for (const std::string& log : logs_at_hand(scratch)) {
-    const std::string text = run_zanvik({"-log", log, "-csvl2t", "-quiet"}).out;
-    const std::string csv = scratch.write("l2t.csv", text);
-    const std::string counts = output_of(
-        scratch,
-        "sqlite3 :memory: -cmd '.mode csv' '.import --skip 2 " + csv +
-            " timeline' '.mode list' \"SELECT count(*), count(CASE WHEN extra LIKE 'Record# "
-            "%' AND version = '2' AND"
-            " MACB = 'M..B' THEN 1 END) FROM timeline\"");
-    const std::string rows = std::to_string(lines_of(text).size() - 3);
-    EXPECT_EQ(counts, rows + '|' + rows + '\n') << log;
   }
 }
 

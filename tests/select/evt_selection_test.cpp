@@ -151,6 +151,14 @@ TEST(evt_selection, number_and_time) {
   }
 }
 
+TEST(evt_selection, the_level_is_one_more_condition) {
+  for (const bool holds : {true, false}) {
+    ReportCommand command = listing();
+    command.level_condition = holds ? "success_type|12" : "success_type|4";
+    EXPECT_EQ(kept(command, logon) != "none", holds);
+  }
+}
+
 TEST(evt_selection, first_command_takes_the_record) {
   ReportCommand by_id;
   by_id.index = 1;

@@ -1,13 +1,11 @@
-// The builders against bytes worked out by hand, so that a reader's test does not rest on a
-// builder's slip; what no sample holds, since the samples were read back once by a decoder written
-// apart from these, and samples_test holds the builders to their bytes.
-#include "log_builder.h"
+// What no sample holds against bytes worked out by hand, so that a reader's test does not rest on a
+// builder's slip. The samples were read back once by a decoder written apart from the builders, and
+// samples_test holds these to their bytes.
+#include "evt_builder.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "evt_builder.h"
 
 namespace zanvik::testing {
 namespace {
@@ -26,39 +24,6 @@ std::string hex(std::span<const std::byte> bytes) {
 std::string packed(std::string text) {
   std::erase(text, ' ');
   return text;
-}
-
-// What `writer` appends to a chunk that holds 0x10 bytes already.
-std::string tokens(const bxml_writer& writer, chunk_tables tables = {}) {
-  byte_vector chunk(0x10);
-  bxml_builder xml(chunk, tables);
-  writer(xml);
-  return hex(std::span<const std::byte>(chunk).subspan(0x10));
-}
-
-TEST(bxml_builder, template_is_resident_first_and_referenced_afterwards) {
-  const template_definition definition{
-      .guid = "04030201-0605-0807-090a-0b0c0d0e0f10",
-      .body = [](bxml_builder& x) { x.fragment_header().end_of_stream(); }};
-  const std::string first =
-      "0f010100 0c 01 01020304 1e000000"  // 0x10 and 14 bytes of head: the next byte
-      "00000000 0102030405060708090a0b0c0d0e0f10 05000000 0f01010000 01000000 0100 0400 7f";
-  const std::string second = "0c 01 01020304 1e000000 00000000";
-  EXPECT_EQ(tokens([&](bxml_builder& x) {
-              x.template_instance(definition, {slot::uint8(0x7f)});
-              x.template_instance(definition, {}, instance_head::bare);
-            }),
-            packed(first + second));
-}
-
-TEST(slot_table, values_are_packed_and_a_nested_one_knows_its_size) {
-  EXPECT_EQ(tokens([](bxml_builder& x) {
-              x.slot_table({slot::uint16(0x0201), slot::bxml([](bxml_builder& nested) {
-                              nested.fragment_header().end_of_stream();
-                            }),
-                            slot::with_declared_size(slot::uint8(9), 0x1234)});
-            }),
-            packed("03000000 0200 0600 0500 2100 3412 0400 0102 0f01010000 09"));
 }
 
 std::string hex_at(const file_bytes& file, std::size_t offset, std::size_t size) {
