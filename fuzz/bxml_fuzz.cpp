@@ -41,7 +41,8 @@ ZANVIK_FUZZ_TARGET(bxml) {
   const auto table = in.take<std::uint16_t>();
   const exact_bytes stream(in.rest());
   work_budget budget;
-  const chunk_view chunk{byte_cursor(stream.span()), stream.span().size(), 0, &budget};
+  bxml_memory memory;
+  const chunk_view chunk{byte_cursor(stream.span()), stream.span().size(), 0, &budget, &memory};
   std::vector<slot_entry> slots;
   field_map fields;
   std::string text;
@@ -58,7 +59,7 @@ ZANVIK_FUZZ_TARGET(bxml) {
     cursor.slots = mode & 1 ? &slots : nullptr;
     cursor.template_body = mode & 4;
     cursor.budget = &budget.plain_bytes;
-    decode_bxml(mode & 8 ? nullptr : &text, fields, cursor, mode & 16 ? table : no_limit);
+    decode_bxml(mode & 8 ? nullptr : &text, &fields, cursor, mode & 16 ? table : no_limit);
     fill_system_from_slots(fields, chunk, 0);
   }
   require_within_chunk(slots);

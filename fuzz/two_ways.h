@@ -21,7 +21,7 @@ inline std::string walked_text(std::span<std::byte> log, record_reader& reader, 
 
 // Walks the log by both roads, by the quick one twice, so that the second time all is known.
 inline void require_two_ways_agree(std::span<const std::byte> log, bool inc_slack) {
-  const output_format format;
+  const time_formats format;
   record_reader plain(format, false);
   record_reader quick(format);
   exact_bytes bytes(log);

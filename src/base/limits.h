@@ -54,6 +54,11 @@ inline constexpr std::int64_t slack_bytes_per_chunk = 64 * 65536;
 // 3 KiB bodies at the most in a real chunk.
 inline constexpr std::int64_t body_bytes_per_chunk = 64 * 65536;
 
+// One layout: the names and literals that the bodies of a record give, in bytes of them that are
+// looked at. A body that cites long names over and over could otherwise make a layout of megabytes,
+// which each record would show. Bodies of logs at hand need 12 KB.
+inline constexpr std::int64_t layout_bytes = 2 * 65536;
+
 // Decoded templates kept for the records of later chunks, by count; more starts the cache anew.
 inline constexpr std::size_t cached_layouts = 4096;
 inline constexpr std::size_t cached_layout_bytes = 16 << 20;  // of names and literal values

@@ -20,7 +20,8 @@ void evtx_event_reader::start_chunk(std::span<const std::byte> bytes, std::uint6
                                     std::uint64_t file_offset) {
   budget_ = {};
   expansion_ = limits::expanded_bytes_per_chunk;
-  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_};
+  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_, &memory_};
+  memory_.start_chunk();
   first_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
   last_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
   places_.fill({});
@@ -44,6 +45,7 @@ void evtx_event_reader::on_slack_candidate(std::uint64_t offset, std::uint64_t) 
 
 void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
   const byte_cursor& bytes = chunk_.bytes;
+  memory_.start_record();
   if (event_ids_ && is_unwanted(offset + layout::record_header_bytes)) return;
   event_header header;
   header.record_number = bytes.at_or_zero<std::uint64_t>(offset + 8);

@@ -70,6 +70,7 @@ class evtx_event_reader : public chunk_visitor {
   const log_source* source_ = nullptr;
   const event_id_set* event_ids_ = nullptr;
   work_budget budget_;
+  bxml_memory memory_;
   std::int64_t expansion_ = 0;  // bytes of templates that the chunk's events may still be made of
   chunk_view chunk_;
   std::uint64_t value_end_ = 0;

@@ -109,7 +109,7 @@ class compiler {
   }
 
   bool pay_name(const named_token& token) {
-    return work_budget::spend(budget_, 2 * token.name.units + 1);
+    return work_budget::spend(budget_, 2 * token.name.units_read + 1);
   }
 
   bool value() {
@@ -121,7 +121,8 @@ class compiler {
   bool counted_text(std::uint64_t head) {
     const auto units = chunk_.bytes.at<std::uint16_t>(at_ + head);
     if (!units || !chunk_.bytes.has(at_ + head + 2, 2u * *units)) return false;
-    const name_entry found = counted_text_at(chunk_, at_ + head + 2, *units, true, head + 2);
+    const zanvik::counted_text found =
+        counted_text_at(chunk_, at_ + head + 2, *units, true, head + 2, chunk_.memory->texts);
     writer_.text(found.text);
     return step(found.length);
   }
@@ -138,9 +139,9 @@ class compiler {
   bool instruction() {
     const auto name_offset = chunk_.bytes.at<std::uint32_t>(at_ + 1);
     if (!name_offset) return false;
-    const auto target = name_entry_at(chunk_, *name_offset);
-    if (!target || !work_budget::spend(budget_, 2 * target->units + 1)) return false;
-    at_ += 5 + (*name_offset == at_ + 5 ? target->length : 0);
+    const zanvik::counted_text target = chunk_.memory->names.at(chunk_, *name_offset);
+    if (!target.present || !work_budget::spend(budget_, 2 * target.units_read + 1)) return false;
+    at_ += 5 + (*name_offset == at_ + 5 ? target.length : 0);
     std::string data;
     if (chunk_.bytes.at<std::uint8_t>(at_) == token_pi_data) {
       const auto units = chunk_.bytes.at<std::uint16_t>(at_ + 1);
@@ -148,7 +149,7 @@ class compiler {
       append_utf8_from_utf16(data, chunk_.bytes.bytes_at(at_ + 3, 2u * *units));
       at_ += 3 + 2u * *units;
     }
-    writer_.instruction(target->text, data);
+    writer_.instruction(target.text, data);
     return true;
   }
 

@@ -79,7 +79,9 @@ found_channel channel_finder::find(std::span<const std::byte> chunk) {
 
 std::optional<found_channel> channel_finder::find_quickly(std::span<const std::byte> chunk) {
   work_budget budget;
-  const chunk_view view{byte_cursor(chunk), chunk.size(), 0, &budget};
+  const chunk_view view{byte_cursor(chunk), chunk.size(), 0, &budget, &memory_};
+  memory_.start_chunk();
+  memory_.start_record();
   const auto head = fragment_instance_at(view, first_bxml);
   if (!head || head->definition > evtx_layout::chunk_bytes) return std::nullopt;
   catalogue_.read(view);

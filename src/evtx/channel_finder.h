@@ -54,6 +54,7 @@ class channel_finder {
   static outline make_outline(const chunk_view& chunk, const template_ref& ref,
                               std::size_t slot_count);
 
+  bxml_memory memory_;
   template_catalogue catalogue_;
   template_bodies bodies_;
   std::map<std::pair<std::uint32_t, std::size_t>, outline> outlines_;  // by body, count of slots

@@ -6,7 +6,8 @@ namespace zanvik {
 
 std::optional<std::string> first_record_text(std::span<const std::byte> chunk) {
   work_budget budget;
-  const chunk_view view{byte_cursor(chunk), chunk.size(), 0, &budget};
+  bxml_memory memory;
+  const chunk_view view{byte_cursor(chunk), chunk.size(), 0, &budget, &memory};
   template_catalogue catalogue;
   catalogue.read(view);
   constexpr std::uint64_t bxml = evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes;
@@ -18,8 +19,7 @@ std::optional<std::string> first_record_text(std::span<const std::byte> chunk) {
   bxml_cursor cursor{view};
   cursor.position = bxml;
   cursor.budget = &budget.plain_bytes;
-  field_map fields;
-  decode_bxml(&text, fields, cursor);
+  decode_bxml(&text, nullptr, cursor);
   return text;
 }
 

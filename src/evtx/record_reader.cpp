@@ -29,9 +29,10 @@ std::string field_text(const field_map& fields, std::string_view name) {
 void record_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                                 std::uint64_t file_offset) {
   budget_ = {};
-  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_, options_.full_sids};
-  catalogue_.read(chunk_);
-  quick_records_.start_chunk(layouts_.drop_if_full());
+  chunk_ = {
+      byte_cursor(bytes, file_offset), bound, file_offset, &budget_, &memory_, options_.full_sids};
+  memory_.start_chunk();
+  store_.start_chunk(chunk_);
   record_.first_number =
       chunk_.bytes.at_or_zero<std::uint64_t>(evtx_layout::first_logical_record_at);
   record_.last_number = chunk_.bytes.at_or_zero<std::uint64_t>(evtx_layout::nth_logical_record_at);
@@ -64,22 +65,52 @@ void record_reader::read_header(std::uint64_t offset) {
   record_.file_offset = chunk_.file_offset + offset;
   record_.event_id = 0;
   record_.slot_texts.clear();
+  memory_.start_record();
 }
 
 bool record_reader::read_template(std::uint64_t bxml, const instance_head& head) {
   if (head.definition > evtx_layout::chunk_bytes) return false;
   record_.plain = false;
   record_.time = record_.time_written;
-  record_.layout = quick_ ? quick_records_.read(catalogue_, chunk_, bxml, head, slots_) : nullptr;
-  if (!record_.layout) {
-    auto content = read_template_record(catalogue_, chunk_, bxml, head, nullptr);
-    if (!content) return false;
-    flatten_content(std::move(*content), slots_, record_.slot_texts, own_layout_);
-    record_.layout = layouts_.intern(std::move(own_layout_));
+  switch (quick_records_.read(chunk_, bxml, head)) {
+    case quick_records::answer::too_much:
+      return false;
+    case quick_records::answer::unusual:
+      if (!decode_template_record(bxml, head, budget_)) return false;
+      break;
+    case quick_records::answer::ordinary:
+      if (quick_) {
+        take_quick_record();
+      } else {
+        // What it costs is what the quick road costs, which has been paid.
+        work_budget unlimited = work_budget::unlimited();
+        unlimited.body_bytes = limits::layout_bytes;
+        if (!decode_template_record(bxml, head, unlimited)) return false;
+      }
   }
-  record_.slots = slots_;
   find_event_id();
   if (options_.event_time) use_own_time();
+  return true;
+}
+
+void record_reader::take_quick_record() {
+  record_.slots = quick_records_.slots();
+  record_.layout = quick_records_.layout();
+  if (std::string* text = quick_records_.plain_text()) {
+    record_.slot_texts.push_back({quick_records_.plain_slot(), std::move(*text)});
+  }
+}
+
+bool record_reader::decode_template_record(std::uint64_t bxml, const instance_head& head,
+                                           work_budget& budget) {
+  chunk_view view = chunk_;
+  view.budget = &budget;
+  auto content = read_template_record(store_.catalogue(), view, bxml, head, nullptr);
+  if (!content) return false;
+  own_layout_ = {};
+  flatten_content(std::move(*content), slots_, record_.slot_texts, own_layout_);
+  record_.slots = slots_;
+  record_.layout = store_.intern(std::move(own_layout_));
   return true;
 }
 
@@ -113,7 +144,7 @@ void record_reader::add_collector_time(field_map& fields) const {
   std::string date;
   std::string time;
   (void)format_with_strings(date, time, qx::time(record_.time_written, qx::type_time::filetime),
-                            format_.date_format, format_.time_format);
+                            formats_.date_format, formats_.time_format);
   fields.try_emplace("TimeCreated (Collector) UTC",
                      field_value{value_type::filetime, date + " " + time, 0});
 }
@@ -123,7 +154,7 @@ bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
   cursor.position = bxml;
   cursor.budget = record_.in_slack ? &budget_.slack_bytes : &budget_.plain_bytes;
   field_map fields;
-  decode_bxml(nullptr, fields, cursor, limit);
+  decode_bxml(nullptr, &fields, cursor, limit);
   // A record that could not be paid for to its end would be shown as something it is not.
   if (fields.empty() || *cursor.budget <= 0) return false;
   record_.plain = true;

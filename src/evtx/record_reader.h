@@ -1,17 +1,16 @@
 // From a record's header and binary XML to `record_fields`: records with a template by the quick
 // road or the plain one, records without by the token decoder.
 //
-// One reader serves a run. Per chunk it keeps the catalogue of templates and the chunk's work
-// budget; across chunks the layouts. The record it gives lives until the next one is read.
+// One reader serves a run. Per chunk it keeps the chunk's work budget; what is known of templates
+// is in its `template_store`. The record it gives lives until the next one is read.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
+#include "base/time_formats.h"
 #include "evtx/record_fields.h"
-#include "evtx/templates/layout_cache.h"
 #include "evtx/templates/quick_records.h"
-#include "options/output_format.h"
 
 namespace zanvik {
 
@@ -27,11 +26,11 @@ struct reader_options {
 
 class record_reader {
  public:
-  // `format` gives the form of a collector's time in records without a template; it must outlive
-  // the reader. `quick` false sends every record the plain way; the reference that tests compare
-  // with.
-  explicit record_reader(const output_format& format, bool quick = true)
-      : format_(format), quick_(quick), quick_records_(layouts_) {}
+  // `formats` gives the form of a collector's time in records without a template; it must outlive
+  // the reader. `quick` false decodes the templates anew for every record: the reference that tests
+  // compare with.
+  explicit record_reader(const time_formats& formats, bool quick = true)
+      : formats_(formats), quick_(quick), quick_records_(store_) {}
   record_reader(const record_reader&) = delete;
   record_reader& operator=(const record_reader&) = delete;
 
@@ -57,18 +56,20 @@ class record_reader {
  private:
   void read_header(std::uint64_t offset);
   bool read_template(std::uint64_t bxml, const instance_head& head);
+  void take_quick_record();
+  bool decode_template_record(std::uint64_t bxml, const instance_head& head, work_budget& budget);
   bool read_plain(std::uint64_t bxml, std::uint64_t limit);
   void find_event_id();
   void use_own_time();
   void add_collector_time(field_map& fields) const;
 
-  const output_format& format_;
+  const time_formats& formats_;
   bool quick_;
   reader_options options_;
   chunk_view chunk_;
   work_budget budget_;
-  template_catalogue catalogue_;
-  layout_cache layouts_;
+  bxml_memory memory_;
+  template_store store_;
   quick_records quick_records_;
   record_fields record_;
   record_layout own_layout_;  // of a record without templates

@@ -6,10 +6,11 @@
 #include <string>
 
 #include "base/format_descriptor.h"
+#include "base/time_formats.h"
 
 namespace zanvik {
 
-struct output_format {
+struct output_format : time_formats {
   std::string csv_separator = " | ";
   char separator_char = '|';        // replaced inside a field; 0 when there is none
   char separator_substitute = ';';  // by this
@@ -26,8 +27,6 @@ struct output_format {
   bool pair_datetime = false;
   bool row_form = true;
   bool row_newline = true;
-  std::string date_format = "yyyy-mm-dd";
-  std::string time_format = "hh:mm:ss.xxx";
   format_descriptor descriptor;
   std::map<std::string, std::string> alias_files;  // lower-cased true path -> what is shown
   std::map<std::string, std::string> alias_paths;  // lower-cased true folder -> what is shown

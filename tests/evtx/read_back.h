@@ -76,7 +76,7 @@ class keeping_sink : public record_sink {
 inline std::vector<read_record> walk(std::span<const std::byte> bytes, bool quick = true,
                                      std::uint64_t base_offset = 0) {
   exact_buffer block(bytes);
-  const output_format format;
+  const time_formats format;
   record_reader reader(format, quick);
   keeping_sink sink;
   walk_evtx_block(block.span(), base_offset, reader, sink, {});

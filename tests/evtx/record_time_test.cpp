@@ -17,7 +17,7 @@ struct time_sink : record_sink {
 std::uint64_t time_of(record_builder record, bool event_time, bool quick = true) {
   const auto log = log_builder().chunk({std::move(record)});
   exact_buffer block(log.bytes());
-  const output_format format;
+  const time_formats format;
   record_reader reader(format, quick);
   time_sink sink;
   walk_settings settings;

@@ -33,7 +33,7 @@ class naming_sink : public record_sink {
 
 // Walks blocks one after the other with one reader, as a run does.
 naming_sink sink_after(const std::vector<std::span<std::byte>>& blocks, bool inc_slack = true) {
-  const output_format format;
+  const time_formats format;
   record_reader reader(format);
   naming_sink sink;
   walk_settings settings;

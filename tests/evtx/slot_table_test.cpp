@@ -22,7 +22,8 @@ parsed parse(const bxml_writer& writer, std::size_t at = 0x400) {
   chunk.resize(chunk_bytes);
   exact_buffer bytes(chunk);
   work_budget budget;
-  const chunk_view view{byte_cursor(bytes.span()), chunk.size(), 0, &budget};
+  bxml_memory memory;
+  const chunk_view view{byte_cursor(bytes.span()), chunk.size(), 0, &budget, &memory};
   parsed result;
   result.good = parse_substitution_array(view, at, result.slots);
   return result;

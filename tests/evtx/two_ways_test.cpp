@@ -175,7 +175,7 @@ TEST(sweep, every_byte_changed) {
   const log_builder log = small_log();
   const std::size_t used = used_end(log) - file_header_bytes;
   exact_buffer chunk(std::span(log.bytes()).subspan(file_header_bytes));
-  const output_format format;
+  const time_formats format;
   std::size_t seen = 0;
   for (std::size_t at = 0; at < used; ++at) {
     std::byte& byte = chunk.span()[at];

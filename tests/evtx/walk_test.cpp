@@ -42,7 +42,7 @@ TEST(chunk_walk, signatures_decide_what_is_read) {
     auto log = two_chunks();
     if (damaged_chunk) log.poke_u8(log.chunk_offset(*damaged_chunk) + 7, 1);
     if (damaged_file) log.poke_u8(3, 'f');
-    const output_format format;
+    const time_formats format;
     record_reader reader(format);
     keeping_sink sink;
     EXPECT_EQ(walk_evtx_block(log.span(), 0, reader, sink, {}), result) << reason;

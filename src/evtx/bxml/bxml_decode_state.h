@@ -22,7 +22,7 @@ inline bool is_data_section(std::string_view name) {
 // the element.
 class bxml_decode {
  public:
-  bxml_decode(std::string* text, field_map& fields, const bxml_cursor& cursor, std::uint64_t limit)
+  bxml_decode(std::string* text, field_map* fields, const bxml_cursor& cursor, std::uint64_t limit)
       : chunk_(cursor.chunk),
         bytes_(cursor.chunk.bytes),
         cursor_(cursor),
@@ -30,9 +30,11 @@ class bxml_decode {
         fields_(fields),
         position_(cursor.position),
         remaining_(limit == no_limit ? cursor.chunk.bound : limit),
-        template_body_(cursor.template_body) {}
+        template_body_(cursor.template_body),
+        items_(stacks_of(cursor).items),
+        open_names_(stacks_of(cursor).open_names) {}
 
-  std::uint64_t run();
+  bxml_result run();
 
  private:
   bool start();
@@ -41,10 +43,12 @@ class bxml_decode {
   std::uint64_t consume(std::uint64_t length);
 
   void flush();
+  void fill_system(std::uint64_t begin);
   bool open_element(std::uint8_t token);
   void close_empty_element();
   void end_element();
   bool value_text(std::uint8_t token);
+  void push_value(std::string_view text, std::uint8_t token);
   bool attribute(std::uint8_t token);
   bool character_reference(std::uint8_t token);
   bool entity_reference(std::uint8_t token);
@@ -58,31 +62,33 @@ class bxml_decode {
   std::uint64_t walk_slot_table(std::uint64_t at);
   void decode_nested(std::uint64_t at, std::vector<slot_entry>* slots, bool template_body);
 
-  void push_reference(std::string reference, std::uint8_t token);
-  void push(std::string item, std::uint16_t word) { items_.push_back({std::move(item), word}); }
+  void push_reference(std::string_view reference, std::uint8_t token);
+  void push(std::string_view item, std::uint16_t word) { items_.push_back({item, word}); }
   std::uint16_t data_bit() const { return in_data_section_ ? word_in_data : std::uint16_t{0}; }
   void write(std::string_view piece) {
     if (text_) text_->append(piece);
   }
-  // A token costs its length, and its name, which may stand elsewhere, once more.
   bool spend_token(const named_token& token) {
-    return spend(token.length + (token.name.text.empty() ? 0 : 2 * token.name.units));
+    return spend(token.head_length + 2 * token.name.units_read);
   }
   bool spend(std::uint64_t n) { return work_budget::spend(*cursor_.budget, n); }
+  static bxml_stacks& stacks_of(const bxml_cursor& cursor) {
+    return cursor.chunk.memory->stacks_at(cursor.depth);
+  }
 
   const chunk_view& chunk_;
   const byte_cursor& bytes_;
   const bxml_cursor& cursor_;
   std::string* text_;
-  field_map& fields_;
+  field_map* fields_;
   std::uint64_t position_;
   std::uint64_t remaining_;
   bool template_body_;
 
-  std::vector<element_item> items_;
-  std::vector<std::string> open_names_;
+  std::vector<element_item>& items_;
+  std::vector<std::string_view>& open_names_;
   data_counters counters_;
-  std::uint64_t element_bytes_ = 0;
+  bxml_result result_;
   bool headerless_ = false;
   bool end_of_stream_ = false;
   bool stream_alive_ = false;

@@ -1,19 +1,18 @@
 #include "evtx/bxml/bxml_decoder.h"
 
+#include <charconv>
 #include <string_view>
-#include <utility>
 
-#include "base/digits.h"
 #include "evtx/bxml/bxml_decode_state.h"
 #include "evtx/bxml/bxml_tokens.h"
 
 namespace zanvik {
 
-std::uint64_t bxml_decode::run() {
-  fields_.clear();
-  if (position_ > chunk_.bound || cursor_.depth > limits::nesting_depth) return 0;
+bxml_result bxml_decode::run() {
+  if (fields_) fields_->clear();
+  if (position_ > chunk_.bound || cursor_.depth > limits::nesting_depth) return {};
   const std::uint64_t begin = position_;
-  if (!start()) return 0;
+  if (!start()) return {};
   bool first = true;
   while (remaining_ >= 5 && position_ < bytes_.size() && !end_of_stream_) {
     if (headerless_) {
@@ -28,8 +27,15 @@ std::uint64_t bxml_decode::run() {
   }
   flush();
   // A stream that ends inside an open EventData does not take this step.
-  if (!in_data_section_) fill_system_from_slots(fields_, chunk_, begin);
-  return element_bytes_;
+  if (!in_data_section_) fill_system(begin);
+  return result_;
+}
+
+void bxml_decode::fill_system(std::uint64_t begin) {
+  field_map unwanted;
+  field_map& fields = fields_ ? *fields_ : unwanted;
+  fill_system_from_slots(fields, chunk_, begin);
+  result_.any_fields = result_.any_fields || !fields.empty();
 }
 
 // The head of the stream: a template instance is consumed here. Returns false when there is one
@@ -133,27 +139,27 @@ bool bxml_decode::dispatch(std::uint8_t token) {
 // costs it: one long name could stand in front of thousands.
 void bxml_decode::flush() {
   if (slot_named_ || items_.size() < 2) return;
-  if (spend(items_.front().text.size() * (items_.size() / 2 - 1))) {
-    flush_items(items_, fields_, counters_, !cursor_.slots);
-  }
+  if (!spend(items_.front().text.size() * (items_.size() / 2 - 1))) return;
+  result_.any_fields = true;  // two items or more always give one
+  if (fields_) flush_items(items_, *fields_, counters_, !cursor_.slots);
 }
 
 bool bxml_decode::open_element(std::uint8_t token) {
   flush();
   items_.clear();
   slot_named_ = false;
-  named_token element = element_at(chunk_, position_);
+  const named_token element = element_at(chunk_, position_);
   write("\n<");
   if (element.length == 0 || !spend_token(element)) {
     stream_alive_ = false;
     return false;
   }
-  element_bytes_ += element.element_size;
-  const std::string& name = element.name.text;
+  result_.element_bytes += element.element_size;
+  const std::string_view name = element.name.text;
   if (!name.empty()) push(name, static_cast<std::uint16_t>(token | data_bit()));
   if (is_data_section(name)) in_data_section_ = true;
   write(name);
-  open_names_.push_back(std::move(element.name.text));
+  open_names_.push_back(name);
   consume(element.length);
   start_tag_open_ = true;
   if (element.name_past_end) stream_alive_ = false;
@@ -172,10 +178,10 @@ void bxml_decode::end_element() {
   if (open_names_.empty()) {
     write("</...>");
   } else {
-    const std::string& name = open_names_.back();
+    const std::string_view name = open_names_.back();
     if (is_data_section(name)) in_data_section_ = false;
     write("</");
-    write(name.empty() ? std::string_view("...") : std::string_view(name));
+    write(name.empty() ? "..." : name);
     write(">");
     open_names_.pop_back();
   }
@@ -186,68 +192,75 @@ void bxml_decode::end_element() {
 
 bool bxml_decode::value_text(std::uint8_t token) {
   const auto units = bytes_.at<std::uint16_t>(position_ + 2);
-  if (!units || !spend(4 + 2u * *units)) return false;
+  if (!units) return false;
   const auto bound =
       (static_cast<std::int64_t>(chunk_.bound) - static_cast<std::int64_t>(position_ + 2)) / 2 - 1;
-  name_entry value = counted_text_at(chunk_, position_ + 4, *units, *units <= bound, 4);
-  const bool present = *units != 0 && *units <= bound && bytes_.has(position_ + 4, 2u * *units);
-  if (present) {
-    std::uint16_t word = token;
-    // A value that follows an attribute's value is told from it.
-    if (!items_.empty() && items_.back().word == token_value) word |= word_second_value;
-    if (after_reference_) word |= word_chained;
-    write("\"");
-    write(value.text);
-    write("\"");
-    push(std::move(value.text), word);
-  }
+  const bool fits = *units <= bound;
+  const counted_text value =
+      counted_text_at(chunk_, position_ + 4, *units, fits, 4, chunk_.memory->texts);
+  if (!spend(4 + 2 * value.units_read)) return false;
+  // Meant: an empty text, and one that leads out of the block, is written and gives no item.
+  write("\"");
+  write(value.text);
+  write("\"");
+  if (*units != 0 && fits && bytes_.has(position_ + 4, 2u * *units)) push_value(value.text, token);
   after_reference_ = false;
   consume(value.length);
   return true;
 }
 
+// A value that follows an attribute's value is told from it.
+void bxml_decode::push_value(std::string_view text, std::uint8_t token) {
+  std::uint16_t word = token;
+  if (!items_.empty() && items_.back().word == token_value) word |= word_second_value;
+  if (after_reference_) word |= word_chained;
+  push(text, word);
+}
+
 bool bxml_decode::attribute(std::uint8_t token) {
-  named_token found = attribute_at(chunk_, position_);
+  const named_token found = attribute_at(chunk_, position_);
   if (found.length == 0 || !spend_token(found)) return false;
   write(" ");
   write(found.name.text);
   write("=");
   if (!found.name.text.empty()) {
-    push(std::move(found.name.text), static_cast<std::uint16_t>(token | data_bit()));
+    push(found.name.text, static_cast<std::uint16_t>(token | data_bit()));
   }
   consume(found.length);
   return true;
 }
 
 // Pushes a reference as a chained item, and chains a value that stands before it.
-void bxml_decode::push_reference(std::string reference, std::uint8_t token) {
+void bxml_decode::push_reference(std::string_view reference, std::uint8_t token) {
   const auto word = static_cast<std::uint16_t>(token | data_bit() | word_chained);
   if (!items_.empty() && (items_.back().word & token_value) == token_value) {
     items_.back().word |= word_chained;
   }
-  push(std::move(reference), word);
+  push(reference, word);
 }
 
 bool bxml_decode::character_reference(std::uint8_t token) {
   const auto value = bytes_.at<std::uint16_t>(position_ + 1);
-  if (!value || !is_acceptable(token) || !spend(3)) return false;
-  std::string reference = "&#";
-  append_decimal(reference, std::uint64_t{*value});
+  if (!value || !is_token(token, token_character_reference) || !spend(3)) return false;
+  char digits[5];
+  const char* end = std::to_chars(digits, digits + sizeof(digits), *value).ptr;
+  const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+  const std::string_view reference = chunk_.memory->texts.add_joined({"&#", number});
   write(reference);
   write(";");
-  push_reference(std::move(reference), token);
+  push_reference(reference, token);
   after_reference_ = true;
   consume(3);
   return true;
 }
 
 bool bxml_decode::entity_reference(std::uint8_t token) {
-  named_token found = entity_at(chunk_, position_);
+  const named_token found = entity_at(chunk_, position_);
   if (found.length == 0 || !spend_token(found)) return false;
   if (!found.name.text.empty()) {
-    std::string reference = "&" + found.name.text + ";";
+    const auto reference = chunk_.memory->texts.add_joined({"&", found.name.text, ";"});
     write(reference);
-    push_reference(std::move(reference), token);
+    push_reference(reference, token);
   }
   after_reference_ = (token & token_more) != 0;
   consume(found.length);
@@ -273,8 +286,8 @@ bool bxml_decode::fragment_header() {
   return true;
 }
 
-std::uint64_t decode_bxml(std::string* text, field_map& fields, const bxml_cursor& cursor,
-                          std::uint64_t limit) {
+bxml_result decode_bxml(std::string* text, field_map* fields, const bxml_cursor& cursor,
+                        std::uint64_t limit) {
   return bxml_decode(text, fields, cursor, limit).run();
 }
 

@@ -1,12 +1,14 @@
-// The binary XML decoder: walks one stream inside a chunk, composes XML-like text where somebody
-// wants it, names the slots that substitutions refer to, and collects name-value fields.
+// The binary XML decoder: walks one stream inside a chunk, composes XML-like text and collects
+// name-value fields where the caller wants them, and names the slots that substitutions refer to.
 //
-// It never trusts a count: text is bounded before it is read, an unknown token ends the stream
-// without a word, and what was read up to there stays. Nested streams are decoded by the same
-// function, `limits::nesting_depth` deep at the most and within the chunk's work budget.
+// It never trusts a count: text is bounded before it is read, an unknown token ends the stream, and
+// what was read up to there stays. Nested streams are decoded by the same function, at most
+// `limits::nesting_depth` deep and within the chunk's work budget. The budget is charged for bytes
+// that are looked at, wherever they stand: a token without a name that stands in it, a name or
+// value up to its NUL.
 //
-// This is the plain, direct way; the records of known templates take the road of quick_records.h,
-// which runs this decoder once for each template.
+// Records of known templates do not come here one by one: quick_records.h runs this decoder once
+// for each template.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "evtx/bxml/bxml_memory.h"
 #include "evtx/container/chunk.h"
 
 namespace zanvik {
@@ -54,18 +57,18 @@ struct bxml_cursor {
 
 inline constexpr std::uint64_t no_limit = std::numeric_limits<std::uint64_t>::max();
 
-// Decodes the stream at `cursor.position`, of at most `limit` bytes (`no_limit`: the block).
-//   text    grows by the composed text; null throws it away.
-//   fields  cleared, then filled.
-// Returns the sum of the element sizes seen, 0 when no element was reached.
-std::uint64_t decode_bxml(std::string* text, field_map& fields, const bxml_cursor& cursor,
-                          std::uint64_t limit = no_limit);
-
-// One name, value or reference on the decoder's deque.
-struct element_item {
-  std::string text;
-  std::uint16_t word = 0;  // token byte, plus the bits below
+struct bxml_result {
+  std::uint64_t element_bytes = 0;  // sum of the element sizes seen, 0 when there was no element
+  bool any_fields = false;          // the stream gave fields, wanted or not
 };
+
+// Decodes the stream at `cursor.position`, of at most `limit` bytes (`no_limit`: the block).
+//   text    grows by the composed text; null when nobody wants it.
+//   fields  cleared, then filled; null when nobody wants them.
+bxml_result decode_bxml(std::string* text, field_map* fields, const bxml_cursor& cursor,
+                        std::uint64_t limit = no_limit);
+
+// Bits of `element_item::word` besides the token byte.
 inline constexpr std::uint16_t word_second_value = 0x10;  // a value that follows a value
 inline constexpr std::uint16_t word_in_data = 0x100;      // inside EventData or UserData
 inline constexpr std::uint16_t word_chained = 0x200;      // part of a run of values and references

@@ -19,8 +19,8 @@ using item_list = std::vector<element_item>;
 constexpr std::uint16_t type_joined = 6;
 constexpr std::uint16_t type_joined_data = 21;
 
-std::string take_newest(item_list& items) {
-  std::string text = std::move(items.back().text);
+std::string_view take_newest(item_list& items) {
+  const std::string_view text = items.back().text;
   items.pop_back();
   return text;
 }
@@ -120,8 +120,8 @@ std::string spaced_pairs(std::string_view value) {
 // An element of a data section with a single content.
 void flush_data_pair(item_list& items, field_map& fields, data_counters& counters, bool no_slots) {
   const std::uint16_t type = items.back().word;
-  std::string value = take_newest(items);
-  std::string name = take_newest(items);
+  std::string value(take_newest(items));
+  const std::string_view name = take_newest(items);
   if (name == "Data") {
     // Meant: all unnamed data of a decode gathers in one field.
     std::string key = numbered_key(current_index(counters), name);
@@ -167,15 +167,16 @@ void insert_numbered(field_map& fields, const std::string& key, field_value valu
   }
 }
 
-void flush_pairs(item_list& items, field_map& fields, const std::string* element) {
+void flush_pairs(item_list& items, field_map& fields, const std::string_view* element) {
   while (!items.empty()) {
     const std::uint16_t word = items.back().word;
     if (word == (token_value | word_second_value) && element) {
-      insert_numbered(fields, *element, {word, take_newest(items), 0});
+      insert_numbered(fields, std::string(*element), {word, std::string(take_newest(items)), 0});
       continue;
     }
     std::string value = mark_line_ends(take_newest(items));
-    std::string name = element ? *element + " " : std::string();
+    std::string name;
+    if (element) name.append(*element).append(" ");
     if (!items.empty()) name += take_newest(items);
     insert_numbered(fields, name, {word, std::move(value), 0});
   }
@@ -191,10 +192,10 @@ void flush_items(std::vector<element_item>& items, field_map& fields, data_count
                  bool no_slots) {
   if (items.empty()) return;
   const std::uint16_t word = items.front().word;
-  std::string element;
+  std::string_view element;
   const bool has_element = has_attributes(word);
   if (has_element) {
-    element = std::move(items.front().text);
+    element = items.front().text;
     items.erase(items.begin());
   }
   if (items.size() >= 2) {

@@ -36,10 +36,10 @@ bool bxml_decode::substitution(bool optional) {
 bool bxml_decode::name_slot(std::uint32_t number, bool optional) {
   std::string name;
   if (items_.size() > 1) {
-    const std::string& element = items_.front().text;
+    const std::string_view element = items_.front().text;
     if (optional || element == "Provider") {
       if (!spend(element.size())) return false;
-      name = element + " ";
+      name.append(element).append(" ");
     }
   }
   name += items_.back().text;
@@ -86,8 +86,7 @@ void bxml_decode::decode_nested(std::uint64_t at, std::vector<slot_entry>* slots
   nested.template_body = template_body;
   nested.budget = cursor_.budget;
   nested.depth = cursor_.depth + 1;
-  field_map unread;  // a nested stream's fields are nobody's
-  decode_bxml(text_, unread, nested);
+  decode_bxml(text_, nullptr, nested);
 }
 
 // Returns the length to step over: the head, and of a definition that stands right behind it the

@@ -2,8 +2,6 @@
 
 #include <limits>
 
-#include "base/utf16.h"
-
 namespace zanvik {
 namespace {
 
@@ -43,27 +41,25 @@ element_form element_form_at(const chunk_view& chunk, std::uint64_t offset) {
 // A token of `head` bytes that names its name by a chunk offset. The name stands right behind the
 // head when the offset says so, and belongs to the token then.
 named_token token_by_offset(const chunk_view& chunk, std::uint64_t offset, std::uint64_t head,
-                            std::uint64_t name_offset) {
+                            std::uint32_t name_offset) {
   named_token token;
-  auto name = name_entry_at(chunk, name_offset);
-  if (name) token.name = std::move(*name);
-  token.length = head;
-  token.offset_field = head - 4;  // the offset ends the head in every layout
-  token.name_offset = name_offset;
+  token.name = chunk.memory->names.at(chunk, name_offset);
+  token.length = token.head_length = head;
   if (name_offset == offset + head) {
-    if (!name) return {};  // the rest of the token is not there
+    if (!token.name.present) return {};  // the rest of the token is not there
     token.length += token.name.length;
   }
   return token;
 }
 
-// A token of one byte and an inline name.
-named_token token_with_name(const chunk_view& chunk, std::uint64_t offset) {
-  auto name = inline_name_at(chunk, offset + 1, units_behind(chunk.bound, offset) - 2);
-  if (!name) return {};
+// A token of `head` bytes with an inline name behind it.
+named_token token_with_name(const chunk_view& chunk, std::uint64_t offset, std::uint64_t head,
+                            std::int64_t bound) {
   named_token token;
-  token.name = std::move(*name);
-  token.length = 1 + token.name.length;
+  token.name = inline_name_at(chunk, offset + head, bound);
+  if (!token.name.present) return {};
+  token.head_length = head;
+  token.length = head + token.name.length;
   return token;
 }
 
@@ -105,47 +101,44 @@ std::optional<instance_head> nested_instance_at(const chunk_view& chunk, std::ui
   return bare_instance_at(chunk, offset);
 }
 
-name_entry counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,
-                           bool read, std::uint64_t head_length) {
-  name_entry entry;
-  entry.units = units;
-  entry.length = head_length + 2 * units;
-  if (!read || !chunk.bytes.has(offset, 2 * units)) return entry;
-  append_utf8_from_utf16(entry.text, chunk.bytes.bytes_at(offset, 2 * units));
+counted_text counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,
+                             bool read, std::uint64_t head_length, text_arena& texts) {
+  counted_text found;
+  found.present = true;
+  found.units = units;
+  found.length = head_length + 2 * units;
+  if (!read || !chunk.bytes.has(offset, 2 * units)) return found;
+  std::size_t units_read = 0;
+  found.text = texts.add_utf16(chunk.bytes.bytes_at(offset, 2 * units), units_read);
+  found.units_read = units_read;
   // Two zero bytes behind the text belong to it.
-  if (chunk.bytes.at<std::uint16_t>(offset + 2 * units) == 0) entry.length += 2;
-  return entry;
+  if (chunk.bytes.at<std::uint16_t>(offset + 2 * units) == 0) found.length += 2;
+  return found;
 }
 
-std::optional<name_entry> name_entry_at(const chunk_view& chunk, std::uint64_t offset) {
+counted_text name_entry_at(const chunk_view& chunk, std::uint64_t offset, text_arena& texts) {
   const auto units = chunk.bytes.at<std::uint16_t>(offset + 6);
-  if (!units) return std::nullopt;
+  if (!units) return {};
   const bool fits = *units <= units_behind(chunk.bound, offset) - 4;
-  return counted_text_at(chunk, offset + 8, *units, fits, 8);
+  return counted_text_at(chunk, offset + 8, *units, fits, 8, texts);
 }
 
-std::optional<name_entry> inline_name_at(const chunk_view& chunk, std::uint64_t offset,
-                                         std::int64_t bound) {
+counted_text inline_name_at(const chunk_view& chunk, std::uint64_t offset, std::int64_t bound) {
   const auto units = chunk.bytes.at<std::uint16_t>(offset + 2);
-  if (!units) return std::nullopt;
-  return counted_text_at(chunk, offset + 4, *units, *units <= bound, 4);
-}
-
-bool is_element_without_id(const chunk_view& chunk, std::uint64_t offset) {
-  return element_form_at(chunk, offset) == element_form::without_id;
+  if (!units) return {};
+  return counted_text_at(chunk, offset + 4, *units, *units <= bound, 4, chunk.memory->texts);
 }
 
 named_token element_at(const chunk_view& chunk, std::uint64_t offset) {
   const byte_cursor& bytes = chunk.bytes;
-  const element_form form = element_form_at(chunk, offset);
   named_token token;
   std::uint32_t element_size = 0;
-  switch (form) {
+  switch (element_form_at(chunk, offset)) {
     case element_form::none:
       return {};
     case element_form::with_id: {
       element_size = bytes.at_or_zero<std::uint32_t>(offset + 3);
-      const std::uint64_t name = bytes.at_or_zero<std::uint32_t>(offset + 7);
+      const auto name = bytes.at_or_zero<std::uint32_t>(offset + 7);
       token = token_by_offset(chunk, offset, 11, name);
       token.name_past_end = name + 2 * token.name.units > chunk.bound;
       break;
@@ -154,19 +147,17 @@ named_token element_at(const chunk_view& chunk, std::uint64_t offset) {
       element_size = bytes.at_or_zero<std::uint32_t>(offset + 1);
       token = token_by_offset(chunk, offset, 9, bytes.at_or_zero<std::uint32_t>(offset + 5));
       break;
-    case element_form::inline_name: {
+    case element_form::inline_name:
       element_size = bytes.at_or_zero<std::uint32_t>(offset + 1);
       // Meant: the bound comes from the element's size where the others take an offset.
-      auto name = inline_name_at(chunk, offset + 5, units_behind(chunk.bound, element_size) - 4);
-      if (!name) return {};
-      token.name = std::move(*name);
-      token.length = 5 + token.name.length;
+      token = token_with_name(chunk, offset, 5, units_behind(chunk.bound, element_size) - 4);
+      if (token.length == 0) return {};
       break;
-    }
   }
   token.element_size = element_size;
   if (token.length != 0 && (bytes.at_or_zero<std::uint8_t>(offset) & token_more)) {
     token.length += 4;  // the size of the attribute list
+    token.head_length += 4;
   }
   return token;
 }
@@ -178,10 +169,10 @@ named_token attribute_at(const chunk_view& chunk, std::uint64_t offset) {
   const auto name_offset = bytes.at<std::uint32_t>(offset + 1);
   if (name_offset && within(*name_offset, chunk.bound)) {
     named_token token = token_by_offset(chunk, offset, 5, *name_offset);
-    if (!within(std::uint64_t{*name_offset} + 10, chunk.bound)) token.name.text.clear();
+    if (!within(std::uint64_t{*name_offset} + 10, chunk.bound)) token.name.text = {};
     return token;
   }
-  return token_with_name(chunk, offset);
+  return token_with_name(chunk, offset, 1, units_behind(chunk.bound, offset) - 2);
 }
 
 named_token entity_at(const chunk_view& chunk, std::uint64_t offset) {
@@ -192,7 +183,7 @@ named_token entity_at(const chunk_view& chunk, std::uint64_t offset) {
   if (*discriminator == 0) {
     return token_by_offset(chunk, offset, 5, bytes.at_or_zero<std::uint32_t>(offset + 1));
   }
-  return token_with_name(chunk, offset);
+  return token_with_name(chunk, offset, 1, units_behind(chunk.bound, offset) - 2);
 }
 
 }  // namespace zanvik

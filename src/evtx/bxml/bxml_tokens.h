@@ -21,8 +21,8 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
+#include "evtx/bxml/bxml_memory.h"
 #include "evtx/container/chunk.h"
 
 namespace zanvik {
@@ -70,38 +70,26 @@ std::optional<instance_head> bare_instance_at(const chunk_view& chunk, std::uint
 // The head that a nested value starts with, in either form.
 std::optional<instance_head> nested_instance_at(const chunk_view& chunk, std::uint64_t offset);
 
-// A name in the chunk or in the stream. `text` is empty when its length fails its bound or it is
-// not all there; `length` is what it takes up, with the optional NUL that belongs to it.
-struct name_entry {
-  std::string text;
-  std::uint64_t units = 0;
-  std::uint64_t length = 0;
-};
-
-// The name entry (link, hash, count, UTF-16 name) at `offset`; nothing when its head is not there.
-std::optional<name_entry> name_entry_at(const chunk_view& chunk, std::uint64_t offset);
+// The name entry (link, hash, count, UTF-16 name) at `offset`, its text added to `texts`. The name
+// is read when its count keeps within the block.
+counted_text name_entry_at(const chunk_view& chunk, std::uint64_t offset, text_arena& texts);
 // The inline name (hash, count, UTF-16 name) at `offset`, read when its count is at most `bound`.
-std::optional<name_entry> inline_name_at(const chunk_view& chunk, std::uint64_t offset,
-                                         std::int64_t bound);
-// UTF-16 text of `units` at `offset`, with the rule of the optional NUL.
-name_entry counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,
-                           bool read, std::uint64_t head_length);
+counted_text inline_name_at(const chunk_view& chunk, std::uint64_t offset, std::int64_t bound);
+// UTF-16 text of `units` at `offset`, read when `read` is set; `head_length` bytes stand before it.
+counted_text counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,
+                             bool read, std::uint64_t head_length, text_arena& texts);
 
 // An open start element, an attribute or an entity reference.
 struct named_token {
-  name_entry name;
-  std::uint64_t length = 0;  // of the whole token; 0 when no layout takes it
+  counted_text name;
+  std::uint64_t length = 0;       // of the whole token; 0 when no layout takes it
+  std::uint64_t head_length = 0;  // of the token without a name that stands in it
   std::uint32_t element_size = 0;
   bool name_past_end = false;  // a name by offset that would run past the bound: ends the stream
-  std::uint64_t offset_field = 0;  // where in the token the name's offset is; 0 for an inline name
-  std::uint64_t name_offset = 0;   // that offset
 };
 
 named_token element_at(const chunk_view& chunk, std::uint64_t offset);
 named_token attribute_at(const chunk_view& chunk, std::uint64_t offset);
 named_token entity_at(const chunk_view& chunk, std::uint64_t offset);
-// Whether the open element at `offset` has the layout without an id, which is taken only when the
-// bytes that would be sizes and offsets in the layout with one are out of bounds.
-bool is_element_without_id(const chunk_view& chunk, std::uint64_t offset);
 
 }  // namespace zanvik

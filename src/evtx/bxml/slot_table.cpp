@@ -46,21 +46,14 @@ class table_head {
   std::uint32_t count_ = 0;
 };
 
-// Decodes nested plain binary XML. Returns whether it gave anything.
-bool decode_plain_value(const chunk_view& chunk, std::uint64_t value, unsigned depth,
-                        slot_entry& slot) {
-  bxml_cursor cursor{chunk};
-  cursor.position = value;
-  cursor.slots = &slot.children;
-  cursor.budget = &chunk.budget->plain_bytes;
-  cursor.depth = depth + 1;
-  field_map fields;
-  const auto seen = decode_bxml(&slot.text, fields, cursor);
+// Makes the slot of a value that is nested plain binary XML. False when the value gives nothing.
+bool read_plain_slot(const chunk_view& chunk, std::uint64_t value, unsigned depth,
+                     slot_entry& slot) {
   slot.offset = static_cast<std::uint32_t>(value);
   slot.type = value_type::bxml;
-  slot.name = "UserData";
+  slot.name = plain_slot_name;
   slot.composed = true;
-  return seen != 0 || !fields.empty();
+  return decode_plain_value(chunk, value, depth, &slot.text);
 }
 
 // Adds the slot of a value that is no binary XML, cut at the chunk's end. False, with nothing
@@ -101,7 +94,7 @@ bool read_nested_slot(const chunk_view& chunk, std::uint64_t value, descriptor e
   const auto head = nested_instance_at(chunk, value);
   if (!head) {
     slot_entry slot;
-    if (!decode_plain_value(chunk, value, depth, slot)) return false;
+    if (!read_plain_slot(chunk, value, depth, slot)) return false;
     slot.size = static_cast<std::uint16_t>(entry.size);
     slots.push_back(std::move(slot));
     // Meant: the same bytes are then tried as a slot table, which is nearly always refused.
@@ -115,6 +108,18 @@ bool read_nested_slot(const chunk_view& chunk, std::uint64_t value, descriptor e
 }
 
 }  // namespace
+
+bool decode_plain_value(const chunk_view& chunk, std::uint64_t value, unsigned depth,
+                        std::string* text) {
+  std::vector<slot_entry> no_slots;
+  bxml_cursor cursor{chunk};
+  cursor.position = value;
+  cursor.slots = &no_slots;
+  cursor.budget = &chunk.budget->plain_bytes;
+  cursor.depth = depth + 1;
+  const bxml_result found = decode_bxml(text, nullptr, cursor);
+  return found.element_bytes != 0 || found.any_fields;
+}
 
 std::optional<template_ref> definition_at(const chunk_view& chunk, std::uint64_t offset,
                                           std::uint32_t template_id) {
@@ -155,10 +160,9 @@ bool parse_template_slots(const chunk_view& chunk, std::uint64_t table,
     if (entry.type == value_type::bxml) {
       const auto instance = nested_instance_at(chunk, value);
       if (!instance) {
-        slot_entry unkept;
         // Meant: what gives nothing is passed over without moving on, so that the values behind
         // it are read from the wrong place.
-        if (!decode_plain_value(chunk, value, depth, unkept)) continue;
+        if (!decode_plain_value(chunk, value, depth, nullptr)) continue;
       } else {
         if (instance->definition > chunk.bound) continue;  // meant as well
         if (auto ref = definition_at(chunk, instance->definition, instance->template_id)) {

@@ -8,6 +8,8 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "evtx/bxml/bxml_decoder.h"
@@ -32,6 +34,15 @@ std::optional<template_ref> definition_at(const chunk_view& chunk, std::uint64_t
 // that stands right there. Nothing when that definition's head is not there.
 std::optional<std::uint64_t> slot_table_behind(const chunk_view& chunk, std::uint64_t instance,
                                                std::uint64_t head_length, std::uint64_t definition);
+
+// What the slot of a value that is plain binary XML is called, unless the body gives it a name.
+inline constexpr std::string_view plain_slot_name = "UserData";
+
+// Decodes the value at `value`, which is binary XML without a template, `depth` tables deep. Its
+// text is appended to `text`, unless that is null. False when it gives no element and no field:
+// such a value makes no slot.
+bool decode_plain_value(const chunk_view& chunk, std::uint64_t value, unsigned depth,
+                        std::string* text);
 
 // Appends the nested templates that the table at `table` names, those of a nested table behind the
 // one they are in. Returns false for a refused table, with `found` unchanged.

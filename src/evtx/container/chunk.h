@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <span>
 
 #include "base/byte_cursor.h"
@@ -43,12 +44,20 @@ inline constexpr std::uint64_t definition_size_at = 20;
 inline constexpr std::uint32_t definition_head_bytes = 24;
 }  // namespace evtx_layout
 
+class bxml_memory;
+
 // The work that the records of one chunk may still cause, in bytes (see limits.h).
 struct work_budget {
   std::int64_t slot_bytes = limits::slot_bytes_per_chunk;
   std::int64_t plain_bytes = limits::plain_bytes_per_chunk;
   std::int64_t slack_bytes = limits::slack_bytes_per_chunk;
   std::int64_t body_bytes = limits::body_bytes_per_chunk;
+
+  // For work that another budget has been charged for.
+  static work_budget unlimited() {
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    return {most, most, most, most};
+  }
 
   // Takes `bytes` from one of them; false once it is used up.
   static bool spend(std::int64_t& left, std::uint64_t bytes) {
@@ -66,6 +75,7 @@ struct chunk_view {
   std::uint64_t bound = 0;
   std::uint64_t file_offset = 0;  // of the chunk
   work_budget* budget = nullptr;  // never null while records are decoded
+  bxml_memory* memory = nullptr;  // nor is this
   bool full_sids = false;         // how its SIDs show, see reader_options
 };
 

@@ -1,216 +1,156 @@
 #include "evtx/templates/quick_records.h"
 
+#include <algorithm>
 #include <cstring>
-#include <utility>
 
-#include "base/hash_mix.h"
 #include "evtx/templates/template_record.h"
 #include "evtx/values/value_text.h"
 
 namespace zanvik {
 namespace {
 
-// What a walked table holds, and what it costs in bytes of the file.
-struct walked_table {
-  std::uint16_t count = 0;
-  std::uint64_t cost = 0;
-};
+// What the value of a slot costs, as `value_source_bytes` says for values inside their chunk, in
+// one word: a mask for its size, a fixed cost behind it, and a bit for types that take more than
+// that (binary XML, and texts whose size their bytes tell).
+constexpr std::uint32_t sized_cost = 0xffff;
+constexpr unsigned fixed_cost_shift = 16;
+constexpr std::uint32_t special_cost = 0x80000000;
 
-// Appends the values of a slot table as slots; `nested` is called for each that is binary XML,
-// with its number and offset, and may append slots of its own. Nothing as soon as the table is not
-// an ordinary one.
-template <typename F>
-std::optional<walked_table> walk_table(const chunk_view& chunk, std::uint64_t table, bool children,
-                                       std::vector<record_slot>& slots, F&& nested) {
-  constexpr std::uint64_t least_bytes = 8;  // of a table, an empty one included
-  if (table > evtx_layout::chunk_bytes - least_bytes) return std::nullopt;
-  const auto count = chunk.bytes.at<std::uint32_t>(table);
-  if (!count || *count > limits::slots_per_table) return std::nullopt;
-  const auto descriptors = chunk.bytes.bytes_at(table + 4, 4 * std::uint64_t{*count});
-  if (descriptors.size() != 4u * *count) return std::nullopt;
-  std::uint64_t value = table + 4 + descriptors.size();
-  walked_table walked{static_cast<std::uint16_t>(*count), 4 + descriptors.size()};
-  for (std::uint32_t i = 0; i < *count; ++i) {
-    std::uint32_t word;
-    std::memcpy(&word, descriptors.data() + 4 * i, sizeof(word));
-    const auto size = static_cast<std::uint16_t>(word);
-    const auto type = static_cast<std::uint16_t>(word >> 16);
-    slots.push_back({static_cast<std::uint32_t>(value), size, type, 0,
-                     static_cast<std::uint16_t>(children ? i + 1 : 0)});
-    if (type == value_type::bxml && !nested(i, value)) return std::nullopt;
-    walked.cost += value_source_bytes(raw_value_at(chunk.bytes, value, type, size));
-    value += size;
-    if (value >= evtx_layout::chunk_bytes) return std::nullopt;  // cut, or as good as cut
+constexpr auto slot_costs = [] {
+  std::array<std::uint32_t, value_sources.size()> costs{};
+  for (std::size_t type = 0; type < costs.size(); ++type) {
+    const value_source source = value_sources[type];
+    if (source == value_source::sized) costs[type] = sized_cost;
+    if (source == value_source::fixed) costs[type] = fixed_source_bytes << fixed_cost_shift;
+    if (source == value_source::to_nul) costs[type] = special_cost;
+    if (source == value_source::composed) costs[type] = special_cost;
   }
-  return walked;
-}
-
-std::size_t mixed(std::uint64_t value) {
-  return static_cast<std::size_t>(value * hash_multiplier >> 40);
-}
+  return costs;
+}();
 
 }  // namespace
 
-std::size_t quick_records::key_hash::operator()(const layout_key& key) const {
-  return mixed(key.first ^ key.second << 20 ^ std::uint64_t{key.slots} << 40 ^
-               std::uint64_t{key.children} << 48);
-}
-
-void quick_records::start_chunk(bool layouts_dropped) {
-  templates_.fill({});
-  known_layouts_.fill({});
-  if (bodies_.drop_if_full() || layouts_dropped || by_bodies_.size() > limits::cached_layouts) {
-    by_bodies_.clear();
-  }
-}
-
-// One place for each offset; another template that falls on it drives the first one out.
-quick_records::known_template& quick_records::place_of(std::uint32_t definition) {
-  return templates_[mixed(definition) & (places - 1)];
-}
-
-const quick_records::known_template* quick_records::first_template(template_catalogue& catalogue,
-                                                                   const chunk_view& chunk,
-                                                                   std::uint64_t bxml,
-                                                                   const instance_head& head) {
-  known_template& place = place_of(head.definition);
-  if (place.definition == head.definition && place.ref) return &place;
+const known_template* quick_records::first_template(const chunk_view& chunk, std::uint64_t bxml,
+                                                    const instance_head& head) {
+  if (const known_template* known = store_.find(head.definition)) return known;
   const template_ref* ref =
-      resolve_first_reference(catalogue, chunk, bxml, head.template_id, head.definition);
+      resolve_first_reference(store_.catalogue(), chunk, bxml, head.template_id, head.definition);
   const auto size =
       chunk.bytes.at<std::uint32_t>(head.definition + evtx_layout::definition_size_at);
-  if (!ref || !size || !enter(chunk, head.definition, *size, ref, place)) return nullptr;
-  return &place;
-}
-
-// Notes what is known of a template; false when the definition that its reference leads to is not
-// the one meant.
-bool quick_records::enter(const chunk_view& chunk, std::uint32_t definition,
-                          std::uint32_t size_record, const template_ref* ref,
-                          known_template& place) {
-  if (!body_matches(chunk, *ref)) return false;
-  place = {definition, size_record, ref,
-           bodies_.identify(chunk, ref->definition, ref->size_record, ref->guid)};
-  return true;
+  return ref && size ? store_.enter(chunk, head.definition, *size, *ref) : nullptr;
 }
 
 // The nested template instance at `value` and the values behind it.
-bool quick_records::read_nested(template_catalogue& catalogue, const chunk_view& chunk,
-                                std::uint64_t value, std::vector<record_slot>& slots,
-                                layout_key& key) {
-  const auto head = nested_instance_at(chunk, value);
-  if (!head || head->definition > chunk.bound) return false;
-  known_template& place = place_of(head->definition);
-  if (place.definition != head->definition || !place.ref) {
-    const auto named = definition_at(chunk, head->definition, head->template_id);
+bool quick_records::read_nested_template(const chunk_view& chunk, std::uint64_t value,
+                                         const instance_head& head) {
+  if (head.definition > chunk.bound) return false;
+  const known_template* known = store_.find(head.definition);
+  if (!known) {
+    const auto named = definition_at(chunk, head.definition, head.template_id);
     if (!named) return false;
-    catalogue.add(*named);
-    const template_ref* ref = catalogue.find(named->guid);
-    if (!enter(chunk, head->definition, named->size_record, ref, place)) return false;
+    store_.catalogue().add(*named);
+    const template_ref* ref = store_.catalogue().find(named->guid);
+    known = store_.enter(chunk, head.definition, named->size_record, *ref);
+    if (!known) return false;
   }
   std::uint32_t first_of_guid;
-  std::memcpy(&first_of_guid, place.ref->guid.data(), sizeof(first_of_guid));
-  if (first_of_guid != head->template_id) return false;  // it names no template
-  std::uint64_t table = value + head->length;
-  if (head->definition == table) {
+  std::memcpy(&first_of_guid, known->ref.guid.data(), sizeof(first_of_guid));
+  if (first_of_guid != head.template_id) return false;  // it names no template
+  std::uint64_t table = value + head.length;
+  if (head.definition == table) {
     // User data is decoded where it stands and then by the catalogue: these must be the same.
-    if (place.ref->definition != head->definition) return false;
-    table += evtx_layout::definition_head_bytes + place.size_record;
+    if (known->ref.definition != head.definition) return false;
+    table += evtx_layout::definition_head_bytes + known->size_record;
   }
-  key.second = place.ref->definition;
-  key.second_body = place.body;
-  const auto walked =
-      walk_table(chunk, table, true, slots, [](std::uint32_t, std::uint64_t) { return false; });
-  if (!walked) return false;
-  key.children = walked->count;
-  cost_ += walked->cost;
+  key_.second = known->ref.definition;
+  key_.second_body = known->body;
+  return walk_table<true>(chunk, table);
+}
+
+// The plain binary XML at `value`. A value that starts with anything but a fragment header could
+// pass for a slot table as well.
+bool quick_records::read_plain_value(const chunk_view& chunk, std::uint64_t value) {
+  if (key_.plain_slot != 0) return false;
+  if (chunk.bytes.at<std::uint32_t>(value) != expected_fragment) return false;
+  plain_text_.clear();
+  constexpr unsigned depth = 0;
+  return decode_plain_value(chunk, value, depth, &plain_text_);
+}
+
+// The binary XML in own slot `slot`, whose entry is the newest of `slots_`.
+bool quick_records::read_nested(const chunk_view& chunk, std::uint64_t value, std::uint32_t slot) {
+  if (const auto head = nested_instance_at(chunk, value)) {
+    if (key_.second != 0) return false;  // a second nested template
+    key_.nested_slot = static_cast<std::uint16_t>(slot);
+    return read_nested_template(chunk, value, *head);
+  }
+  if (!read_plain_value(chunk, value)) return false;
+  key_.plain_slot = static_cast<std::uint16_t>(slot + 1);
+  plain_slot_ = slot_count_ - 1;
   return true;
 }
 
-bool quick_records::read_own_slots(template_catalogue& catalogue, const chunk_view& chunk,
-                                   std::uint64_t table, std::vector<record_slot>& slots,
-                                   layout_key& key) {
-  const auto walked =
-      walk_table(chunk, table, false, slots, [&](std::uint32_t slot, std::uint64_t value) {
-        if (key.second != 0) return false;  // a second nested template
-        key.nested_slot = static_cast<std::uint16_t>(slot);
-        return read_nested(catalogue, chunk, value, slots, key);
-      });
-  if (!walked) return false;
-  key.slots = walked->count;
-  cost_ += walked->cost;
-  return true;
-}
-
-const record_layout* quick_records::layout_for(const chunk_view& chunk, const layout_key& key) {
-  known_layout& place = known_layouts_[key_hash()(key) & (places - 1)];
-  if (place.layout && place.key == key) return place.layout;
-  const layout_key bodies = body_key(key);
-  const auto known = by_bodies_.find(bodies);
-  if (bodies.first != 0 && known != by_bodies_.end()) {
-    place = {key, known->second};
-    return place.layout;
-  }
-  const record_layout* layout = decode_layout(chunk, key);
-  if (!layout) return nullptr;
-  place = {key, layout};
-  // What a chunk's work budget cut short says nothing about other chunks.
-  if (bodies.first != 0 && chunk.budget->body_bytes > 0) by_bodies_.emplace(bodies, layout);
-  return layout;
-}
-
-// The key with the numbers of the bodies in place of their offsets; `first` is 0 when one of them
-// is not known.
-quick_records::layout_key quick_records::body_key(const layout_key& key) {
-  layout_key bodies = key;
-  bodies.first = key.second != 0 && key.second_body == 0 ? 0 : key.first_body;
-  bodies.second = key.second_body;
-  return bodies;
-}
-
-// Decodes the bodies over empty slots: the names that they give do not depend on the values.
-const record_layout* quick_records::decode_layout(const chunk_view& chunk, const layout_key& key) {
-  const auto reference = [&chunk](std::uint64_t definition) {
-    const auto size =
-        chunk.bytes.at_or_zero<std::uint32_t>(definition + evtx_layout::definition_size_at);
-    return template_ref{definition, size, {}};
-  };
-  template_content content;
-  content.slots.resize(key.slots);
-  if (!decode_template_body(chunk, reference(key.first), content.slots, content.fields, nullptr)) {
-    return nullptr;
-  }
-  if (key.children != 0) {  // without values the nested body is not decoded and gives no fields
-    std::vector<slot_entry>& children = content.slots[key.nested_slot].children;
-    children.resize(key.children);
-    field_map found;
-    if (decode_template_body(chunk, reference(key.second), children, found, nullptr)) {
-      content.fields.merge(found);
+// Adds the values of a slot table to `slots_`. False when the table is not an ordinary one.
+template <bool children>
+bool quick_records::walk_table(const chunk_view& chunk, std::uint64_t table) {
+  constexpr std::uint64_t least_bytes = 8;  // of a table, an empty one included
+  if (table > evtx_layout::chunk_bytes - least_bytes) return false;
+  const auto count = chunk.bytes.at<std::uint32_t>(table);
+  if (!count || *count > limits::slots_per_table) return false;
+  const auto descriptors = chunk.bytes.bytes_at(table + 4, 4 * std::uint64_t{*count});
+  if (descriptors.size() != 4u * *count) return false;
+  (children ? key_.children : key_.slots) = static_cast<std::uint16_t>(*count);
+  auto value = static_cast<std::uint32_t>(table + 4 + descriptors.size());
+  std::uint64_t cost = 4 + descriptors.size();
+  record_slot* out = slots_.data() + slot_count_;
+  for (std::uint16_t i = 0; i < *count; ++i) {
+    std::uint32_t word;
+    std::memcpy(&word, descriptors.data() + 4 * std::size_t{i}, sizeof(word));
+    const std::uint32_t size = word & 0xffff;
+    const std::uint32_t type = word >> 16;
+    *out++ = {value, static_cast<std::uint16_t>(size), static_cast<std::uint16_t>(type), 0,
+              static_cast<std::uint16_t>(children ? i + 1 : 0)};
+    const std::uint32_t known = type < slot_costs.size() ? slot_costs[type] : 0;
+    cost += (size & known) + (known >> fixed_cost_shift & 0xff);
+    if ((known & special_cost) != 0) [[unlikely]] {
+      if (value >= evtx_layout::chunk_bytes) return false;
+      slot_count_ = static_cast<std::size_t>(out - slots_.data());
+      if (type == value_type::ansi) {
+        const auto sixteen = [](std::uint32_t n) { return static_cast<std::uint16_t>(n); };
+        cost += ansi_length(raw_value_at(chunk.bytes, value, sixteen(type), sixteen(size)));
+      } else if (children || !read_nested(chunk, value, i)) {
+        return false;
+      }
+      out = slots_.data() + slot_count_;
     }
+    value += size;
   }
-  record_layout layout;
-  std::vector<record_slot> unused_slots;
-  std::vector<slot_text> unused_texts;
-  flatten_content(std::move(content), unused_slots, unused_texts, layout);
-  return layouts_.intern(std::move(layout));
+  slot_count_ = static_cast<std::size_t>(out - slots_.data());
+  cost_ += cost;
+  // A value that ends at the chunk's end counts as cut.
+  return value < evtx_layout::chunk_bytes || *count == 0;
 }
 
-const record_layout* quick_records::read(template_catalogue& catalogue, const chunk_view& chunk,
-                                         std::uint64_t bxml, const instance_head& head,
-                                         std::vector<record_slot>& slots) {
-  slots.clear();
-  if (bxml > evtx_layout::chunk_bytes || chunk.budget->slot_bytes <= 0) return nullptr;
+quick_records::answer quick_records::read(const chunk_view& chunk, std::uint64_t bxml,
+                                          const instance_head& head) {
+  slot_count_ = 0;
+  key_ = {};
   cost_ = 0;
-  const known_template* known = first_template(catalogue, chunk, bxml, head);
-  if (!known) return nullptr;
+  if (bxml > evtx_layout::chunk_bytes) return answer::unusual;
+  const known_template* known = first_template(chunk, bxml, head);
+  if (!known) return answer::unusual;
   std::uint64_t table = bxml + head.length;
   if (head.definition == table) table += evtx_layout::definition_head_bytes + known->size_record;
-  layout_key key;
-  key.first = known->ref->definition;
-  key.first_body = known->body;
-  if (!read_own_slots(catalogue, chunk, table, slots, key)) return nullptr;
-  if (!work_budget::spend(chunk.budget->slot_bytes, cost_)) return nullptr;
-  return layout_for(chunk, key);
+  key_.first = known->ref.definition;
+  key_.first_body = known->body;
+  if (!walk_table<false>(chunk, table)) return answer::unusual;
+  if (!work_budget::spend(chunk.budget->slot_bytes, cost_)) return answer::too_much;
+  // A text that could not be paid for to its end would show as something it is not.
+  if (key_.plain_slot != 0 && chunk.budget->plain_bytes <= 0) return answer::too_much;
+  const auto found = store_.layout_for(chunk, key_);
+  layout_ = found.layout;
+  if (found.kind == template_store::answer::mismatch) return answer::unusual;
+  return layout_ ? answer::ordinary : answer::too_much;
 }
 
 }  // namespace zanvik

@@ -7,10 +7,10 @@
 
 namespace zanvik {
 
-std::size_t template_catalogue::guid_hash::operator()(const guid_bytes& guid) const {
+std::uint64_t guid_hash(const guid_bytes& guid) {
   std::uint64_t half[2];
   std::memcpy(half, guid.data(), sizeof(half));
-  return half[0] * hash_multiplier ^ half[1];
+  return keyed_hash(half[0], half[1]);
 }
 
 std::optional<guid_bytes> definition_guid(const chunk_view& chunk, std::uint64_t offset) {
@@ -33,9 +33,12 @@ void template_catalogue::read(const chunk_view& chunk) {
   }
 }
 
-const template_ref* template_catalogue::find(const guid_bytes& guid) const {
-  const auto found = by_guid_.find(guid);
-  return found == by_guid_.end() ? nullptr : &found->second;
+void template_catalogue::add(const template_ref& ref) {
+  if (!find(ref.guid)) by_guid_.add(guid_hash(ref.guid), ref);
+}
+
+const template_ref* template_catalogue::find(const guid_bytes& guid) {
+  return by_guid_.find(guid_hash(guid), [&](const auto& each) { return each.guid == guid; });
 }
 
 const template_ref* resolve_first_reference(template_catalogue& catalogue, const chunk_view& chunk,

@@ -3,9 +3,10 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_map>
+#include <optional>
 
 #include "evtx/bxml/slot_table.h"
+#include "evtx/container/chunk_table.h"
 
 namespace zanvik {
 
@@ -13,16 +14,16 @@ class template_catalogue {
  public:
   // Starts anew with the heads in the chunk's template table.
   void read(const chunk_view& chunk);
-  void add(const template_ref& ref) { by_guid_.try_emplace(ref.guid, ref); }
-  // Null when there is none. Valid until the next `read`.
-  const template_ref* find(const guid_bytes& guid) const;
+  void add(const template_ref& ref);
+  // Null when there is none. Valid until the next `add` or `read`.
+  const template_ref* find(const guid_bytes& guid);
 
  private:
-  struct guid_hash {
-    std::size_t operator()(const guid_bytes& guid) const;
-  };
-  std::unordered_map<guid_bytes, template_ref, guid_hash> by_guid_;
+  chunk_table<template_ref, 128> by_guid_;
 };
+
+// The hash of a GUID in the program's own tables.
+std::uint64_t guid_hash(const guid_bytes& guid);
 
 // The 16 bytes of the GUID of the definition at `offset`; nothing when they are not there.
 std::optional<guid_bytes> definition_guid(const chunk_view& chunk, std::uint64_t offset);

@@ -35,7 +35,7 @@ bool decode_template_body(const chunk_view& chunk, const template_ref& ref,
   cursor.slots = &slots;
   cursor.template_body = true;
   cursor.budget = &chunk.budget->body_bytes;
-  decode_bxml(text, fields, cursor);
+  decode_bxml(text, &fields, cursor);
   return true;
 }
 

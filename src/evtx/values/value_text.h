@@ -5,6 +5,7 @@
 // is the hot path of the program; the appending forms are for everybody else.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -54,6 +55,35 @@ inline bool is_free_text(std::uint16_t type) {
          type == value_type::multi_utf16 || type == value_type::binary;
 }
 
+// What the text of a value is made from.
+enum class value_source : std::uint8_t {
+  none,      // the type has no text
+  fixed,     // a few bytes, whatever its size says
+  sized,     // as many bytes as its size says
+  to_nul,    // the bytes up to a NUL, whatever its size says
+  composed,  // binary XML: a stream of its own
+};
+
+// By type code.
+inline constexpr auto value_sources = [] {
+  std::array<value_source, 256> sources{};
+  for (std::size_t type = value_type::null; type <= value_type::hex64; ++type) {
+    sources[type] = value_source::fixed;
+  }
+  sources[value_type::handle] = value_source::fixed;
+  for (const auto type :
+       {value_type::utf16, value_type::xml, value_type::binary, value_type::multi_utf16}) {
+    sources[type] = value_source::sized;
+  }
+  sources[value_type::ansi] = value_source::to_nul;
+  sources[value_type::bxml] = value_source::composed;
+  return sources;
+}();
+
+inline value_source source_of(std::uint16_t type) {
+  return type < value_sources.size() ? value_sources[type] : value_source::none;
+}
+
 // A value in its block: `data` is readable for `readable` bytes, to the block's end, since some
 // types are read without regard to `size`.
 struct raw_value {
@@ -83,9 +113,21 @@ inline constexpr std::size_t fixed_text_bound = 64;
 // Length of a text of type ansi: the bytes up to the first NUL, without regard to the size.
 std::size_t ansi_length(const raw_value& value);
 
-// Bytes of the file that the value's text is made from.
+// What a value of fixed width costs, in bytes looked at.
+inline constexpr std::size_t fixed_source_bytes = 8;
+
+// Bytes of the file that are looked at to make the value's text, but for composed ones.
 inline std::size_t value_source_bytes(const raw_value& value) {
-  return value.type == value_type::ansi ? value.size + ansi_length(value) : value.size;
+  switch (source_of(value.type)) {
+    case value_source::fixed:
+      return fixed_source_bytes;
+    case value_source::sized:
+      return value.size < value.readable ? value.size : value.readable;
+    case value_source::to_nul:
+      return ansi_length(value);
+    default:
+      return 0;
+  }
 }
 
 // Bytes of buffer that `value_writer::write` may need for the value.
