@@ -103,4 +103,5 @@ def main():
     print(f"{out}: {summary}")
 
 
-main()
+if __name__ == "__main__":
+    main()

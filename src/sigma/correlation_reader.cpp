@@ -119,6 +119,9 @@ void read_correlation(const yaml_node& node, rule_correlation& out) {
   const yaml_node* const condition = node.find("condition");
   if (condition != nullptr) read_condition(*condition, out);
   if (counts && out.bounds.empty()) throw rule_problem{node.line, "the condition is missing"};
+  if (out.what == kind::temporal_ordered && !out.bounds.empty()) {
+    throw rule_problem{node.line, "a condition on an ordered correlation is not supported", true};
+  }
   if (out.what == kind::value_count && out.fields.empty()) {
     throw rule_problem{node.line, "the condition names no field to count"};
   }

@@ -117,12 +117,30 @@ void append_rule_list(const rule_set& set, std::string& out) {
   table.append(out);
 }
 
-void append_details(const event_view& event, const rule& matched, std::string& out) {
-  std::string line = time_text(event.time()) + "  " + level_text(matched) + "  " +
+namespace {
+
+void append_head(std::uint64_t filetime, const rule& matched, std::string& out) {
+  std::string line = time_text(filetime) + "  " + level_text(matched) + "  " +
                      or_dash(matched.title) + "  (" + or_dash(matched.id) + ", " +
                      or_dash(matched.author) + ")";
   clean(line);
   out += line + '\n';
+}
+
+}  // namespace
+
+void append_details(const correlation_match& match, const rule& matched, std::string& out) {
+  append_head(match.event.time, matched, out);
+  std::string line = std::to_string(match.events) + " matches from " + time_text(match.first) +
+                     " to " + time_text(match.last);
+  for (const auto& [field, value] : match.group) line += ", " + field + ": " + value;
+  clean(line);
+  out += "  " + line + "\n\n";
+}
+
+void append_details(const event_view& event, const rule& matched, std::string& out) {
+  append_head(event.time(), matched, out);
+  std::string line;
   std::string scratch;
   line = event.source().path + ", record " + std::to_string(event.header().record_number);
   for (const system_member member :

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sigma/correlation.h"
 #include "sigma/hunter.h"
 
 namespace zanvik::sigma {
@@ -41,6 +42,8 @@ void append_rule_list(const rule_set& set, std::string& out);
 
 // An event that a rule matches, with its data, for people.
 void append_details(const event_view& event, const rule& matched, std::string& out);
+// The same for a correlation's match.
+void append_details(const correlation_match& match, const rule& matched, std::string& out);
 
 // What was loaded, compiled and matched, and which channels no rule concerned.
 void append_hunt_stats(const rule_set& set, std::size_t compiled, const rule_matches& matches,

@@ -254,20 +254,26 @@ void settle_correlations(rule_set& set) {
   }
 }
 
-// Rules that serve a correlation only are not reported on their own.
+// Rules that correlations stand on run for them, and are reported on their own only where one of
+// them says so.
 void mark_bases(rule_set& set) {
+  std::vector<bool> serves(set.rules.size()), generated(set.rules.size());
   // From above, as a correlation may be there for another one's sake only.
   for (auto i = set.correlation_order.rbegin(); i != set.correlation_order.rend(); ++i) {
     const known_rule& known = set.rules[*i];
     if (known.state != rule_state::runs) continue;
     for (const std::string& name : known.content.correlation.rules) {
-      known_rule& base = set.rules[static_cast<std::size_t>(set.find(name))];
-      if (base.state == rule_state::not_wanted) {
-        set_state(base, rule_state::runs, "");
-      } else if (!known.content.correlation.generate) {
-        base.reported = false;
+      const auto base = static_cast<std::size_t>(set.find(name));
+      serves[base] = true;
+      if (known.content.correlation.generate) generated[base] = true;
+      if (set.rules[base].state == rule_state::not_wanted) {
+        set_state(set.rules[base], rule_state::runs, "");
+        set.rules[base].reported = false;
       }
     }
+  }
+  for (std::size_t i = 0; i < set.rules.size(); ++i) {
+    if (serves[i] && !generated[i]) set.rules[i].reported = false;
   }
 }
 

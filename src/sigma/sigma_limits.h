@@ -48,4 +48,8 @@ inline constexpr std::size_t kinds_of_shape = 256;
 inline constexpr std::size_t counted_channels = 4096;
 inline constexpr std::size_t counted_channel_bytes = 256;
 
+// Matches that correlations hold until the end, and the bytes of their values: 100 MiB at most.
+inline constexpr std::size_t correlated_events = 1 << 19;
+inline constexpr std::size_t correlated_text_bytes = 32 << 20;
+
 }  // namespace zanvik::sigma::limits

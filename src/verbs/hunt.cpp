@@ -9,6 +9,7 @@
 
 #include "base/fileio.h"
 #include "export/output_buffer.h"
+#include "sigma/correlation.h"
 #include "sigma/rule_matches.h"
 #include "sigma/sigma.h"
 #include "source/log_events.h"
@@ -42,25 +43,31 @@ class hunt_run {
       return finish(0);
     }
     sigma::compiled_rules rules(set_);
-    sigma::rule_matches matches(set_);
+    matches_ = std::make_unique<sigma::rule_matches>(set_);
+    correlator_ = std::make_unique<sigma::correlator>(set_);
     if (!options_.format.empty()) {
       lines_ = std::make_unique<match_output>(options_.format, options_.form, set_,
                                               options_.order == "time", out_);
       lines_->begin();
     }
-    sigma::hunter hunter(rules, [&](const event_view& event, std::span<const std::uint32_t> found) {
-      for (const std::uint32_t rule : found) {
-        if (set_.rules[rule].reported) report(event, rule, matches);
-      }
-    });
+    sigma::hunter hunter(rules,
+                         [this](const event_view& event, std::span<const std::uint32_t> found) {
+                           for (const std::uint32_t rule : found) {
+                             if (set_.rules[rule].reported) report(event, rule);
+                             if (correlator_->wants(rule)) {
+                               correlator_->add(event, rule, lines_ ? lines_->keep(event) : 0);
+                             }
+                           }
+                         });
     read_logs(hunter);
+    report_correlations();
     if (lines_ && !lines_->end()) problem("temporary file", "could not be used");
     std::string text;
-    if (!lines_) matches.append_table(text);
+    if (!lines_) matches_->append_table(text);
     out_.append(text);
     tell_given_up(hunter.counts());
-    if (options_.stats) write_stats(rules, matches, hunter.counts());
-    return finish(matches.total());
+    if (options_.stats) write_stats(rules, hunter.counts());
+    return finish(matches_->total());
   }
 
  private:
@@ -69,14 +76,31 @@ class hunt_run {
     status_ = verb_problems;
   }
 
-  void report(const event_view& event, std::uint32_t rule, sigma::rule_matches& matches) {
-    matches.add(rule, event.time(), event.source().path);
+  void report(const event_view& event, std::uint32_t rule) {
+    matches_->add(rule, event.time(), event.source().path);
     if (lines_) {
       lines_->write(event, rule);
     } else if (options_.details) {
       std::string text;
       append_details(event, set_.rules[rule].content, text);
       out_.append(text);
+    }
+  }
+
+  void report_correlations() {
+    for (const sigma::correlation_match& match : correlator_->finish()) {
+      matches_->add(match.rule, match.event.time, correlator_->log_path(match.event.log));
+      if (lines_) {
+        lines_->write_correlation(match);
+      } else if (options_.details) {
+        std::string text;
+        append_details(match, set_.rules[match.rule].content, text);
+        out_.append(text);
+      }
+    }
+    if (correlator_->left_out() != 0) {
+      problem("correlations",
+              std::to_string(correlator_->left_out()) + " matches were too many and are left out");
     }
   }
 
@@ -90,10 +114,9 @@ class hunt_run {
   }
 
   // To standard error, so that it never mixes with matches.
-  void write_stats(const sigma::compiled_rules& rules, const sigma::rule_matches& matches,
-                   const sigma::hunt_counts& counts) const {
+  void write_stats(const sigma::compiled_rules& rules, const sigma::hunt_counts& counts) const {
     std::string text;
-    append_hunt_stats(set_, rules.compiled(), matches, counts, text);
+    append_hunt_stats(set_, rules.compiled(), *matches_, counts, text);
     std::fwrite(text.data(), 1, text.size(), stderr);
   }
 
@@ -143,6 +166,8 @@ class hunt_run {
   const hunt_options& options_;
   output_buffer out_;
   sigma::rule_set set_;
+  std::unique_ptr<sigma::rule_matches> matches_;
+  std::unique_ptr<sigma::correlator> correlator_;
   std::unique_ptr<match_output> lines_;
   int status_ = verb_done;
 };

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "export/escaped_text.h"
+#include "sigma/rule_matches.h"
 #include "source/block_reader.h"
 
 namespace zanvik {
@@ -88,33 +89,59 @@ std::vector<std::string> match_formats() {
   return out;
 }
 
+line_store::~line_store() {
+  buffer_.reset();
+  if (file_ >= 0) close(file_);
+}
+
+output_buffer& line_store::buffer() {
+  if (!buffer_) {
+    file_ = open_temporary();
+    // Writing to no file fails, and stays failed.
+    buffer_ = std::make_unique<output_buffer>(file_);
+  }
+  return *buffer_;
+}
+
+line_store::place line_store::finish_line() {
+  if (!buffer_->flush()) return {};
+  const auto end = static_cast<std::uint64_t>(lseek(file_, 0, SEEK_END));
+  const place where{written_, static_cast<std::uint32_t>(end - written_)};
+  written_ = end;
+  return where;
+}
+
+bool line_store::read(place where, std::string& line) {
+  line.resize(where.size);
+  return buffer_ && !buffer_->failed() && where.size != 0 &&
+         read_fully(file_, std::as_writable_bytes(std::span(line)), where.offset) ==
+             static_cast<ssize_t>(where.size);
+}
+
 match_output::match_output(std::string_view format, const form_options& options,
                            const sigma::rule_set& set, bool in_time_order, output_buffer& out)
-    : set_(set), out_(out), is_table_(format == "csv") {
+    : set_(set),
+      out_(out),
+      is_table_(format == "csv"),
+      is_tree_(format == "jsonl"),
+      in_time_order_(in_time_order) {
   for (const form_name& known : form_names()) {
     if (known.name == format) form_ = known.make(options);
   }
   for (const sigma::known_rule& known : set_.rules) {
     const sigma::rule& r = known.content;
-    tails_.push_back(is_table_           ? table_cells(r, options.raw_cells)
-                     : format == "jsonl" ? ",\"rule\":{" + json_members(r, "") + "}}"
-                                         : "," + json_members(r, "rule_") + "}");
+    tails_.push_back(is_table_  ? table_cells(r, options.raw_cells)
+                     : is_tree_ ? ",\"rule\":{" + json_members(r, "") + "}"
+                                : "," + json_members(r, "rule_"));
   }
-  if (!in_time_order) return;
-  file_ = open_temporary();
-  if (file_ >= 0) waiting_ = std::make_unique<output_buffer>(file_);
 }
 
-match_output::~match_output() {
-  waiting_.reset();
-  if (file_ >= 0) close(file_);
-}
-
+// Puts `tail` into the line that was just written, before what ends it.
 void match_output::append_tail(output_buffer& out, std::string_view tail) const {
   out.take_back('\n');
   out.take_back(is_table_ ? '\r' : '}');
   out.append(tail);
-  out.append(is_table_ ? "\r\n" : "\n");
+  out.append(is_table_ ? "\r\n" : "}\n");
 }
 
 void match_output::begin() {
@@ -123,32 +150,62 @@ void match_output::begin() {
 }
 
 void match_output::write(const event_view& event, std::uint32_t rule) {
-  output_buffer& out = waiting_ ? *waiting_ : out_;
+  output_buffer& out = in_time_order_ ? store_.buffer() : out_;
   form_->write(out, event);
   append_tail(out, tails_[rule]);
-  if (!waiting_ || !waiting_->flush()) return;
-  const auto end = static_cast<std::uint64_t>(lseek(file_, 0, SEEK_CUR));
-  lines_.push_back({event.time(), written_, static_cast<std::uint32_t>(end - written_)});
-  written_ = end;
+  if (in_time_order_) waiting_.push_back({event.time(), store_.finish_line()});
 }
 
-bool match_output::write_in_order() {
-  std::stable_sort(lines_.begin(), lines_.end(),
-                   [](const line& a, const line& b) { return a.time < b.time; });
-  std::vector<std::byte> text;
-  for (const line& l : lines_) {
-    text.resize(l.size);
-    if (read_fully(file_, text, l.offset) != static_cast<ssize_t>(l.size)) return false;
-    out_.append({reinterpret_cast<const char*>(text.data()), text.size()});
+std::uint64_t match_output::keep(const event_view& event) {
+  form_->write(store_.buffer(), event);
+  kept_.push_back(store_.finish_line());
+  return kept_.size() - 1;
+}
+
+std::string match_output::correlation_tail(const sigma::correlation_match& match) const {
+  std::string out = tails_[match.rule];
+  if (is_table_) return out;
+  std::string group;
+  for (const auto& [field, value] : match.group) {
+    group += (group.empty() ? "" : ",") + json_text(field) + ":" + json_text(value);
   }
-  return true;
+  const std::string_view prefix = is_tree_ ? "" : "correlation_";
+  const auto member = [&](std::string_view name, const std::string& json) {
+    out.append(1, '"').append(prefix).append(name).append("\":").append(json);
+  };
+  out += is_tree_ ? ",\"correlation\":{" : ",";
+  member("first", json_text(sigma::time_text(match.first)) + ",");
+  member("last", json_text(sigma::time_text(match.last)) + ",");
+  member("events", std::to_string(match.events) + ",");
+  member("group", "{" + group + "}");
+  return is_tree_ ? out + "}" : out;
+}
+
+void match_output::write_correlation(const sigma::correlation_match& match) {
+  std::string line;
+  if (!store_.read(kept_[match.event.note], line)) {
+    failed_ = true;
+    return;
+  }
+  output_buffer& out = in_time_order_ ? store_.buffer() : out_;
+  out.append(line);
+  append_tail(out, correlation_tail(match));
+  if (in_time_order_) waiting_.push_back({match.event.time, store_.finish_line()});
 }
 
 bool match_output::end() {
-  bool whole = true;
-  if (waiting_) whole = !waiting_->failed() && write_in_order();
+  std::stable_sort(waiting_.begin(), waiting_.end(),
+                   [](const auto& a, const auto& b) { return a.time < b.time; });
+  std::string line;
+  for (const waiting_line& waiting : waiting_) {
+    if (store_.read(waiting.where, line)) {
+      out_.append(line);
+    } else {
+      failed_ = true;
+    }
+  }
   form_->end(out_);
-  return whole;
+  return !failed_;
 }
 
 }  // namespace zanvik
