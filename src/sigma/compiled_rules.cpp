@@ -1,10 +1,10 @@
 #include "sigma/compiled_rules.h"
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 
 #include "sigma/fold_case.h"
-#include "sigma/plain_matcher.h"
 
 namespace zanvik::sigma {
 
@@ -27,9 +27,12 @@ compiled_rules::compiled_rules(const rule_set& set, bool plain_literals)
 
 void compiled_rules::compile(rule_group& group) {
   if (group.matcher) return;
+  const auto start = std::chrono::steady_clock::now();
   std::vector<const rule*> rules;
   for (const std::size_t r : group.rules) rules.push_back(&set_.rules[r].content);
   group.matcher = std::make_unique<group_matcher>(rules, plain_literals_);
+  seconds_compiling_ +=
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 std::size_t compiled_rules::compiled() const {

@@ -42,6 +42,7 @@ class compiled_rules {
   const rule_set& rules() const { return set_; }
   // Rules that were compiled so far.
   std::size_t compiled() const;
+  double seconds_compiling() const { return seconds_compiling_; }
 
  private:
   void compile(rule_group& group);
@@ -49,6 +50,7 @@ class compiled_rules {
   const rule_set& set_;
   const bool plain_literals_;
   std::vector<std::unique_ptr<rule_group>> groups_;
+  double seconds_compiling_ = 0;
   mutable std::mutex mutex_;
 };
 

@@ -1,6 +1,7 @@
 // `field|modifier|…: value` -> tests.
 #include <algorithm>
 #include <array>
+#include <cctype>
 
 #include "base/text.h"
 #include "sigma/encodings.h"
@@ -78,6 +79,13 @@ struct field_key {
   regex_flags flags;
   bool cased = false, all = false, negated = false, expand = false;
 };
+
+// Whether a text between two percent signs names a placeholder.
+bool is_name(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char c) {
+    return std::isalnum(c) != 0 || c == '_' || c == '-' || c == '.';
+  });
+}
 
 template <typename Names>
 auto find_name(const Names& names, std::string_view name) {
@@ -322,7 +330,7 @@ class field_reader {
     for (std::size_t i = 0; i < text.size(); ++i) {
       const bool escaped = text[i] == '\\' && i + 1 < text.size() && text[i + 1] == '%';
       const std::size_t end = text[i] == '%' ? text.find('%', i + 1) : std::string::npos;
-      if (end == std::string::npos || end == i + 1) {
+      if (end == std::string::npos || !is_name(text.substr(i + 1, end - i - 1))) {
         if (escaped) ++i;
         for (std::string& t : out) t += text[i];
         continue;

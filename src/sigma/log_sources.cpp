@@ -83,7 +83,18 @@ std::string name_of(const rule_log_source& source) {
   return out;
 }
 
+template <typename List, typename Value>
+bool empty_or_has(const List& list, const Value& value) {
+  return list.empty() || std::find(list.begin(), list.end(), value) != list.end();
+}
+
 }  // namespace
+
+bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
+              std::uint32_t event_id) {
+  return empty_or_has(source.channels, channel) && empty_or_has(source.providers, provider) &&
+         empty_or_has(source.event_ids, event_id);
+}
 
 std::string_view event_source::field_name(std::string_view rule_field) const {
   for (const auto& [name, event_name] : fields) {

@@ -26,6 +26,11 @@ struct event_source {
   std::string_view field_name(std::string_view rule_field) const;
 };
 
+// Whether an event of this channel, provider (both folded) and ID is one that `source` stands for,
+// but for its `where`.
+bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
+              std::uint32_t event_id);
+
 struct log_source_entry {
   rule_log_source source;
   std::vector<event_source> events;

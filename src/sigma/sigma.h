@@ -8,7 +8,6 @@
 //   field_test.h      one question about one field, and its plain answer
 //   log_sources.h     which events a log source stands for; the table is log_sources.yml
 //   rule_set.h        all rules of a run: what runs, and why what does not
-//   plain_matcher.h   the plain way to match: the reference
 //   group_matcher.h   the rules of one log source as one matcher; literal_set.h and
 //                     anchored_set.h are its searches
 //   compiled_rules.h  all matchers of a run; hunter.h gives them events, event_names.h their fields

@@ -1,48 +1,61 @@
 // zanvik hunt: events that Sigma rules match.
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/fileio.h"
-#include "export/output_buffer.h"
 #include "sigma/correlation.h"
 #include "sigma/rule_matches.h"
 #include "sigma/sigma.h"
 #include "source/log_events.h"
 #include "verbs/hunt_output.h"
+#include "verbs/log_options.h"
+#include "verbs/output_target.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
 namespace {
 
 struct hunt_options {
-  std::vector<std::string> paths, rules, placeholders;
-  std::string log_sources, min_level, format, order;
+  log_options logs;
+  std::vector<std::string> rules, placeholders;
+  std::string log_sources, min_level, format, order, output;
   sigma::rule_choice choice;
-  bool list = false;
-  bool slack = false;
-  bool stats = false;
-  bool details = false;
   form_options form;
+  bool list = false, stats = false, details = false;
 };
 
-class hunt_run {
+using clock = std::chrono::steady_clock;
+double seconds_since(clock::time_point start) {
+  return std::chrono::duration<double>(clock::now() - start).count();
+}
+
+class hunt_run : public event_sink {
  public:
-  explicit hunt_run(const hunt_options& options) : options_(options), out_(STDOUT_FILENO) {}
+  hunt_run(const hunt_options& options, int descriptor)
+      : options_(options),
+        filter_(options.logs.conditions),
+        filtering_(options.logs.conditions.any()),
+        out_(descriptor) {}
+
+  void on_event(const event_view& event) override {
+    if (!filtering_ || filter_.takes(event)) hunter_->on_event(event);
+  }
 
   int run() {
+    const auto start = clock::now();
     if (!read_rules()) return verb_bad_command;
+    seconds_reading_ = seconds_since(start);
     if (options_.list) {
       std::string text;
       sigma::append_rule_list(set_, text);
       out_.append(text);
-      return finish(0);
+      return finish(false);
     }
-    sigma::compiled_rules rules(set_);
     matches_ = std::make_unique<sigma::rule_matches>(set_);
     correlator_ = std::make_unique<sigma::correlator>(set_);
     if (!options_.format.empty()) {
@@ -50,74 +63,20 @@ class hunt_run {
                                               options_.order == "time", out_);
       lines_->begin();
     }
-    sigma::hunter hunter(rules,
-                         [this](const event_view& event, std::span<const std::uint32_t> found) {
-                           for (const std::uint32_t rule : found) {
-                             if (set_.rules[rule].reported) report(event, rule);
-                             if (correlator_->wants(rule)) {
-                               correlator_->add(event, rule, lines_ ? lines_->keep(event) : 0);
-                             }
-                           }
-                         });
-    read_logs(hunter);
+    hunt();
     report_correlations();
     if (lines_ && !lines_->end()) problem("temporary file", "could not be used");
     std::string text;
     if (!lines_) matches_->append_table(text);
     out_.append(text);
-    tell_given_up(hunter.counts());
-    if (options_.stats) write_stats(rules, hunter.counts());
-    return finish(matches_->total());
+    return finish(matches_->total() != 0);
   }
+  bool written() const { return !out_.failed(); }
 
  private:
   void problem(const std::string& path, const std::string& what) {
-    std::fprintf(stderr, "zanvik: %s: %s\n", path.c_str(), what.c_str());
+    report_problem(path, what);
     status_ = verb_problems;
-  }
-
-  void report(const event_view& event, std::uint32_t rule) {
-    matches_->add(rule, event.time(), event.source().path);
-    if (lines_) {
-      lines_->write(event, rule);
-    } else if (options_.details) {
-      std::string text;
-      append_details(event, set_.rules[rule].content, text);
-      out_.append(text);
-    }
-  }
-
-  void report_correlations() {
-    for (const sigma::correlation_match& match : correlator_->finish()) {
-      matches_->add(match.rule, match.event.time, correlator_->log_path(match.event.log));
-      if (lines_) {
-        lines_->write_correlation(match);
-      } else if (options_.details) {
-        std::string text;
-        append_details(match, set_.rules[match.rule].content, text);
-        out_.append(text);
-      }
-    }
-    if (correlator_->left_out() != 0) {
-      problem("correlations",
-              std::to_string(correlator_->left_out()) + " matches were too many and are left out");
-    }
-  }
-
-  // Values on which a regular expression went on for too long do not match it; nobody should
-  // believe they were looked at.
-  void tell_given_up(const sigma::hunt_counts& counts) const {
-    for (const auto& [rule, values] : counts.gave_up) {
-      std::fprintf(stderr, "zanvik: %s: a regular expression reached its limit in %llu events\n",
-                   set_.rules[rule].content.file.c_str(), static_cast<unsigned long long>(values));
-    }
-  }
-
-  // To standard error, so that it never mixes with matches.
-  void write_stats(const sigma::compiled_rules& rules, const sigma::hunt_counts& counts) const {
-    std::string text;
-    append_hunt_stats(set_, rules.compiled(), *matches_, counts, text);
-    std::fwrite(text.data(), 1, text.size(), stderr);
   }
 
   bool read_rules() {
@@ -143,41 +102,178 @@ class hunt_run {
     return error.empty() ? error : options_.log_sources + ":" + std::to_string(line) + ": " + error;
   }
 
-  void read_logs(event_sink& sink) {
-    log_event_reader reader(sink, options_.slack);
-    const auto on_problem = [this](const std::string& path, const std::string& what) {
-      problem(path, what);
-    };
+  void hunt() {
+    sigma::compiled_rules rules(set_);
+    hunter_ = std::make_unique<sigma::hunter>(
+        rules, [this](const event_view& event, std::span<const std::uint32_t> found) {
+          for (const std::uint32_t rule : found) take_match(event, rule);
+        });
+    log_event_reader reader(*this, options_.logs.slack);
+    if (options_.logs.conditions.event_ids) {
+      reader.take_event_ids(&*options_.logs.conditions.event_ids);
+    }
+    const auto start = clock::now();
     log_finder finder(
         [&](found_log& log) {
           if (lines_) lines_->start_log(log.source);
           if (!reader.read(log)) problem(log.source.path, "a part could not be read");
         },
-        on_problem);
-    for (const std::string& path : options_.paths) finder.find(path);
+        [this](const std::string& path, const std::string& what) { problem(path, what); });
+    for (const std::string& path : options_.logs.paths) finder.find(path);
+    const sigma::hunt_counts counts = hunter_->counts();
+    tell_given_up(counts);
+    if (options_.stats) {
+      const double hunting = seconds_since(start) - rules.seconds_compiling();
+      write_stats(rules, counts, hunting);
+    }
   }
 
-  int finish(std::uint64_t matches) {
-    if (!out_.flush()) problem("standard output", std::strerror(out_.error()));
+  void take_match(const event_view& event, std::uint32_t rule) {
+    if (set_.rules[rule].reported) {
+      matches_->add(rule, event.time(), event.source().path);
+      if (lines_) {
+        lines_->write(event, rule);
+      } else if (options_.details) {
+        std::string text;
+        sigma::append_details(event, set_.rules[rule].content, text);
+        out_.append(text);
+      }
+    }
+    if (correlator_->wants(rule)) {
+      correlator_->add(event, rule, lines_ ? lines_->keep(event) : 0);
+    }
+  }
+
+  void report_correlations() {
+    for (const sigma::correlation_match& match : correlator_->finish()) {
+      matches_->add(match.rule, match.event.time, correlator_->log_path(match.event.log));
+      if (lines_) {
+        lines_->write_correlation(match);
+      } else if (options_.details) {
+        std::string text;
+        sigma::append_details(match, set_.rules[match.rule].content, text);
+        out_.append(text);
+      }
+    }
+    if (correlator_->left_out() != 0) {
+      problem("correlations",
+              std::to_string(correlator_->left_out()) + " matches were too many and are left out");
+    }
+  }
+
+  // Values on which a regular expression went on for too long do not match it; nobody should
+  // believe they were looked at.
+  void tell_given_up(const sigma::hunt_counts& counts) const {
+    for (const auto& [rule, events] : counts.gave_up) {
+      report_problem(set_.rules[rule].content.file, "a regular expression reached its limit in " +
+                                                        std::to_string(events) + " events");
+    }
+  }
+
+  // To standard error, so that it never mixes with matches.
+  void write_stats(const sigma::compiled_rules& rules, const sigma::hunt_counts& counts,
+                   double seconds_hunting) const {
+    std::string text;
+    sigma::append_hunt_stats(set_, rules.compiled(), *matches_, counts, text);
+    std::fprintf(stderr, "seconds  rules read %.3f, compiled %.3f, events hunted %.3f\n%s",
+                 seconds_reading_, rules.seconds_compiling(), seconds_hunting, text.c_str());
+  }
+
+  int finish(bool matched) {
+    if (!out_.flush()) {
+      const bool named = !options_.output.empty() && options_.output != "-";
+      problem(named ? options_.output : "standard output", std::strerror(out_.error()));
+    }
     if (status_ != verb_done) return status_;
-    return matches != 0 ? verb_matches : verb_done;
+    return matched ? verb_matches : verb_done;
   }
 
   const hunt_options& options_;
+  event_filter filter_;
+  const bool filtering_;
   output_buffer out_;
   sigma::rule_set set_;
+  double seconds_reading_ = 0;
   std::unique_ptr<sigma::rule_matches> matches_;
   std::unique_ptr<sigma::correlator> correlator_;
+  std::unique_ptr<sigma::hunter> hunter_;
   std::unique_ptr<match_output> lines_;
   int status_ = verb_done;
 };
 
-// NAME=VALUE, or false.
-bool split_placeholder(const std::string& text, hunt_options& options) {
+int run(const hunt_options& options) {
+  // The output may not take the place of a log that is still to be read.
+  if (!options.output.empty()) {
+    std::string replaced;
+    log_finder finder(
+        [&](found_log& log) {
+          if (is_same_file(options.output, log.source)) replaced = log.source.path;
+        },
+        [](const std::string&, const std::string&) {});
+    for (const std::string& path : options.logs.paths) {
+      if (path != "-") finder.find(path);
+    }
+    if (!replaced.empty()) {
+      report_problem(options.output, "is one of the logs to read (" + replaced + ")");
+      return verb_bad_command;
+    }
+  }
+  output_target target;
+  std::string problem;
+  if (!target.open(options.output, problem)) {
+    report_problem(options.output, problem);
+    return verb_problems;
+  }
+  hunt_run work(options, target.descriptor());
+  const int status = work.run();
+  if (status != verb_bad_command && work.written() && !target.keep(problem)) {
+    report_problem(options.output, problem);
+    return verb_problems;
+  }
+  return status;
+}
+
+void add_rule_options(CLI::App& app, hunt_options& options) {
+  const auto add_list = [&](const char* name, std::vector<std::string>& list, const char* what,
+                            const char* type) {
+    return app.add_option(name, list, what)->allow_extra_args(false)->type_name(type);
+  };
+  add_list("-r,--rules", options.rules, "rules: files, or folders to the bottom", "PATH")
+      ->required();
+  app.add_option("--log-sources", options.log_sources, "more log sources")->type_name("FILE");
+  add_list("--placeholder", options.placeholders, "what %NAME% in rules stands for", "NAME=VALUE");
+  app.add_option("--min-level", options.min_level, "rules of this level and above")
+      ->check(CLI::IsMember({"informational", "low", "medium", "high", "critical"}))
+      ->type_name("LEVEL");
+  add_list("--status", options.choice.statuses, "rules of this status", "STATUS");
+  add_list("--exclude-rule", options.choice.excluded_ids, "leave out the rule with this ID", "ID");
+  add_list("--tag", options.choice.tags, "rules with such a tag; * stands for anything", "PATTERN");
+}
+
+void add_result_options(CLI::App& app, hunt_options& options) {
+  CLI::Option* const format =
+      app.add_option("-f,--format", options.format, "events that match, a line each, in this form")
+          ->check(CLI::IsMember(match_formats()))
+          ->type_name("FORM");
+  app.add_option("--order", options.order, "time: events of all logs by time")
+      ->check(CLI::IsMember({"time"}))
+      ->type_name("ORDER")
+      ->needs(format);
+  app.add_option("-o,--output", options.output,
+                 "write to this file, which appears when it is whole")
+      ->type_name("FILE");
+  app.add_flag("--raw-cells", options.form.raw_cells,
+               "csv: leave cells as they are that a spreadsheet would run as a formula");
+  app.add_flag("--details", options.details, "for people: each event that matches")
+      ->excludes(format);
+  app.add_flag("--list", options.list, "all rules, and why some do not run; reads no log");
+  app.add_flag("--stats", options.stats, "what was loaded and what matched, on standard error");
+}
+
+// NAME=VALUE
+std::string check_placeholder(const std::string& text) {
   const std::size_t equal = text.find('=');
-  if (equal == std::string::npos || equal == 0) return false;
-  options.choice.placeholders.emplace_back(text.substr(0, equal), text.substr(equal + 1));
-  return true;
+  return equal == 0 || equal == std::string::npos ? "'" + text + "' is not NAME=VALUE" : "";
 }
 
 }  // namespace
@@ -185,45 +281,23 @@ bool split_placeholder(const std::string& text, hunt_options& options) {
 int run_hunt(int argc, char** argv) {
   hunt_options options;
   CLI::App app("Events of .evtx and .evt logs that Sigma rules match.", "zanvik hunt");
-  app.add_option("PATH", options.paths, "logs, folders of logs, or - for standard input");
-  app.add_option("-r,--rules", options.rules, "rules: files, or folders to the bottom")
-      ->required()
-      ->allow_extra_args(false);
-  app.add_option("--log-sources", options.log_sources, "more log sources, a YAML file");
-  app.add_option("--placeholder", options.placeholders, "NAME=VALUE for %NAME% in rules")
-      ->allow_extra_args(false);
-  app.add_option("--min-level", options.min_level, "rules of this level and above")
-      ->check(CLI::IsMember({"informational", "low", "medium", "high", "critical"}));
-  app.add_option("--status", options.choice.statuses, "rules of this status")
-      ->allow_extra_args(false);
-  app.add_option("--exclude-rule", options.choice.excluded_ids, "ID of a rule to leave out")
-      ->allow_extra_args(false);
-  app.add_option("--tag", options.choice.tags, "rules with such a tag; * stands for anything")
-      ->allow_extra_args(false);
-  app.add_flag("--list", options.list, "all rules, and why some do not run; reads no log");
-  app.add_option("-f,--format", options.format, "the events themselves, a line each, in this form")
-      ->check(CLI::IsMember(match_formats()));
-  app.add_option("--order", options.order, "time: matches of all logs by time; needs --format")
-      ->check(CLI::IsMember({"time"}))
-      ->needs("--format");
-  app.add_flag("--details", options.details, "each event that matches, for people");
-  app.add_flag("--stats", options.stats, "what was loaded and what matched, on standard error");
-  app.add_flag("--raw-cells", options.form.raw_cells,
-               "csv: cells that look like formulas as they are");
-  app.add_flag("--slack", options.slack, "records from free space too");
-  try {
-    app.parse(argc, argv);
-    for (const std::string& text : options.placeholders) {
-      if (!split_placeholder(text, options)) {
-        throw CLI::ValidationError("--placeholder", "'" + text + "' is not NAME=VALUE");
-      }
-    }
-    if (!options.list && options.paths.empty()) throw CLI::RequiredError("PATH");
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? verb_done : verb_bad_command;
-  }
+  add_rule_options(app, options);
+  add_result_options(app, options);
+  add_log_options(app, options.logs);
+  app.get_option("--placeholder")->check(check_placeholder);
+  CLI::Option* const paths = app.get_option("PATH")->required(false);
+  app.final_callback([&] {
+    if (!options.list && paths->count() == 0) throw CLI::RequiredError("PATH");
+  });
+  bool done = false;
+  const int status = parse_verb(app, argc, argv, done);
+  if (done) return status;
   options.choice.min_level = sigma::level_of(options.min_level);
-  return hunt_run(options).run();
+  for (const std::string& text : options.placeholders) {
+    const std::size_t equal = text.find('=');
+    options.choice.placeholders.emplace_back(text.substr(0, equal), text.substr(equal + 1));
+  }
+  return run(options);
 }
 
 }  // namespace zanvik

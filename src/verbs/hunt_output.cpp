@@ -132,16 +132,16 @@ match_output::match_output(std::string_view format, const form_options& options,
     const sigma::rule& r = known.content;
     tails_.push_back(is_table_  ? table_cells(r, options.raw_cells)
                      : is_tree_ ? ",\"rule\":{" + json_members(r, "") + "}"
-                                : "," + json_members(r, "rule_"));
+                                : "," + json_members(r, "sigma_rule_"));
   }
 }
 
 // Puts `tail` into the line that was just written, before what ends it.
 void match_output::append_tail(output_buffer& out, std::string_view tail) const {
   out.take_back('\n');
-  out.take_back(is_table_ ? '\r' : '}');
+  if (!is_table_) out.take_back('}');
   out.append(tail);
-  out.append(is_table_ ? "\r\n" : "}\n");
+  out.append(is_table_ ? "\n" : "}\n");
 }
 
 void match_output::begin() {
@@ -165,11 +165,12 @@ std::uint64_t match_output::keep(const event_view& event) {
 std::string match_output::correlation_tail(const sigma::correlation_match& match) const {
   std::string out = tails_[match.rule];
   if (is_table_) return out;
-  std::string group;
+  std::string group, flat_group;
   for (const auto& [field, value] : match.group) {
     group += (group.empty() ? "" : ",") + json_text(field) + ":" + json_text(value);
+    flat_group += (flat_group.empty() ? "" : "; ") + field + ": " + value;
   }
-  const std::string_view prefix = is_tree_ ? "" : "correlation_";
+  const std::string_view prefix = is_tree_ ? "" : "sigma_correlation_";
   const auto member = [&](std::string_view name, const std::string& json) {
     out.append(1, '"').append(prefix).append(name).append("\":").append(json);
   };
@@ -177,7 +178,7 @@ std::string match_output::correlation_tail(const sigma::correlation_match& match
   member("first", json_text(sigma::time_text(match.first)) + ",");
   member("last", json_text(sigma::time_text(match.last)) + ",");
   member("events", std::to_string(match.events) + ",");
-  member("group", "{" + group + "}");
+  member("group", is_tree_ ? "{" + group + "}" : json_text(flat_group));
   return is_tree_ ? out + "}" : out;
 }
 

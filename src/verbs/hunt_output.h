@@ -1,7 +1,7 @@
 // Matches in the forms of export: an event a line, with the rule behind it.
 //
-// Trees (`jsonl`) get an object `rule`, flat objects members `rule_id` and so on, tables columns of
-// these names. Lines that have to wait, for the order of time or for a correlation, do so in a
+// Trees (`jsonl`) get an object `rule`, flat objects members `sigma_rule_id` and so
+// on (an event may have a datum RuleId), tables columns `rule_id`. Lines that have to wait, for the order of time or for a correlation, do so in a
 // temporary file without a name.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The plain way to match rules: each rule, each field, one after the other. Tests hold the compiled
-// matcher (group_matcher.h) against it.
+// The plain way to match rules: each rule, each field, one after the other. The compiled matcher is
+// held against it.
 #pragma once
 
 #include <string_view>
@@ -16,11 +16,6 @@ class event_fields {
   // as the event is.
   virtual const field_values& values(std::string_view name) const = 0;
 };
-
-// Whether an event of this channel, provider (both folded) and ID is one that `source` stands for,
-// but for its `where`.
-bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
-              std::uint32_t event_id);
 
 // Whether a detection matches an event that `source` stands for.
 bool plain_match(const rule& detection, const event_source& source, const event_fields& event,

@@ -1,6 +1,4 @@
-#include "sigma/plain_matcher.h"
-
-#include <algorithm>
+#include "reference/plain_rules.h"
 
 namespace zanvik::sigma {
 namespace {
@@ -13,18 +11,7 @@ bool passes(const field_test& test, const event_source& source, const event_fiel
   return field_passes(test, event.values(source.field_name(test.field)), other, scratch);
 }
 
-template <typename List, typename Value>
-bool empty_or_has(const List& list, const Value& value) {
-  return list.empty() || std::find(list.begin(), list.end(), value) != list.end();
-}
-
 }  // namespace
-
-bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
-              std::uint32_t event_id) {
-  return empty_or_has(source.channels, channel) && empty_or_has(source.providers, provider) &&
-         empty_or_has(source.event_ids, event_id);
-}
 
 bool plain_match(const rule& detection, const event_source& source, const event_fields& event,
                  test_scratch& scratch) {
