@@ -51,6 +51,8 @@ need_build_tools() {
   need libcli11-dev have_header CLI/CLI.hpp
   need libyaml-cpp-dev have_header yaml-cpp/parser.h
   need libpcre2-dev have_header pcre2.h
+  need zlib1g-dev have_header zlib.h
+  need libssl-dev have_header openssl/evp.h
   # Optional, and for some processors only.
   if [[ $(uname -m) == x86_64 ]]; then need libhyperscan-dev have_header hs/hs.h; fi
 }

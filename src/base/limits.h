@@ -116,4 +116,11 @@ inline constexpr std::int64_t expanded_bytes_per_chunk = 64 * 65536;
 inline constexpr std::size_t cached_shapes = 4096;
 inline constexpr std::size_t cached_shape_bytes = 8 << 20;
 
+// What `check` lists of one log: findings of each kind (more are counted), ranges of record numbers
+// in a line of the account, and names of each sort that are counted apart. A log that was made to
+// have a finding for each byte costs some 20 MiB of memory.
+inline constexpr std::size_t findings_of_a_kind = 1000;
+inline constexpr std::size_t number_ranges_of_a_line = 4096;
+inline constexpr std::size_t counted_names = 4096;
+
 }  // namespace zanvik::limits

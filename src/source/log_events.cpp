@@ -10,7 +10,8 @@ namespace {
 
 namespace layout = evtx_layout;
 
-// The first offset in `block`, by whole chunks, where a chunk has its signature.
+}  // namespace
+
 std::uint64_t first_chunk(std::span<const std::byte> block) {
   const byte_cursor bytes(block);
   std::uint64_t at = 0;
@@ -19,8 +20,6 @@ std::uint64_t first_chunk(std::span<const std::byte> block) {
   }
   return std::min<std::uint64_t>(at, block.size());
 }
-
-}  // namespace
 
 bool log_event_reader::read(const found_log& log) {
   return log.source.kind == log_kind::evtx ? read_evtx(log) : read_evt(log);

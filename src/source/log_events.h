@@ -10,6 +10,10 @@
 
 namespace zanvik {
 
+// The first offset in `block`, by whole chunks, where a chunk has its signature; the block's size
+// when there is none. Walks begin there, so that a damaged chunk does not cost those behind it.
+std::uint64_t first_chunk(std::span<const std::byte> block);
+
 // Reads logs one after the other; what is learnt of templates serves all of them.
 class log_event_reader {
  public:

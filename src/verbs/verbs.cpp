@@ -8,6 +8,9 @@ std::span<const verb> verbs() {
 #ifdef ZANVIK_SIGMA
       {"hunt", "events that Sigma rules match", run_hunt},
 #endif
+#ifdef ZANVIK_INSPECT
+      {"check", "what is missing from logs, and what was changed", run_check},
+#endif
   };
   return all;
 }

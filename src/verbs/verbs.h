@@ -16,6 +16,7 @@ enum verb_status {
   verb_problems = 1,     // something that was asked for could not be read or written
   verb_bad_command = 2,  // wrong options; nothing was done
   verb_matches = 3,      // of hunt: rules matched
+  verb_findings = 4,     // all was read, and there is something to look at
 };
 
 struct verb {
@@ -32,6 +33,9 @@ std::optional<int> run_verb(int argc, char** argv);
 int run_export(int argc, char** argv);
 #ifdef ZANVIK_SIGMA
 int run_hunt(int argc, char** argv);
+#endif
+#ifdef ZANVIK_INSPECT
+int run_check(int argc, char** argv);
 #endif
 
 }  // namespace zanvik

@@ -1,0 +1,38 @@
+// Writes JSON on one line: objects and lists with the commas in their places.
+//
+// Text may hold any bytes: control characters are escaped, and what is no UTF-8 becomes U+FFFD.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace zanvik {
+
+// Appends `text` in quotes.
+void append_json_text(std::string& out, std::string_view text);
+
+class json_writer {
+ public:
+  explicit json_writer(std::string& out) : out_(out) {}
+
+  // Opens an object '{' or a list '['; without a name where it stands in a list or alone.
+  void open(std::string_view name, char bracket);
+  void close(char bracket);
+  void member(std::string_view name, bool value);
+  void member(std::string_view name, std::uint64_t value);
+  void member(std::string_view name, std::string_view value);
+  void member(std::string_view name, const std::string& value) {
+    member(name, std::string_view(value));
+  }
+  void member(std::string_view name, const char* value) { member(name, std::string_view(value)); }
+  void element(std::uint64_t value);
+
+ private:
+  void next(std::string_view name);
+
+  std::string& out_;
+  bool first_ = true;
+};
+
+}  // namespace zanvik

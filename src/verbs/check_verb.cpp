@@ -1,0 +1,80 @@
+// zanvik check: is a log whole, was somebody at it, and where are its bytes?
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "export/output_buffer.h"
+#include "inspect/forms/ledger_forms.h"
+#include "inspect/inspect_log.h"
+#include "source/log_finder.h"
+#include "verbs/verbs.h"
+
+namespace zanvik {
+namespace {
+
+struct check_options {
+  std::vector<std::string> paths;
+  std::string format = "table";
+  table_options table;
+};
+
+int run(const check_options& options) {
+  int status = verb_done;
+  const auto problem = [&status](const std::string& path, const std::string& what) {
+    std::fprintf(stderr, "zanvik: %s: %s\n", path.c_str(), what.c_str());
+    status = verb_problems;
+  };
+  bool findings = false;
+  std::string text;
+  if (options.format == "csv") text = ledger_csv_header;
+  output_buffer out(STDOUT_FILENO);
+  log_finder finder(
+      [&](found_log& log) {
+        log_ledger ledger;
+        inspect_log(log, ledger);
+        if (options.format == "json") {
+          append_ledger_json(text, ledger);
+        } else if (options.format == "csv") {
+          append_ledger_csv(text, ledger);
+        } else {
+          append_ledger_table(text, ledger, options.table);
+        }
+        out.append(text);
+        text.clear();
+        findings = findings || ledger.findings.any_finding();
+        if (ledger.findings.count(finding_kind::unreadable) != 0) {
+          problem(log.source.path, "a part could not be read");
+        }
+      },
+      problem);
+  for (const std::string& path : options.paths) finder.find(path);
+  out.append(text);
+  if (!out.flush()) problem("standard output", std::strerror(out.error()));
+  return status == verb_done && findings ? verb_findings : status;
+}
+
+}  // namespace
+
+int run_check(int argc, char** argv) {
+  check_options options;
+  CLI::App app(
+      "A ledger of each log: every byte has its line, and what is odd is named with its place.\n"
+      "Status 0 when all logs are whole, 4 with findings, 1 when something could not be read.",
+      "zanvik check");
+  app.add_option("PATH", options.paths, "logs, folders of logs, or - for standard input")
+      ->required();
+  app.add_option("-f,--format", options.format, "table, json (one object a log) or csv")
+      ->check(CLI::IsMember({"table", "json", "csv"}));
+  app.add_flag("--chunks", options.table.chunks, "a row for each chunk in the table");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? verb_done : verb_bad_command;
+  }
+  return run(options);
+}
+
+}  // namespace zanvik
