@@ -67,11 +67,12 @@ bool quick_records::read_nested_template(const chunk_view& chunk, std::uint64_t 
   return walk_table<true>(chunk, table);
 }
 
-// The plain binary XML at `value`. A value that starts with anything but a fragment header could
-// pass for a slot table as well.
+// The plain binary XML at `value`. Such a value is tried as a slot table as well, which a first word
+// that is no count rules out.
 bool quick_records::read_plain_value(const chunk_view& chunk, std::uint64_t value) {
   if (key_.plain_slot != 0) return false;
-  if (chunk.bytes.at<std::uint32_t>(value) != expected_fragment) return false;
+  const auto first = chunk.bytes.at<std::uint32_t>(value);
+  if (!first || *first <= limits::slots_per_table) return false;
   plain_text_.clear();
   constexpr unsigned depth = 0;
   return decode_plain_value(chunk, value, depth, &plain_text_);

@@ -22,13 +22,15 @@ bool same_content(const record_layout& a, const record_layout& b) {
   return a.names == b.names && a.child_numbers == b.child_numbers && a.fields == b.fields;
 }
 
-// Bytes that a layout holds.
-std::uint64_t held_by(const record_layout& layout) {
+// What a layout costs: the bytes that it holds, four times, since columns, shapes and row plans of
+// the same records hold them again.
+std::uint64_t cost_of(const record_layout& layout) {
+  constexpr std::uint64_t copies = 4;
   std::uint64_t bytes =
       layout.names.size() * sizeof(std::string) + layout.fields.size() * sizeof(layout_field);
   for (const std::string& name : layout.names) bytes += name.size();
   for (const layout_field& field : layout.fields) bytes += field.name.size() + field.text.size();
-  return bytes;
+  return copies * bytes;
 }
 
 template_ref reference_to(const chunk_view& chunk, std::uint64_t definition) {
@@ -135,7 +137,7 @@ const template_store::kept_layout* template_store::keep(record_layout layout) {
   for (auto it = first; it != last; ++it) {
     if (same_content(it->second->layout, layout)) return it->second.get();
   }
-  const std::uint64_t cost = held_by(layout);
+  const std::uint64_t cost = cost_of(layout);
   layout.id = ++last_id_;
   held_bytes_ += cost;
   auto kept = std::make_unique<kept_layout>(kept_layout{std::move(layout), cost});

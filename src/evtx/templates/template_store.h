@@ -68,7 +68,7 @@ class template_store {
  private:
   struct kept_layout {
     record_layout layout;
-    std::uint64_t cost = 0;  // bytes that it holds
+    std::uint64_t cost = 0;
   };
   struct chunk_layout {
     layout_key key;
