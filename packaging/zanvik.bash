@@ -36,16 +36,14 @@ _zanvik() {
   esac
   mapfile -t COMPREPLY < <(compgen -W '
     -h -help --help --version
-    -log -pipe -enumdir -num_subdirs -filter -filter_sig -filter_path
+    -log -pipe -enumdir -num_subdirs -filter -filter_sig
     -cmd_start_time -cmd_stop_time
-    -eventid -string -start_time -stop_time -rec_id -rec_start -rec_stop -inc_slack
+    -eventid -string -start_time -stop_time -event_time -inc_slack
     -pw -time -logon -startstop -creds -partition_metadata -usb -cmdfile
-    -csv -csvgen -csvl2t -bodyfile -xml -multiline
+    -csv -csvl2t -bodyfile
     -allparams -csv_separator -no_whitespace -enable_quoted_csv_fields -pair_datetime
-    -dateformat -timeformat -base10 -base16 -show_offsets -alias -aliaspath -username -hostname
-    -out -outfile -append -stats -hist -quiet -profile -diags -l2 -l3
-    -sqlite -sqlite_log -createlog -cpu -cpuinst -filter_skip -fragment_files -outdir -signal
-    -threads -gzip -separate_files -split_pathfile -v -verbose -zlib -zlibex
+    -dateformat -timeformat -base10 -base16 -full_sids -show_offsets -alias -aliaspath -username
+    -out -outfile -stats -hist -quiet -strict -profile -diags -l2 -l3
   ' -- "$word")
 }
 

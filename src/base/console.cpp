@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <utility>
 
 namespace zanvik {
 namespace {
@@ -20,6 +21,9 @@ std::size_t terminal_columns() {
   if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return assumed;
   return size.ws_col;
 }
+
+// A message stands at the end of what was written and has no line end. Never so on a terminal.
+bool line_is_open = false;
 
 void put_error_text(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
@@ -98,9 +102,18 @@ int prob_message(const char* format, ...) {
   if (terminal_columns() != 0) {
     replace_controls(text);
     text += '\n';
+  } else {
+    line_is_open = line_is_open || !text.empty();
   }
   put_error_text(text);
   return length;
+}
+
+void print_line(std::string text) {
+  clear_status();
+  if (terminal_columns() != 0) replace_controls(text);
+  if (std::exchange(line_is_open, false)) text.insert(0, 1, '\n');
+  put_error_text(text + '\n');
 }
 
 }  // namespace zanvik

@@ -29,6 +29,9 @@ inline constexpr int status_width_max = 70;
 // and gives 0.
 [[gnu::format(printf, 1, 2)]] int prob_message(const char* format, ...);
 
+// Prints `text` in a line of its own, wherever standard error leads.
+void print_line(std::string text);
+
 // `text` in at most `width` bytes, "..." in place of its middle when it is longer. UTF-8 sequences
 // are left out whole.
 std::string shortened_in_middle(std::string_view text, std::size_t width);

@@ -10,6 +10,7 @@ namespace zanvik::uni {
 
 fileio_streambuf::fileio_streambuf(int descriptor, std::size_t buffer_bytes)
     : descriptor_(descriptor),
+      is_terminal_(::isatty(descriptor) != 0),
       buffer_bytes_(buffer_bytes),
       buffer_(std::make_unique_for_overwrite<char[]>(buffer_bytes)) {
   setp(buffer_.get(), buffer_.get() + buffer_bytes_);
@@ -31,6 +32,12 @@ bool fileio_streambuf::write_out(const char* bytes, std::size_t count) {
     }
   }
   return error_ == 0;
+}
+
+bool fileio_streambuf::is_lost() const {
+  if (error_ != 0) return true;
+  pollfd other_end = {descriptor_, 0, 0};
+  return ::poll(&other_end, 1, 0) > 0 && (other_end.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 bool fileio_streambuf::flush_pending() {

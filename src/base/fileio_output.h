@@ -23,6 +23,8 @@ class fileio_streambuf : public std::streambuf {
   ~fileio_streambuf() override;
 
   int write_error() const { return error_; }
+  bool is_lost() const;
+  bool is_terminal() const { return is_terminal_; }
 
  protected:
   int_type overflow(int_type c) override;
@@ -34,6 +36,7 @@ class fileio_streambuf : public std::streambuf {
   bool write_out(const char* bytes, std::size_t count);
 
   int descriptor_;
+  bool is_terminal_;
   int error_ = 0;
   std::size_t buffer_bytes_;
   std::unique_ptr<char[]> buffer_;
@@ -50,6 +53,10 @@ class fileio_output : public std::ostream {
 
   // The errno of the write that failed, 0 when none has.
   int write_error() const { return buffer_.write_error(); }
+  // Nothing that is written arrives any more: a write failed, or nobody has the other end of the
+  // pipe open. Asks the system, so it is not for each byte.
+  bool is_lost() const { return buffer_.is_lost(); }
+  bool is_terminal() const { return buffer_.is_terminal(); }
 
  private:
   fileio_streambuf buffer_;

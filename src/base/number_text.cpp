@@ -89,6 +89,22 @@ void append_number(std::string& out, std::uint64_t value, bool hex, unsigned wid
   append_hex(out, value, width != 0 ? width : width_by_value(value));
 }
 
+bool is_whole_number(std::string_view text) {
+  const std::string lower = to_lower(trimmed(text));
+  std::string_view digits = lower;
+  std::string_view allowed = "0123456789";
+  if (digits.starts_with("0x") || digits.starts_with('x')) {
+    digits.remove_prefix(digits.find('x') + 1);
+    allowed = "0123456789abcdef";
+  } else if (digits.starts_with('o')) {
+    digits.remove_prefix(1);
+    allowed = "01234567";
+  } else if (digits.starts_with('-') || digits.starts_with('+')) {
+    digits.remove_prefix(1);
+  }
+  return !digits.empty() && digits.find_first_not_of(allowed) == digits.npos;
+}
+
 std::string number_to_text(std::uint64_t value, bool hex, unsigned width) {
   std::string out;
   append_number(out, value, hex, width);

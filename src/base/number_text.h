@@ -35,6 +35,11 @@ std::optional<std::int64_t> number_from_text(std::string_view text);
 // digit are nothing. A text that holds no number at all reads as 0, one too big as all ones.
 std::optional<std::uint64_t> u64_from_text(std::string_view text);
 
+// Whether `text`, blanks at its ends aside, is a number and nothing else: decimal digits that may
+// have a sign, hexadecimal ones behind "0x" or "x", or octal ones behind "o". What the functions
+// above read out of other texts is seldom what was meant.
+bool is_whole_number(std::string_view text);
+
 // Decimal, or with `hex` "0x" and lower-case digits filled with zeros to `width`. A width of 0 goes
 // by the value: 2 digits below 255 (not at it), 4 below 65535, 6 below 16777215, else 8.
 std::string number_to_text(std::uint64_t value, bool hex, unsigned width);

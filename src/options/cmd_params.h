@@ -2,11 +2,14 @@
 // that reads them. The option object of a program derives from it.
 #pragma once
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "base/diag.h"
 #include "options/argument_list.h"
 #include "options/output_format.h"
+#include "options/strict_notes.h"
 #include "options/walk_options.h"
 
 namespace zanvik {
@@ -36,10 +39,15 @@ class cmd_params {
   output_format format;
   walk_options walk;
   diag_trace trace;
+  strict_notes strict;
 
  private:
   [[nodiscard]] bool take_results_file(argument_list& argv_list);
   void take_trace_options(argument_list& argv_list);
+  void drop_values(std::initializer_list<std::string_view> names, argument_list& argv_list);
+  void drop_flags(std::initializer_list<std::string_view> names, argument_list& argv_list);
+  [[nodiscard]] bool take_checked_file_times(argument_list& argv_list);
+  void take_checked_text_options(argument_list& argv_list);
 };
 
 }  // namespace zanvik

@@ -19,13 +19,11 @@
 namespace zanvik {
 namespace {
 
-// Options of this family of tools that mean nothing here: taken out, values too.
-void drop_values(std::initializer_list<std::string_view> names, argument_list& argv_list) {
-  std::string ignored;
-  for (const std::string_view name : names) (void)take_value_option(name, ignored, argv_list);
-}
-void drop_flags(std::initializer_list<std::string_view> names, argument_list& argv_list) {
-  for (const std::string_view name : names) take_flag_option(name, argv_list);
+// The value that take_value_option would give, which stays in the list; empty when there is none.
+std::string value_ahead(std::string_view name, argument_list argv_list) {
+  std::string value;
+  (void)take_value_option(name, value, argv_list);
+  return value;
 }
 
 bool refuses_sqlite(argument_list& argv_list) {
@@ -60,18 +58,64 @@ bool probe_results_file(const std::string& path, bool append) {
   return true;
 }
 
-void take_stream_options(argument_list& argv_list, walk_options& out) {
+void take_stream_options(argument_list& argv_list, walk_options& out, strict_notes& strict) {
   std::string value;
   if (take_value_option("-enumdir", value, argv_list)) {
     out.enum_dir_set = true;
     out.enum_dir = expand_env_references(value, true);
   }
   if (take_value_option("-num_subdirs", value, argv_list)) {
-    out.num_subdirs = static_cast<std::int32_t>(unsigned_from_text(value).value_or(0));
+    const auto depth = unsigned_from_text(value);
+    if (!is_whole_number(value)) strict.add("-num_subdirs " + value + " is no number");
+    out.num_subdirs = static_cast<std::int32_t>(depth.value_or(0));
   }
 }
 
 }  // namespace
+
+// Options of this family of tools that mean nothing here: taken out, values too.
+void cmd_params::drop_values(std::initializer_list<std::string_view> names,
+                             argument_list& argv_list) {
+  std::string ignored;
+  for (const std::string_view name : names) {
+    if (!take_value_option(name, ignored, argv_list)) continue;
+    strict.add("option " + std::string(name) + " does nothing");
+  }
+}
+
+void cmd_params::drop_flags(std::initializer_list<std::string_view> names,
+                            argument_list& argv_list) {
+  for (const std::string_view name : names) {
+    if (!take_flag_option(name, argv_list)) continue;
+    strict.add("option " + std::string(name) + " does nothing");
+  }
+}
+
+bool cmd_params::take_checked_file_times(argument_list& argv_list) {
+  const std::string start = value_ahead("-cmd_start_time", argv_list);
+  const std::string stop = value_ahead("-cmd_stop_time", argv_list);
+  if (!take_file_time_options(argv_list, walk)) return false;
+  if (!start.empty() && !walk.cmd_start.on) strict.add("-cmd_start_time " + start + " is no time");
+  if (!stop.empty() && !walk.cmd_stop.on) {
+    strict.add("-cmd_stop_time " + stop + " is no time, or before the start");
+  }
+  return true;
+}
+
+void cmd_params::take_checked_text_options(argument_list& argv_list) {
+  const std::string date = value_ahead("-dateformat", argv_list);
+  const std::string time = value_ahead("-timeformat", argv_list);
+  take_text_options(argv_list, format);
+  // A date format of good length and bad content leaves a partly filled digest, without a word.
+  const bool usable = build_format_descriptor(format.descriptor, format.date_format,
+                                              format.time_format, format.pair_datetime);
+  if (!date.empty() && (!usable || format.date_format != to_lower(date))) {
+    strict.add("-dateformat " + date + " is no format of dates");
+  }
+  if (!time.empty() && format.time_format != to_lower(time)) {
+    strict.add("-timeformat " + time + " is no format of times");
+  }
+}
 
 void cmd_params::take_trace_options(argument_list& argv_list) {
   std::string path;
@@ -120,17 +164,18 @@ bool cmd_params::parse_options(argument_list& argv_list) {
   drop_flags({"-separate_files"}, argv_list);
   if (!take_results_file(argv_list)) return false;
   drop_values({"-outdir"}, argv_list);
-  take_stream_options(argv_list, walk);
+  take_stream_options(argv_list, walk, strict);
   profile = take_flag_option("-profile", argv_list);
   walk.pipe = take_flag_option("-pipe", argv_list);
   take_filter_options(argv_list, walk);
-  if (!take_file_time_options(argv_list, walk)) return false;
-  take_text_options(argv_list, format);
-  if (!take_flag_option("-verbose", argv_list)) take_flag_option("-v", argv_list);
+  if (!take_checked_file_times(argv_list)) return false;
+  take_checked_text_options(argv_list);
+  if (has_option_from("-verbose", argv_list, 0)) {
+    drop_flags({"-verbose"}, argv_list);
+  } else {
+    drop_flags({"-v"}, argv_list);
+  }
   show_status = !take_flag_option("-quiet", argv_list);
-  // A date format of good length and bad content leaves a partly filled digest, without a word.
-  (void)build_format_descriptor(format.descriptor, format.date_format, format.time_format,
-                                format.pair_datetime);
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/console.h"
 #include "base/fileio.h"
 #include "evt/evt.h"
 #include "evtx/evtx.h"
@@ -56,15 +57,15 @@ class log_walk {
     uni::fileio own_file;
     log_file& open_log = run_.probe.file;
     uni::fileio& log = open_log.is_open(path) ? open_log.file() : own_file;
-    if (!log.is_open() && !log.open(path)) return false;
+    if (!log.is_open() && !log.open(path)) return pass_over(path);
     const std::uint64_t size = log.get_size();
     if (size > large_log_bytes) flush_limit_ = large_log_flush;
     const auto head = read_head(log);
-    if (!head) return false;
-    const bool is_evtx = head == evtx_layout::file_signature;
+    if (!head) return pass_over(path);
+    const bool is_evtx = is_evtx_ = head == evtx_layout::file_signature;
     init_statistics(run_.statistics, path, "", is_evtx, hist_count_, options_.format.date_format,
                     options_.format.time_format);
-    if (!may_hold_records(*head)) return true;  // not read whole
+    if (!may_hold_records(*head)) return !pass_over(path);  // not read whole
     const std::uint64_t first_offset = is_evtx ? evtx_layout::file_header_bytes : 0;
     std::uint64_t block_bytes = is_evtx ? evtx_layout::block_bytes : size;
     constexpr std::uint64_t four_gib = std::uint64_t{1} << 32;
@@ -91,6 +92,11 @@ class log_walk {
     return byte_cursor(std::span(head, count)).at_or_zero<std::uint64_t>(0);
   }
 
+  bool pass_over(const std::string& path) {
+    run_.strict.add(path + " is no event log, or cannot be read");
+    return false;
+  }
+
   bool walk(uni::fileio& log, std::uint64_t block_bytes, std::uint64_t first_offset) {
     // A small log has been read to be classified.
     const auto all =
@@ -102,13 +108,17 @@ class log_walk {
     return log.walk_blocks(block_bytes, first_offset,
                            [this](std::span<std::byte> block, std::uint64_t offset) {
                              walk_block(block, offset);
-                             return true;
+                             return !run_.ends_early();
                            });
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
     record_sink& sink = run_.counts ? counter_ : static_cast<record_sink&>(selector_);
     const auto result = walk_evtx_block(block, offset, run_.reader, sink, settings_);
+    if (is_evtx_ && result != walk_result::walked) {
+      run_.strict.add(run_.log.path + ": the block at " + std::to_string(offset) +
+                      " starts with no whole chunk and is not read");
+    }
     if (result == walk_result::not_evtx && block.size() < evt_bytes_end) {
       walk_evt_log(block, run_.counts ? counter_ : static_cast<evt_sink&>(evt_selector_));
     }
@@ -118,6 +128,9 @@ class log_walk {
   }
 
   void write_results() {
+    // Results and status may share a terminal: neither may stand in a line of the other.
+    const bool on_terminal = run_.output && run_.output->is_terminal();
+    if (on_terminal && options_.show_status) clear_status();
     const write_context context{.channel = run_.log.channel,
                                 .inc_slack = options_.inc_slack,
                                 .show_offsets = options_.show_offsets,
@@ -128,6 +141,7 @@ class log_walk {
                                 .hostname = options_.hostname,
                                 .program_name = options_.program_name};
     write_records(run_.results, run_.records, options_.format, context, run_.written);
+    if (on_terminal) run_.results.flush();
     run_.records.clear_records();
   }
 
@@ -139,6 +153,7 @@ class log_walk {
   evt_selector evt_selector_;
   record_counter counter_;
   walk_settings settings_;
+  bool is_evtx_ = false;
   std::size_t hist_count_;  // commands that count combinations of fields
   std::size_t flush_limit_ = std::numeric_limits<std::size_t>::max();
 };

@@ -16,6 +16,7 @@
 #include "base/fileio_output.h"
 #include "options/cmdline_ctx.h"
 #include "run/log_run.h"
+#include "run/report_runs.h"
 #include "run/run_reports.h"
 #include "run/stats_file.h"
 #include "run/stream_run.h"
@@ -125,15 +126,17 @@ int run_program(int argc, char** argv) {
 
   std::ofstream stats_stream;
   log_run run(options, results);
-  if (!pass_gates(run, stats_stream, identification)) return 0;
+  run.output = &results;
+  if (!pass_gates(run, stats_stream, identification)) return run.strict.any() ? 1 : 0;
   if (options.walk.is_stream_run()) {
     run_stream(run);
   } else {
     (void)run_reports(run);
     write_run_statistics(run);
   }
+  check_command_use(run);
   tell_lost_output(results, run);
-  return 0;
+  return run.strict.any() ? 1 : 0;
 }
 
 }  // namespace zanvik

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <ostream>
+#include <set>
 
+#include "base/fileio_output.h"
 #include "events/log_record.h"
 #include "events/log_source.h"
 #include "evtx/record_reader.h"
@@ -18,13 +20,23 @@ namespace zanvik {
 struct log_run {
   // Classifies the logs that the options name. `options` and `results` must outlive the run.
   log_run(const evt_output_options& run_options, std::ostream& results_stream)
-      : options(run_options), results(results_stream), reader(run_options.format) {
+      : options(run_options),
+        results(results_stream),
+        strict(run_options.strict),
+        reader(run_options.format) {
     LogEntry scratch;
     add_logs(options.log_names, scratch, probe, logs);
   }
 
   const evt_output_options& options;
   std::ostream& results;
+  const uni::fileio_output* output = nullptr;  // the same, where it is asked about
+
+  // Nobody reads the results any more, and nothing else is to be had from the run.
+  bool ends_early() const { return !options.stats_on && output && output->is_lost(); }
+
+  strict_notes strict;                  // those of the command line, then those of the run
+  std::set<std::size_t> used_commands;  // with `-strict`: of the command file, by position
 
   log_probe probe;
   log_map logs;    // those of `-log`; in a run over names as they arrive, the one in hand

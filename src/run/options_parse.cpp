@@ -27,11 +27,35 @@ std::vector<std::uint64_t> numbers_from_list(const std::string& value) {
 }
 
 // Sets `bound` when `name` gives a usable time, and leaves it alone without a word otherwise.
-void take_time_bound(std::string_view name, argument_list& argv_list, std::uint64_t& bound) {
+void take_time_bound(std::string_view name, argument_list& argv_list, std::uint64_t& bound,
+                     strict_notes& strict) {
   std::string value;
   if (!take_value_option(name, value, argv_list)) return;
   const qx::time time(value, true);
-  if (time.valid()) bound = time.filetime();
+  if (time.valid()) {
+    bound = time.filetime();
+  } else {
+    strict.add(std::string(name) + " " + value + " is no time (MM/DD/YYYY HH:MM:SS) and no bound");
+  }
+}
+
+// The items of a list that numbers_from_list leaves out.
+void check_numbers(const std::string& value, strict_notes& strict) {
+  std::vector<std::string> items;
+  const char separator = value.find(',') != std::string::npos   ? ','
+                         : value.find('|') != std::string::npos ? '|'
+                                                                : ' ';
+  split_on_char(value, separator, items, true, false, false);
+  for (const std::string& item : items) {
+    if (!is_whole_number(item)) strict.add("-eventid: " + item + " is no number");
+  }
+}
+
+// Words that are left when all options have been taken.
+void check_left_words(const argument_list& argv_list, strict_notes& strict) {
+  for (std::size_t i = 1; i < argv_list.size(); ++i) {
+    strict.add("\"" + argv_list[i] + "\" is unknown or has no effect here");
+  }
 }
 
 // Before any file is opened for writing: none of them may be one that the run reads.
@@ -50,6 +74,10 @@ void evt_output_options::take_selection_options(argument_list& argv_list) {
   std::string value;
   if (take_value_option("-eventid", value, argv_list)) {
     selection.event_ids = numbers_from_list(value);
+    check_numbers(value, strict);
+  }
+  for (const char* name : {"-rec_id", "-rec_start", "-rec_stop"}) {
+    if (has_option_from(name, argv_list, 1)) strict.add(std::string(name) + " selects nothing");
   }
   if (take_value_option("-rec_id", value, argv_list)) {
     selection.record_ids = numbers_from_list(value);
@@ -65,8 +93,8 @@ void evt_output_options::take_selection_options(argument_list& argv_list) {
     selection.record_range_on = true;
   }
   (void)take_value_option("-createlog", create_log_path, argv_list);
-  take_time_bound("-start_time", argv_list, selection.start_time);
-  take_time_bound("-stop_time", argv_list, selection.stop_time);
+  take_time_bound("-start_time", argv_list, selection.start_time, strict);
+  take_time_bound("-stop_time", argv_list, selection.stop_time, strict);
   (void)take_value_option("-string", selection.substring, argv_list);
 }
 
@@ -119,6 +147,12 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
   (void)take_value_option("-log", log_names, argv_list);
   // Whatever chose the separator: where no column is padded, it has no blanks.
   if (format.no_whitespace) remove_char(format.csv_separator, ' ');
+  const bool is_strict = take_flag_option("-strict", argv_list);
+  check_left_words(argv_list, strict);
+  if (!format.output_csv && !format.output_l2t && !format.output_bodyfile) {
+    strict.add("this form of output writes no records");
+  }
+  strict.decide(is_strict);
   return true;
 }
 

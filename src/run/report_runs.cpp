@@ -1,10 +1,13 @@
 #include "run/report_runs.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/diag.h"
 #include "commands/builtin_reports.h"
 #include "commands/command_build.h"
+#include "commands/command_check.h"
 #include "commands/command_list.h"
 #include "run/command_run.h"
 
@@ -53,6 +56,23 @@ constexpr report_runner runners[] = {
     {builtin_report::usb, &report_flags::usb, run_usb},
 };
 
+// Notes the logs that no report of this run is for.
+void check_concerned_logs(log_run& run) {
+  const report_flags& asked_for = run.options.reports;
+  const auto is_made = [&](const report_runner& runner) { return asked_for.*runner.asked_for; };
+  if (run.options.walk.is_stream_run() ||
+      std::none_of(std::begin(runners), std::end(runners), is_made))
+    return;
+  for (const auto& [path, log] : run.logs) {
+    const auto concerns = [&](const report_runner& runner) {
+      return is_made(runner) && report_concerns_log(runner.report, log.channel, log.is_evtx);
+    };
+    if (std::none_of(std::begin(runners), std::end(runners), concerns)) {
+      run.strict.add(path + ": no report is for this log");
+    }
+  }
+}
+
 }  // namespace
 
 bool run_pw(log_run& run) { return run_report(builtin_report::pw, run); }
@@ -68,11 +88,13 @@ bool run_builtin_reports(log_run& run) {
   for (const report_runner& runner : runners) {
     if (!(run.options.reports.*runner.asked_for)) continue;
     for (const auto& [path, log] : run.logs) {
+      if (run.ends_early()) return any_results;
       if (!report_concerns_log(runner.report, log.channel, log.is_evtx)) continue;
       run.log = source_of(log);
       any_results = runner.make(run) || any_results;
     }
   }
+  check_concerned_logs(run);
   return any_results;
 }
 
@@ -80,16 +102,26 @@ bool run_command_file(log_run& run) {
   if (run.options.cmd_file.empty()) return false;
   CommandList list;
   read_command_file(list, run.options.cmd_file);
+  check_command_file(list, run.options.cmd_file, run.strict);
   if (list.empty()) return false;
   bool any_results = false;
   CommandSet set;
   for (const auto& [path, log] : run.logs) {
+    if (run.ends_early()) break;
     run.log = source_of(log);
     if (!build_commands(set, list, run, false)) continue;
+    if (run.strict.is_strict()) note_used_commands(set, run.used_commands);
     diag_line(run.options.trace, "analyzing: %s", path.c_str());
     any_results = run_command_set(set, run) || any_results;
   }
   return any_results;
+}
+
+void check_command_use(log_run& run) {
+  if (!run.strict.is_strict() || run.options.cmd_file.empty()) return;
+  CommandList list;
+  read_command_file(list, run.options.cmd_file);
+  check_unused_commands(list, run.used_commands, run.strict);
 }
 
 }  // namespace zanvik

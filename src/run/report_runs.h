@@ -22,4 +22,7 @@ bool run_builtin_reports(log_run& run);
 // Runs the commands of `-cmdfile` over all logs of the list.
 bool run_command_file(log_run& run);
 
+// With `-strict`, at the end of a run: notes the commands of `-cmdfile` that took part in no log.
+void check_command_use(log_run& run);
+
 }  // namespace zanvik

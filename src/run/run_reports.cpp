@@ -36,6 +36,7 @@ CommandSet listing_commands(const evt_output_options& options, const LogEntry& l
 bool run_listing(log_run& run) {
   bool any_results = false;
   for (const auto& [path, log] : run.logs) {
+    if (run.ends_early()) break;
     const CommandSet set = listing_commands(run.options, log);
     diag_line(run.options.trace, "analyzing: %s", path.c_str());
     run.log = source_of(log);

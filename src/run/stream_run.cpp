@@ -41,7 +41,14 @@ void run_log(const std::string& name, log_run& run, LogEntry& entry) {
   std::string folder;
   std::string file_name;
   if (!split_path(run.log.path, folder, file_name)) return;
-  if (!classify_log(entry, run.log.path, run.probe)) return;
+  if (!classify_log(entry, run.log.path, run.probe)) {
+    // A folder holds other files; what is named like a log, or was named by hand, should be one.
+    const std::string lower = to_lower(file_name);
+    if (options.walk.pipe || lower.ends_with(".evtx") || lower.ends_with(".evt")) {
+      run.strict.add(run.log.path + " is no event log, or cannot be read");
+    }
+    return;
+  }
   run.logs.clear();
   run.logs.emplace(run.log.path, entry);
   init_statistics(run.statistics, run.log.path, entry.channel, entry.is_evtx,
@@ -67,7 +74,7 @@ void run_stream(log_run& run) {
   qxportdir::stdin_stream_ex names(walk);
   if (!start(names, walk)) return;
   std::string name;
-  while (names.read_line(name, true)) {
+  while (!run.ends_early() && names.read_line(name, true)) {
     bool undecided = false;
     // The window of file times belongs to the walk: a name by itself has none.
     if (name.empty() || !match_filters(walk, undecided, name, walk.file_filters, nullptr)) continue;

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include "log_builder.h"
 #include "program_run.h"
 
 namespace zanvik::testing {
@@ -99,12 +100,35 @@ TEST(driver, run_time_goes_to_standard_error_or_to_the_trace) {
   EXPECT_TRUE(trace.ends_with(" secs")) << trace;
 }
 
-TEST(driver, output_that_nobody_takes_is_swallowed) {
-  int ends[2];
-  ASSERT_EQ(::pipe(ends), 0);
-  ::close(ends[0]);
-  EXPECT_EQ(run_zanvik({"-log", "lost"}, {.out_fd = ends[1]}).status, 0);
-  ::close(ends[1]);
+// The trace names each log that is read.
+TEST(driver, output_that_nobody_takes_ends_the_run_unless_there_are_statistics) {
+  const scratch_dir scratch;
+  const auto log = log_builder().chunk({record(1)});
+  log.write(scratch.path("a.evtx"));
+  log.write(scratch.path("b.evtx"));
+  scratch.write("report", "!cmd,-enum_evtxlog,-all_data\n");
+  const std::vector<std::string> runs[] = {
+      {"-log", "a.evtx|b.evtx"},
+      {"-log", "a.evtx|b.evtx", "-cmdfile", "report"},
+      {"-enumdir", scratch.path("")},
+  };
+  for (std::vector<std::string> args : runs) {
+    for (const bool statistics : {false, true}) {
+      int ends[2];
+      ASSERT_EQ(::pipe(ends), 0);
+      ::close(ends[0]);
+      args.insert(args.end(), {"-diags", "trace"});
+      if (statistics) args.insert(args.end(), {"-stats", "statistics"});
+      const auto run = run_zanvik(args, {.folder = scratch.path(""), .out_fd = ends[1]});
+      ::close(ends[1]);
+      EXPECT_EQ(run.status, 0);
+      const std::string trace = file_text(scratch.path("trace"));
+      for (const char* name : {"a.evtx", "b.evtx"}) {
+        EXPECT_EQ(trace.find("\n->analyzing: " + std::string(name)) != trace.npos, statistics)
+            << trace;
+      }
+    }
+  }
 }
 
 TEST(driver, a_file_that_is_no_log_is_not_read_whole) {

@@ -1,0 +1,19 @@
+#include "options/strict_notes.h"
+
+#include <utility>
+
+#include "base/console.h"
+
+namespace zanvik {
+
+void strict_notes::add(std::string note) {
+  if (state_ == state::undecided) return held_.push_back(std::move(note));
+  if (state_ == state::on && told_.insert(note).second) print_line("strict: " + note);
+}
+
+void strict_notes::decide(bool strict) {
+  state_ = strict ? state::on : state::off;
+  for (std::string& note : std::exchange(held_, {})) add(std::move(note));
+}
+
+}  // namespace zanvik
