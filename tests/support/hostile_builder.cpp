@@ -249,6 +249,78 @@ byte_vector many_templates(unsigned number) {
   return bytes_of_chunk(chunk);
 }
 
+// A chunk of as many records of one template as it takes.
+byte_vector records_of(const template_definition& definition, unsigned count) {
+  chunk_builder chunk;
+  for (unsigned i = 0; i < count; ++i) {
+    chunk.add(template_record(i + 1, default_filetime(i), definition, {slot::uint16(7)}));
+  }
+  return bytes_of_chunk(chunk);
+}
+
+// Records of a body that is not recognised, since a token of it has a flag that it never has.
+byte_vector unrecognised_body(unsigned) {
+  return records_of({some_guid,
+                     [](bxml_builder& b) {
+                       b.fragment_header().raw(bytes_of({4}));
+                       for (int i = 0; i < 2000; ++i) b.raw(bytes_of({0x44}));
+                       b.open("EventID").close_start().normal_sub(0, 6).end_element();
+                       b.end_of_stream();
+                     }},
+                    700);
+}
+
+// A body that cites one long name thousands of times.
+byte_vector cited_names(unsigned) {
+  return records_of({some_guid,
+                     [](bxml_builder& b) {
+                       b.fragment_header().open_with_attributes("E");
+                       for (int i = 0; i < 4000; ++i) b.attribute(std::string(5000, 'n'));
+                       b.close_start().normal_sub(0, 6).end_element().end_of_stream();
+                     }},
+                    300);
+}
+
+// A body with a literal that long names make, for each record to show.
+byte_vector long_literal(unsigned) {
+  return records_of({some_guid,
+                     [](bxml_builder& b) {
+                       b.fragment_header().open("A").close_start();
+                       for (int i = 0; i < 4000; ++i) b.entity_ref(std::string(5000, 'n'));
+                       b.end_element().end_of_stream();
+                     }},
+                    300);
+}
+
+// Copies of one template that differ in a literal, a variant in each chunk.
+byte_vector template_variants(unsigned number) {
+  return records_of({some_guid,
+                     [number](bxml_builder& b) {
+                       b.fragment_header().text_element("A", "v" + std::to_string(number));
+                       b.open("EventID").close_start().normal_sub(0, 6).end_element();
+                       b.end_of_stream();
+                     }},
+                    700);
+}
+
+// One body of many literals, and records with every count of slots: a layout for each.
+byte_vector layout_for_each_count(unsigned) {
+  const template_definition own{some_guid, [](bxml_builder& b) {
+                                  b.fragment_header();
+                                  for (int i = 0; i < 700; ++i) {
+                                    b.text_element("n" + std::to_string(i), "");
+                                    b.raw(bytes_of({5, 1, 1, 0, 'v', 0}));
+                                  }
+                                  b.end_of_stream();
+                                }};
+  chunk_builder chunk;
+  for (unsigned count = 0; count < 90; ++count) {
+    chunk.add(template_record(count + 1, default_filetime(count), own,
+                              std::vector<slot_value>(count, slot::uint8(1))));
+  }
+  return bytes_of_chunk(chunk);
+}
+
 // What grows when line ends are marked.
 byte_vector line_ends(unsigned) {
   std::string text;
@@ -302,6 +374,11 @@ const std::vector<hostile_trick>& tricks() {
       {"a table of many columns", {"-csv"}, "a.evtx", wide_table},
       {"the same, padded", {}, "a.evtx", wide_table},
       {"templates without end", {"-csv"}, "a.evtx", many_templates},
+      {"a body that is not recognised", {"-csv"}, "a.evtx", unrecognised_body},
+      {"a name cited thousands of times", {"-csv"}, "a.evtx", cited_names},
+      {"a literal of long names", {"-csv"}, "a.evtx", long_literal},
+      {"variants of one template", {"-csv"}, "a.evtx", template_variants},
+      {"a layout for each count of slots", {"-csv"}, "a.evtx", layout_for_each_count},
       {"line ends to be marked", {"-csv"}, "a.evtx", line_ends},
       {"partition chains",
        {"-csv", "-partition_metadata"},
