@@ -1,8 +1,8 @@
 """Faults for scripts/mutate: where they go, the build and the tests that should notice them.
 
 A fault is a line of a source with one thing changed: a condition turned, a bound off by one, a
-constant changed, a statement removed. Each is put into a copy of the tree, the test programs that
-depend on it are built and run, the likeliest first, until one fails. A fault is
+constant changed, a statement removed. Each is put into a copy of the tree, and the test programs
+are built and run, the likeliest first, until one fails. A fault is
 
     caught     when a test fails, crashes or runs far longer than without the fault,
     unnoticed  when all pass,
@@ -168,18 +168,16 @@ class Tree:
             self.seconds[program] = time.monotonic() - begin
 
     def order(self, folder):
-        """The programs that can notice a fault in a folder of src/: its own first, then quick ones."""
+        """All programs, the likeliest to notice a fault in a folder of src/ first: its own, those
+        of folders that use it, quick ones."""
         def depends(name):
             return name == folder or any(depends(used) for used in self.uses.get(name, []))
 
         def key(program):
             name = program.removeprefix("test_")
-            return (name != folder, program in LATE, self.seconds[program])
+            return (name != folder, program in LATE, not depends(name), self.seconds[program])
 
-        able = [program for program in self.programs
-                if program in LATE or program.removeprefix("test_") not in self.uses
-                or depends(program.removeprefix("test_"))]
-        return sorted(able, key=key)
+        return sorted(self.programs, key=key)
 
     def objects(self, path):
         """The bytes of what the source compiled to; of nothing for a header."""

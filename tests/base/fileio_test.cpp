@@ -167,6 +167,8 @@ TEST(fileio_output, text_of_any_length_arrives_in_order) {
     }
     out << std::flush;
     EXPECT_EQ(file_text(file.path()), expected);
+    struct stat made = {};
+    EXPECT_TRUE(::stat(file.path().c_str(), &made) == 0 && (made.st_mode & 0600) == 0600);
     out << "end";
   }
   EXPECT_EQ(file_text(file.path()), expected + "end");

@@ -56,6 +56,7 @@ TEST(parse_disk_layout, finds_partitions) {
       {"nothing", {}, ""},
       {"large sectors, and the boot sector is where they say",
        with_sector(disk_bytes(8192, {{0, 0, 6, 1, 1}}, 4096), 4096, ntfs_sector()), "7@1+1"},
+      {"the largest", disk_bytes(32768, {{0, 0, 6, 1, 1}}, 16384), "6@1+1"},
       {"large sectors need bytes behind the first", disk_bytes(4096, {{0, 0, 6, 1, 1}}, 4096), ""},
       {"a boot sector decides on the type, the table on the size",
        with_sector(disk_bytes(1024, {{0, 0, 6, 1, 5}}), 512, ntfs_sector()), "7@1+5"},

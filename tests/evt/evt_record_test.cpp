@@ -99,6 +99,14 @@ TEST(evt_record, strings_are_read_beyond_the_record) {
       collected({.source = "S", .computer = "C", .strings = {"ab"}, .num_strings = 9});
   EXPECT_EQ(many.strings.size(), 9u);
   EXPECT_EQ(many.strings.back(), "");
+  // 20 bytes from the string on: 8 remain behind it, 4 when the lengths of both records (84: "T")
+  // are read, which are two units of the next one's signature.
+  const evt_record_fields greedy{
+      .source = "S", .computer = "C", .strings = {"abcdef"}, .num_strings = 9};
+  const collected_log two(evt_builder().add(greedy).add(greedy).bytes());
+  EXPECT_EQ(two.records.at(0).head.record_size, 84u);
+  EXPECT_EQ(two.records.at(0).strings,
+            (strings{"abcdef", "", "T", "T", "\xe6\x99\x8c\xe6\x95\x8c"}));
 }
 
 TEST(evt_record, names_have_limits) {
