@@ -59,6 +59,10 @@ inline constexpr std::int64_t body_bytes_per_chunk = 64 * 65536;
 // which each record would show. Bodies of logs at hand need 12 KB.
 inline constexpr std::int64_t layout_bytes = 2 * 65536;
 
+// What the layouts of a chunk's records hold together, as they do again in the columns, shapes and
+// row plans that are made for them.
+inline constexpr std::int64_t layout_bytes_per_chunk = 16 * 65536;
+
 // Decoded templates kept for the records of later chunks, by count; more starts the cache anew.
 inline constexpr std::size_t cached_layouts = 4096;
 inline constexpr std::size_t cached_layout_bytes = 16 << 20;  // of names and literal values

@@ -52,11 +52,12 @@ struct work_budget {
   std::int64_t plain_bytes = limits::plain_bytes_per_chunk;
   std::int64_t slack_bytes = limits::slack_bytes_per_chunk;
   std::int64_t body_bytes = limits::body_bytes_per_chunk;
+  std::int64_t layout_bytes = limits::layout_bytes_per_chunk;
 
   // For work that another budget has been charged for.
   static work_budget unlimited() {
     constexpr auto most = std::numeric_limits<std::int64_t>::max();
-    return {most, most, most, most};
+    return {most, most, most, most, most};
   }
 
   // Takes `bytes` from one of them; false once it is used up.

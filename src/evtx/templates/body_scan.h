@@ -47,6 +47,8 @@ class body_scan {
   bool scan(const chunk_view& chunk, std::uint64_t body, std::uint32_t size);
   // The tokens with texts and names, without sizes and offsets. Valid until the next scan.
   std::span<const std::byte> normal_form() const { return normal_; }
+  // How far the last scan came.
+  std::uint64_t bytes_read() const { return at_ - body_ + name_bytes_; }
   // What `is_copy` compares with, for the body that was scanned.
   body_copy take_copy(const chunk_view& chunk, std::uint64_t body, std::uint32_t size);
 

@@ -67,8 +67,8 @@ bool quick_records::read_nested_template(const chunk_view& chunk, std::uint64_t 
   return walk_table<true>(chunk, table);
 }
 
-// The plain binary XML at `value`. Such a value is tried as a slot table as well, which a first word
-// that is no count rules out.
+// The plain binary XML at `value`. Such a value is tried as a slot table as well, which a first
+// word that is no count rules out.
 bool quick_records::read_plain_value(const chunk_view& chunk, std::uint64_t value) {
   if (key_.plain_slot != 0) return false;
   const auto first = chunk.bytes.at<std::uint32_t>(value);

@@ -12,16 +12,21 @@ namespace zanvik {
 std::uint32_t template_bodies::identify(const chunk_view& chunk, std::uint64_t definition,
                                         std::uint32_t size_record, const guid_bytes& guid) {
   const std::uint64_t body = definition + evtx_layout::definition_head_bytes;
+  bytes_read_ = 0;
   if (size_record > evtx_layout::chunk_bytes || body > evtx_layout::chunk_bytes - size_record) {
     return 0;
   }
+  bytes_read_ = size_record;
   copy_list& known = copies_[keyed_hash(guid_hash(guid), size_record)];
   for (const body_copy& copy : known.copies) {
     if (copy.number != 0 && copy.bytes.size() == size_record && is_copy(copy, chunk, body)) {
       return copy.number;
     }
   }
-  if (!scan_.scan(chunk, body, size_record)) return 0;
+  if (!scan_.scan(chunk, body, size_record)) {
+    bytes_read_ = scan_.bytes_read();
+    return 0;
+  }
   const std::uint32_t number = number_of_normal_form();
   keep_copy(known, scan_.take_copy(chunk, body, size_record), number);
   return number;

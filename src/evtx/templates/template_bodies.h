@@ -27,6 +27,10 @@ class template_bodies {
   std::uint32_t identify(const chunk_view& chunk, std::uint64_t definition,
                          std::uint32_t size_record, const guid_bytes& guid);
 
+  // What the last call cost, in bytes of the chunk that it looked at. It depends on the chunk alone,
+  // not on what was known before.
+  std::uint64_t bytes_read() const { return bytes_read_; }
+
   // Starts anew when more is held than the limits allow; call it between chunks. True when bodies
   // get new numbers from now on.
   bool drop_if_full();
@@ -51,6 +55,7 @@ class template_bodies {
   std::unordered_map<std::uint64_t, normal_form> normal_forms_;  // by keyed hash of the bytes
   std::uint32_t last_number_ = 0;
   std::size_t held_bytes_ = 0;
+  std::uint64_t bytes_read_ = 0;
   body_scan scan_;
 };
 

@@ -22,15 +22,13 @@ bool same_content(const record_layout& a, const record_layout& b) {
   return a.names == b.names && a.child_numbers == b.child_numbers && a.fields == b.fields;
 }
 
-// What a layout costs: the bytes that it holds, four times, since columns, shapes and row plans of
-// the same records hold them again.
+// What a layout costs: the bytes that it holds.
 std::uint64_t cost_of(const record_layout& layout) {
-  constexpr std::uint64_t copies = 4;
   std::uint64_t bytes =
       layout.names.size() * sizeof(std::string) + layout.fields.size() * sizeof(layout_field);
   for (const std::string& name : layout.names) bytes += name.size();
   for (const layout_field& field : layout.fields) bytes += field.name.size() + field.text.size();
-  return copies * bytes;
+  return bytes;
 }
 
 template_ref reference_to(const chunk_view& chunk, std::uint64_t definition) {
@@ -75,8 +73,9 @@ const known_template* template_store::enter(const chunk_view& chunk, std::uint32
                                             std::uint32_t size_record, const template_ref& ref) {
   if (!body_matches(chunk, ref)) return nullptr;
   known_template known{definition, size_record, ref, 0};
-  if (work_budget::spend(chunk.budget->body_bytes, ref.size_record)) {
+  if (chunk.budget->body_bytes > 0) {
     known.body = bodies_.identify(chunk, ref.definition, ref.size_record, ref.guid);
+    (void)work_budget::spend(chunk.budget->body_bytes, bodies_.bytes_read());
   }
   return &definitions_.add(keyed_hash(definition), known);
 }
@@ -92,7 +91,9 @@ template_store::layout_answer template_store::layout_for(const chunk_view& chunk
 
 template_store::layout_answer template_store::find_layout(const chunk_view& chunk,
                                                           const layout_key& key) {
-  if (chunk.budget->body_bytes <= 0) return {answer::too_much, nullptr};
+  if (chunk.budget->body_bytes <= 0 || chunk.budget->layout_bytes <= 0) {
+    return {answer::too_much, nullptr};
+  }
   // By the numbers of the bodies, wherever they stand.
   layout_key bodies = key;
   bodies.first = key.first_body;
@@ -104,7 +105,7 @@ template_store::layout_answer template_store::find_layout(const chunk_view& chun
   if (recognised && known == by_bodies_.end() && is_unchanged(chunk, key)) {
     by_bodies_.emplace(bodies, layout);
   }
-  if (!work_budget::spend(chunk.budget->body_bytes, layout->cost)) {
+  if (!work_budget::spend(chunk.budget->layout_bytes, layout->cost)) {
     return {answer::too_much, nullptr};
   }
   return {answer::found, &layout->layout};
