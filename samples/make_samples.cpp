@@ -14,6 +14,7 @@ int main(int argc, char** argv) {
   try {
     zanvik::testing::security_sample().write(folder + "security.evtx");
     zanvik::testing::system_sample().write(folder + "system.evtx");
+    zanvik::testing::sysmon_sample().write(folder + "sysmon.evtx");
     zanvik::testing::odd_sample().write(folder + "odd.evtx");
   } catch (const std::exception& problem) {
     std::cerr << problem.what() << "\n";

@@ -44,22 +44,22 @@ std::size_t compiled_rules::compiled() const {
 
 std::vector<kind_part> compiled_rules::parts_for(std::string_view channel,
                                                  std::string_view provider,
-                                                 std::uint32_t event_id) {
+                                                 std::string_view event_id) {
   const std::lock_guard lock(mutex_);
-  const std::string id = std::to_string(event_id);
   const std::string folded_channel = folded(channel), folded_provider = folded(provider);
+  const std::string folded_id = folded(event_id);
   const field_values channels{{channel, folded_channel, false}};
   const field_values providers{{provider, folded_provider, false}};
-  const field_values ids{{id, id, false}};
+  const field_values ids{{event_id, folded_id, false}};
   std::vector<kind_part> out;
   test_scratch scratch;
   for (const auto& group : groups_) {
     for (const event_source& source : group->events) {
-      if (!concerns(source, folded_channel, folded_provider, event_id)) continue;
+      if (!concerns(source, folded_channel, folded_provider, event_id_of(event_id))) continue;
       compile(*group);
       const auto known = [&](std::string_view rule_field) -> const field_values* {
         const std::string_view name = source.field_name(rule_field);
-        if (name == "EventID") return &ids;
+        if (name == "EventID" && !event_id.empty()) return &ids;
         if (name == "Channel" && !channel.empty()) return &channels;
         return name == "Provider_Name" && !provider.empty() ? &providers : nullptr;
       };

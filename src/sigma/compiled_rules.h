@@ -35,9 +35,10 @@ class compiled_rules {
   // `set` must outlive this. `plain_literals`: see group_matcher.
   explicit compiled_rules(const rule_set& set, bool plain_literals = false);
 
-  // The parts that concern events of this channel, provider and ID; groups are compiled as needed.
+  // The parts that concern events of this channel, provider and ID, which are texts as the event
+  // has them; groups are compiled as needed.
   std::vector<kind_part> parts_for(std::string_view channel, std::string_view provider,
-                                   std::uint32_t event_id);
+                                   std::string_view event_id);
 
   const rule_set& rules() const { return set_; }
   // Rules that were compiled so far.

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/text.h"
+#include "sigma/fold_case.h"
 
 namespace zanvik::sigma {
 namespace {
@@ -34,7 +35,24 @@ std::vector<std::string> names_of(const event_field& field) {
   return out;
 }
 
+// Whether the name is one of those by which events are told apart before their fields are looked
+// at.
+bool tells_kind(std::string_view name) {
+  return name == "EventID" || name == "Channel" || name == "Provider_Name";
+}
+
 }  // namespace
+
+std::string_view channel_of(const event_view& event, std::string& scratch) {
+  const std::string_view channel = event.text(system_member::channel, scratch);
+  const log_source& log = event.source();
+  if (!channel.empty() || log.kind != log_kind::evt) return channel;
+  const std::size_t slash = log.path.rfind('/');
+  const std::string name = folded(log.path.substr(slash == std::string::npos ? 0 : slash + 1));
+  if (name.starts_with("sec")) return "Security";
+  if (name.starts_with("sys")) return "System";
+  return name.starts_with("app") ? "Application" : "";
+}
 
 std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_view name) {
   std::vector<std::uint32_t> exact, other_case;
@@ -47,6 +65,10 @@ std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_
     for (const std::string& known : names_of(shape.fields[i])) {
       is_exact |= known == name;
       is_other |= equal_nocase(known, name);
+    }
+    if (is_exact && tells_kind(name)) {
+      if (shape.fields[i].group == field_group::system) return {i};
+      continue;
     }
     if (is_exact) exact.push_back(i);
     if (is_other) other_case.push_back(i);

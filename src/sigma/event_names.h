@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,9 +12,12 @@ namespace zanvik::sigma {
 
 // The fields of the shape that a rule means by `name`, in their order; all of them if it is empty.
 // A datum goes by its name, an element by its own, an attribute by element and attribute with `_`
-// between (`Provider_Name`) and below UserData by its own name, too; unnamed data are `Data`.
+// between (`Provider_Name`) and, below UserData, by its own name, too; unnamed data are `Data`.
 // Blanks in names do not count. A name in another case is taken only where no field has it as it
-// stands.
+// stands. `EventID`, `Channel` and `Provider_Name` are those of System alone.
 std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_view name);
+
+// The event's channel; a legacy log, which names none, goes by the name of its file.
+std::string_view channel_of(const event_view& event, std::string& scratch);
 
 }  // namespace zanvik::sigma

@@ -60,16 +60,6 @@ std::string key_of(const event_view& event) {
   return key;
 }
 
-// Legacy logs do not name their channel; their files are called by it.
-std::string_view legacy_channel(const log_source& source) {
-  if (source.kind != log_kind::evt) return {};
-  const std::size_t slash = source.path.rfind('/');
-  const std::string name = folded(source.path.substr(slash == std::string::npos ? 0 : slash + 1));
-  if (name.starts_with("sec")) return "Security";
-  if (name.starts_with("sys")) return "System";
-  return name.starts_with("app") ? "Application" : "";
-}
-
 }  // namespace
 
 hunter::hunter(compiled_rules& rules, match_callback on_match)
@@ -89,22 +79,20 @@ hunter::shape_plan& hunter::plan_for(const event_shape& shape) {
 }
 
 hunter::kind& hunter::find_kind(const event_view& event) {
-  std::string channel_scratch, provider_scratch;
-  std::string_view channel = event.text(system_member::channel, channel_scratch);
-  if (channel.empty()) channel = legacy_channel(event.source());
+  std::string channel_scratch, provider_scratch, id_scratch;
+  const std::string_view channel = channel_of(event, channel_scratch);
   const std::string_view provider = event.text(system_member::provider_name, provider_scratch);
-  std::uint64_t id = 0;
-  if (!event.number(system_member::event_id, id) || id > UINT32_MAX) id = UINT32_MAX;
+  const std::string_view id = event.text(system_member::event_id, id_scratch);
   std::string key(channel);
   key += '\0';
   key += provider;
   key += '\0';
-  key += std::to_string(id);
+  key += id;
   auto& known = kinds_[std::move(key)];
   if (known) return *known;
   known = std::make_unique<kind>();
   known->channel = channel.substr(0, limits::counted_channel_bytes);
-  for (kind_part& part : rules_.parts_for(channel, provider, static_cast<std::uint32_t>(id))) {
+  for (kind_part& part : rules_.parts_for(channel, provider, id)) {
     auto& state = states_[part.group];
     if (!state) state = std::make_unique<group_state>(*part.group->matcher, literals_);
     known->parts.push_back({std::move(part), state.get()});

@@ -91,9 +91,15 @@ bool empty_or_has(const List& list, const Value& value) {
 }  // namespace
 
 bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
-              std::uint32_t event_id) {
+              std::optional<std::uint32_t> event_id) {
   return empty_or_has(source.channels, channel) && empty_or_has(source.providers, provider) &&
          empty_or_has(source.event_ids, event_id);
+}
+
+std::optional<std::uint32_t> event_id_of(std::string_view text) {
+  const auto number = number_of(text);
+  if (!number || *number < 0 || *number > UINT32_MAX) return std::nullopt;
+  return static_cast<std::uint32_t>(*number);
 }
 
 std::string_view event_source::field_name(std::string_view rule_field) const {

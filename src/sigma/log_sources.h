@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,7 +30,9 @@ struct event_source {
 // Whether an event of this channel, provider (both folded) and ID is one that `source` stands for,
 // but for its `where`.
 bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
-              std::uint32_t event_id);
+              std::optional<std::uint32_t> event_id);
+// The number that an event's ID is.
+std::optional<std::uint32_t> event_id_of(std::string_view text);
 
 struct log_source_entry {
   rule_log_source source;

@@ -12,6 +12,9 @@ namespace zanvik::testing {
 log_builder security_sample();
 // Starts, stops, sleep and service changes of one workstation, from sources of old and new form.
 log_builder system_sample();
+// A few seconds on a workstation as Sysmon tells them: a document that starts a shell, which
+// fetches a program that stays.
+log_builder sysmon_sample();
 // What live logs rarely show; samples/README.md says which record is what.
 log_builder odd_sample();
 

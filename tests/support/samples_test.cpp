@@ -11,8 +11,10 @@ namespace zanvik::testing {
 namespace {
 
 TEST(samples, are_what_the_builders_make) {
-  const std::pair<const char*, log_builder (*)()> rows[] = {
-      {"security.evtx", security_sample}, {"system.evtx", system_sample}, {"odd.evtx", odd_sample}};
+  const std::pair<const char*, log_builder (*)()> rows[] = {{"security.evtx", security_sample},
+                                                            {"system.evtx", system_sample},
+                                                            {"sysmon.evtx", sysmon_sample},
+                                                            {"odd.evtx", odd_sample}};
   for (const auto& [name, make] : rows) {
     const std::string kept = file_text(std::string(ZANVIK_SOURCE_DIR "/samples/") + name);
     const log_builder made = make();

@@ -1,0 +1,293 @@
+// Whole runs of `zanvik hunt`: statuses, forms, correlations, and what fields rules mean.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "../run/program_run.h"
+#include "log_builder.h"
+
+namespace zanvik::testing {
+namespace {
+
+constexpr const char* samples = ZANVIK_SOURCE_DIR "/samples";
+constexpr const char* rules = ZANVIK_SOURCE_DIR "/examples/rules";
+
+std::vector<std::string> lines_of(const std::string& text) {
+  std::vector<std::string> out;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) out.push_back(line);
+  return out;
+}
+
+std::string rule_text(const std::string& title, const std::string& source,
+                      const std::string& detection) {
+  return "title: " + title + "\nname: " + title + "\nlogsource: {product: windows, " + source +
+         "}\ndetection:\n  s: " + detection + "\n  condition: s\n---\n";
+}
+
+// The titles of the rules that match, each as often as it does, in the order of their lines.
+std::string titles(const std::string& jsonl) {
+  std::string out;
+  for (const std::string& line : lines_of(jsonl)) {
+    const std::size_t at = line.find("\"rule\":{\"id\":");
+    const std::size_t begin = line.find("\"title\":\"", at) + 9;
+    if (at != std::string::npos) out += line.substr(begin, line.find('"', begin) - begin) + " ";
+  }
+  return out;
+}
+
+class hunt_runs : public ::testing::Test {
+ protected:
+  std::string hunt_titles(const std::string& rule_file, const log_builder& log,
+                          const std::vector<std::string>& more = {}) {
+    std::vector<std::string> args{"hunt", "--format", "jsonl", "--rules",
+                                  folder_.write("rules.yml", rule_file)};
+    args.insert(args.end(), more.begin(), more.end());
+    log.write(folder_.path("log.evtx"));
+    args.push_back(folder_.path("log.evtx"));
+    const program_run run = run_zanvik(args);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, run.out.empty() ? 0 : 3);
+    return titles(run.out);
+  }
+  scratch_dir folder_;
+};
+
+TEST_F(hunt_runs, own_rules_over_own_samples) {
+  const program_run run = run_zanvik({"hunt", "--rules", rules, samples});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.err, "");
+  const auto lines = lines_of(run.out);
+  ASSERT_EQ(lines.size(), 6U) << run.out;
+  // By level, then by title; a correlation stands for the rules it is made of.
+  EXPECT_EQ(lines[1].rfind("high    1 ", 0), 0U) << lines[1];
+  EXPECT_NE(lines[1].find("Logon After Many Failed Ones"), std::string::npos);
+  EXPECT_NE(lines[5].find("medium  2 "), std::string::npos) << lines[5];
+  EXPECT_NE(lines[5].find("PowerShell With An Encoded Command"), std::string::npos);
+}
+
+TEST_F(hunt_runs, statuses) {
+  const std::string none = folder_.write("none.yml", rule_text("a", "service: system", "{F: x}"));
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", none, samples}).status, 0);
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", none}).status, 2);
+  EXPECT_EQ(run_zanvik({"hunt", samples}).status, 2);
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", folder_.path("nowhere"), samples}).status, 2);
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", none, "--placeholder", "x", samples}).status, 2);
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", none, folder_.path("nowhere")}).status, 1);
+  // A broken rule is told of, and the others run.
+  const program_run broken =
+      run_zanvik({"hunt", "--rules", folder_.write("broken.yml", "title: x\ndetection: [\n"),
+                  "--rules", rules, samples});
+  EXPECT_EQ(broken.status, 3);
+  EXPECT_NE(broken.err.find("broken.yml:3: "), std::string::npos) << broken.err;
+  EXPECT_EQ(lines_of(broken.err).size(), 1U);
+}
+
+TEST_F(hunt_runs, the_list_has_every_rule_with_what_keeps_it_from_running) {
+  const std::string file =
+      folder_.write("rules.yml", rule_text("good", "service: system", "{F: x}") +
+                                     "title: web\nlogsource: {category: webserver}\n"
+                                     "detection: {s: {F: x}, condition: s}\n---\n" +
+                                     rule_text("bad", "service: system", "{F|nosuch: x}"));
+  const program_run run = run_zanvik({"hunt", "--rules", file, "--list"});
+  EXPECT_EQ(run.status, 0);
+  const auto lines = lines_of(run.out);
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[1].rfind("runs ", 0), 0U) << lines[1];
+  EXPECT_EQ(lines[2].rfind("not applicable ", 0), 0U) << lines[2];
+  EXPECT_EQ(lines[3].rfind("broken ", 0), 0U) << lines[3];
+  EXPECT_NE(lines[3].find("'nosuch' is not known"), std::string::npos) << lines[3];
+}
+
+TEST_F(hunt_runs, forms_carry_the_rule) {
+  const auto run = [&](const char* form) {
+    return run_zanvik({"hunt", "--rules", rules, "--min-level", "high", "--format", form, "--order",
+                       "time", samples});
+  };
+  const auto json = lines_of(run("jsonl").out);
+  ASSERT_EQ(json.size(), 3U);
+  EXPECT_EQ(titles(json[0] + "\n"), "Logon After Many Failed Ones ");
+  EXPECT_TRUE(json[0].ends_with("\"events\":2,\"group\":{\"TargetUserName\":\"helpdesk\"}}}"))
+      << json[0];
+  EXPECT_TRUE(
+      json[1].ends_with("\"tags\":[\"attack.execution\",\"attack.t1204.002\"],\"author\":"
+                        "\"zanvik\",\"file\":\"" +
+                        std::string(rules) + "/office_starts_shell.yml\"}}"))
+      << json[1];
+  const auto flat = lines_of(run("timesketch").out);
+  ASSERT_EQ(flat.size(), 3U);
+  EXPECT_NE(flat[1].find(",\"sigma_rule_level\":\"high\","), std::string::npos);
+  EXPECT_TRUE(flat[1].ends_with("}")) << flat[1];
+  const auto table = lines_of(run("csv").out);
+  ASSERT_EQ(table.size(), 4U);
+  EXPECT_TRUE(
+      table[0].ends_with(",data,rule_id,rule_title,rule_level,rule_status,rule_tags,"
+                         "rule_author,rule_file"))
+      << table[0];
+  EXPECT_NE(table[2].find(",\"Shell Started By An Office Program\",\"high\",\"test\","),
+            std::string::npos);
+}
+
+TEST_F(hunt_runs, fields_go_by_the_names_that_rules_use) {
+  const auto log = log_builder().chunk(
+      {record(1, {.event_id = 7,
+                  .provider = "Maker",
+                  .process_id = 788,
+                  .channel = "System",
+                  .data = {{"New Value", slot::utf16("spaced")}, {"EventID", slot::utf16("9")}}}),
+       record(2, {.event_id = 8,
+                  .channel = "System",
+                  .form = payload_form::user_data,
+                  .data = {{"Param1", slot::utf16("nested")}}}),
+       record(3, {.event_id = 9,
+                  .channel = "System",
+                  .form = payload_form::unnamed_event_data,
+                  .data = {{"", slot::utf16("first")}, {"", slot::utf16("second")}}})});
+  const std::string source = "service: system";
+  EXPECT_EQ(hunt_titles(rule_text("attribute", source, "{Execution_ProcessID: 788, EventID: 7}") +
+                            rule_text("spaces", source, "{NewValue: spaced}") +
+                            rule_text("case", source, "{newvalue: spaced}") +
+                            rule_text("leaf", source, "{Param1: nested}") +
+                            rule_text("unnamed", source, "{Data: second}") +
+                            rule_text("id", source, "{EventID: 9}") +
+                            rule_text("keyword", source, "[secon]") +
+                            rule_text("other", "service: security", "{EventID: 7}"),
+                        log),
+            "attribute spaces case leaf unnamed id keyword ");
+}
+
+TEST_F(hunt_runs, sources_are_told_apart_by_channel_id_and_fields) {
+  const auto sysmon = [](std::uint64_t number, std::uint32_t id, std::vector<data_field> data) {
+    return record(number, {.event_id = id,
+                           .provider = "Microsoft-Windows-Sysmon",
+                           .channel = "Microsoft-Windows-Sysmon/Operational",
+                           .data = std::move(data)});
+  };
+  const auto log = log_builder().chunk(
+      {sysmon(1, 1, {{"Image", slot::utf16("C:\\a.exe")}}),
+       record(2, {.event_id = 4688,
+                  .channel = "Security",
+                  .data = {{"NewProcessName", slot::utf16("C:\\A.EXE")}}}),
+       sysmon(3, 12, {{"EventType", slot::utf16("DeleteKey")}, {"TargetObject", slot::utf16("k")}}),
+       sysmon(4, 12,
+              {{"EventType", slot::utf16("CreateKey")}, {"TargetObject", slot::utf16("k")}})});
+  EXPECT_EQ(hunt_titles(
+                rule_text("process", "category: process_creation", "{Image|endswith: '\\a.exe'}") +
+                    rule_text("added", "category: registry_add", "{TargetObject: k}") +
+                    rule_text("any", "category: registry_event", "{TargetObject: k}"),
+                log),
+            "process process any added any ");
+}
+
+// Failed logons of two accounts, `times` in seconds, then whatever rule is asked.
+struct correlation_case {
+  const char* type;
+  const char* more;                                 // group-by and condition
+  std::vector<std::pair<int, const char*>> events;  // second and account; "+x" is a good logon
+  const char* matches;
+  const char* reason;
+};
+
+const correlation_case correlation_cases[] = {
+    {"event_count",
+     "group-by: [TargetUserName], condition: {gte: 3}",
+     {{0, "a"}, {30, "a"}, {60, "A"}},
+     "c ",
+     "three within the timespan, in any case"},
+    {"event_count",
+     "group-by: [TargetUserName], condition: {gte: 3}",
+     {{0, "a"}, {30, "b"}, {60, "a"}},
+     "",
+     "each account for itself"},
+    {"event_count", "condition: {gte: 3}", {{0, "a"}, {30, "b"}, {60, "a"}}, "c ", "no groups"},
+    {"event_count",
+     "condition: {gte: 3}",
+     {{0, "a"}, {30, "a"}, {61, "a"}},
+     "",
+     "just beyond the timespan"},
+    {"event_count",
+     "condition: {gte: 2}",
+     {{0, "a"}, {40, "a"}, {80, "a"}, {300, "a"}, {310, "a"}},
+     "c c ",
+     "windows that overlap are one match"},
+    {"event_count",
+     "condition: {lt: 3}",
+     {{0, "a"}, {10, "a"}, {20, "a"}},
+     "",
+     "the end of a window is none of its own"},
+    {"event_count",
+     "condition: {gt: 1, lte: 2}",
+     {{0, "a"}, {10, "a"}, {200, "a"}},
+     "c ",
+     "a range"},
+    {"value_count",
+     "condition: {field: TargetUserName, gte: 2}",
+     {{0, "a"}, {9, "a"}},
+     "",
+     "one value, twice"},
+    {"value_count",
+     "condition: {field: TargetUserName, gte: 2}",
+     {{0, "a"}, {9, "b"}},
+     "c ",
+     "two"},
+    {"temporal", "group-by: [TargetUserName]", {{0, "+a"}, {9, "a"}}, "c ", "both, in any order"},
+    {"temporal", "group-by: [TargetUserName]", {{0, "+a"}, {9, "b"}}, "", "of one account"},
+    {"temporal_ordered",
+     "group-by: [TargetUserName]",
+     {{0, "+a"}, {9, "a"}},
+     "",
+     "in another order"},
+    {"temporal_ordered",
+     "group-by: [TargetUserName]",
+     {{0, "a"}, {9, "+a"}},
+     "c ",
+     "in their order"},
+    {"temporal_ordered",
+     "group-by: [who], aliases: {who: {failed: TargetUserName, good: Account}}",
+     {{0, "a"}, {9, "+a"}},
+     "c ",
+     "fields of other names"},
+};
+
+TEST_F(hunt_runs, correlations) {
+  for (const correlation_case& c : correlation_cases) {
+    chunk_builder chunk;
+    std::uint64_t number = 1;
+    for (const auto& [second, account] : c.events) {
+      const bool good = account[0] == '+';
+      const slot_value name = slot::utf16(good ? account + 1 : account);
+      chunk.add(record(number++, {.event_id = good ? 4624U : 4625U,
+                                  .filetime = filetime(2024, 1, 1, 0, 0, 0) +
+                                              static_cast<std::uint64_t>(second) * 10'000'000,
+                                  .channel = "Security",
+                                  .data = {{"TargetUserName", name}, {"Account", name}}}));
+    }
+    const std::string type = c.type;
+    const std::string text =
+        "title: c\ncorrelation: {type: " + type + ", rules: [failed" +
+        (type.starts_with("temporal") ? ", good" : "") + "], timespan: 60s, " + c.more +
+        "}\n---\n" + rule_text("failed", "service: security", "{EventID: 4625}") +
+        (type.starts_with("temporal") ? rule_text("good", "service: security", "{EventID: 4624}")
+                                      : "");
+    EXPECT_EQ(hunt_titles(text, log_builder().chunk(chunk)), c.matches) << c.reason;
+  }
+}
+
+TEST_F(hunt_runs, a_rule_that_crawls_is_given_up_and_told_of) {
+  const auto log = log_builder().chunk(
+      {record(1, {.event_id = 7,
+                  .channel = "System",
+                  .data = {{"F", slot::utf16(std::string(4000, 'a') + "b")}}})});
+  log.write(folder_.path("log.evtx"));
+  const std::string file =
+      folder_.write("slow.yml", rule_text("slow", "service: system", "{F|re: '(a+)+$'}"));
+  const program_run run = run_zanvik({"hunt", "--rules", file, folder_.path("log.evtx")});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(run.err.find("slow.yml: a regular expression reached its limit in 1 events"),
+            std::string::npos)
+      << run.err;
+}
+
+}  // namespace
+}  // namespace zanvik::testing
