@@ -20,7 +20,9 @@ std::vector<std::vector<std::string>> read_in_turn(std::vector<byte_vector> bloc
   std::vector<std::vector<std::string>> read;
   for (byte_vector& block : blocks) {
     keeping_sink sink;
-    walk_evtx_block(block, 0, reader, sink, {.inc_slack = true});
+    walk_settings settings;
+    settings.inc_slack = true;
+    walk_evtx_block(block, 0, reader, sink, settings);
     std::vector<std::string>& records = read.emplace_back();
     for (const read_record& record : sink.records) records.push_back(record.all);
   }
