@@ -3,8 +3,9 @@
     sigma_json.py PROGRAM FOLDER
 
 Each .json holds the events of the log beside it in the tree that `--format jsonl` writes, but for
-three differences: six digits in times, GUIDs without braces, no `zanvik` member. Prints how many
-logs and events are equal, and each difference; ends with 1 when there is any, 77 when FOLDER is
+three differences: other digits in times, GUIDs without braces, no `zanvik` member. Their values have
+also lost the blanks at their end, which are in the logs; how many, is said. Prints how many logs and
+events are equal, and each other difference; ends with 1 when there is any, 77 when FOLDER is
 missing.
 """
 
@@ -14,8 +15,10 @@ import re
 import subprocess
 import sys
 
-TIME = re.compile(r"^(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6})\dZ$")
+TIME = re.compile(r"^(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6})(\d)Z$")
 GUID = re.compile(r"^\{([0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12})\}$")
+# The published value has "Explorer.exe"; the bytes of the log have "Explorer.EXE".
+KNOWN = {("ad691d92-15f2-4181-9aa4-723c74f9ddc3", "/Event/EventData/ParentCommandLine")}
 
 
 def documents(text):
@@ -42,20 +45,19 @@ def same(expected, ours):
         return True
     if not isinstance(expected, str) or not isinstance(ours, str):
         return False
-    for form, rewrite in ((TIME, r"\1Z"), (GUID, r"\1")):
-        if form.match(ours) and form.sub(rewrite, ours) == expected:
-            return True
-    return False
+    if time := TIME.match(ours):
+        return expected in (f"{time[1]}Z", f"{time[1]}{time[2]}00Z")
+    return bool(GUID.match(ours)) and GUID.sub(r"\1", ours) == expected
 
 
 def compare(program, log):
-    """Returns the number of events and the differences of one log."""
+    """Returns the number of events, that of values without their blanks, and the differences."""
     run = subprocess.run([program, "export", str(log)], capture_output=True, check=True)
     ours = [json.loads(line) for line in run.stdout.splitlines()]
     expected = list(documents(log.with_suffix(".json").read_text(encoding="utf-8-sig")))
     if len(ours) != len(expected):
-        return len(ours), [f"{len(ours)} events where {len(expected)} are expected"]
-    differences = []
+        return len(ours), 0, [f"{len(ours)} events where {len(expected)} are expected"]
+    differences, blanks = [], 0
     for mine, theirs in zip(ours, expected):
         del mine["zanvik"]
         one, other = list(leaves(mine)), list(leaves(theirs))
@@ -63,9 +65,13 @@ def compare(program, log):
             differences.append(f"other members: {one} where {other} are expected")
             continue
         for (path, value), (_, wanted) in zip(one, other):
-            if not same(wanted, value):
+            if same(wanted, value) or (log.stem, path) in KNOWN:
+                continue
+            if isinstance(value, str) and value.rstrip() == wanted:
+                blanks += 1
+            else:
                 differences.append(f"{path}: {value!r} where {wanted!r} is expected")
-    return len(ours), differences
+    return len(ours), blanks, differences
 
 
 def main():
@@ -74,14 +80,16 @@ def main():
     if not logs:
         print(f"skipped: no logs with .json files beside them below {folder}")
         return 77
-    events = failed = 0
+    events = failed = blanks = 0
     for log in logs:
-        count, differences = compare(program, log)
+        count, without_blanks, differences = compare(program, log)
         events += count
+        blanks += without_blanks
         failed += bool(differences)
         for difference in differences:
             print(f"{log.name}: {difference}")
-    print(f"logs: {len(logs)}, events: {events}, logs that differ: {failed}")
+    print(f"logs: {len(logs)}, events: {events}, logs that differ: {failed}, "
+          f"values published without the blanks at their end: {blanks}")
     return 1 if failed else 0
 
 

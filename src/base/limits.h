@@ -107,7 +107,7 @@ inline constexpr std::uint32_t slots_per_event_table = 1024;
 inline constexpr unsigned element_depth = 64;
 
 // Bytes of the path of a field, each level of which repeats those above it.
-inline constexpr std::size_t field_path_bytes = 1024;
+inline constexpr std::size_t field_path_bytes = 512;
 
 // Templates nested in one event; real ones have one.
 inline constexpr std::size_t instances_per_event = 512;
@@ -116,9 +116,13 @@ inline constexpr std::size_t instances_per_event = 512;
 // by 14 bytes; a chunk of 300 small records of 4 KiB of templates each takes 18 times its length.
 inline constexpr std::int64_t expanded_bytes_per_chunk = 64 * 65536;
 
-// Shapes of events kept for later ones, by count and by bytes of the templates they are made of.
+// The same, of events of a shape that is not known yet, which takes much longer: a real chunk has
+// some 30 of up to 8 KiB.
+inline constexpr std::int64_t new_shape_bytes_per_chunk = 16 * 65536;
+
+// Shapes of events kept for later ones. Their trees and fields are made again when they are needed.
 inline constexpr std::size_t cached_shapes = 4096;
-inline constexpr std::size_t cached_shape_bytes = 8 << 20;
+inline constexpr std::size_t cached_tree_bytes = 4 << 20;
 
 // What `check` lists of one log: findings of each kind (more are counted), ranges of record numbers
 // in a line of the account, and names of each sort that are counted apart. A log that was made to

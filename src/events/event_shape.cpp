@@ -106,6 +106,25 @@ std::vector<std::uint32_t> event_shape::find_all(std::string_view name) const {
   return found;
 }
 
+std::size_t event_shape::held_bytes() const {
+  std::size_t bytes = sizeof(*this) + 2 * source_bytes;
+  for (const event_element& element : elements) {
+    bytes += sizeof(element) + element.content.size() * sizeof(event_item) +
+             element.attributes.size() * (sizeof(event_attribute) + sizeof(value_part));
+  }
+  for (const event_field& field : fields) {
+    bytes += sizeof(field) + field.path.size() + field.parts.size() * sizeof(value_part);
+  }
+  return bytes;
+}
+
+void event_shape::make_hollow() {
+  roots = {};
+  elements = {};
+  fields = {};
+  hollow = true;
+}
+
 void event_shape::add_field(field_group group, std::string_view name, std::string path,
                             const value_parts& parts) {
   event_field field;
@@ -121,7 +140,8 @@ void event_shape::list_element(const event_element& element, const std::string& 
                                bool is_system, unsigned depth) {
   if (depth > limits::element_depth || path.size() > limits::field_path_bytes) return;
   const field_group group = is_system ? field_group::system : field_group::other;
-  const bool is_data = !is_system && (element.name == "Data" || element.name == "Binary");
+  const bool is_data = !is_system && (element.name == "Data" || element.name == "ComplexData" ||
+                                      element.name == "Binary");
   for (const event_attribute& attribute : element.attributes) {
     if (attribute.name == "xmlns" || (is_data && attribute.name == "Name")) continue;
     add_field(group, attribute.name, path + "@" + std::string(attribute.name), attribute.value);

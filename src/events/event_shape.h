@@ -17,6 +17,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "events/event_template.h"
@@ -98,7 +99,9 @@ class event_shape {
   bool once = false;        // no second event will have it: nothing learnt is worth keeping
   bool no_template = false;
   bool cut = false;
-  bool costly = false;             // a slot is used over and over
+  bool hollow = false;  // tree and fields are given up for now; event_view::shape() restores them
+  // Slots that the templates show over and over, and how often.
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> overused;
   std::uint64_t source_bytes = 0;  // of the templates
 
   std::vector<event_item> roots;  // of the tree
@@ -116,6 +119,12 @@ class event_shape {
   // Numbers of all fields that somebody may mean by `name`: a System member by its name here, a
   // datum or leaf by its name, anything by its path; in any case.
   std::vector<std::uint32_t> find_all(std::string_view name) const;
+
+  // About what it takes up, with what a form keeps for it.
+  std::size_t held_bytes() const;
+
+  // Gives up tree and fields.
+  void make_hollow();
 
   // Fills `fields` from the tree.
   void list_fields();

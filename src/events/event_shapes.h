@@ -2,7 +2,7 @@
 // what its slots hold. The tree of a shape is built once, when its first event comes.
 //
 // In: the event's instances and slots, as a reader found them. Out: its shape, valid until the next
-// call of `find` where it is `once`, and until `drop_if_full` drops it otherwise.
+// call of `add` where it is `once`, and until `drop_if_full` drops it otherwise.
 #pragma once
 
 #include <cstdint>
@@ -22,13 +22,27 @@ struct event_instance {
   std::uint32_t parent_slot = 0;  // among all slots; the first instance has none
 };
 
+// What a shape depends on in a value, in two bits: absent, plain, array, nested.
+inline std::uint64_t kind_bits(std::uint16_t type) {
+  if (type == value_type::null) return 0;
+  if (type == value_type::bxml) return 3;
+  return type & array_bit ? 2 : 1;
+}
+
 class event_shapes {
  public:
   event_shapes();
-  // `instances` has the outermost one first; a slot's `child` is a number in it.
-  const event_shape& find(std::span<const event_instance> instances,
-                          std::span<const event_value> slots);
 
+  // The shape, if it is known; null otherwise, and `add` makes it then. `instances` has the
+  // outermost one first; a slot's `child` is a number in it; `kinds` are the bits of all slots, in
+  // their order, 32 slots a word.
+  event_shape* find(std::span<const event_instance> instances,
+                    std::span<const std::uint64_t> kinds);
+  event_shape& add(std::span<const event_instance> instances, std::span<const event_value> slots,
+                   std::span<const std::uint64_t> kinds);
+
+  // Between events: gives up trees when they take too much. They come again when asked for.
+  void trim();
   // Starts anew when more is held than the limits allow. True when all shapes are gone, and with
   // them all use of the templates that they were made from.
   bool drop_if_full();
@@ -39,7 +53,7 @@ class event_shapes {
     std::vector<std::uint64_t> key;
     event_shape shape;
   };
-  bool make_key(std::span<const event_instance> instances, std::span<const event_value> slots);
+  bool make_key(std::span<const event_instance> instances, std::span<const std::uint64_t> kinds);
   void grow();
 
   std::vector<std::uint64_t> key_;

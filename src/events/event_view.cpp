@@ -14,19 +14,21 @@ event_value part_value(const value_part& part, std::span<const event_value> slot
   return part.slot == absent_slot ? event_value{} : slots[static_cast<std::size_t>(part.slot)];
 }
 
+void event_view::fill_shape() const { build_shape(instances_, slots_, *shape_); }
+
 event_value event_view::value(std::uint32_t field) const {
-  const value_parts& parts = shape_->fields[field].parts;
+  const value_parts& parts = shape().fields[field].parts;
   return parts.size() == 1 ? part_value(parts.front(), slots_) : event_value{};
 }
 
 event_value event_view::value(system_member member) const {
-  const std::int32_t field = shape_->find(member);
+  const std::int32_t field = shape().find(member);
   return field < 0 ? event_value{} : value(static_cast<std::uint32_t>(field));
 }
 
 std::string_view event_view::text(std::int32_t field, std::string& scratch) const {
   if (field < 0) return {};
-  const value_parts& parts = shape_->fields[static_cast<std::size_t>(field)].parts;
+  const value_parts& parts = shape().fields[static_cast<std::size_t>(field)].parts;
   if (parts.size() == 1 && parts.front().slot == -1) return parts.front().text;
   scratch.clear();
   for (const value_part& part : parts) append_text(scratch, part_value(part, slots_));

@@ -27,7 +27,7 @@
 #include <string>
 #include <string_view>
 
-#include "events/event_shape.h"
+#include "events/event_shapes.h"
 #include "events/event_value.h"
 
 namespace zanvik {
@@ -59,7 +59,13 @@ struct event_header {
 
 class event_view {
  public:
-  const event_shape& shape() const { return *shape_; }
+  const event_shape& shape() const {
+    if (shape_->hollow) fill_shape();
+    return *shape_;
+  }
+  // Of the shape, which need not be complete for that.
+  std::uint64_t shape_id() const { return shape_->id; }
+  std::uint32_t shape_index() const { return shape_->index; }
   const event_header& header() const { return header_; }
   const log_source& source() const { return *source_; }
   std::span<const event_value> slots() const { return slots_; }
@@ -72,7 +78,7 @@ class event_view {
   // The same as UTF-8, in `scratch` or where it stands; empty for an absent one and for field -1.
   std::string_view text(std::int32_t field, std::string& scratch) const;
   std::string_view text(system_member member, std::string& scratch) const {
-    return text(shape_->find(member), scratch);
+    return text(shape().find(member), scratch);
   }
   // The member as a number; false when there is none.
   bool number(system_member member, std::uint64_t& out) const;
@@ -80,9 +86,11 @@ class event_view {
   std::uint64_t time() const;
 
   // For readers, which fill in a view and hand it out.
-  void assign(const event_shape& shape, std::span<const event_value> slots,
-              const event_header& header, const log_source& source, const std::byte* readable_end) {
+  void assign(event_shape& shape, std::span<const event_instance> instances,
+              std::span<const event_value> slots, const event_header& header,
+              const log_source& source, const std::byte* readable_end) {
     shape_ = &shape;
+    instances_ = instances;
     slots_ = slots;
     header_ = header;
     source_ = &source;
@@ -90,7 +98,10 @@ class event_view {
   }
 
  private:
-  const event_shape* shape_ = nullptr;
+  void fill_shape() const;
+
+  event_shape* shape_ = nullptr;
+  std::span<const event_instance> instances_;
   std::span<const event_value> slots_;
   event_header header_;
   const log_source* source_ = nullptr;

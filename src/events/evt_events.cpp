@@ -132,6 +132,7 @@ void evt_event_reader::on_record(const evt_record& record) {
   slots_.push_back(record.data.empty() ? event_value{} : view_of(record.data, value_type::binary));
   for (const evt_text text : record.strings) slots_.push_back(view_of(text, value_type::utf16));
 
+  if (shapes_.drop_if_full()) templates_.clear();
   event_instance instance;
   instance.body = &template_for(record.strings.size(), !record.data.empty());
   instance.slot_count = static_cast<std::uint32_t>(slots_.size());
@@ -139,8 +140,14 @@ void evt_event_reader::on_record(const evt_record& record) {
   header.record_number = record.record_num;
   header.written = qx::time(record.time_written, qx::type_time::unix_time).filetime();
   header.file_offset = base_offset_ + record.file_offset;
-  const event_shape& shape = shapes_.find({&instance, 1}, slots_);
-  view_.assign(shape, slots_, header, *source_, readable_end_);
+  kinds_.assign((slots_.size() + 31) / 32, 0);
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    kinds_[i / 32] |= kind_bits(slots_[i].type) << 2 * (i % 32);
+  }
+  shapes_.trim();
+  event_shape* shape = shapes_.find({&instance, 1}, kinds_);
+  if (!shape) shape = &shapes_.add({&instance, 1}, slots_, kinds_);
+  view_.assign(*shape, {&instance, 1}, slots_, header, *source_, readable_end_);
   sink_.on_event(view_);
 }
 

@@ -50,6 +50,7 @@ class evt_event_reader : public evt_sink {
   event_shapes shapes_;
   made_values made_{};
   std::vector<event_value> slots_;
+  std::vector<std::uint64_t> kinds_;
   event_view view_;
 };
 

@@ -22,6 +22,7 @@ void evtx_event_reader::start_chunk(std::span<const std::byte> bytes, std::uint6
   expansion_ = limits::expanded_bytes_per_chunk;
   chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_, &memory_};
   memory_.start_chunk();
+  new_shapes_ = limits::new_shape_bytes_per_chunk;
   first_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
   last_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
   places_.fill({});
@@ -53,6 +54,7 @@ void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
   header.file_offset = chunk_.file_offset + offset;
   instances_.clear();
   slots_.clear();
+  kinds_.clear();
   record_templates_used_ = 0;
   cut_ = false;
   // A record that a damaged size has put behind its chunk has its values there.
@@ -60,15 +62,41 @@ void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
                    ? std::min<std::uint64_t>(layout::chunk_bytes, bytes.size())
                    : bytes.size();
   read_fragment(offset + layout::record_header_bytes, value_end_, 0, 0);
-  const event_shape& shape = shapes_.find(instances_, slots_);
+  shapes_.trim();
+  event_shape& shape = shape_of_event();
   if (header.record_number < first_number_ || header.record_number > last_number_) {
     flags |= event_outside_range;
   }
   if (cut_ || shape.cut) flags |= event_cut;
   if (shape.no_template) flags |= event_no_template;
   header.flags = flags;
-  view_.assign(shape, slots_, header, *source_, bytes.bytes().data() + bytes.size());
+  view_.assign(shape, instances_, slots_, header, *source_, bytes.bytes().data() + bytes.size());
   sink_.on_event(view_);
+}
+
+// The event's shape; one that cannot be paid for leaves the event with its header alone.
+event_shape& evtx_event_reader::shape_of_event() {
+  if (event_shape* shape = affordable_shape()) return *shape;
+  cut_ = true;
+  slots_.clear();
+  kinds_.clear();
+  instances_.assign(1, {missing_template(0, true), 0, 0, 0});
+  event_shape* empty = shapes_.find(instances_, kinds_);
+  return empty ? *empty : shapes_.add(instances_, slots_, kinds_);
+}
+
+event_shape* evtx_event_reader::affordable_shape() {
+  event_shape* shape = shapes_.find(instances_, kinds_);
+  if (!shape) {
+    std::uint64_t bytes = 0;
+    for (const event_instance& instance : instances_) bytes += instance.body->source_bytes;
+    if (!work_budget::spend(new_shapes_, bytes)) return nullptr;
+    shape = &shapes_.add(instances_, slots_, kinds_);
+  }
+  for (const auto& [slot, uses] : shape->overused) {
+    if (!work_budget::spend(expansion_, std::uint64_t{slots_[slot].size} * uses)) return nullptr;
+  }
+  return shape;
 }
 
 // Whether the event's id is at hand, in the one slot that holds it, and not asked for.
@@ -149,28 +177,52 @@ void evtx_event_reader::read_table(std::uint64_t table, event_instance& instance
     cut_ = true;
     return;
   }
-  std::uint64_t at = table + 4 + descriptors.size();
-  for (std::uint32_t i = 0; i < count; ++i) {
-    std::uint32_t word;
-    std::memcpy(&word, descriptors.data() + descriptor_bytes * i, sizeof(word));
-    event_value value;
-    value.type = static_cast<std::uint16_t>(word >> 16);
-    value.size = static_cast<std::uint16_t>(word);
-    if (value.type >= literal_type) value.type = value_type::binary;
-    const std::uint64_t left = at < value_end_ ? value_end_ - at : 0;
-    if (value.size > left) {
-      value.size = static_cast<std::uint32_t>(left);
-      cut_ = true;
-    }
-    if (!work_budget::spend(budget_.slot_bytes, value.size)) {
-      cut_ = true;
-      return;
-    }
-    value.data = bytes.bytes().data() + std::min<std::uint64_t>(at, bytes.size());
-    slots_.push_back(value);
-    ++instance.slot_count;
-    at += static_cast<std::uint16_t>(word);
+  read_values(table, count, instance);
+}
+
+// The values of a table whose descriptors are all there, until they cost too much.
+void evtx_event_reader::read_values(std::uint64_t table, std::uint32_t count,
+                                    event_instance& instance) {
+  const std::byte* const base = chunk_.bytes.bytes().data();
+  const std::byte* descriptor = base + table + 4;
+  const std::uint64_t first = table + 4 + descriptor_bytes * std::uint64_t{count};
+  const std::size_t before = slots_.size();
+  slots_.resize(before + count);
+  event_value* value = slots_.data() + before;
+  std::uint64_t at = first;
+  unsigned shift = 2 * (before % 32);
+  std::uint64_t kinds = 0;
+  if (shift != 0) {
+    kinds = kinds_.back();
+    kinds_.pop_back();
   }
+  std::uint32_t read = 0;
+  for (; read < count; ++read, ++value, descriptor += descriptor_bytes) {
+    std::uint16_t word[2];
+    std::memcpy(word, descriptor, sizeof(word));
+    std::uint32_t size = word[0];
+    const std::uint16_t type = word[1] < literal_type ? word[1] : std::uint16_t{value_type::binary};
+    if (size > value_end_ - std::min(at, value_end_)) {
+      size = static_cast<std::uint32_t>(value_end_ - std::min(at, value_end_));
+      cut_ = true;
+    }
+    if (!work_budget::spend(budget_.slot_bytes, size)) {
+      cut_ = true;
+      break;
+    }
+    *value = {base + std::min(at, value_end_), size, type, 0};
+    kinds |= kind_bits(type) << shift;
+    shift += 2;
+    if (shift == 64) {
+      kinds_.push_back(kinds);
+      kinds = 0;
+      shift = 0;
+    }
+    at += word[0];
+  }
+  if (shift != 0) kinds_.push_back(kinds);
+  slots_.resize(before + read);
+  instance.slot_count = read;
 }
 
 void evtx_event_reader::read_nested(std::size_t number, unsigned depth) {

@@ -51,11 +51,14 @@ class evtx_event_reader : public chunk_visitor {
   using owned_template = std::unique_ptr<event_template>;
 
   bool is_unwanted(std::uint64_t fragment);
+  event_shape& shape_of_event();
+  event_shape* affordable_shape();
   void read_event(std::uint64_t offset, std::uint32_t flags);
   std::uint16_t read_fragment(std::uint64_t offset, std::uint64_t end, unsigned depth,
                               std::uint32_t parent_slot);
   bool read_instance(std::uint64_t offset, const instance_head& head, event_instance& instance);
   void read_table(std::uint64_t table, event_instance& instance);
+  void read_values(std::uint64_t table, std::uint32_t count, event_instance& instance);
   void read_nested(std::size_t instance, unsigned depth);
   const event_template* plain_body(std::uint64_t offset, std::uint64_t end);
   const event_template* template_at(const instance_head& head);
@@ -71,7 +74,8 @@ class evtx_event_reader : public chunk_visitor {
   const event_id_set* event_ids_ = nullptr;
   work_budget budget_;
   bxml_memory memory_;
-  std::int64_t expansion_ = 0;  // bytes of templates that the chunk's events may still be made of
+  std::int64_t expansion_ = 0;   // bytes of templates that the chunk's events may still be made of
+  std::int64_t new_shapes_ = 0;  // the same, of those whose shape is not known
   chunk_view chunk_;
   std::uint64_t value_end_ = 0;
   std::uint64_t first_number_ = 0;
@@ -90,6 +94,7 @@ class evtx_event_reader : public chunk_visitor {
   bool cut_ = false;
   std::vector<event_instance> instances_;
   std::vector<event_value> slots_;
+  std::vector<std::uint64_t> kinds_;  // of the slots, see kind_bits
   event_view view_;
 };
 

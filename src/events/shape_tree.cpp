@@ -1,7 +1,5 @@
 // The tree of a shape: the templates' tokens, with nested templates in their places and what is
 // absent left out.
-#include <map>
-
 #include "base/limits.h"
 #include "events/event_shapes.h"
 
@@ -19,6 +17,9 @@ class tree_builder {
 
   void run() {
     if (!instances_.empty()) expand(0, 0);
+    for (std::uint32_t slot = 0; slot < uses_.size(); ++slot) {
+      if (uses_[slot] > cheap_uses) shape_.overused.emplace_back(slot, uses_[slot]);
+    }
     shape_.list_fields();
   }
 
@@ -119,7 +120,7 @@ void tree_builder::add_slot(const event_instance& instance, const template_token
   }
   const std::uint32_t slot = instance.first_slot + token.slot;
   const event_value& value = slots_[slot];
-  if (++uses_[slot] > cheap_uses) shape_.costly = true;
+  ++uses_[slot];
   if (value.is_nested() && value.child != 0) {
     // An instance stands in one place; what shows it again shows nothing.
     if (uses_[slot] == 1 && !in_attribute_ && depth < limits::nesting_depth) {
@@ -155,6 +156,9 @@ void tree_builder::end_attribute() {
 
 void build_shape(std::span<const event_instance> instances, std::span<const event_value> slots,
                  event_shape& shape) {
+  shape.hollow = false;
+  shape.source_bytes = 0;
+  shape.overused.clear();
   tree_builder(instances, slots, shape).run();
 }
 

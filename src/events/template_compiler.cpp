@@ -48,6 +48,7 @@ class compiler {
   }
 
   void finish() { writer_.close_all(); }
+  std::uint64_t position() const { return at_; }
 
  private:
   bool read(std::uint8_t token) {
@@ -176,8 +177,7 @@ bool compile_fragment(const chunk_view& chunk, std::uint64_t offset, std::uint64
   compiler work(chunk, offset, end, budget, out);
   out.cut = !work.run();
   work.finish();
-  out.source_bytes = static_cast<std::uint32_t>(
-      std::min<std::uint64_t>(end > offset ? end - offset : 0, evtx_layout::chunk_bytes));
+  out.source_bytes = static_cast<std::uint32_t>(work.position() - offset);
   return !out.tokens.empty() && out.tokens.front().kind == template_token_kind::open_element;
 }
 

@@ -96,14 +96,13 @@ class form_programs {
   // The program of the event's shape; `build` fills a new one.
   template <typename F>
   const form_program& of(const event_view& event, F&& build) {
-    const event_shape& shape = event.shape();
-    if (shape.index >= known_.size()) known_.resize(shape.index + 1);
-    known& entry = known_[shape.index];
-    if (entry.shape != shape.id || entry.program.once()) {
+    if (event.shape_index() >= known_.size()) known_.resize(event.shape_index() + 1);
+    known& entry = known_[event.shape_index()];
+    if (entry.shape != event.shape_id() || entry.program.once()) {
       entry.program = {};
       build(entry.program);
       entry.program.finish();
-      entry.shape = shape.id;
+      entry.shape = event.shape_id();
     }
     return entry.program;
   }

@@ -34,11 +34,14 @@ class xml_builder {
   void write_part(const value_part& part, gap how, escape_form form);
   bool constant_start(const event_element& element) const;
   std::string name(std::string_view text);
+  std::string attribute_name(const event_attribute& attribute);
 
   const event_shape& shape_;
   form_program& out_;
 };
 
+// A prefix would need its declaration in reach, which nested templates do not promise: only the
+// declarations themselves keep their colon.
 std::string xml_builder::name(std::string_view text) {
   bool lossy = false;
   std::string good = xml_name(text, lossy);
@@ -52,6 +55,23 @@ void xml_builder::write_part(const value_part& part, gap how, escape_form form) 
   } else {
     out_.escaped(part.text, form);
   }
+}
+
+std::string xml_builder::attribute_name(const event_attribute& attribute) {
+  constexpr std::string_view declaration = "xmlns";
+  std::string value;
+  const bool declares = attribute.name.starts_with(declaration);
+  const bool constant = constant_text(attribute.value, value);
+  if (!declares) return name(attribute.name);
+  // Empty ones, and the two that XML keeps for itself, are refused by readers.
+  const bool good = constant && !value.empty() && !value.starts_with("http://www.w3.org/XML") &&
+                    !value.starts_with("http://www.w3.org/2000/xmlns");
+  const std::string_view prefix = attribute.name.substr(declaration.size());
+  if (prefix.empty()) return good ? std::string(declaration) : name("xmlns_");
+  if (!good || !prefix.starts_with(':') || prefix.starts_with(":xml")) return name(attribute.name);
+  bool lossy = false;
+  const std::string kept = xml_name(prefix.substr(1), lossy);
+  return lossy ? name(attribute.name) : std::string(declaration) + ":" + kept;
 }
 
 bool xml_builder::constant_start(const event_element& element) const {
@@ -75,7 +95,7 @@ void xml_builder::write_element(const event_element& element) {
       std::string value;
       bool lossy = false;
       (void)constant_text(attribute.value, value);
-      start += " " + names.take(name(attribute.name)) + "=\"";
+      start += " " + names.take(attribute_name(attribute)) + "=\"";
       append_escaped(start, value, escape_form::xml_attribute, lossy);
       start += "\"";
       out_.set_lossy(lossy);
@@ -103,7 +123,7 @@ void xml_builder::write_element(const event_element& element) {
 void xml_builder::write_attributes(const event_element& element) {
   json_names names;
   for (const event_attribute& attribute : element.attributes) {
-    out_.text(" " + names.take(name(attribute.name)) + "=\"");
+    out_.text(" " + names.take(attribute_name(attribute)) + "=\"");
     for (const value_part& part : attribute.value) {
       write_part(part, gap::xml_attribute, escape_form::xml_attribute);
     }

@@ -1,0 +1,155 @@
+// The view: fields by name, by place and as System members, shapes that events share, and what is
+// left of events that are damaged or made to cost much.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+
+#include "exported_events.h"
+
+namespace zanvik::testing {
+namespace {
+
+class calling_sink : public event_sink {
+ public:
+  explicit calling_sink(std::function<void(const event_view&)> use) : use_(std::move(use)) {}
+  void on_event(const event_view& event) override { use_(event); }
+
+ private:
+  std::function<void(const event_view&)> use_;
+};
+
+std::size_t for_each_event(std::span<const std::byte> log,
+                           const std::function<void(const event_view&)>& use) {
+  std::size_t events = 0;
+  calling_sink sink([&](const event_view& event) {
+    ++events;
+    use(event);
+  });
+  own_bytes bytes(log);
+  evtx_event_reader reader(sink);
+  const log_source source{"x", log_kind::evtx, 0, 0};
+  reader.set_source(source);
+  walk_evtx_block(bytes.span(), 0, reader, {});
+  return events;
+}
+
+TEST(event_view, fields_by_name_place_and_member) {
+  const log_builder log = log_builder().chunk({record(
+      7, {.event_id = 4624,
+          .channel = "Security",
+          .user_sid = "S-1-5-18",
+          .data = {{"TargetUserName", slot::utf16("alice")}, {"Count", slot::uint32(5)}}})});
+  std::string scratch;
+  EXPECT_EQ(for_each_event(
+                log.bytes(),
+                [&](const event_view& event) {
+                  const event_shape& shape = event.shape();
+                  EXPECT_EQ(event.text(system_member::channel, scratch), "Security");
+                  EXPECT_EQ(event.text(system_member::user_id, scratch), "S-1-5-18");
+                  EXPECT_EQ(event.value(system_member::activity_id).type, value_type::null);
+                  std::uint64_t id = 0;
+                  EXPECT_TRUE(event.number(system_member::event_id, id));
+                  EXPECT_EQ(id, 4624u);
+                  EXPECT_EQ(event.time(), default_filetime(7));
+                  EXPECT_EQ(event.text(shape.find_datum("targetusername"), scratch), "alice");
+                  EXPECT_EQ(shape.datum_at(1), shape.find_datum("Count"));
+                  EXPECT_EQ(event.value(static_cast<std::uint32_t>(shape.datum_at(1))).type,
+                            value_type::uint32);
+                  EXPECT_EQ(shape.find_datum("nothing"), -1);
+                  EXPECT_EQ(event.text(-1, scratch), "");
+                  for (const char* name : {"EventID", "eventid", "System/EventID", "Provider_Name",
+                                           "TargetUserName", "EventData/Data"}) {
+                    EXPECT_FALSE(shape.find_all(name).empty()) << name;
+                  }
+                }),
+            1u);
+}
+
+TEST(event_view, events_of_a_kind_share_a_shape) {
+  chunk_builder one, two;
+  for (int i = 1; i <= 3; ++i) one.add(record(static_cast<std::uint64_t>(i)));
+  two.add(record(4)).add(record(5, {.user_sid = "S-1-5-18"}));
+  std::vector<std::uint64_t> ids;
+  for_each_event(log_builder().chunk(one).chunk(two).bytes(),
+                 [&](const event_view& event) { ids.push_back(event.shape().id); });
+  ASSERT_EQ(ids.size(), 5u);
+  EXPECT_EQ(std::set(ids.begin(), ids.begin() + 4).size(), 1u) << "across chunks too";
+  EXPECT_NE(ids[3], ids[4]) << "an attribute more is another shape";
+}
+
+TEST(event_view, without_its_template_an_event_has_its_values) {
+  log_builder log = log_builder().chunk({record(1), record(2)});
+  // The second record's definitions stand in the first; its id is made to lead elsewhere.
+  log.poke_u32(log.content_offset(0, 1) + 10, 60000);
+  std::size_t damaged = 0;
+  for_each_event(log.bytes(), [&](const event_view& event) {
+    if (!(event.header().flags & event_no_template)) return;
+    ++damaged;
+    std::string scratch, all;
+    for (std::size_t i = 0; i < event.shape().fields.size(); ++i) {
+      all += std::string(event.text(static_cast<std::int32_t>(i), scratch)) + "|";
+    }
+    EXPECT_NE(all.find("Fabrikam-Test|"), std::string::npos) << all;
+    EXPECT_NE(all.find("text of 2|"), std::string::npos) << all;
+  });
+  EXPECT_EQ(damaged, 1u);
+}
+
+TEST(event_view, a_value_that_leads_out_of_its_chunk_is_cut) {
+  log_builder log = log_builder().chunk({record(1)});
+  const std::size_t table = log.content_offset(0, 0) + 14 + 24;
+  const auto body = get_u32(log.bytes(), table - 4);
+  log.poke_u16(table + body + 4 + 4 * 14, 0xffff);  // the provider's name
+  for_each_event(log.bytes(),
+                 [](const event_view& event) { EXPECT_TRUE(event.header().flags & event_cut); });
+}
+
+// One slot of 60,000 bytes that a template shows thousands of times, in each of many records.
+TEST(event_view, a_slot_shown_over_and_over_is_paid_for) {
+  const template_definition definition{"0a0b0c0d-0000-0000-0000-000000000003", [](bxml_builder& b) {
+                                         b.fragment_header().open("Event").close_start();
+                                         for (int i = 0; i < 4000; ++i) b.normal_sub(0, 1);
+                                         b.end_element().end_of_stream();
+                                       }};
+  chunk_builder chunk;
+  chunk.add(
+      template_record(1, default_filetime(1), definition, {slot::utf16(std::string(10000, 'x'))}));
+  const std::string json = exported(log_builder().chunk(chunk), "jsonl");
+  EXPECT_LT(json.size(), 9u << 20);
+  EXPECT_NE(json.find("\"cut\":true"), std::string::npos);
+}
+
+TEST(event_view, nesting_ends) {
+  std::function<void(bxml_builder&, int)> nest = [&](bxml_builder& b, int left) {
+    const template_definition definition{
+        "0a0b0c0d-0000-0000-0000-0000000000" + std::to_string(10 + left), [](bxml_builder& body) {
+          body.fragment_header().open("Level").close_start().normal_sub(0, 33).end_element();
+          body.end_of_stream();
+        }};
+    b.template_instance(
+        definition, {left == 0 ? slot::utf16("deep") : slot::bxml([&, left](bxml_builder& inner) {
+          nest(inner, left - 1);
+        })});
+  };
+  for (const int depth : {5, 60}) {
+    const log_builder log = log_builder().chunk(
+        {plain_record(1, default_filetime(1), [&](bxml_builder& b) { nest(b, depth); })});
+    const std::string json = exported(log, "jsonl");
+    EXPECT_EQ(json.find("\"deep\"") != std::string::npos, depth == 5) << depth;
+    EXPECT_EQ(json.find("\"cut\":true") != std::string::npos, depth != 5) << depth;
+  }
+}
+
+TEST(event_view, truncated_logs_give_what_is_there) {
+  const log_builder log = log_builder().chunk({record(1)}).chunk({record(2)});
+  const auto bytes = std::span(log.bytes());
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{7}, std::size_t{4096}, bytes.size() - 1, bytes.size()}) {
+    const std::size_t events = for_each_event(bytes.first(size), [](const event_view&) {});
+    EXPECT_EQ(events, size == bytes.size() ? 2u : size == bytes.size() - 1 ? 1u : 0u) << size;
+  }
+}
+
+}  // namespace
+}  // namespace zanvik::testing

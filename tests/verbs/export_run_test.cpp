@@ -1,0 +1,131 @@
+// Whole runs of `zanvik export`: where events come from, where they go, and the status.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "../run/program_run.h"
+#include "evt_builder.h"
+#include "log_builder.h"
+
+namespace zanvik::testing {
+namespace {
+
+std::string bytes_of_log(const file_bytes& log) {
+  return {reinterpret_cast<const char*>(log.bytes().data()), log.bytes().size()};
+}
+
+std::string small_log(std::uint64_t number) {
+  return bytes_of_log(log_builder().chunk({record(number)}));
+}
+
+// "log record" of each line.
+std::string lines_seen(const std::string& json) {
+  std::string seen;
+  for (std::size_t at = 0; (at = json.find("\"zanvik\":{\"log\":\"", at)) != std::string::npos;) {
+    at += 17;
+    seen += json.substr(at, json.find('"', at) - at) + " ";
+    at = json.find("\"record\":", at) + 9;
+    seen += json.substr(at, json.find(',', at) - at) + "; ";
+  }
+  return seen;
+}
+
+TEST(export_run, paths_of_all_kinds) {
+  const scratch_dir scratch;
+  const std::string folder = scratch.path("logs");
+  std::filesystem::create_directories(folder + "/b/deep");
+  std::ofstream(folder + "/z\xff\n.bin", std::ios::binary) << small_log(1);  // any bytes
+  std::ofstream(folder + "/b/deep/y.evtx", std::ios::binary) << small_log(2);
+  std::ofstream(folder + "/a.evt", std::ios::binary)
+      << bytes_of_log(evt_builder().add({.record_num = 3}));
+  std::ofstream(folder + "/note.evtx") << "no log";
+  ASSERT_EQ(::symlink(".", (folder + "/loop").c_str()), 0);
+  ASSERT_EQ(::mkfifo((folder + "/fifo").c_str(), 0600), 0);
+  const auto run = run_zanvik({"export", "logs"}, {.input = "", .folder = scratch.path("")});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(lines_seen(run.out),
+            "logs/a.evt 3; logs/b/deep/y.evtx 2; logs/z\xef\xbf\xbd\\n.bin 1; ");
+
+  const auto stream = run_zanvik({"export", "-"}, {.input = small_log(9), .folder = ""});
+  EXPECT_EQ(lines_seen(stream.out), "- 9; ");
+}
+
+TEST(export_run, a_log_whose_first_chunk_is_lost_gives_the_rest) {
+  const scratch_dir scratch;
+  std::string log = bytes_of_log(log_builder().chunk({record(1)}).chunk({record(2)}));
+  log[4096] = 'x';
+  const auto run = run_zanvik({"export", scratch.write("a", log)});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(lines_seen(run.out).find(" 2; "), std::string::npos) << run.err;
+}
+
+struct status_row {
+  std::vector<std::string> args;
+  int status;
+  std::string_view said;
+};
+
+TEST(export_run, statuses) {
+  const scratch_dir scratch;
+  const std::string log = scratch.write("a.evtx", small_log(1));
+  const std::string text = scratch.write("a.txt", "text");
+  const status_row rows[] = {
+      {{"export", log}, 0, ""},
+      {{"export", "--help"}, 0, ""},
+      {{"export", log, scratch.path("none")}, 1, "none: No such file"},
+      {{"export", text}, 1, "not an event log"},
+      {{"export"}, 2, "PATH is required"},
+      {{"export", "--evnt-id", "5", log}, 2, "did you mean --event-id?"},
+      {{"export", "--event-id", "x", log}, 2, "--event-id"},
+      {{"export", "--format", "yaml", log}, 2, "--format"},
+      {{"export", "--from", "yesterday", log}, 2, "--from"},
+      {{"export", "-o", log, log}, 2, "is one of the logs"},
+      {{"export", "-o", log, scratch.path(".")}, 2, "is one of the logs"},
+      {{"export", "-o", scratch.path("none/x"), log}, 1, "No such file"},
+  };
+  for (const status_row& row : rows) {
+    const auto run = run_zanvik(row.args);
+    EXPECT_EQ(run.status, row.status) << row.args.back() << run.err;
+    EXPECT_NE(run.err.find(row.said), std::string::npos) << run.err;
+    EXPECT_EQ(run.err.empty(), row.status == 0) << run.err;
+  }
+  EXPECT_EQ(file_text(log), small_log(1)) << "an input is never written to";
+}
+
+TEST(export_run, a_file_appears_when_it_is_whole) {
+  const scratch_dir scratch;
+  const std::string log = scratch.write("a.evtx", small_log(1));
+  const std::string out = scratch.path("out/x.jsonl");
+  std::filesystem::create_directories(scratch.path("out"));
+  std::ofstream(out) << "old";
+  EXPECT_EQ(run_zanvik({"export", "-o", out, log}).status, 0);
+  EXPECT_EQ(lines_seen(file_text(out)), log + " 1; ");
+  std::size_t files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(scratch.path("out"))) {
+    files += entry.is_regular_file();
+  }
+  EXPECT_EQ(files, 1u) << "nothing stays beside it";
+}
+
+TEST(export_run, a_full_disk_is_a_problem) {
+  const scratch_dir scratch;
+  const int full = ::open("/dev/full", O_WRONLY);
+  if (full < 0) GTEST_SKIP() << "there is no /dev/full";
+  const auto run = run_zanvik({"export", scratch.write("a.evtx", small_log(1))},
+                              {.input = "", .folder = "", .out_fd = full});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("No space left"), std::string::npos) << run.err;
+}
+
+// The first word decides; a log of a verb's name is no verb.
+TEST(export_run, classic_options_stay_classic) {
+  // A verb is the first word, in lower case; anything else is the classic door's.
+  const std::string line = "\"cmdline:zanvik ver: 0.65; zanvik ";
+  EXPECT_EQ(run_zanvik({"-nothing", "export"}).out, line + "-nothing export\"\n\n");
+  EXPECT_EQ(run_zanvik({"Export"}).out, line + "Export\"\n\n");
+  EXPECT_NE(run_zanvik({"-h"}).err.find("-log"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zanvik::testing
