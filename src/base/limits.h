@@ -72,6 +72,21 @@ inline constexpr std::size_t cached_layout_bytes = 16 << 20;  // of names and li
 inline constexpr std::size_t shared_by_records = 16384;
 inline constexpr std::size_t shared_by_records_bytes = 16 << 20;
 
+// Blanks that pad the rows of one table, in bytes for each byte of its values and names: one record
+// with long values would make all others as long. Short tables may have any.
+inline constexpr std::size_t padding_per_byte = 16;
+inline constexpr std::size_t padding_at_least = 16 << 20;
+
+// What the records of a log may repeat of their templates: names of columns and literal values,
+// which stand in each row or in the header of each table but only once in the log. Counted for each
+// record that is kept, in bytes, against the log's. A record beyond it keeps its own values; its
+// literals are left out and its names cut. The whole output of 389 real logs is at most 3.6 times
+// the log.
+inline constexpr std::int64_t repeated_bytes_per_byte = 32;
+inline constexpr std::int64_t repeated_bytes_at_least = 1 << 20;
+// Names are cut to this then.
+inline constexpr std::size_t cut_name_bytes = 64;
+
 // The texts of a legacy .evt log's records, all together, in bytes of UTF-16 that are looked at and
 // a cost for each text. Texts may lie over one another and behind their record, so a small crafted
 // record could name 65,535 long ones. A real log uses 0.9 times its size and cannot well come to

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "base/digits.h"
 #include "base/limits.h"
 
 #if defined(__SSE2__)
@@ -127,6 +128,28 @@ std::string mark_line_ends(std::string_view text) {
     copied = lf + 1 + end.behind;
   }
   out += text.substr(copied);
+  return out;
+}
+
+std::string printable_name(std::string_view name) {
+  std::string out;
+  out.reserve(name.size());
+  const auto escape = [&out](unsigned char c) {
+    out += "\\x";
+    append_hex(out, c, 2);
+  };
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const auto c = static_cast<unsigned char>(name[i]);
+    const auto next = i + 1 < name.size() ? static_cast<unsigned char>(name[i + 1]) : 0u;
+    if (c < 0x20 || c == 0x7f) {
+      escape(c);
+    } else if (c == 0xc2 && next >= 0x80 && next < 0xa0) {  // U+0080 to U+009F
+      escape(static_cast<unsigned char>(next));
+      ++i;
+    } else {
+      out += name[i];
+    }
+  }
   return out;
 }
 

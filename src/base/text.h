@@ -40,6 +40,10 @@ bool replace_first(std::string& text, std::string_view what, std::string_view by
 // copied once more in front of the second mark; meant, and kept in proportion by a limit.
 std::string mark_line_ends(std::string_view text);
 
+// A name as one line of printable text: control characters, those of one byte and of two, come out
+// as "\\x0a". Other bytes stay as they are.
+std::string printable_name(std::string_view name);
+
 // Whether the two are the same in any case.
 bool equal_nocase(std::string_view a, std::string_view b);
 

@@ -21,9 +21,11 @@ std::size_t shape_hash(const record_shape& shape) {
   return hash;
 }
 
-std::size_t shape_bytes(const record_shape& shape) {
-  std::size_t bytes = shape.columns.size() * sizeof(shape_column);
-  for (const shape_column& column : shape.columns) bytes += column.name.size() + column.text.size();
+std::size_t repeated_bytes(const record_shape& shape) {
+  std::size_t bytes = repeated_column_bytes * shape.columns.size();
+  for (const shape_column& column : shape.columns) {
+    bytes += column.name.size() + column.text.size();
+  }
   return bytes;
 }
 
@@ -109,7 +111,8 @@ const record_shape* record_container::intern_shape(record_shape shape) {
   for (auto it = first; it != last; ++it) {
     if (it->second->columns == shape.columns) return it->second.get();
   }
-  shared_bytes_ += shape_bytes(shape);
+  shape.repeated_bytes = repeated_bytes(shape);
+  shared_bytes_ += shape.columns.size() * sizeof(shape_column) + shape.repeated_bytes;
   return shapes_.emplace(hash, std::make_unique<record_shape>(std::move(shape)))->second.get();
 }
 

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 #include <span>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "base/hash_mix.h"
+#include "base/limits.h"
 #include "events/record_arena.h"
 #include "events/value_block.h"
 
@@ -32,11 +34,16 @@ struct shape_column {
   bool operator==(const shape_column&) const = default;
 };
 
+// What a column costs where it is repeated, besides its name and its literal: its separators, and
+// its place in a shape.
+inline constexpr std::size_t repeated_column_bytes = 16;
+
 // The columns of a record, in byte order of their names, each name once. The record's block holds
 // one cell for each column that is not a literal, in the same order.
 struct record_shape {
   std::vector<shape_column> columns;
-  std::size_t value_count = 0;  // columns that are not literals
+  std::size_t value_count = 0;     // columns that are not literals
+  std::size_t repeated_bytes = 0;  // of each of its records; set by the container
 };
 
 // Bits of `LogRecord::flags`.
@@ -106,6 +113,22 @@ class record_container {
   const record_shape* intern_shape(record_shape shape);
   record_arena& arena() { return arena_; }
 
+  // What records repeat of their templates is counted against the bytes of their log, as far as
+  // these have been read. Without a log there is no limit.
+  void start_log() { repeats_left_ = limits::repeated_bytes_at_least; }
+  void add_log_bytes(std::uint64_t bytes) {
+    repeats_left_ += limits::repeated_bytes_per_byte * static_cast<std::int64_t>(bytes);
+  }
+  bool can_repeat(std::size_t bytes) const {
+    return static_cast<std::int64_t>(bytes) <= repeats_left_;
+  }
+  // Charges the bytes unless they are too many.
+  [[nodiscard]] bool repeat(std::size_t bytes) {
+    if (!can_repeat(bytes)) return false;
+    repeats_left_ -= static_cast<std::int64_t>(bytes);
+    return true;
+  }
+
  private:
   std::vector<const LogRecord*> records_;
   std::vector<const LogRecord*> ordered_;
@@ -116,6 +139,7 @@ class record_container {
   record_arena arena_;            // of the blocks
   record_arena record_arena_;     // of the records
   std::uint64_t generation_ = 1;
+  std::int64_t repeats_left_ = std::numeric_limits<std::int64_t>::max() / 2;
 };
 
 }  // namespace zanvik

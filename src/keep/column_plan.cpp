@@ -8,6 +8,8 @@
 #include <utility>
 
 #include "base/digits.h"
+#include "base/limits.h"
+#include "base/text.h"
 #include "events/evtx_fields.h"
 
 namespace zanvik {
@@ -90,7 +92,12 @@ std::string column_key(const collected& source) {
 void plan_columns(const record_fields& record, const std::vector<collected>& list,
                   column_plan& plan, record_container& records) {
   std::map<std::string, const collected*> columns;
-  for (const collected& each : list) columns.insert_or_assign(column_key(each), &each);
+  for (const collected& each : list) {
+    std::string key = column_key(each);
+    // What is found in slack keeps the names that stand there: meant, they tell what it was.
+    if (!record.slack_search) key = printable_name(key);
+    columns.insert_or_assign(std::move(key), &each);
+  }
   record_shape shape;
   for (const auto& [key, source] : columns) {
     if (source->field) {
@@ -149,6 +156,27 @@ column_plan plan_all_data(const record_fields& record, bool skip_system_fields,
   take_provider(record, list, plan, records);
   plan_columns(record, list, plan, records);
   return plan;
+}
+
+column_plan without_repeats(const column_plan& plan, record_container& records) {
+  column_plan bare = plan;
+  record_shape shape;
+  for (const shape_column& column : plan.shape->columns) {
+    if (column.literal) continue;
+    std::string name = column.name.substr(0, limits::cut_name_bytes);
+    // Names that are cut to one tell their places, and stay in order.
+    if (name.size() < column.name.size()) {
+      char digits[24];
+      name.append(digits, write_decimal(digits, shape.columns.size(), 6));
+    }
+    shape.columns.push_back({std::move(name), false, {}});
+  }
+  shape.value_count = shape.columns.size();
+  bare.shape = records.intern_shape(std::move(shape));
+  if (plan.provider) {
+    bare.provider = records.intern_text(plan.provider->substr(0, limits::cut_name_bytes));
+  }
+  return bare;
 }
 
 column_plan plan_pulled(const record_fields& record, std::span<const std::string> names,

@@ -37,6 +37,11 @@ struct column_plan {
 column_plan plan_all_data(const record_fields& record, bool skip_system_fields,
                           record_container& records);
 
+// The plan without what the record's templates repeat, for when that has become too much: literals
+// are left out, names and the provider are cut. The level stays. `plan` may be of another
+// container.
+column_plan without_repeats(const column_plan& plan, record_container& records);
+
 // The plan for named fields: a column for each name, as it is written; one that the record does
 // not have is empty. The provider comes along unasked, and does not make a record one that has a
 // named field; when "Provider Name" itself is the first name, only the template can give it.

@@ -5,7 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "base/limits.h"
 #include "base/number_text.h"
+#include "base/text.h"
 #include "events/evtx_fields.h"
 #include "keep/slack_columns.h"
 
@@ -21,6 +23,16 @@ std::string replaced_column_text(std::string text, const plan_value& value, valu
   const char* end = clean_value_text(text.data(), text.data() + text.size(), form, marked);
   text.resize(static_cast<std::size_t>(end - text.data()));
   return text;
+}
+
+// What a record of the layout repeats of it, at most.
+std::size_t repeated_bytes(const record_layout& layout) {
+  std::size_t bytes = 0;
+  for (const std::string& name : layout.names) bytes += repeated_column_bytes + name.size();
+  for (const layout_field& field : layout.fields) {
+    bytes += repeated_column_bytes + field.name.size() + field.text.size();
+  }
+  return bytes;
 }
 
 // Writes cells to memory that has room for them.
@@ -83,6 +95,7 @@ bool record_keeper::keep(const record_fields& record) {
   if (generation_ != records_.generation()) {
     generation_ = records_.generation();
     slot_columns_.clear();
+    bare_plans_.clear();
     description_ = records_.intern_text(command_.name);
     log_path_ = records_.intern_text(command_.log_path);
     last_provider_ = records_.intern_text({});
@@ -96,6 +109,8 @@ bool record_keeper::keep(const record_fields& record) {
 }
 
 void record_keeper::add_slack_columns(const record_fields& record, LogRecord& kept) {
+  // A shape of its own for each set of empty slots repeats the literals of the record's shape.
+  if (kept.shape && !records_.repeat(kept.shape->repeated_bytes)) return;
   const bool cleaned = record.plain && record.in_slack;
   if (!cleaned && kept.shape && slot_columns_.add(kept, record, records_)) return;
   column_map columns = columns_of(kept);
@@ -145,14 +160,37 @@ LogRecord record_keeper::head_of(const record_fields& record) {
   return kept;
 }
 
+// The plan that holds for all records of the layout; where the log has repeated too much of its
+// templates already, one that repeats nothing.
 const column_plan& record_keeper::plan_for(const record_fields& record) {
   plans_.start_generation(generation_);
-  if (const column_plan* known = plans_.find(record.layout->id)) return *known;
-  column_plan plan = command_.all_data
-                         ? plan_all_data(record, command_.skip_system_fields, records_)
-                         : plan_pulled(record, command_.pull, records_);
-  if (!plan.reusable) return own_plan_ = std::move(plan);
-  return plans_.add(record.layout->id, std::move(plan));
+  const column_plan* plan = plans_.find(record.layout->id);
+  // Before it takes memory: a shape repeats its layout, at most.
+  if (!plan && !records_.can_repeat(repeated_bytes(*record.layout))) return bare_plan_for(record);
+  if (!plan) {
+    column_plan made = make_plan(record, records_);
+    plan = made.reusable ? &plans_.add(record.layout->id, std::move(made))
+                         : &(own_plan_ = std::move(made));
+  }
+  const std::size_t provider = plan->provider ? plan->provider->size() : 0;
+  const std::size_t repeated = plan->selects ? plan->shape->repeated_bytes + provider : 0;
+  return records_.repeat(repeated) ? *plan : bare_plan_for(record);
+}
+
+column_plan record_keeper::make_plan(const record_fields& record, record_container& records) const {
+  return command_.all_data ? plan_all_data(record, command_.skip_system_fields, records)
+                           : plan_pulled(record, command_.pull, records);
+}
+
+const column_plan& record_keeper::bare_plan_for(const record_fields& record) {
+  const auto known = bare_plans_.find(record.layout->id);
+  if (known != bare_plans_.end()) return known->second;
+  const column_plan whole = make_plan(record, plain_records_);
+  column_plan bare = whole.selects ? without_repeats(whole, records_) : whole;
+  plain_records_.clear();
+  if (!bare.reusable) return own_plan_ = std::move(bare);
+  if (bare_plans_.size() >= limits::cached_layouts) bare_plans_.clear();
+  return bare_plans_.emplace(record.layout->id, std::move(bare)).first->second;
 }
 
 const std::string* record_keeper::provider_of(const record_fields& record,
@@ -178,11 +216,10 @@ const char* record_keeper::write_block(const record_fields& record, const column
 
 // A record without templates has its fields as values; only their names are shared.
 void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
-  std::vector<const layout_field*> columns;
+  std::vector<std::pair<std::string, const layout_field*>> columns;
   bool event_id_dropped = !command_.skip_system_fields;
   bool system_time_dropped = !command_.skip_system_fields;
   std::size_t bound = 0;
-  record_shape shape;
   for (const layout_field& field : record.layout->fields) {
     if (field.name == "Provider Name") {
       kept.provider = records_.intern_text(field.text);
@@ -192,16 +229,24 @@ void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
       system_time_dropped = true;
     } else {
       if (field.name == "Level") kept.level = level_from_text(field.text);
-      columns.push_back(&field);
-      shape.columns.push_back({field.name, false, {}});
+      const std::size_t repeated = repeated_column_bytes + field.name.size() + field.text.size();
+      if (!records_.repeat(repeated)) continue;
+      columns.emplace_back(record.slack_search ? field.name : printable_name(field.name), &field);
       bound += field.text.size() + max_cell_head;
     }
   }
+  // Names that were changed may stand elsewhere in their order, and two may have become one.
+  const auto by_name = [](const auto& a, const auto& b) { return a.first < b.first; };
+  const auto same_name = [](const auto& a, const auto& b) { return a.first == b.first; };
+  std::stable_sort(columns.begin(), columns.end(), by_name);
+  columns.erase(std::unique(columns.begin(), columns.end(), same_name), columns.end());
+  record_shape shape;
+  for (const auto& [name, field] : columns) shape.columns.push_back({name, false, {}});
   shape.value_count = columns.size();
   kept.shape = records_.intern_shape(std::move(shape));
   char* const block = records_.arena().reserve(bound);
   block_writer writer(block, writer_);
-  for (const layout_field* field : columns) writer.add(field->text);
+  for (const auto& [name, field] : columns) writer.add(field->text);
   records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
   kept.values = block;
 }

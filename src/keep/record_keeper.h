@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "commands/report_command.h"
 #include "disk/translated_slots.h"
@@ -32,6 +33,8 @@ class record_keeper {
 
  private:
   const column_plan& plan_for(const record_fields& record);
+  column_plan make_plan(const record_fields& record, record_container& records) const;
+  const column_plan& bare_plan_for(const record_fields& record);
   bool fill(const record_fields& record, LogRecord& kept);
   void fill_plain(const record_fields& record, LogRecord& kept);
   bool fill_plain_pulled(const record_fields& record, LogRecord& kept);
@@ -49,8 +52,9 @@ class record_keeper {
   const std::string* log_path_ = nullptr;
   const std::string* last_provider_ = nullptr;
   layout_plans& plans_;
-  column_plan own_plan_;            // of one record
-  record_container plain_records_;  // for the plan of one without templates
+  column_plan own_plan_;                                       // of one record
+  std::unordered_map<std::uint64_t, column_plan> bare_plans_;  // by layout
+  record_container plain_records_;                             // for plans that do not stay
   value_writer writer_;
   slot_columns slot_columns_;
   std::string scratch_;

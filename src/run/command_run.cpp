@@ -48,6 +48,7 @@ class log_walk {
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
                           [](const ReportCommand* command) { return command->has_hist; }))) {
+    run_.records.start_log();
     run_.records.clear_records();  // of a log that an exception ended
     run_.plans.drop_if_full();
   }
@@ -113,6 +114,7 @@ class log_walk {
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
+    run_.records.add_log_bytes(block.size());
     record_sink& sink = run_.counts ? counter_ : static_cast<record_sink&>(selector_);
     const auto result = walk_evtx_block(block, offset, run_.reader, sink, settings_);
     if (is_evtx_ && result != walk_result::walked) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/limits.h"
 #include "base/text.h"
 
 namespace zanvik {
@@ -94,9 +95,17 @@ bool evtx_selector::match_record(std::size_t command, const record_fields& recor
   return test.search == 0 || search_holds(searches_[test.search - 1], record);
 }
 
-bool evtx_selector::condition_holds(const condition& wanted) {
+bool evtx_selector::condition_holds(condition& wanted) {
+  constexpr std::size_t long_text = 1024;
   const auto text = values_.text(wanted.name);
-  return text && (!wanted.has_needle || contains_nocase(*text, wanted.needle));
+  if (!text || !wanted.has_needle) return text.has_value();
+  const std::uint64_t layout = text->size() > long_text ? values_.layout_of(wanted.name) : 0;
+  if (layout == 0) return contains_nocase(*text, wanted.needle);
+  // A literal may be megabytes long: it is searched once, not for each record.
+  if (wanted.of_layouts.size() >= limits::cached_layouts) wanted.of_layouts.clear();
+  const auto [answer, added] = wanted.of_layouts.try_emplace(layout, false);
+  if (added) answer->second = contains_nocase(*text, wanted.needle);
+  return answer->second;
 }
 
 bool evtx_selector::search_holds(shared_search& wanted, const record_fields& record) {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,7 @@ class evtx_selector : public record_sink {
     std::size_t name = 0;     // of `values_`
     bool has_needle = false;  // otherwise the field's being there is enough
     std::string needle;
+    std::unordered_map<std::uint64_t, bool> of_layouts;  // answers for long literals, by layout id
   };
   // A text that commands search for, and the answer for the record in hand.
   struct shared_search {
@@ -49,7 +51,7 @@ class evtx_selector : public record_sink {
   void add_condition(std::string_view term);
   std::size_t add_search(const std::string& text);
   bool match_record(std::size_t command, const record_fields& record);
-  bool condition_holds(const condition& wanted);
+  bool condition_holds(condition& wanted);
   bool search_holds(shared_search& wanted, const record_fields& record);
   void forget_texts();
 

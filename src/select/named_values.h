@@ -22,6 +22,12 @@ class named_values {
   // Makes `record` the one whose values are asked for; it has to live as long as they are.
   void start_record(const record_fields& record);
 
+  // The id of the layout that gives the value as a literal, so that its text is the same for all
+  // records of that layout; 0 when it is the record's own. Call it after `text`.
+  std::uint64_t layout_of(std::size_t name) const {
+    return (*places_)[name].kind == place::field ? record_->layout->id : 0;
+  }
+
   // The text of the value, valid until the next record; nothing when the record has no such field.
   std::optional<std::string_view> text(std::size_t name);
 

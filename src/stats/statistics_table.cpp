@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/digits.h"
+#include "base/limits.h"
 #include "base/time_format.h"
 #include "stats/log_statistics.h"
 
@@ -99,13 +100,20 @@ std::size_t key_width(const std::vector<std::string>& items) {
 void write_hist_tables(const LogStatistics& stats, std::ostream& out) {
   std::size_t values_width = 0;
   std::size_t fields_width = 0;
+  std::size_t bytes = 0;
+  std::size_t entries = 0;
   for (const auto& table : stats.hist_tables) {
     for (const auto& [key, entry] : table) {
       values_width = std::max(values_width, key_width(entry.key_values));
       fields_width = std::max(fields_width, key_width(entry.key_fields));
+      bytes += key_width(entry.key_values) + key_width(entry.key_fields);
+      ++entries;
     }
   }
   if (fields_width == 0) return;  // no entry in any table
+  // One long value would make a row of each entry as long.
+  const std::size_t most_padding = limits::padding_at_least + limits::padding_per_byte * bytes;
+  if (values_width + fields_width > most_padding / entries) values_width = fields_width = 0;
   out << "\n--- filter stats --- [refer to filter# for details]\n";
   constexpr std::size_t filter_width = 7;
   stats_table lines(stats, out);

@@ -153,5 +153,22 @@ TEST(qx_text, lists_of_numbers_and_bytes_leave_out_what_does_not_read) {
   EXPECT_EQ(bytes, (std::vector<std::uint8_t>{10, 16, 1}));
 }
 
+// A name must neither end its line nor command the terminal, whatever a log calls it.
+TEST(printable_name, control_characters_come_out_as_numbers) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"Data", "Data"},
+      {"", ""},
+      {"a\r\n1,4624", "a\\x0d\\x0a1,4624"},
+      {"\x1b[2J\x7f", "\\x1b[2J\\x7f"},
+      {"\xc2\x9b"
+       "2J",
+       "\\x9b"
+       "2J"},                                    // the same command in one character
+      {"\xc2\xa0\xc3\x84", "\xc2\xa0\xc3\x84"},  // letters beside it
+      {"\xc2", "\xc2"},                          // cut
+  };
+  for (const auto& [name, expected] : rows) EXPECT_EQ(printable_name(name), expected);
+}
+
 }  // namespace
 }  // namespace zanvik

@@ -321,6 +321,26 @@ byte_vector layout_for_each_count(unsigned) {
   return bytes_of_chunk(chunk);
 }
 
+// Records of a few bytes under a template with long literals, each event with a table of its own:
+// literals would stand in every row, names in every header.
+byte_vector long_literals(unsigned number) {
+  const template_definition own{some_guid, [](bxml_builder& b) {
+                                  b.fragment_header();
+                                  for (char c = 'a'; c <= 'h'; ++c) {
+                                    b.open(std::string(200, c)).close_start();
+                                    b.value(std::string(1500, c)).end_element();
+                                  }
+                                  b.open("EventID").close_start().normal_sub(0, 6).end_element();
+                                  b.end_of_stream();
+                                }};
+  chunk_builder chunk;
+  for (std::uint16_t i = 0; i < 400; ++i) {
+    const auto id = static_cast<std::uint16_t>(400 * number + i);
+    chunk.add(template_record(i + 1, default_filetime(i), own, {slot::uint16(id)}));
+  }
+  return bytes_of_chunk(chunk);
+}
+
 // What grows when line ends are marked.
 byte_vector line_ends(unsigned) {
   std::string text;
@@ -379,6 +399,9 @@ const std::vector<hostile_trick>& tricks() {
       {"a literal of long names", {"-csv"}, "a.evtx", long_literal},
       {"variants of one template", {"-csv"}, "a.evtx", template_variants},
       {"a layout for each count of slots", {"-csv"}, "a.evtx", layout_for_each_count},
+      {"literals and headers for each record", {"-csv"}, "a.evtx", long_literals},
+      {"the same, as a timeline", {"-csvl2t"}, "a.evtx", long_literals},
+      {"the same, from slack", {"-csv", "-inc_slack"}, "a.evtx", long_literals},
       {"line ends to be marked", {"-csv"}, "a.evtx", line_ends},
       {"partition chains",
        {"-csv", "-partition_metadata"},

@@ -22,6 +22,7 @@ class survey {
     const std::size_t number = layout_.shapes.of(record);
     if (number == uses_.size()) add_use(record);
     ++uses_[number].records;
+    ++records_;
     if (measure_ && record.shape->value_count != 0) measure_values(record, uses_[number].longest);
     if (record.is_evtx) {
       layout_.has_provider = true;
@@ -37,6 +38,9 @@ class survey {
   // How many fields the table may have.
   std::size_t most_fields() const;
 
+  // How wide the fields of a row may be padded, in sum.
+  std::size_t most_padding() const;
+
   std::size_t provider_width = 13;
   std::size_t description_width = 0;
 
@@ -49,10 +53,12 @@ class survey {
   };
 
   void add_use(const LogRecord& record);
-  static void measure_values(const LogRecord& record, std::vector<std::size_t>& longest);
+  void measure_values(const LogRecord& record, std::vector<std::size_t>& longest);
 
   table_layout& layout_;
   bool measure_;
+  std::size_t records_ = 0;
+  std::size_t value_bytes_ = 0;  // of all of them, as far as they are measured
   std::vector<shape_use> uses_;
 };
 
@@ -77,6 +83,7 @@ void survey::measure_values(const LogRecord& record, std::vector<std::size_t>& l
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (columns[i].literal) continue;
     const std::size_t length = cells.next().text.size();
+    value_bytes_ += length;
     if (length > longest[i] && length <= longest_measured) longest[i] = length;
   }
 }
@@ -122,6 +129,13 @@ std::size_t survey::most_fields() const {
   std::size_t records = 0;
   for (const shape_use& use : uses_) records += use.records;
   return std::max(limits::table_columns, limits::table_columns * limits::table_columns / records);
+}
+
+std::size_t survey::most_padding() const {
+  std::size_t bytes = value_bytes_;
+  for (const shape_use& use : uses_) bytes += use.records * use.shape->repeated_bytes;
+  return (limits::padding_at_least + limits::padding_per_byte * bytes) /
+         std::max(records_, std::size_t{1});
 }
 
 void survey::join_fields(bool drop_event_id) {
@@ -181,12 +195,13 @@ void add_columns(table_layout& layout, const survey& found, const output_format&
   }
   if (layout.has_provider) list.add("Provider Name", found.provider_width);
   layout.first_field = layout.columns.size();
+  const std::size_t most_padding = std::min(limits::table_padding, found.most_padding());
   std::size_t padding = 0;
   for (const field_column& field : layout.fields) {
     if (field.dropped) continue;
     const std::size_t width = field.width <= widest_field ? field.width : overwide_field;
     padding += width;
-    list.add(field.name, padding <= limits::table_padding ? width : 0);
+    list.add(field.name, padding <= most_padding ? width : 0);
   }
   list.add("event log", 11, true);
 }
