@@ -43,8 +43,10 @@ std::optional<template_content> read_template_record(template_catalogue& catalog
                                                      const chunk_view& chunk, std::uint64_t bxml,
                                                      const instance_head& head, std::string* text) {
   if (head.definition > evtx_layout::chunk_bytes) return std::nullopt;
-  const template_ref* first =
+  const template_ref* found_first =
       resolve_first_reference(catalogue, chunk, bxml, head.template_id, head.definition);
+  // A copy: nested templates are added to the catalogue next.
+  const auto first = found_first ? std::optional(*found_first) : std::nullopt;
   const auto table = slot_table_behind(chunk, bxml, head.length, head.definition);
   const template_ref* second = table ? resolve_second_reference(catalogue, chunk, *table) : nullptr;
   if (!first) return std::nullopt;
