@@ -63,12 +63,13 @@ void check_concerned_logs(log_run& run) {
   if (run.options.walk.is_stream_run() ||
       std::none_of(std::begin(runners), std::end(runners), is_made))
     return;
-  for (const auto& [path, log] : run.logs) {
+  for (const auto& entry : run.logs) {
+    const LogEntry& log = entry.second;
     const auto concerns = [&](const report_runner& runner) {
       return is_made(runner) && report_concerns_log(runner.report, log.channel, log.is_evtx);
     };
     if (std::none_of(std::begin(runners), std::end(runners), concerns)) {
-      run.strict.add(path + ": no report is for this log");
+      run.strict.add(entry.first + ": no report is for this log");
     }
   }
 }
