@@ -12,10 +12,14 @@ function(install_compressed source name folder)
 endfunction()
 
 set(DOC_DIR ${CMAKE_INSTALL_FULL_DOCDIR})
-configure_file(zanvik.1.in zanvik.1 @ONLY)
+file(READ paths.mdoc PATHS)
+file(READ log_options.mdoc LOG_OPTIONS)
+foreach(page ${man_pages})
+  configure_file(${page}.1.in ${page}.1 @ONLY)
+  install_compressed(${CMAKE_CURRENT_BINARY_DIR}/${page}.1 ${page}.1 ${CMAKE_INSTALL_MANDIR}/man1)
+endforeach()
 set(release 1)
 configure_file(debian/changelog.in changelog.Debian @ONLY)
-install_compressed(${CMAKE_CURRENT_BINARY_DIR}/zanvik.1 zanvik.1 ${CMAKE_INSTALL_MANDIR}/man1)
 install_compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${CMAKE_INSTALL_DOCDIR})
 install_compressed(${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian changelog.Debian
   ${CMAKE_INSTALL_DOCDIR})
@@ -37,8 +41,9 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "zanvik reads Windows event logs (.evtx, and the older .evt), whole or damaged,
-and writes their records as tables, as comma separated values or as rows for a
-timeline. Built-in reports show logons, password changes, changes of accounts
+and writes their records as tables, comma separated values, timeline rows, JSON
+lines or XML. It finds the events that Sigma rules match, and checks whether a
+log is whole. Built-in reports show logons, password changes, changes of accounts
 and of the clock, starts and stops of the system, USB devices and attached
 disks; further ones are written in a small language. Records can be recovered
 from the free space of a log.")

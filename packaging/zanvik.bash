@@ -1,31 +1,104 @@
-# Completion of zanvik's options for bash.
+# Completion for bash: zanvik's verbs with their options, and the classic options.
 # shellcheck shell=bash
+
+# The words that begin with what is typed, or files, or folders.
+_zanvik_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$word"); }
+_zanvik_files() {
+  compopt -o filenames 2>/dev/null
+  mapfile -t COMPREPLY < <(compgen -f -- "$word")
+}
+
+# Behind a verb: `word` is what is typed, `before` the word in front of it.
+_zanvik_verb() {
+  local take='-i --event-id -c --channel -p --provider --computer -u --user --from --to
+    -w --where --contains -l --level'
+  case $1:$before in
+    export:-f | export:--format)
+      _zanvik_words 'jsonl xml csv timesketch elastic'
+      return ;;
+    hunt:-f | hunt:--format)
+      _zanvik_words 'jsonl csv timesketch'
+      return ;;
+    check:-f | check:--format)
+      _zanvik_words 'table json csv'
+      return ;;
+    hunt:--min-level)
+      _zanvik_words 'informational low medium high critical'
+      return ;;
+    hunt:--status)
+      _zanvik_words 'stable test experimental deprecated unsupported'
+      return ;;
+    hunt:--order)
+      _zanvik_words time
+      return ;;
+    *:-l | *:--level)
+      _zanvik_words 'critical error warning information verbose'
+      return ;;
+    *:-o | *:--output | hunt:-r | hunt:--rules | hunt:--log-sources)
+      _zanvik_files
+      return ;;
+    # Values that only the examiner knows.
+    hunt:--placeholder | hunt:--exclude-rule | hunt:--tag)
+      return ;;
+    *)
+      [[ " $take " == *[[:space:]]"$before"[[:space:]]* ]] && return ;;
+  esac
+  if [[ $word != -* ]]; then
+    _zanvik_files
+    return
+  fi
+  case $1 in
+    export)
+      _zanvik_words "-h --help -f --format -o --output --raw-cells -q --quiet --slack $take" ;;
+    hunt)
+      _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
+        --exclude-rule --tag -f --format --order -o --output --raw-cells --details --list --stats
+        --slack $take" ;;
+    check)
+      _zanvik_words '-h --help -f --format --chunks' ;;
+  esac
+}
 
 _zanvik() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
+  case ${COMP_WORDS[1]} in
+    export | hunt | check)
+      if ((COMP_CWORD > 1)); then
+        # Bash takes --format=csv for three words.
+        if [[ $word == = ]]; then
+          word=
+        elif [[ $before == = ]]; then
+          before=${COMP_WORDS[COMP_CWORD - 2]}
+        fi
+        _zanvik_verb "${COMP_WORDS[1]}"
+        return
+      fi ;;
+  esac
+  if ((COMP_CWORD == 1)) && [[ $word != -* ]]; then
+    _zanvik_words 'export hunt check'
+    return
+  fi
   # Names of options count in any case, so the one in front does too.
   case ${before,,} in
     -log | -out | -outfile | -cmdfile | -stats | -diags)
-      compopt -o filenames 2>/dev/null
-      mapfile -t COMPREPLY < <(compgen -f -- "$word")
+      _zanvik_files
       return ;;
     -enumdir | -outdir)
       compopt -o filenames 2>/dev/null
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       return ;;
     -dateformat)
-      mapfile -t COMPREPLY < <(compgen -W 'yyyy-mm-dd mm/dd/yyyy dd/mm/yyyy dd-mm-yyyy' -- "$word")
+      _zanvik_words 'yyyy-mm-dd mm/dd/yyyy dd/mm/yyyy dd-mm-yyyy'
       return ;;
     -timeformat)
-      mapfile -t COMPREPLY < <(compgen -W 'hh:mm:ss hh:mm:ss.xxx hh:mm:ss.xxxxxx
-        hh:mm:ss.xxxxxxx hh:mm:ss.xxxxxxxxx' -- "$word")
+      _zanvik_words 'hh:mm:ss hh:mm:ss.xxx hh:mm:ss.xxxxxx hh:mm:ss.xxxxxxx hh:mm:ss.xxxxxxxxx'
       return ;;
     -csv_separator)
-      mapfile -t COMPREPLY < <(compgen -W 'tab ,' -- "$word")
+      _zanvik_words 'tab ,'
       return ;;
     -num_subdirs)
-      mapfile -t COMPREPLY < <(compgen -W '0 1 2 3 4 5 6 7 8 9' -- "$word")
+      _zanvik_words '0 1 2 3 4 5 6 7 8 9'
       return ;;
     # Values that only the examiner knows.
     -alias | -aliaspath | -cmd_start_time | -cmd_stop_time | -cpu | -cpuinst | -createlog | \
@@ -34,7 +107,7 @@ _zanvik() {
       -start_time | -stop_time | -string | -threads | -username)
       return ;;
   esac
-  mapfile -t COMPREPLY < <(compgen -W '
+  _zanvik_words '
     -h -help --help --version
     -log -pipe -enumdir -num_subdirs -filter -filter_sig
     -cmd_start_time -cmd_stop_time
@@ -44,7 +117,7 @@ _zanvik() {
     -allparams -csv_separator -no_whitespace -enable_quoted_csv_fields -pair_datetime
     -dateformat -timeformat -base10 -base16 -full_sids -show_offsets -alias -aliaspath -username
     -out -outfile -stats -hist -quiet -strict -profile -diags -l2 -l3
-  ' -- "$word")
+  '
 }
 
 complete -F _zanvik zanvik
