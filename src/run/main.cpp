@@ -1,12 +1,14 @@
 #include <exception>
 
 #include "base/console.h"
+#include "base/heap_pages.h"
 #include "run/driver.h"
 #ifdef ZANVIK_VERBS
 #include "verbs/verbs.h"
 #endif
 
 int main(int argc, char** argv) {
+  zanvik::use_large_heap_pages();
   try {
 #ifdef ZANVIK_VERBS
     if (const auto status = zanvik::run_verb(argc, argv)) return *status;
