@@ -1,27 +1,24 @@
 #include "base/digits.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cstring>
 
 namespace zanvik {
 namespace {
 
-constexpr char hex_digits[] = "0123456789abcdef";
-
-// The bytes at `bytes`, in their order, as two digits each.
-char* write_hex_bytes(char* out, std::span<const std::byte> bytes) {
-  for (const std::byte b : bytes) {
-    const auto value = std::to_integer<unsigned>(b);
-    *out++ = hex_digits[value >> 4];
-    *out++ = hex_digits[value & 0x0f];
-  }
+// The bytes at `bytes`, in their order.
+template <std::size_t count>
+char* write_hex_bytes(char* out, const std::byte* bytes) {
+  for (std::size_t i = 0; i < count; ++i) out = write_hex_pair(out, std::to_integer<std::uint8_t>(bytes[i]));
   return out;
 }
 
 // The little-endian field at `bytes`.
-char* write_hex_field(char* out, std::span<const std::byte> bytes) {
-  for (auto b = bytes.rbegin(); b != bytes.rend(); ++b) out = write_hex_bytes(out, {&*b, 1});
+template <std::size_t count>
+char* write_hex_field(char* out, const std::byte* bytes) {
+  for (std::size_t i = count; i-- != 0;) out = write_hex_pair(out, std::to_integer<std::uint8_t>(bytes[i]));
   return out;
 }
 
@@ -43,9 +40,13 @@ char* write_decimal(char* out, std::uint64_t value, unsigned min_width) {
 }
 
 char* write_hex(char* out, std::uint64_t value, unsigned min_width) {
-  char digits[16];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value, 16).ptr;
-  return write_filled(out, digits, static_cast<std::size_t>(end - digits), min_width);
+  constexpr unsigned most_digits = 16;
+  char digits[most_digits];
+  for (unsigned i = 0; i < most_digits; i += 2) {
+    write_hex_pair(digits + i, static_cast<std::uint8_t>(value >> (4 * (most_digits - 2 - i))));
+  }
+  const unsigned needed = (static_cast<unsigned>(std::bit_width(value | 1)) + 3) / 4;
+  return write_filled(out, digits + (most_digits - needed), needed, min_width);
 }
 
 void append_hex(std::string& out, std::uint64_t value, unsigned min_width) {
@@ -56,15 +57,16 @@ void append_hex(std::string& out, std::uint64_t value, unsigned min_width) {
 }
 
 char* write_guid(char* out, std::span<const std::byte, 16> bytes) {
-  out = write_hex_field(out, bytes.subspan<0, 4>());
+  const std::byte* const in = bytes.data();
+  out = write_hex_field<4>(out, in);
   *out++ = '-';
-  out = write_hex_field(out, bytes.subspan<4, 2>());
+  out = write_hex_field<2>(out, in + 4);
   *out++ = '-';
-  out = write_hex_field(out, bytes.subspan<6, 2>());
+  out = write_hex_field<2>(out, in + 6);
   *out++ = '-';
-  out = write_hex_bytes(out, bytes.subspan<8, 2>());
+  out = write_hex_bytes<2>(out, in + 8);
   *out++ = '-';
-  return write_hex_bytes(out, bytes.subspan<10, 6>());
+  return write_hex_bytes<6>(out, in + 10);
 }
 
 void append_guid(std::string& out, std::span<const std::byte, 16> bytes) {

@@ -4,10 +4,12 @@
 // they stopped; the append_ functions extend a string. Nothing here can fail.
 #pragma once
 
+#include <array>
 #include <charconv>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 
@@ -27,6 +29,31 @@ char* write_decimal(char* out, std::uint64_t value, unsigned min_width = 1);
 // Lower-case hexadecimal digits without a prefix, filled with zeros to `min_width`; at most 16
 // bytes or `min_width`.
 char* write_hex(char* out, std::uint64_t value, unsigned min_width = 1);
+
+// The two lower-case hexadecimal digits of each byte.
+inline constexpr auto hex_pairs = [] {
+  constexpr char digits[] = "0123456789abcdef";
+  std::array<std::array<char, 2>, 256> pairs{};
+  for (std::size_t byte = 0; byte < pairs.size(); ++byte) {
+    pairs[byte] = {digits[byte >> 4], digits[byte & 0x0f]};
+  }
+  return pairs;
+}();
+
+// The two hexadecimal digits of `byte`; 2 bytes.
+inline char* write_hex_pair(char* out, std::uint8_t byte) {
+  std::memcpy(out, hex_pairs[byte].data(), 2);
+  return out + 2;
+}
+
+// All hexadecimal digits of `value`; two for each of its bytes.
+template <std::unsigned_integral T>
+char* write_all_hex(char* out, T value) {
+  for (std::size_t shift = 8 * sizeof(T); shift != 0; shift -= 8) {
+    out = write_hex_pair(out, static_cast<std::uint8_t>(value >> (shift - 8)));
+  }
+  return out;
+}
 
 template <std::integral T>
 void append_decimal(std::string& out, T value) {

@@ -38,6 +38,36 @@ unsigned kind_of(std::uint16_t ascii) {
 }
 
 #if defined(__SSE2__)
+constexpr std::ptrdiff_t short_step = 16;  // bytes: eight units
+constexpr std::ptrdiff_t long_step = 32;
+
+// Adds the kinds of the ASCII characters.
+void add_kinds(__m128i characters, unsigned& kinds) {
+  const __m128i separators = _mm_or_si128(_mm_cmpeq_epi8(characters, _mm_set1_epi8(',')),
+                                          _mm_cmpeq_epi8(characters, _mm_set1_epi8('|')));
+  const __m128i controls = _mm_cmplt_epi8(characters, _mm_set1_epi8(0x20));
+  if (_mm_movemask_epi8(_mm_or_si128(separators, controls)) == 0) return;
+  if (_mm_movemask_epi8(separators) != 0) kinds |= kind_separator;
+  if (_mm_movemask_epi8(controls) != 0) kinds |= kind_control;
+}
+
+// Copies sixteen units unless one of them is not ASCII, or NUL.
+bool copy_sixteen(const std::byte* in, char* out, unsigned& kinds) {
+  const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + short_step));
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i beyond =
+      _mm_and_si128(_mm_or_si128(first, second), _mm_set1_epi16(static_cast<short>(0xff80)));
+  const __m128i characters = _mm_packus_epi16(first, second);
+  const __m128i bad =
+      _mm_or_si128(_mm_cmpgt_epi16(beyond, zero),
+                   _mm_or_si128(_mm_cmplt_epi16(beyond, zero), _mm_cmpeq_epi8(characters, zero)));
+  if (_mm_movemask_epi8(bad) != 0) return false;
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), characters);
+  add_kinds(characters, kinds);
+  return true;
+}
+
 // Copies eight units; returns how many of them, from the first on, are ASCII and no NUL.
 unsigned copy_eight(const std::byte* in, char* out, unsigned& kinds) {
   const __m128i zero = _mm_setzero_si128();
@@ -45,35 +75,33 @@ unsigned copy_eight(const std::byte* in, char* out, unsigned& kinds) {
   const __m128i beyond = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xff80)));
   const __m128i good =
       _mm_andnot_si128(_mm_cmpeq_epi16(units, zero), _mm_cmpeq_epi16(beyond, zero));
-  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(units, units));
-  const __m128i separators = _mm_or_si128(_mm_cmpeq_epi16(units, _mm_set1_epi16(',')),
-                                          _mm_cmpeq_epi16(units, _mm_set1_epi16('|')));
-  const __m128i controls = _mm_cmplt_epi16(units, _mm_set1_epi16(0x20));
+  const __m128i characters = _mm_packus_epi16(units, units);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), characters);
   // Kinds of units behind the last good one may be counted in; that only costs a second look.
-  if (_mm_movemask_epi8(_mm_or_si128(separators, controls)) != 0) {
-    if (_mm_movemask_epi8(separators) != 0) kinds |= kind_separator;
-    if (_mm_movemask_epi8(controls) != 0) kinds |= kind_control;
-  }
+  add_kinds(characters, kinds);
   const auto mask = static_cast<unsigned>(_mm_movemask_epi8(good));
   return mask == 0xffff ? 8 : static_cast<unsigned>(__builtin_ctz(~mask)) / 2;
 }
 #endif
 
-// Copies ASCII units, eight at a time as far as it goes; stops at the first other unit or a NUL.
+// Copies ASCII units, sixteen or eight at a time as far as it goes; stops at the first other unit
+// or a NUL.
 const std::byte* copy_ascii(const std::byte* in, const std::byte* end, char*& out,
                             unsigned& kinds) {
 #if defined(__SSE2__)
-  constexpr std::ptrdiff_t step = 16;
   const std::byte* const begin = in;
-  while (end - in >= step) {
+  for (; end - in >= long_step && copy_sixteen(in, out, kinds); in += long_step) {
+    out += long_step / 2;
+  }
+  while (end - in >= short_step) {
     const unsigned copied = copy_eight(in, out, kinds);
     out += copied;
     in += 2 * copied;
     if (copied != 8) return in;
   }
   if (in != begin && in != end) {  // the last eight once more, with those that are left
-    const std::ptrdiff_t again = step - (end - in);
-    if (copy_eight(end - step, out - again / 2, kinds) == 8) {
+    const std::ptrdiff_t again = short_step - (end - in);
+    if (copy_eight(end - short_step, out - again / 2, kinds) == 8) {
       out += (end - in) / 2;
       return end;
     }

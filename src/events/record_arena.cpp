@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace zanvik {
@@ -34,6 +35,14 @@ void record_arena::grow(std::size_t bytes) {
   if (pieces_.size() == 1) first_bytes_ = size - slack;
   next_ = pieces_.back().get();
   room_ = size - slack;
+}
+
+void record_arena::move_along(std::size_t used, std::size_t bytes) {
+  const char* const begin = next_;
+  grow(used + bytes);
+  if (used == 0) return;
+  std::memcpy(next_, begin, used);
+  if (tight_buffers) pieces_.erase(pieces_.end() - 2);  // it held nothing else
 }
 
 }  // namespace zanvik

@@ -22,6 +22,12 @@ class record_arena {
     if (tight_buffers || bytes > room_) grow(bytes);
     return next_;
   }
+  // Room for `bytes` more behind the first `used` bytes of what was reserved, which it moves along.
+  // Returns where the first of the used bytes stands now.
+  char* extend(std::size_t used, std::size_t bytes) {
+    if (tight_buffers || used + bytes > room_) move_along(used, bytes);
+    return next_;
+  }
   // Keeps the first `bytes` of what was reserved.
   void keep(std::size_t bytes) {
     next_ += bytes;
@@ -37,6 +43,7 @@ class record_arena {
   using piece = std::unique_ptr<char, release>;
 
   void grow(std::size_t bytes);
+  void move_along(std::size_t used, std::size_t bytes);
 
   std::vector<piece> pieces_;
   char* next_ = nullptr;

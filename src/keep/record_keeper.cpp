@@ -35,59 +35,58 @@ std::size_t repeated_bytes(const record_layout& layout) {
   return bytes;
 }
 
-// Writes cells to memory that has room for them.
+// Writes the cells of one record to the arena.
 class block_writer {
  public:
-  block_writer(char* out, value_writer& writer) : out_(out), writer_(writer) {}
+  block_writer(record_arena& arena, value_writer& writer) : arena_(arena), writer_(writer) {}
 
-  // Returns the text as it was written.
-  std::string_view add(const record_fields& record, const plan_value& value, value_form form) {
+  // Returns the text as it was written, valid until the next cell.
+  std::string_view add(const raw_value& raw, const plan_value& value, value_form form) {
+    char* const cell = room(value_text_bound(raw));
+    char* const text = cell + 1;
     bool marked = false;
-    char* const text = out_ + 1;
-    char* end;
-    const std::string* replaced =
-        record.slot_texts.empty() ? nullptr : record.replaced_text(value.slot);
-    if (replaced) [[unlikely]] {
-      end = copy(text, replaced_column_text(*replaced, value, form, marked));
-    } else {
-      const raw_value raw = record.value(value.slot);
-      end = writer_.write(text, raw, form, marked);
-      if (end == text && value.null_if_empty && raw.type == value_type::binary) {
-        end = copy(text, null_text);
-      }
+    char* end = writer_.write(text, raw, form, marked);
+    if (end == text && value.null_if_empty && raw.type == value_type::binary) {
+      end = copy(text, null_text);
     }
-    if (end - text == 1 && *text == ',') end = text;  // what a line break becomes
-    const auto length = static_cast<std::size_t>(end - text);
-    out_ = finish_cell(out_, end, marked);
-    return {out_ - length, length};
+    return finish(cell, end, marked);
   }
 
-  void add(std::string_view text) {
-    if (text == ",") text = {};
-    out_ = finish_cell(out_, copy(out_ + 1, text), needs_mark(text));
+  std::string_view add(std::string_view text, bool marked) {
+    char* const cell = room(text.size());
+    return finish(cell, copy(cell + 1, text), marked);
   }
+  void add(std::string_view text) { add(text, needs_mark(text)); }
 
-  char* end() const { return out_; }
+  // Keeps the cells; returns the first one.
+  const char* keep() {
+    const char* const block = arena_.extend(size_, 0);
+    arena_.keep(size_);
+    return block;
+  }
 
  private:
+  // Where the next cell goes, with room for a text of as many bytes.
+  char* room(std::size_t bytes) { return arena_.extend(size_, bytes + max_cell_head) + size_; }
+
+  std::string_view finish(char* cell, char* end, bool marked) {
+    char* const text = cell + 1;
+    if (end - text == 1 && *text == ',') end = text;  // what a line break becomes
+    const auto length = static_cast<std::size_t>(end - text);
+    end = finish_cell(cell, end, marked);
+    size_ += static_cast<std::size_t>(end - cell);
+    return {end - length, length};
+  }
+
   static char* copy(char* out, std::string_view text) {
     if (!text.empty()) std::memcpy(out, text.data(), text.size());
     return out + text.size();
   }
 
-  char* out_;
+  record_arena& arena_;
   value_writer& writer_;
+  std::size_t size_ = 0;  // of the cells so far
 };
-
-// Memory that the cells of the record's values may need.
-std::size_t block_bound(const record_fields& record, const column_plan& plan) {
-  std::size_t bound = 0;
-  for (const plan_value& value : plan.values) {
-    bound += value_text_bound(record.value(value.slot)) + max_cell_head;
-  }
-  for (const slot_text& replaced : record.slot_texts) bound += replaced.text.size();
-  return bound;
-}
 
 }  // namespace
 
@@ -204,14 +203,22 @@ const std::string* record_keeper::provider_of(const record_fields& record,
 
 const char* record_keeper::write_block(const record_fields& record, const column_plan& plan,
                                        LogRecord& kept) {
-  char* const block = records_.arena().reserve(block_bound(record, plan));
-  block_writer writer(block, writer_);
-  for (std::size_t i = 0; i < plan.values.size(); ++i) {
-    const std::string_view text = writer.add(record, plan.values[i], plan.form);
-    if (static_cast<std::ptrdiff_t>(i) == plan.level_value) kept.level = level_from_text(text);
+  block_writer writer(records_.arena(), writer_);
+  const bool has_texts = !record.slot_texts.empty();
+  std::ptrdiff_t to_level = plan.level_value;  // values before the column "Level"
+  for (const plan_value& value : plan.values) {
+    const std::string* replaced = has_texts ? record.replaced_text(value.slot) : nullptr;
+    std::string_view text;
+    if (replaced) [[unlikely]] {
+      bool marked = false;
+      const std::string cleaned = replaced_column_text(*replaced, value, plan.form, marked);
+      text = writer.add(cleaned, marked);
+    } else {
+      text = writer.add(record.value(value.slot), value, plan.form);
+    }
+    if (to_level-- == 0) kept.level = level_from_text(text);
   }
-  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
-  return block;
+  return writer.keep();
 }
 
 // A record without templates has its fields as values; only their names are shared.
@@ -219,7 +226,6 @@ void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
   std::vector<std::pair<std::string, const layout_field*>> columns;
   bool event_id_dropped = !command_.skip_system_fields;
   bool system_time_dropped = !command_.skip_system_fields;
-  std::size_t bound = 0;
   for (const layout_field& field : record.layout->fields) {
     if (field.name == "Provider Name") {
       kept.provider = records_.intern_text(field.text);
@@ -232,7 +238,6 @@ void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
       const std::size_t repeated = repeated_column_bytes + field.name.size() + field.text.size();
       if (!records_.repeat(repeated)) continue;
       columns.emplace_back(record.slack_search ? field.name : printable_name(field.name), &field);
-      bound += field.text.size() + max_cell_head;
     }
   }
   // Names that were changed may stand elsewhere in their order, and two may have become one.
@@ -244,11 +249,9 @@ void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
   for (const auto& [name, field] : columns) shape.columns.push_back({name, false, {}});
   shape.value_count = columns.size();
   kept.shape = records_.intern_shape(std::move(shape));
-  char* const block = records_.arena().reserve(bound);
-  block_writer writer(block, writer_);
+  block_writer writer(records_.arena(), writer_);
   for (const auto& [name, field] : columns) writer.add(field->text);
-  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
-  kept.values = block;
+  kept.values = writer.keep();
 }
 
 // The same for named fields. The plan has all of them as texts of this one record; only the names
@@ -259,18 +262,14 @@ bool record_keeper::fill_plain_pulled(const record_fields& record, LogRecord& ke
   if (!plan.selects) return false;
   kept.level = plan.level;
   kept.provider = records_.intern_text(*plan.provider);
-  std::size_t bound = 0;
   for (const shape_column& column : plan.shape->columns) {
-    bound += column.text.size() + max_cell_head;
     shape.columns.push_back({column.name, false, {}});
   }
   shape.value_count = shape.columns.size();
   kept.shape = records_.intern_shape(std::move(shape));
-  char* const block = records_.arena().reserve(bound);
-  block_writer writer(block, writer_);
+  block_writer writer(records_.arena(), writer_);
   for (const shape_column& column : plan.shape->columns) writer.add(column.text);
-  records_.arena().keep(static_cast<std::size_t>(writer.end() - block));
-  kept.values = block;
+  kept.values = writer.keep();
   plain_records_.clear();
   return true;
 }

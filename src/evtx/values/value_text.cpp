@@ -13,6 +13,10 @@
 #include "base/utf16.h"
 #include "base/utf16_write.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace zanvik {
 namespace {
 
@@ -40,7 +44,7 @@ char* write_hex_number(char* out, const raw_value& value) {
   if (!read_value(value, number)) return out;
   *out++ = '0';
   *out++ = 'x';
-  return write_hex(out, number, 2 * sizeof(T));
+  return write_all_hex(out, number);
 }
 
 template <typename T>
@@ -63,7 +67,7 @@ char* write_float(char* out, const raw_value& value) {
 char* write_hex_bytes(char* out, std::span<const std::byte> bytes) {
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (i != 0) *out++ = ' ';
-    out = write_hex(out, static_cast<std::uint8_t>(bytes[i]), 2);
+    out = write_hex_pair(out, static_cast<std::uint8_t>(bytes[i]));
   }
   return out;
 }
@@ -251,6 +255,21 @@ char* write_plain(char* out, const raw_value& value, value_form form, filetime_w
   }
 }
 
+#if defined(__SSE2__)
+constexpr std::ptrdiff_t clean_step = 16;
+
+// Copies as many characters unless a tab or a line end is among them; `out` may be up to all of
+// them before `in`. Adds `kind_separator` for a comma or a vertical bar.
+bool copy_clean(const char* in, char* out, unsigned& kinds) {
+  const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  const auto is = [text](char c) { return _mm_cmpeq_epi8(text, _mm_set1_epi8(c)); };
+  if (_mm_movemask_epi8(_mm_or_si128(is('\t'), _mm_or_si128(is('\r'), is('\n')))) != 0) return false;
+  if (_mm_movemask_epi8(_mm_or_si128(is(','), is('|'))) != 0) kinds |= kind_separator;
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), text);
+  return true;
+}
+#endif
+
 }  // namespace
 
 std::size_t ansi_length(const raw_value& value) {
@@ -261,15 +280,31 @@ std::size_t ansi_length(const raw_value& value) {
 
 char* clean_value_text(char* begin, char* end, value_form form, bool& marked) {
   const char line_feed = form == value_form::all_data ? ':' : ',';
+  unsigned kinds = kind_plain;
+  const char* in = begin;
   char* out = begin;
-  for (const char* in = begin; in != end; ++in) {
-    if (*in == '\r' || *in == '\t') continue;
-    *out++ = *in == '\n' ? line_feed : *in;
+  while (in != end) {
+#if defined(__SSE2__)
+    if (end - in >= clean_step && copy_clean(in, out, kinds)) {
+      in += clean_step;
+      out += clean_step;
+      continue;
+    }
+    const char* const stop = end - in < clean_step ? end : in + clean_step;
+#else
+    const char* const stop = end;
+#endif
+    for (; in != stop; ++in) {
+      const char c = *in == '\n' ? line_feed : *in;
+      if (c == ',' || c == '|') kinds |= kind_separator;
+      *out = c;
+      out += c != '\r' && c != '\t';
+    }
   }
   if (form == value_form::all_data && out != begin && *begin == ':') {
     out = std::copy(begin + 1, out, begin);
   }
-  marked = marked || std::any_of(begin, out, [](char c) { return c == ',' || c == '|'; });
+  marked = marked || kinds != kind_plain;
   return out;
 }
 
