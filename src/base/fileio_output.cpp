@@ -56,9 +56,10 @@ fileio_streambuf::int_type fileio_streambuf::overflow(int_type c) {
 
 std::streamsize fileio_streambuf::xsputn(const char* text, std::streamsize count) {
   if (count <= 0) return 0;
-  if (error_ != 0 || (count > epptr() - pptr() && !flush_pending())) return 0;
   const auto length = static_cast<std::size_t>(count);
-  if (length >= buffer_bytes_) return write_out(text, length) ? count : 0;
+  const bool direct = length >= buffer_bytes_ / 2;  // a write of its own beats a copy
+  if (error_ != 0 || ((direct || count > epptr() - pptr()) && !flush_pending())) return 0;
+  if (direct) return write_out(text, length) ? count : 0;
   std::memcpy(pptr(), text, length);
   pbump(static_cast<int>(count));
   return count;

@@ -131,6 +131,17 @@ std::string mark_line_ends(std::string_view text) {
   return out;
 }
 
+bool is_printable_name(std::string_view name) {
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const auto c = static_cast<unsigned char>(name[i]);
+    if (c < 0x20 || c == 0x7f) return false;
+    if (c == 0xc2 && i + 1 < name.size() && static_cast<unsigned char>(name[i + 1]) < 0xa0) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::string printable_name(std::string_view name) {
   std::string out;
   out.reserve(name.size());

@@ -43,6 +43,8 @@ std::string mark_line_ends(std::string_view text);
 // A name as one line of printable text: control characters, those of one byte and of two, come out
 // as "\\x0a". Other bytes stay as they are.
 std::string printable_name(std::string_view name);
+// Whether that is the name itself.
+bool is_printable_name(std::string_view name);
 
 // Whether the two are the same in any case.
 bool equal_nocase(std::string_view a, std::string_view b);

@@ -105,6 +105,25 @@ const std::string* record_container::intern_text(std::string_view text) {
   return result;
 }
 
+const record_shape* record_container::intern_names(std::span<const std::string_view> names) {
+  std::size_t hash = names.size();
+  for (const std::string_view name : names) hash = mix_hash(hash, name);
+  const auto same = [](const shape_column& column, std::string_view name) {
+    return !column.literal && column.name == name;
+  };
+  const auto [first, last] = shapes_.equal_range(hash);
+  for (auto it = first; it != last; ++it) {
+    const std::vector<shape_column>& columns = it->second->columns;
+    if (std::equal(columns.begin(), columns.end(), names.begin(), names.end(), same)) {
+      return it->second.get();
+    }
+  }
+  record_shape shape;
+  for (const std::string_view name : names) shape.columns.push_back({std::string(name), false, {}});
+  shape.value_count = names.size();
+  return intern_shape(std::move(shape));
+}
+
 const record_shape* record_container::intern_shape(record_shape shape) {
   const std::size_t hash = shape_hash(shape);
   const auto [first, last] = shapes_.equal_range(hash);

@@ -111,6 +111,8 @@ class record_container {
   // compared by address.
   const std::string* intern_text(std::string_view text);
   const record_shape* intern_shape(record_shape shape);
+  // The same for a shape without literals: the names of its columns, in their order.
+  const record_shape* intern_names(std::span<const std::string_view> names);
   record_arena& arena() { return arena_; }
 
   // What records repeat of their templates is counted against the bytes of their log, as far as

@@ -91,22 +91,27 @@ std::string column_key(const collected& source) {
 // last stays.
 void plan_columns(const record_fields& record, const std::vector<collected>& list,
                   column_plan& plan, record_container& records) {
-  std::map<std::string, const collected*> columns;
+  std::vector<std::pair<std::string, const collected*>> columns;
+  columns.reserve(list.size());
   for (const collected& each : list) {
-    std::string key = column_key(each);
+    std::string& key = columns.emplace_back(column_key(each), &each).first;
     // What is found in slack keeps the names that stand there: meant, they tell what it was.
-    if (!record.slack_search) key = printable_name(key);
-    columns.insert_or_assign(std::move(key), &each);
+    if (!record.slack_search && !is_printable_name(key)) key = printable_name(key);
   }
+  std::stable_sort(columns.begin(), columns.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
   record_shape shape;
-  for (const auto& [key, source] : columns) {
+  shape.columns.reserve(columns.size());
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    auto& [key, source] = columns[i];
+    if (i + 1 < columns.size() && columns[i + 1].first == key) continue;
     if (source->field) {
       const std::string_view text = without_lone_comma(source->field->text);
       if (key == "Level") plan.level = level_from_text(text);
-      shape.columns.push_back({key, true, std::string(text)});
+      shape.columns.push_back({std::move(key), true, std::string(text)});
     } else {
       if (key == "Level") plan.level_value = static_cast<std::ptrdiff_t>(plan.values.size());
-      shape.columns.push_back({key, false, {}});
+      shape.columns.push_back({std::move(key), false, {}});
       plan.values.push_back(slot_value(record, *source));
     }
   }
@@ -134,6 +139,9 @@ void find_pulled_provider(const record_fields& record, std::span<const std::stri
 }  // namespace
 
 std::uint32_t level_from_text(std::string_view text) {
+  if (text.size() == 1 && text[0] >= '0' && text[0] <= '9') {  // nearly always
+    return static_cast<std::uint32_t>(text[0] - '0');
+  }
   return static_cast<std::uint32_t>(std::atol(std::string(text).c_str()));
 }
 

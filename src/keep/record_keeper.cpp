@@ -223,7 +223,8 @@ const char* record_keeper::write_block(const record_fields& record, const column
 
 // A record without templates has its fields as values; only their names are shared.
 void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
-  std::vector<std::pair<std::string, const layout_field*>> columns;
+  plain_columns_.clear();
+  printable_names_.clear();
   bool event_id_dropped = !command_.skip_system_fields;
   bool system_time_dropped = !command_.skip_system_fields;
   for (const layout_field& field : record.layout->fields) {
@@ -236,37 +237,44 @@ void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
     } else {
       if (field.name == "Level") kept.level = level_from_text(field.text);
       const std::size_t repeated = repeated_column_bytes + field.name.size() + field.text.size();
-      if (!records_.repeat(repeated)) continue;
-      columns.emplace_back(record.slack_search ? field.name : printable_name(field.name), &field);
+      if (records_.repeat(repeated)) add_plain_column(field, record.slack_search);
     }
   }
-  // Names that were changed may stand elsewhere in their order, and two may have become one.
-  const auto by_name = [](const auto& a, const auto& b) { return a.first < b.first; };
-  const auto same_name = [](const auto& a, const auto& b) { return a.first == b.first; };
-  std::stable_sort(columns.begin(), columns.end(), by_name);
-  columns.erase(std::unique(columns.begin(), columns.end(), same_name), columns.end());
-  record_shape shape;
-  for (const auto& [name, field] : columns) shape.columns.push_back({name, false, {}});
-  shape.value_count = columns.size();
-  kept.shape = records_.intern_shape(std::move(shape));
+  if (!printable_names_.empty()) {
+    // A changed name may stand elsewhere in the order, and two may have become one.
+    const auto by_name = [](const auto& a, const auto& b) { return a.first < b.first; };
+    const auto same_name = [](const auto& a, const auto& b) { return a.first == b.first; };
+    std::stable_sort(plain_columns_.begin(), plain_columns_.end(), by_name);
+    plain_columns_.erase(std::unique(plain_columns_.begin(), plain_columns_.end(), same_name),
+                         plain_columns_.end());
+  }
+  names_.clear();
+  for (const auto& [name, field] : plain_columns_) names_.push_back(name);
+  kept.shape = records_.intern_names(names_);
   block_writer writer(records_.arena(), writer_);
-  for (const auto& [name, field] : columns) writer.add(field->text);
+  for (const auto& [name, field] : plain_columns_) writer.add(field->text);
   kept.values = writer.keep();
+}
+
+// With the search for slack on, names stay as they are: what was overwritten gives many.
+void record_keeper::add_plain_column(const layout_field& field, bool as_it_is) {
+  if (as_it_is || is_printable_name(field.name)) {
+    plain_columns_.emplace_back(field.name, &field);
+  } else {
+    plain_columns_.emplace_back(printable_names_.emplace_back(printable_name(field.name)), &field);
+  }
 }
 
 // The same for named fields. The plan has all of them as texts of this one record; only the names
 // are fit to be shared.
 bool record_keeper::fill_plain_pulled(const record_fields& record, LogRecord& kept) {
-  record_shape shape;
-  column_plan plan = plan_pulled(record, command_.pull, plain_records_);
+  const column_plan plan = plan_pulled(record, command_.pull, plain_records_);
   if (!plan.selects) return false;
   kept.level = plan.level;
   kept.provider = records_.intern_text(*plan.provider);
-  for (const shape_column& column : plan.shape->columns) {
-    shape.columns.push_back({column.name, false, {}});
-  }
-  shape.value_count = shape.columns.size();
-  kept.shape = records_.intern_shape(std::move(shape));
+  names_.clear();
+  for (const shape_column& column : plan.shape->columns) names_.push_back(column.name);
+  kept.shape = records_.intern_names(names_);
   block_writer writer(records_.arena(), writer_);
   for (const shape_column& column : plan.shape->columns) writer.add(column.text);
   kept.values = writer.keep();

@@ -3,9 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "commands/report_command.h"
 #include "disk/translated_slots.h"
@@ -37,6 +41,7 @@ class record_keeper {
   const column_plan& bare_plan_for(const record_fields& record);
   bool fill(const record_fields& record, LogRecord& kept);
   void fill_plain(const record_fields& record, LogRecord& kept);
+  void add_plain_column(const layout_field& field, bool as_it_is);
   bool fill_plain_pulled(const record_fields& record, LogRecord& kept);
   const char* write_block(const record_fields& record, const column_plan& plan, LogRecord& kept);
   const std::string* provider_of(const record_fields& record, const column_plan& plan);
@@ -55,6 +60,9 @@ class record_keeper {
   column_plan own_plan_;                                       // of one record
   std::unordered_map<std::uint64_t, column_plan> bare_plans_;  // by layout
   record_container plain_records_;                             // for plans that do not stay
+  std::vector<std::pair<std::string_view, const layout_field*>> plain_columns_;  // of one record
+  std::deque<std::string> printable_names_;  // those of its names that had to be changed
+  std::vector<std::string_view> names_;
   value_writer writer_;
   slot_columns slot_columns_;
   std::string scratch_;

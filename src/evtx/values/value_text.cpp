@@ -195,17 +195,12 @@ char* write_text(char* out, std::string_view text) {
   return out + text.size();
 }
 
-// `kinds`: of the characters written; left at any for the types that do not look.
-char* write_plain(char* out, const raw_value& value, value_form form, filetime_writer& times,
-                  unsigned& kinds) {
-  std::size_t units;
+// Any type but UTF-16 text.
+char* write_other(char* out, const raw_value& value, value_form form, filetime_writer& times) {
   const bool is_32_bits = value.size == 4;
   switch (value.type) {
     case value_type::null:
       return write_text(out, "0");
-    case value_type::utf16:
-    case value_type::xml:
-      return write_utf8_from_utf16(out, value_bytes(value), units, kinds);
     case value_type::ansi:
       return write_ansi(out, value);
     case value_type::int8:  // meant: signed bytes show as unsigned ones
@@ -309,10 +304,19 @@ char* clean_value_text(char* begin, char* end, value_form form, bool& marked) {
 }
 
 char* value_writer::write(char* out, const raw_value& value, value_form form, bool& marked) {
-  const bool is_text = value.type == value_type::utf16 || value.type == value_type::xml;
-  unsigned kinds = is_text ? kind_plain : kind_control | kind_separator;
-  char* end = write_plain(out, value, form, times_, kinds);
-  if (!is_free_text(value.type)) return end;
+  unsigned kinds = kind_control | kind_separator;  // any
+  char* end;
+  if (value.type == value_type::utf16 || value.type == value_type::xml) {
+    kinds = kind_plain;
+    std::size_t units;
+    end = write_utf8_from_utf16(out, value_bytes(value), units, kinds);
+    if (kinds == kind_plain && (form != value_form::all_data || end == out || *out != ':')) {
+      return end;
+    }
+  } else {
+    end = write_other(out, value, form, times_);
+    if (!is_free_text(value.type)) return end;
+  }
   if (form == value_form::plain) {
     marked = marked || kinds != kind_plain;
     return end;
