@@ -8,6 +8,11 @@ _zanvik_files() {
   mapfile -t COMPREPLY < <(compgen -f -- "$word")
 }
 
+_zanvik_folders() {
+  compopt -o filenames 2>/dev/null
+  mapfile -t COMPREPLY < <(compgen -d -- "$word")
+}
+
 # Behind a verb: `word` is what is typed, `before` the word in front of it.
 _zanvik_verb() {
   local take='-i --event-id -c --channel -p --provider --computer -u --user --from --to
@@ -31,6 +36,12 @@ _zanvik_verb() {
     hunt:--order)
       _zanvik_words time
       return ;;
+    *:--order)
+      _zanvik_words 'log time'
+      return ;;
+    *:--temp-dir)
+      _zanvik_folders
+      return ;;
     *:-l | *:--level)
       _zanvik_words 'critical error warning information verbose'
       return ;;
@@ -38,7 +49,7 @@ _zanvik_verb() {
       _zanvik_files
       return ;;
     # Values that only the examiner knows.
-    hunt:--placeholder | hunt:--exclude-rule | hunt:--tag)
+    *:--memory | hunt:--placeholder | hunt:--exclude-rule | hunt:--tag)
       return ;;
     *)
       [[ " $take " == *[[:space:]]"$before"[[:space:]]* ]] && return ;;
@@ -49,7 +60,8 @@ _zanvik_verb() {
   fi
   case $1 in
     export)
-      _zanvik_words "-h --help -f --format -o --output --raw-cells -q --quiet --slack $take" ;;
+      _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir
+        --unique -q --quiet --slack $take" ;;
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
         --exclude-rule --tag -f --format --order -o --output --raw-cells --details --list --stats
@@ -85,8 +97,7 @@ _zanvik() {
       _zanvik_files
       return ;;
     -enumdir | -outdir)
-      compopt -o filenames 2>/dev/null
-      mapfile -t COMPREPLY < <(compgen -d -- "$word")
+      _zanvik_folders
       return ;;
     -dateformat)
       _zanvik_words 'yyyy-mm-dd mm/dd/yyyy dd/mm/yyyy dd-mm-yyyy'

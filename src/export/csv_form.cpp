@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view header =
     "time,log,record,offset,channel,provider,event_id,level,computer,user_sid,process_id,"
-    "thread_id,data\n";
+    "thread_id,data";
 
 bool is_formula(std::string_view text) {
   return !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
@@ -17,9 +17,13 @@ bool is_formula(std::string_view text) {
 
 class csv_form : public event_form {
  public:
-  explicit csv_form(const form_options& options) : raw_cells_(options.raw_cells) {}
+  explicit csv_form(const form_options& options)
+      : raw_cells_(options.raw_cells), copies_(options.copies) {}
 
-  void begin(output_buffer& out) override { out.append(header); }
+  void begin(output_buffer& out) override {
+    out.append(header);
+    out.append(copies_ ? ",copies\n" : "\n");
+  }
 
   void start_log(const log_source& source) override {
     log_.clear();
@@ -34,6 +38,10 @@ class csv_form : public event_form {
     program.write(out, event, log_, false);
   }
 
+  void add_copies(std::string& event, std::uint64_t copies) const override {
+    put_before(event, "\n", "," + std::to_string(copies));
+  }
+
  private:
   void build(const event_view& event, form_program& out) const;
   void write_member(const event_view& event, system_member member, form_program& out) const;
@@ -41,7 +49,7 @@ class csv_form : public event_form {
   void write_parts(const value_parts& parts, bool& started, form_program& out) const;
   void write_constant(std::string_view text, bool& started, form_program& out) const;
 
-  bool raw_cells_;
+  bool raw_cells_, copies_;
   form_programs programs_;
   std::string log_;
 };

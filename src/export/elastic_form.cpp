@@ -24,6 +24,10 @@ class elastic_form : public event_form {
     program.write(out, event, log_, log_lossy_);
   }
 
+  void add_copies(std::string& event, std::uint64_t copies) const override {
+    put_before(event, "}}\n", ",\"copies\":" + std::to_string(copies));
+  }
+
  private:
   static void build(const event_view& event, form_program& out);
   static void write_winlog(const event_view& event, json_members& members, form_program& out);

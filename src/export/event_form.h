@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "events/event_view.h"
@@ -20,6 +21,7 @@ namespace zanvik {
 
 struct form_options {
   bool raw_cells = false;  // csv: cells that a spreadsheet would run stay as they are
+  bool copies = false;     // each event will get the number of its copies
 };
 
 class event_form {
@@ -30,15 +32,26 @@ class event_form {
   virtual void start_log(const log_source&) {}
   virtual void write(output_buffer& out, const event_view& event) = 0;
   virtual void end(output_buffer&) {}
+
+  // A time as far as an event's text shows it: events that are equal in it may be told apart by
+  // nothing else. Rises with the FILETIME.
+  virtual std::uint64_t shown_time(std::uint64_t filetime) const { return filetime; }
+  // Puts the number of copies into the text that `write` gave of one event, if the form has a place
+  // for it.
+  virtual void add_copies(std::string& /*event*/, std::uint64_t /*copies*/) const {}
 };
 
 struct form_name {
   std::string_view name;
   std::string_view what;  // for the help
   std::unique_ptr<event_form> (*make)(const form_options&);
+  bool by_time = false;  // usually in one order of time
 };
 // All forms; the first is the usual one.
 std::span<const form_name> form_names();
+
+// Puts `text` before `end`, with which the event's text ends.
+void put_before(std::string& event, std::string_view end, std::string_view text);
 
 std::unique_ptr<event_form> make_json_form(const form_options&);
 std::unique_ptr<event_form> make_xml_form(const form_options&);

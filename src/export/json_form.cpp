@@ -223,6 +223,10 @@ class json_form : public event_form {
     program.write(out, event, log_, log_lossy_);
   }
 
+  void add_copies(std::string& event, std::uint64_t copies) const override {
+    put_before(event, "}}\n", ",\"copies\":" + std::to_string(copies));
+  }
+
  private:
   form_programs programs_;
   std::string log_;

@@ -30,6 +30,8 @@ std::string member_name(std::string_view name) {
 
 class timesketch_form : public event_form {
  public:
+  explicit timesketch_form(const form_options& options) : copies_(options.copies) {}
+
   void start_log(const log_source& source) override {
     log_.clear();
     log_lossy_ = false;
@@ -42,12 +44,20 @@ class timesketch_form : public event_form {
     program.write(out, event, log_, log_lossy_);
   }
 
+  // The member `timestamp` counts microseconds.
+  std::uint64_t shown_time(std::uint64_t filetime) const override { return filetime / 10; }
+
+  void add_copies(std::string& event, std::uint64_t copies) const override {
+    put_before(event, "}\n", ",\"copies\":" + std::to_string(copies));
+  }
+
  private:
   static bool is_datum(const event_field& field) { return field.group != field_group::system; }
-  static void build(const event_view& event, form_program& out);
+  void build(const event_view& event, form_program& out) const;
   static void write_message(const event_view& event, json_members& members, form_program& out);
   static void write_strings(const event_view& event, form_program& out);
 
+  bool copies_;
   form_programs programs_;
   std::string log_;
   bool log_lossy_ = false;
@@ -99,12 +109,13 @@ void timesketch_form::write_strings(const event_view& event, form_program& out) 
   out.text("]");
 }
 
-void timesketch_form::build(const event_view& event, form_program& out) {
+void timesketch_form::build(const event_view& event, form_program& out) const {
   json_members members(event, out);
   members.open_object();
   for (const char* name : {"slack", "cut", "outside_range", "no_template", "lossy"}) {
     members.reserve(name);  // gap::json_oddities
   }
+  if (copies_) members.reserve("copies");
   write_message(event, members, out);
   members.gap_text("datetime", gap::time_offset);
   members.gap_bare("timestamp", gap::unix_microseconds);
@@ -137,8 +148,8 @@ void timesketch_form::build(const event_view& event, form_program& out) {
 
 }  // namespace
 
-std::unique_ptr<event_form> make_timesketch_form(const form_options&) {
-  return std::make_unique<timesketch_form>();
+std::unique_ptr<event_form> make_timesketch_form(const form_options& options) {
+  return std::make_unique<timesketch_form>(options);
 }
 
 }  // namespace zanvik

@@ -28,6 +28,11 @@ class xml_form : public event_form {
 
   void end(output_buffer& out) override { out.append("</Events>\n"); }
 
+  // Into the instruction before the event, whose path holds no `>`.
+  void add_copies(std::string& event, std::uint64_t copies) const override {
+    event.insert(event.find("?>"), " copies=\"" + std::to_string(copies) + '"');
+  }
+
  private:
   static void build(const event_view& event, form_program& out) {
     out.text("<?zanvik log=\"");

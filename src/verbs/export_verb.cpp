@@ -1,5 +1,6 @@
 // zanvik export: whole events, in forms that other tools read.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -8,6 +9,8 @@
 #include "export/event_form.h"
 #include "source/log_events.h"
 #include "verbs/log_options.h"
+#include "verbs/order_options.h"
+#include "verbs/ordered_events.h"
 #include "verbs/output_target.h"
 #include "verbs/progress_line.h"
 #include "verbs/verbs.h"
@@ -20,7 +23,21 @@ struct export_options {
   std::string output;
   std::string format{form_names().front().name};
   form_options form;
+  order_options order;
 };
+
+const form_name& form_of(const export_options& options) {
+  const auto forms = form_names();
+  const auto found = std::find_if(forms.begin(), forms.end(), [&](const form_name& known) {
+    return known.name == options.format;
+  });
+  return found == forms.end() ? forms.front() : *found;
+}
+
+// A run's events stand in one order of time.
+bool by_time(const export_options& options) {
+  return options.order.by_time(form_of(options).by_time);
+}
 
 // What is said of the paths before they are read.
 struct survey {
@@ -55,14 +72,12 @@ class export_run : public event_sink {
         filter_(options.logs.conditions),
         filtering_(options.logs.conditions.any()),
         out_(descriptor),
-        progress_(!options.logs.quiet && progress_line::has_terminal(), total_bytes) {
-    for (const form_name& known : form_names()) {
-      if (known.name == options.format) form_ = known.make(options.form);
-    }
-  }
+        progress_(!options.logs.quiet && progress_line::has_terminal(), total_bytes),
+        form_(form_of(options).make(options.form)),
+        events_(*form_, out_, options.order, by_time(options), options.form.copies) {}
 
   void on_event(const event_view& event) override {
-    if (!filtering_ || filter_.takes(event)) form_->write(out_, event);
+    if (!filtering_ || filter_.takes(event)) events_.write(event);
   }
 
   int run() {
@@ -80,12 +95,14 @@ class export_run : public event_sink {
     log_finder finder(
         [&](found_log& log) {
           form_->start_log(log.source);
+          events_.start_log();
           if (!reader.read(log)) problem(log.source.path, "a part could not be read");
           done += log.size;
         },
         problem);
     form_->begin(out_);
     for (const std::string& path : options_.logs.paths) finder.find(path);
+    if (!events_.finish()) problem("sorting", events_.error());
     form_->end(out_);
     if (!out_.flush()) {
       const bool named = !options_.output.empty() && options_.output != "-";
@@ -102,6 +119,7 @@ class export_run : public event_sink {
   output_buffer out_;
   progress_line progress_;
   std::unique_ptr<event_form> form_;
+  ordered_events events_;
 };
 
 int run(const export_options& options) {
@@ -151,7 +169,18 @@ int run_export(int argc, char** argv) {
       ->type_name("FILE");
   app.add_flag("--raw-cells", options.form.raw_cells,
                "csv: leave cells as they are that a spreadsheet would run as a formula");
+  add_order_options(app, options.order,
+                    "log: one log after the other; time: all events in one order of time, which "
+                    "is usual for timesketch");
+  app.add_flag("--unique", options.form.copies,
+               "an event found more than once comes once, with the number of copies; in the order "
+               "of time");
   add_log_options(app, options.logs);
+  app.final_callback([&] {
+    if (options.form.copies && !by_time(options)) {
+      throw CLI::ValidationError("--unique", "needs --order time");
+    }
+  });
   bool done = false;
   const int status = parse_verb(app, argc, argv, done);
   return done ? status : run(options);

@@ -1,0 +1,63 @@
+// Events of a form in the order that was asked for: log by log as they are read, or all in one
+// order of time.
+//
+// In one order of time, events whose lines show the same time are in the order of their logs, those
+// of one log by their full time and then by position. So results of some logs can be merged by what
+// their lines show. Events wait as the bytes that the form makes of them.
+//
+// With `unique`, events that are the same in channel, computer, record number, time and all values
+// come out once, the first of them, with the number of copies.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "export/event_form.h"
+#include "export/form_program.h"
+#include "pipeline/pipeline.h"
+#include "verbs/order_options.h"
+
+namespace zanvik {
+
+// What makes an event the same as another: 128 bits, drawn with the secret of the run.
+class event_identity {
+ public:
+  using value = std::array<std::uint64_t, 2>;
+  value of(const event_view& event);
+
+ private:
+  form_programs programs_;
+  std::string xml_;
+  output_buffer out_{xml_};
+};
+
+class ordered_events {
+ public:
+  // `form` and `out` must outlive this.
+  ordered_events(event_form& form, output_buffer& out, const order_options& options, bool by_time,
+                 bool unique);
+
+  void start_log() { ++log_; }
+  void write(const event_view& event);
+  // Writes what waits. False, with `error` set, when it could not be sorted.
+  [[nodiscard]] bool finish();
+  const std::string& error() const { return error_; }
+
+ private:
+  void sort(const event_view& event);
+  bool count_copies();
+  bool fail(const external_sorter& sorter);
+
+  event_form& form_;
+  output_buffer& out_;
+  std::uint64_t log_ = 0;
+  std::unique_ptr<external_sorter> by_time_;
+  std::unique_ptr<external_sorter> by_identity_;
+  event_identity identity_;
+  std::string rendered_;
+  output_buffer render_;
+  std::string error_;
+};
+
+}  // namespace zanvik
