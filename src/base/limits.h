@@ -146,4 +146,24 @@ inline constexpr std::size_t findings_of_a_kind = 1000;
 inline constexpr std::size_t number_ranges_of_a_line = 4096;
 inline constexpr std::size_t counted_names = 4096;
 
+// What carving keeps of templates for records that stand alone: bytes of them, and how many that
+// begin with the same 4 bytes of a GUID. All templates of a Windows system come to some 20 MiB.
+inline constexpr std::size_t carved_template_bytes = 64 << 20;
+inline constexpr std::size_t templates_of_an_id = 8;
+
+// Bytes of records that lie over one another, beside one for each byte of the input that is passed.
+// Real ones do where a file took the place of another.
+inline constexpr std::int64_t carved_overlap_bytes = 1 << 20;
+
+// The largest legacy record that is carved, in bytes; the system writes up to 64 KiB of texts.
+inline constexpr std::uint32_t carved_legacy_bytes = 256 << 10;
+
+// Chunks whose checksums are worked out: so many, and one for each 4,096 bytes that are passed.
+// Chunks that overlap are remains in clusters of that size.
+inline constexpr std::int64_t carved_chunks_at_once = 64;
+inline constexpr std::uint64_t bytes_per_carved_chunk = 4096;
+
+// Records that carving keeps in memory until all templates are known; more go to a file.
+inline constexpr std::size_t carved_bytes_in_memory = 16 << 20;
+
 }  // namespace zanvik::limits

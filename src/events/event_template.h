@@ -31,6 +31,8 @@ struct template_token {
   std::uint16_t slot = 0;  // number in the record's table
   std::uint32_t text = 0;  // where its text begins in the pool
   std::uint32_t text_bytes = 0;
+
+  bool operator==(const template_token&) const = default;
 };
 
 struct event_template {

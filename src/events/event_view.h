@@ -48,6 +48,7 @@ enum event_flag : std::uint32_t {
   event_cut = 2,            // a value or its binary XML broke off
   event_outside_range = 4,  // its number is not among those that its chunk declares
   event_no_template = 8,    // a template was not found: its values have no names
+  event_carved = 16,        // found by its signature alone, in bytes that may be anything
 };
 
 struct event_header {

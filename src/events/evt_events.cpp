@@ -140,6 +140,7 @@ void evt_event_reader::on_record(const evt_record& record) {
   header.record_number = record.record_num;
   header.written = qx::time(record.time_written, qx::type_time::unix_time).filetime();
   header.file_offset = base_offset_ + record.file_offset;
+  header.flags = flags_;
   kinds_.assign((slots_.size() + 31) / 32, 0);
   for (std::size_t i = 0; i < slots_.size(); ++i) {
     kinds_[i / 32] |= kind_bits(slots_[i].type) << 2 * (i % 32);

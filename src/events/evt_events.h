@@ -26,6 +26,9 @@ class evt_event_reader : public evt_sink {
     readable_end_ = readable_end;
   }
 
+  // Of all events from now on.
+  void set_flags(std::uint32_t flags) { flags_ = flags; }
+
   void on_record(const evt_record& record) override;
 
  private:
@@ -44,6 +47,7 @@ class evt_event_reader : public evt_sink {
 
   event_sink& sink_;
   const log_source* source_ = nullptr;
+  std::uint32_t flags_ = 0;
   std::uint64_t base_offset_ = 0;
   const std::byte* readable_end_ = nullptr;
   std::map<std::size_t, std::unique_ptr<event_template>> templates_;

@@ -18,11 +18,38 @@ constexpr std::uint64_t descriptor_bytes = 4;
 
 void evtx_event_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                                     std::uint64_t file_offset) {
+  fragment_ = false;
   budget_ = {};
   expansion_ = limits::expanded_bytes_per_chunk;
-  chunk_ = {byte_cursor(bytes, file_offset), bound, file_offset, &budget_, &memory_};
-  memory_.start_chunk();
   new_shapes_ = limits::new_shape_bytes_per_chunk;
+  begin_chunk({byte_cursor(bytes, file_offset), bound, file_offset, &budget_, &memory_});
+}
+
+void evtx_event_reader::start_fragment(std::span<const std::byte> chunk, std::uint64_t file_offset,
+                                       std::uint64_t credit) {
+  fragment_ = true;
+  add_credit(std::min(credit, layout::chunk_bytes));
+  begin_chunk({byte_cursor(chunk, file_offset), chunk.size(), file_offset, &budget_, &memory_});
+}
+
+void evtx_event_reader::add_credit(std::uint64_t bytes) {
+  const auto add = [bytes](std::int64_t& left, std::int64_t most) {
+    const std::int64_t share = most / static_cast<std::int64_t>(layout::chunk_bytes);
+    left = std::min(most, left + share * static_cast<std::int64_t>(bytes));
+  };
+  const work_budget whole;
+  add(budget_.slot_bytes, whole.slot_bytes);
+  add(budget_.plain_bytes, whole.plain_bytes);
+  add(budget_.slack_bytes, whole.slack_bytes);
+  add(budget_.body_bytes, whole.body_bytes);
+  add(budget_.layout_bytes, whole.layout_bytes);
+  add(expansion_, limits::expanded_bytes_per_chunk);
+  add(new_shapes_, limits::new_shape_bytes_per_chunk);
+}
+
+void evtx_event_reader::begin_chunk(const chunk_view& chunk) {
+  chunk_ = chunk;
+  memory_.start_chunk();
   first_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
   last_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
   places_.fill({});
@@ -67,6 +94,7 @@ void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
   if (header.record_number < first_number_ || header.record_number > last_number_) {
     flags |= event_outside_range;
   }
+  flags |= flags_;
   if (cut_ || shape.cut) flags |= event_cut;
   if (shape.no_template) flags |= event_no_template;
   header.flags = flags;
@@ -103,7 +131,7 @@ event_shape* evtx_event_reader::affordable_shape() {
 bool evtx_event_reader::is_unwanted(std::uint64_t fragment) {
   const byte_cursor& bytes = chunk_.bytes;
   const auto head = nested_instance_at(chunk_, fragment);
-  if (!head || head->definition == fragment + head->length) return false;
+  if (!head || brings_definition(fragment + head->length, *head)) return false;
   const event_template* body = template_at(*head);
   if (!body || body->event_id_slot < 0) return false;
   const std::uint64_t table = fragment + head->length;
@@ -155,16 +183,34 @@ bool evtx_event_reader::read_instance(std::uint64_t offset, const instance_head&
                                       event_instance& instance) {
   const std::uint64_t behind = offset + head.length;
   std::uint64_t table = behind;
-  if (head.definition == behind) {
+  if (brings_definition(behind, head)) {
     const auto size = chunk_.bytes.at<std::uint32_t>(behind + layout::definition_size_at);
     if (size) table = behind + layout::definition_head_bytes + *size;
   }
   instance.body = template_at(head);
   read_table(table, instance);
+  if (!instance.body && fragment_) instance.body = from_library(behind, head, instance.slot_count);
   if (!instance.body) {
     instance.body = missing_template(instance.slot_count, instances_.empty());
   }
   return true;
+}
+
+// Whether the definition stands behind the instance's head. The place of a part may not be known,
+// so that the head's offset tells nothing; its id does.
+bool evtx_event_reader::brings_definition(std::uint64_t behind, const instance_head& head) const {
+  if (head.definition == behind) return true;
+  return fragment_ &&
+         chunk_.bytes.at<std::uint32_t>(behind + layout::definition_guid_at) == head.template_id;
+}
+
+const event_template* evtx_event_reader::from_library(std::uint64_t behind,
+                                                      const instance_head& head,
+                                                      std::uint32_t slots) const {
+  if (!library_) return nullptr;
+  std::optional<guid_bytes> guid;
+  if (brings_definition(behind, head)) guid = definition_guid(chunk_, behind);
+  return library_->find(head.template_id, guid, slots);
 }
 
 void evtx_event_reader::read_table(std::uint64_t table, event_instance& instance) {
@@ -259,7 +305,14 @@ const event_template* evtx_event_reader::template_at(const instance_head& head) 
   const auto id = chunk_.bytes.at<std::uint32_t>(head.definition + layout::definition_guid_at);
   if (head.definition == 0 || !size || !id) return nullptr;
   if (*id == head.template_id) known.body = known_template(head.definition, *size);
-  if (!known.body) known.body = chunk_template(head.definition, *size, *id == head.template_id);
+  if (!known.body && (!fragment_ || *id == head.template_id)) {
+    known.body = chunk_template(head.definition, *size, *id == head.template_id && !fragment_);
+  }
+  if (known.body && library_) {
+    if (const auto guid = definition_guid(chunk_, head.definition)) {
+      library_->add(*guid, *known.body);
+    }
+  }
   return known.body;
 }
 

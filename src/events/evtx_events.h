@@ -15,6 +15,7 @@
 
 #include "events/event_shapes.h"
 #include "events/event_view.h"
+#include "events/template_library.h"
 #include "evtx/bxml/bxml_tokens.h"
 #include "evtx/evtx.h"
 #include "evtx/templates/template_bodies.h"
@@ -36,8 +37,19 @@ class evtx_event_reader : public chunk_visitor {
   // Events whose id is plainly not among these are not handed on; null for all.
   void take_event_ids(const event_id_set* ids) { event_ids_ = ids; }
 
+  // Of all events from now on.
+  void set_flags(std::uint32_t flags) { flags_ = flags; }
+
+  // Templates of chunks are added to the library, which must outlive the reader.
+  void set_library(template_library* library) { library_ = library; }
+
   void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                    std::uint64_t file_offset) override;
+  // A part of a chunk, in a chunk whose other bytes are all ones: a template that is not all there
+  // is taken from the library. The work that its records may cause grows by the share that
+  // `credit` bytes have of a chunk's, up to that of one chunk.
+  void start_fragment(std::span<const std::byte> chunk, std::uint64_t file_offset,
+                      std::uint64_t credit);
   bool on_record(std::uint64_t offset) override;
   void on_slack_candidate(std::uint64_t offset, std::uint64_t area_bytes) override;
 
@@ -50,7 +62,12 @@ class evtx_event_reader : public chunk_visitor {
   };
   using owned_template = std::unique_ptr<event_template>;
 
+  void begin_chunk(const chunk_view& chunk);
+  void add_credit(std::uint64_t bytes);
   bool is_unwanted(std::uint64_t fragment);
+  bool brings_definition(std::uint64_t behind, const instance_head& head) const;
+  const event_template* from_library(std::uint64_t behind, const instance_head& head,
+                                     std::uint32_t slots) const;
   event_shape& shape_of_event();
   event_shape* affordable_shape();
   void read_event(std::uint64_t offset, std::uint32_t flags);
@@ -72,10 +89,15 @@ class evtx_event_reader : public chunk_visitor {
   event_sink& sink_;
   const log_source* source_ = nullptr;
   const event_id_set* event_ids_ = nullptr;
+  std::uint32_t flags_ = 0;
+  template_library* library_ = nullptr;
+  bool fragment_ = false;  // the chunk in hand is a part of one
   work_budget budget_;
   bxml_memory memory_;
-  std::int64_t expansion_ = 0;   // bytes of templates that the chunk's events may still be made of
-  std::int64_t new_shapes_ = 0;  // the same, of those whose shape is not known
+  // Bytes of templates that the chunk's events may still be made of; of those whose shape is not
+  // known.
+  std::int64_t expansion_ = limits::expanded_bytes_per_chunk;
+  std::int64_t new_shapes_ = limits::new_shape_bytes_per_chunk;
   chunk_view chunk_;
   std::uint64_t value_end_ = 0;
   std::uint64_t first_number_ = 0;

@@ -28,6 +28,7 @@ void put_json_oddities(output_buffer& out, std::uint32_t flags, bool lossy) {
   if (flags & event_cut) out.append(",\"cut\":true");
   if (flags & event_outside_range) out.append(",\"outside_range\":true");
   if (flags & event_no_template) out.append(",\"no_template\":true");
+  if (flags & event_carved) out.append(",\"carved\":true");
   if (lossy) out.append(",\"lossy\":true");
 }
 
@@ -36,6 +37,7 @@ void put_xml_oddities(output_buffer& out, std::uint32_t flags) {
   if (flags & event_cut) out.append(" cut=\"true\"");
   if (flags & event_outside_range) out.append(" outside_range=\"true\"");
   if (flags & event_no_template) out.append(" no_template=\"true\"");
+  if (flags & event_carved) out.append(" carved=\"true\"");
 }
 
 void put_number(output_buffer& out, std::uint64_t number) {

@@ -1,19 +1,10 @@
 #include "inspect/checksum.h"
 
 #include <openssl/evp.h>
-#include <zlib.h>
-
-#include <limits>
 
 #include "base/digits.h"
 
 namespace zanvik {
-
-std::uint32_t crc32_of(std::span<const std::byte> bytes, std::uint32_t seed) {
-  static_assert(std::numeric_limits<z_size_t>::digits >= 64);
-  return static_cast<std::uint32_t>(
-      ::crc32_z(seed, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()));
-}
 
 struct sha256::state {
   EVP_MD_CTX* context = EVP_MD_CTX_new();

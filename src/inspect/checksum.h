@@ -1,4 +1,4 @@
-// Checksums, by zlib and OpenSSL. This is the only file that knows either library.
+// Checksums of files, by OpenSSL. This is the only file that knows that library.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +7,9 @@
 #include <span>
 #include <string>
 
-namespace zanvik {
+#include "source/crc32.h"
 
-// CRC-32 as the headers of .evtx logs hold it; `seed` is the value of the bytes before.
-std::uint32_t crc32_of(std::span<const std::byte> bytes, std::uint32_t seed = 0);
+namespace zanvik {
 
 // The SHA-256 of bytes that come in pieces.
 class sha256 {

@@ -50,6 +50,9 @@ bool read_stream(const found_log& log, std::uint64_t offset, std::vector<std::by
   }
 }
 
+// Holes shorter than this are read.
+constexpr std::uint64_t least_hole_bytes = 1 << 20;
+
 }  // namespace
 
 ssize_t read_fully(int descriptor, std::span<std::byte> buffer) {
@@ -78,6 +81,41 @@ bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_b
     if (got > 0) use(std::span(block).first(static_cast<std::size_t>(got)), offset);
     all = all && got == static_cast<ssize_t>(wanted);
     offset += wanted;
+  }
+  return all;
+}
+
+bool read_into(const found_log& log,
+               const std::function<std::span<std::byte>(std::uint64_t offset)>& room,
+               const std::function<void(std::size_t bytes)>& use) {
+  std::uint64_t offset = 0;
+  if (log.is_stream && !log.head.empty()) {
+    std::copy(log.head.begin(), log.head.end(), room(0).begin());
+    use(log.head.size());
+    offset = log.head.size();
+  }
+  bool all = true;
+  while (log.is_stream || offset < log.size) {
+    if (!log.is_stream) {
+      const std::uint64_t data = next_data(log, offset);
+      if (data >= offset + least_hole_bytes) offset = data;
+      if (offset >= log.size) break;
+    }
+    std::span<std::byte> buffer = room(offset);
+    if (!log.is_stream && buffer.size() > log.size - offset) {
+      buffer = buffer.first(static_cast<std::size_t>(log.size - offset));
+    }
+    const ssize_t got = log.is_stream ? read_fully(log.descriptor, buffer)
+                                      : read_fully(log.descriptor, buffer, offset);
+    const auto bytes = static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+    use(bytes);
+    if (log.is_stream) {
+      if (bytes < buffer.size()) return all && got >= 0;
+      offset += bytes;
+    } else {
+      all = all && bytes == buffer.size();
+      offset += buffer.size();
+    }
   }
   return all;
 }

@@ -25,4 +25,10 @@ using block_use = std::function<void(std::span<std::byte>, std::uint64_t)>;
 bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
                  const block_use& use);
 
+// The same into memory of the caller's: `room` is asked for some of it, for the bytes at an offset,
+// and `use` gets their count.
+bool read_into(const found_log& log,
+               const std::function<std::span<std::byte>(std::uint64_t offset)>& room,
+               const std::function<void(std::size_t bytes)>& use);
+
 }  // namespace zanvik

@@ -1,4 +1,4 @@
-// A log that was found: open, and known by its signature.
+// A log that was found: open, and known by its signature; or bytes to be searched for logs.
 #pragma once
 
 #include <cstddef>
@@ -16,6 +16,7 @@ struct found_log {
   std::uint64_t size = 0;       // bytes; 0 for a stream
   std::vector<std::byte> head;  // first bytes of a stream, which cannot be read again
   bool is_stream = false;
+  bool carve = false;  // taken for bytes in which logs may be, whatever they begin with
 };
 
 }  // namespace zanvik

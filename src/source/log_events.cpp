@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "source/block_reader.h"
+#include "source/carver.h"
 
 namespace zanvik {
 namespace {
@@ -22,6 +23,7 @@ std::uint64_t first_chunk(std::span<const std::byte> block) {
 }
 
 bool log_event_reader::read(const found_log& log) {
+  if (log.carve) return carve(log);
   return log.source.kind == log_kind::evtx ? read_evtx(log) : read_evt(log);
 }
 
@@ -57,6 +59,21 @@ bool log_event_reader::read_evt(const found_log& log) {
   evt_.set_buffer(0, all.data() + all.size());
   walk_evt_log(all, evt_);
   return whole;
+}
+
+bool log_event_reader::carve(const found_log& log) {
+#ifdef ZANVIK_ZLIB
+  carver work(sink_, log.source, slack_);
+  work.take_event_ids(event_ids_);
+  const bool whole = read_into(log, [&](std::uint64_t offset) {
+    if (on_progress) on_progress(offset);
+    return work.room(offset);
+  }, [&](std::size_t bytes) { work.take(bytes); });
+  return work.finish() && whole;
+#else
+  (void)log;
+  return false;
+#endif
 }
 
 }  // namespace zanvik

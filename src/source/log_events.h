@@ -2,6 +2,7 @@
 //
 //   log_finder.h    logs in files, folders and standard input
 //   block_reader.h  their bytes, a block at a time
+//   carver.h        events in bytes that are no log
 #pragma once
 
 #include "events/evt_events.h"
@@ -18,13 +19,17 @@ std::uint64_t first_chunk(std::span<const std::byte> block);
 class log_event_reader {
  public:
   // `slack`: records from free space too. The sink must outlive the reader.
-  log_event_reader(event_sink& sink, bool slack) : evtx_(sink), evt_(sink), slack_(slack) {}
+  log_event_reader(event_sink& sink, bool slack)
+      : sink_(sink), evtx_(sink), evt_(sink), slack_(slack) {}
 
   // Told how many bytes of a log are read.
   std::function<void(std::uint64_t)> on_progress;
 
   // Events with other ids may be left out early: a hint, which spares the reading of most of them.
-  void take_event_ids(const event_id_set* ids) { evtx_.take_event_ids(ids); }
+  void take_event_ids(const event_id_set* ids) {
+    event_ids_ = ids;
+    evtx_.take_event_ids(ids);
+  }
 
   // Hands on the events of the log. False when a part of it could not be read.
   bool read(const found_log& log);
@@ -32,7 +37,10 @@ class log_event_reader {
  private:
   bool read_evtx(const found_log& log);
   bool read_evt(const found_log& log);
+  bool carve(const found_log& log);
 
+  event_sink& sink_;
+  const event_id_set* event_ids_ = nullptr;
   evtx_event_reader evtx_;
   evt_event_reader evt_;
   bool slack_;

@@ -51,6 +51,11 @@ class descriptor {
   int fd_;
 };
 
+std::uint64_t end_of(int file) {
+  const off_t end = ::lseek(file, 0, SEEK_END);
+  return end < 0 ? 0 : static_cast<std::uint64_t>(end);
+}
+
 struct entry {
   std::string name;
   bool folder = false;
@@ -134,14 +139,17 @@ void log_finder::find_file(const std::string& path, bool named) {
     return;
   }
   const auto kind = kind_of(std::span(head, static_cast<std::size_t>(got)));
-  if (!kind) {
+  if (!kind && !carve_) {
     if (named) on_problem_(path, "not an event log");
     return;
   }
   found_log log;
-  log.source = {path, *kind, about.st_dev, about.st_ino};
+  log.source = {path, kind.value_or(log_kind::evtx), about.st_dev, about.st_ino};
   log.descriptor = file.get();
   log.size = static_cast<std::uint64_t>(about.st_size);
+  // A device has no size of its own.
+  if (S_ISBLK(about.st_mode)) log.size = end_of(file.get());
+  log.carve = carve_;
   on_log_(log);
 }
 
@@ -155,13 +163,14 @@ void log_finder::find_stream() {
   }
   log.head.resize(static_cast<std::size_t>(got));
   const auto kind = kind_of(log.head);
-  if (!kind) {
+  if (!kind && !carve_) {
     on_problem_("-", "not an event log");
     return;
   }
   identify_standard_input(log.source);
   log.source.path = "-";
-  log.source.kind = *kind;
+  log.source.kind = kind.value_or(log_kind::evtx);
+  log.carve = carve_;
   log.descriptor = STDIN_FILENO;
   log.is_stream = true;
   on_log_(log);

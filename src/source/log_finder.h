@@ -25,6 +25,9 @@ class log_finder {
   log_finder(log_callback on_log, problem_callback on_problem)
       : on_log_(std::move(on_log)), on_problem_(std::move(on_problem)) {}
 
+  // Files are not asked what they are; each of them is bytes to be searched for logs.
+  void carve() { carve_ = true; }
+
   void find(const std::string& path);
 
  private:
@@ -34,6 +37,7 @@ class log_finder {
 
   log_callback on_log_;
   problem_callback on_problem_;
+  bool carve_ = false;
 };
 
 }  // namespace zanvik

@@ -53,6 +53,7 @@ survey look_at(const export_options& options) {
         if (is_same_file(options.output, log.source)) seen.output_is_input = log.source.path;
       },
       [](const std::string&, const std::string&) {});
+  if (options.logs.carve) finder.carve();
   for (const std::string& path : options.logs.paths) {
     if (path == "-") {
       log_source input;
@@ -100,6 +101,7 @@ class export_run : public event_sink {
           done += log.size;
         },
         problem);
+    if (options_.logs.carve) finder.carve();
     form_->begin(out_);
     for (const std::string& path : options_.logs.paths) finder.find(path);
     if (!events_.finish()) problem("sorting", events_.error());

@@ -119,6 +119,7 @@ class hunt_run : public event_sink {
           if (!reader.read(log)) problem(log.source.path, "a part could not be read");
         },
         [this](const std::string& path, const std::string& what) { problem(path, what); });
+    if (options_.logs.carve) finder.carve();
     for (const std::string& path : options_.logs.paths) finder.find(path);
     const sigma::hunt_counts counts = hunter_->counts();
     tell_given_up(counts);
@@ -210,6 +211,7 @@ int run(const hunt_options& options) {
           if (is_same_file(options.output, log.source)) replaced = log.source.path;
         },
         [](const std::string&, const std::string&) {});
+    if (options.logs.carve) finder.carve();
     for (const std::string& path : options.logs.paths) {
       if (path != "-") finder.find(path);
     }

@@ -77,6 +77,11 @@ std::string nearest_option(const CLI::App& app, std::string_view misspelt) {
 
 }  // namespace
 
+void add_carve_option(CLI::App& app, bool& carve) {
+  app.add_flag("--carve", carve,
+               "PATH is bytes of any kind: find chunks and records of logs in them, at any offset");
+}
+
 void add_log_options(CLI::App& app, log_options& options) {
   event_conditions& take = options.conditions;
   app.add_option("PATH", options.paths, "logs, folders of logs, or - for a log on standard input")
@@ -84,6 +89,7 @@ void add_log_options(CLI::App& app, log_options& options) {
       ->type_name("");
   app.add_flag("-q,--quiet", options.quiet, "no progress line");
   app.add_flag("--slack", options.slack, "records from free space too, marked");
+  add_carve_option(app, options.carve);
   add_condition(app, "-i,--event-id", "LIST", "numbers and ranges: 4624,4625,1000-1010 or !4634",
                 read_event_ids, take);
   add_patterns(app, "-c,--channel", "PATTERN", "of this channel; * and ? stand for anything",

@@ -17,11 +17,15 @@ struct log_options {
   std::vector<std::string> paths;
   bool quiet = false;
   bool slack = false;
+  bool carve = false;
   event_conditions conditions;
 };
 
 // Adds the options to a verb's command line; `options` is filled when that is parsed.
 void add_log_options(CLI::App& app, log_options& options);
+
+// Adds --carve alone.
+void add_carve_option(CLI::App& app, bool& carve);
 
 // Parses a verb's command line. Returns 0 or, with what there is to say said, the status that ends
 // the run: `done` is set then.

@@ -1,0 +1,101 @@
+// Events from bytes that are no log: an image, memory, free space, a file of whatever kind.
+//
+// In: bytes from front to back, read into the carver's own room. Out: events, each with its offset in the input and marked
+// as carved. Chunks that are whole by structure and both checksums, and legacy records whose two
+// sizes agree, come at once, in the order of the input. What is left of other chunks, and records
+// that stand alone, come when the end is reached, in the order of the input too: by then all
+// templates are known that the input has. One without its template has its header and its values.
+//
+// Nothing is looked for inside a whole chunk. Memory is bounded (limits.h); work is in proportion
+// to the input, however its records lie over one another.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "events/evt_events.h"
+#include "events/evtx_events.h"
+#include "source/record_runs.h"
+
+namespace zanvik {
+
+// What was found, for those who want to know.
+class carve_watcher {
+ public:
+  virtual ~carve_watcher() = default;
+  virtual void on_chunk(std::span<const std::byte> chunk, std::uint64_t offset) = 0;
+  virtual void on_run(const record_run& run, std::uint32_t records) = 0;
+  virtual void on_legacy_record(std::uint64_t offset, std::uint32_t size) = 0;
+};
+
+class carver {
+ public:
+  // `slack`: records from the free space of whole chunks too. All must outlive the carver.
+  carver(event_sink& sink, const log_source& input, bool slack);
+
+  // Events with other ids may be left out.
+  void take_event_ids(const event_id_set* ids) { chunks_.take_event_ids(ids); }
+  void set_watcher(carve_watcher* watcher) { watcher_ = watcher; }
+
+  // Room for the bytes that stand at `offset` of the input. Those that do not go on where the last
+  // ones ended are taken for the start of something else.
+  std::span<std::byte> room(std::uint64_t offset);
+  // So many bytes are in the room now.
+  void take(std::size_t bytes);
+  // Hands out the rest. False when a record could not be kept for that.
+  [[nodiscard]] bool finish();
+
+ private:
+  class no_sink : public event_sink {
+    void on_event(const event_view&) override {}
+  };
+  // What a hit tells of where to go on; `more` when the bytes behind it are not there yet.
+  struct outcome {
+    std::size_t next = 0;
+    bool more = false;
+  };
+
+  void scan(bool last);
+  outcome take_chunk(std::size_t at, bool last);
+  outcome take_record(std::size_t at, bool last);
+  outcome take_legacy(std::size_t at, bool last);
+  bool is_whole_chunk(std::span<const std::byte> chunk);
+  bool may_overlap(std::uint64_t size);
+  bool append_to_run(std::uint64_t offset, std::span<const std::byte> record, std::uint32_t place);
+  void keep_run(record_run run, std::span<const std::byte> bytes);
+  void close_run();
+  std::uint32_t read_run(evtx_event_reader& reader, const record_run& run,
+                         std::span<const std::byte> bytes, std::uint64_t credit);
+
+  log_source source_;
+  log_source legacy_source_;
+  bool slack_;
+  carve_watcher* watcher_ = nullptr;
+  no_sink nobody_;
+  template_library library_;
+  evtx_event_reader chunks_;   // whole chunks, then runs
+  evtx_event_reader learner_;  // reads runs for their templates
+  evt_event_reader legacy_;
+  evt_record legacy_record_;
+
+  std::vector<std::byte> window_;  // bytes that are not done with
+  std::size_t held_ = 0;           // of them
+  std::size_t next_ = 0;           // where the search goes on
+  std::uint64_t base_ = 0;         // offset of the window
+
+  record_run run_;  // open; without bytes when none is
+  std::vector<std::byte> run_bytes_;
+  std::uint64_t legacy_end_ = 0;  // of the last legacy record
+  run_store runs_;
+  bool all_kept_ = true;
+  std::uint64_t passed_ = 0;  // bytes of the input that were seen
+  std::int64_t overlapped_ = 0;
+  std::int64_t chunks_checked_ = 0;
+  std::int64_t texts_read_ = 0;      // cost of legacy texts
+  std::uint64_t learnt_ = 0;         // `passed_` when the learner read a run
+  std::vector<std::byte> fragment_;  // all ones; a run is put into it to be read
+};
+
+}  // namespace zanvik

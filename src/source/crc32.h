@@ -1,0 +1,13 @@
+// CRC-32 as the headers of .evtx logs hold it, by zlib. The only file that knows that library.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace zanvik {
+
+// `seed` is the value of the bytes before.
+std::uint32_t crc32_of(std::span<const std::byte> bytes, std::uint32_t seed = 0);
+
+}  // namespace zanvik
