@@ -156,8 +156,8 @@ bool carver::is_whole_chunk(std::span<const std::byte> chunk) {
     return false;
   }
   const std::uint32_t front = crc32_of(chunk.first(summed_front_bytes));
-  const std::uint32_t header = crc32_of(
-      chunk.subspan(header_size, layout::chunk_header_bytes - header_size), front);
+  const std::uint32_t header =
+      crc32_of(chunk.subspan(header_size, layout::chunk_header_bytes - header_size), front);
   if (bytes.at<std::uint32_t>(header_checksum_at) != header) return false;
   const auto most = limits::carved_chunks_at_once +
                     static_cast<std::int64_t>(passed_ / limits::bytes_per_carved_chunk);

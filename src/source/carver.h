@@ -1,10 +1,11 @@
 // Events from bytes that are no log: an image, memory, free space, a file of whatever kind.
 //
-// In: bytes from front to back, read into the carver's own room. Out: events, each with its offset in the input and marked
-// as carved. Chunks that are whole by structure and both checksums, and legacy records whose two
-// sizes agree, come at once, in the order of the input. What is left of other chunks, and records
-// that stand alone, come when the end is reached, in the order of the input too: by then all
-// templates are known that the input has. One without its template has its header and its values.
+// In: bytes from front to back, read into the carver's own room. Out: events, each with its offset
+// in the input and marked as carved. Chunks that are whole by structure and both checksums, and
+// legacy records whose two sizes agree, come at once, in the order of the input. What is left of
+// other chunks, and records that stand alone, come when the end is reached, in the order of the
+// input too: by then all templates are known that the input has. One without its template has its
+// header and its values.
 //
 // Nothing is looked for inside a whole chunk. Memory is bounded (limits.h); work is in proportion
 // to the input, however its records lie over one another.

@@ -65,10 +65,13 @@ bool log_event_reader::carve(const found_log& log) {
 #ifdef ZANVIK_ZLIB
   carver work(sink_, log.source, slack_);
   work.take_event_ids(event_ids_);
-  const bool whole = read_into(log, [&](std::uint64_t offset) {
-    if (on_progress) on_progress(offset);
-    return work.room(offset);
-  }, [&](std::size_t bytes) { work.take(bytes); });
+  const bool whole = read_into(
+      log,
+      [&](std::uint64_t offset) {
+        if (on_progress) on_progress(offset);
+        return work.room(offset);
+      },
+      [&](std::size_t bytes) { work.take(bytes); });
   return work.finish() && whole;
 #else
   (void)log;

@@ -25,8 +25,7 @@ int open_nameless_file() {
 
 bool write_fully(int file, std::span<const std::byte> bytes, std::uint64_t offset) {
   while (!bytes.empty()) {
-    const ssize_t done =
-        ::pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+    const ssize_t done = ::pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
     if (done < 0 && errno == EINTR) continue;
     if (done <= 0) return false;
     offset += static_cast<std::uint64_t>(done);

@@ -51,6 +51,20 @@ TEST(export_run, paths_of_all_kinds) {
   EXPECT_EQ(lines_seen(stream.out), "- 9; ");
 }
 
+// A log behind other bytes is nothing that export reads, and something that it carves.
+TEST(export_run, carving_takes_files_and_streams_of_any_bytes) {
+  const scratch_dir scratch;
+  const std::string bytes = "not a log " + small_log(5) + std::string(2'000'000, 'x') + small_log(6);
+  const std::string path = scratch.write("memory.dmp", bytes);
+  EXPECT_EQ(run_zanvik({"export", path}).status, 1);
+  const auto run = run_zanvik({"export", "--carve", path});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(lines_seen(run.out), path + " 5; " + path + " 6; ");
+  EXPECT_NE(run.out.find("\"offset\":" + std::to_string(10 + 4096 + 512) + ","), std::string::npos);
+  const auto stream = run_zanvik({"export", "--carve", "-"}, {.input = bytes, .folder = ""});
+  EXPECT_EQ(lines_seen(stream.out), "- 5; - 6; ");
+}
+
 TEST(export_run, a_log_whose_first_chunk_is_lost_gives_the_rest) {
   const scratch_dir scratch;
   std::string log = bytes_of_log(log_builder().chunk({record(1)}).chunk({record(2)}));
