@@ -63,8 +63,8 @@ void find_in_order(const std::vector<chunk_summary>& chunks, const std::vector<c
     if (next.first.number < before.first.number) {
       findings
           .add(finding_kind::chunk_order, next.first.offset,
-               "begins with record " + text_of(next.first.number) + ", behind a chunk from " +
-                   text_of(before.first.number) + " on")
+               "begins with record " + text_of(next.first.number) +
+                   ", after a chunk that begins with " + text_of(before.first.number))
           .chunk = next.first.chunk;
     } else {
       sequence.compare(before.last, next.first);

@@ -174,7 +174,7 @@ void event_facts::finish(const std::vector<time_jump>& jumps, std::uint64_t firs
   if (first_number > 1) {
     std::string detail = "the first record is " + std::to_string(first_number);
     if (std::find(clearings_.begin(), clearings_.end(), first_number) != clearings_.end()) {
-      detail += ", which tells of a clearing";
+      detail += ", which reports that the log was cleared";
     }
     out_.findings.add(finding_kind::begins_late, 0, std::move(detail)).record = first_number;
   }

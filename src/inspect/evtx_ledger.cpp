@@ -188,7 +188,8 @@ void evtx_ledger::settle_free_records() {
     if (of_chunk[chunk] == 0) continue;
     out_.findings
         .add(finding_kind::free_records, out_.chunks[chunk].offset,
-             std::to_string(of_chunk[chunk]) + " records in the free space of the chunk")
+             std::to_string(of_chunk[chunk]) + (of_chunk[chunk] == 1 ? " record" : " records") +
+                 " in the free space of the chunk")
         .chunk = out_.chunks[chunk].index;
   }
 }

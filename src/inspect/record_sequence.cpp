@@ -54,8 +54,7 @@ void record_sequence::compare(const sequence_record& before, const sequence_reco
   };
   if (next.number <= before.number) {
     found(finding_kind::number_repeated, "record " + std::to_string(next.number) +
-                                             " comes behind record " +
-                                             std::to_string(before.number));
+                                             " follows record " + std::to_string(before.number));
     return;
   }
   if (next.number - before.number > 1) {

@@ -111,7 +111,7 @@ TEST(event_facts, a_log_that_begins_late) {
   EXPECT_EQ(lines_of(ledger_of(log_builder().chunk({record(42)}))),
             std::vector<std::string>{"begins_late: the first record is 42"});
   EXPECT_EQ(lines_of(ledger_of(log_builder().chunk({record(42, cleared(1102))}))).front(),
-            "begins_late: the first record is 42, which tells of a clearing");
+            "begins_late: the first record is 42, which reports that the log was cleared");
 }
 
 TEST(event_facts, counts_and_names) {

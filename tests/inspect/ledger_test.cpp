@@ -234,9 +234,9 @@ TEST(check_run, prints_a_table) {
   };
   has("  file header                                              -             4,096");
   has("  chunk headers                                            -               512");
-  has("  sum: living records; size of the log                     2            69,632");
+  has("  sum: live records; size of the log                       2            69,632");
   has("  declared by headers                                      3                 -");
-  has("  declared, and not found                                  1                 -");
+  has("  declared but not found                                   1                 -");
   has("    at " + std::string(10 - std::to_string(log.record_offset(0, 1)).size(), ' ') +
       std::to_string(log.record_offset(0, 1)) +
       ", chunk 0, record 3: 1 record (2) missing before this one");

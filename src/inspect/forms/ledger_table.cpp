@@ -87,12 +87,12 @@ void append_account(std::string& out, log_ledger& ledger) {
     append_line(out, area_text(kind), counted ? grouped(line.records) : "-", grouped(line.bytes),
                 ranges_text(line.numbers, shown_ranges));
   }
-  append_line(out, "sum: living records; size of the log", grouped(account.found()),
+  append_line(out, "sum: live records; size of the log", grouped(account.found()),
               grouped(account.bytes()), {});
   append_line(out, "declared by headers", grouped(account.declared), "-", {});
-  append_line(out, "declared, and not found", grouped(account.missing), "-", {});
-  append_line(out, "given by export", grouped(account.given()), "-", {});
-  append_line(out, "given by export --slack", grouped(account.given_with_slack), "-", {});
+  append_line(out, "declared but not found", grouped(account.missing), "-", {});
+  append_line(out, "shown by export", grouped(account.given()), "-", {});
+  append_line(out, "shown by export --slack", grouped(account.given_with_slack), "-", {});
 }
 
 void append_chunks(std::string& out, const log_ledger& ledger) {
