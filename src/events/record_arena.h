@@ -28,6 +28,8 @@ class record_arena {
     if (tight_buffers || used + bytes > room_) move_along(used, bytes);
     return next_;
   }
+  // How much of what was reserved last, or moved along, may be used.
+  std::size_t room() const { return room_; }
   // Keeps the first `bytes` of what was reserved.
   void keep(std::size_t bytes) {
     next_ += bytes;

@@ -68,7 +68,7 @@ inline char* finish_cell(char* cell, char* end, bool marked) {
   const auto length = static_cast<std::size_t>(end - text);
   constexpr std::size_t one_byte_lengths = 64;
   if (length < one_byte_lengths) {
-    write_cell_head(cell, length, marked);
+    *cell = static_cast<char>(length << 1 | (marked ? 1u : 0u));
     return end;
   }
   char head[max_cell_head];

@@ -153,7 +153,8 @@ bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
   bxml_cursor cursor{chunk_};
   cursor.position = bxml;
   cursor.budget = record_.in_slack ? &budget_.slack_bytes : &budget_.plain_bytes;
-  field_map fields;
+  field_pool_.release();
+  field_map fields(&field_pool_);
   decode_bxml(nullptr, &fields, cursor, limit);
   // A record that could not be paid for to its end would be shown as something it is not.
   if (fields.empty() || *cursor.budget <= 0) return false;
@@ -166,9 +167,7 @@ bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
     record_.time = record_.time_written;
   }
   own_layout_ = {};
-  for (auto& [name, value] : fields) {
-    own_layout_.fields.push_back({name, value.type, std::move(value.text)});
-  }
+  move_fields(fields, own_layout_);
   slots_.clear();
   record_.slots = slots_;
   record_.layout = &own_layout_;

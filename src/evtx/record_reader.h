@@ -5,7 +5,10 @@
 // is in its `template_store`. The record it gives lives until the next one is read.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 #include "base/time_formats.h"
@@ -75,6 +78,9 @@ class record_reader {
   record_layout own_layout_;  // of a record without templates
   std::vector<record_slot> slots_;
   std::string scratch_;
+  // Of the fields of one record without templates.
+  std::array<std::byte, 32768> field_memory_;
+  std::pmr::monotonic_buffer_resource field_pool_{field_memory_.data(), field_memory_.size()};
 };
 
 }  // namespace zanvik

@@ -38,44 +38,53 @@ std::size_t repeated_bytes(const record_layout& layout) {
 // Writes the cells of one record to the arena.
 class block_writer {
  public:
-  block_writer(record_arena& arena, value_writer& writer) : arena_(arena), writer_(writer) {}
+  block_writer(record_arena& arena, value_writer& writer)
+      : arena_(arena),
+        writer_(writer),
+        at_(arena.reserve(0)),
+        begin_(at_),
+        limit_(at_ + arena.room()) {}
 
   // Returns the text as it was written, valid until the next cell.
   std::string_view add(const raw_value& raw, const plan_value& value, value_form form) {
-    char* const cell = room(value_text_bound(raw));
-    char* const text = cell + 1;
+    make_room(value_text_bound(raw));
     bool marked = false;
-    char* end = writer_.write(text, raw, form, marked);
-    if (end == text && value.null_if_empty && raw.type == value_type::binary) {
-      end = copy(text, null_text);
+    char* end = writer_.write(at_ + 1, raw, form, marked);
+    if (end == at_ + 1 && value.null_if_empty && raw.type == value_type::binary) {
+      end = copy(end, null_text);
     }
-    return finish(cell, end, marked);
+    return finish(end, marked);
   }
 
   std::string_view add(std::string_view text, bool marked) {
-    char* const cell = room(text.size());
-    return finish(cell, copy(cell + 1, text), marked);
+    make_room(text.size());
+    return finish(copy(at_ + 1, text), marked);
   }
   void add(std::string_view text) { add(text, needs_mark(text)); }
 
   // Keeps the cells; returns the first one.
   const char* keep() {
-    const char* const block = arena_.extend(size_, 0);
-    arena_.keep(size_);
-    return block;
+    arena_.keep(static_cast<std::size_t>(at_ - begin_));
+    return begin_;
   }
 
  private:
-  // Where the next cell goes, with room for a text of as many bytes.
-  char* room(std::size_t bytes) { return arena_.extend(size_, bytes + max_cell_head) + size_; }
+  // Room for a cell with a text of as many bytes.
+  void make_room(std::size_t bytes) {
+    bytes += max_cell_head;
+    if (!tight_buffers && bytes <= static_cast<std::size_t>(limit_ - at_)) return;
+    const auto used = static_cast<std::size_t>(at_ - begin_);
+    begin_ = arena_.extend(used, bytes);
+    at_ = begin_ + used;
+    limit_ = begin_ + arena_.room();
+  }
 
-  std::string_view finish(char* cell, char* end, bool marked) {
-    char* const text = cell + 1;
-    if (end - text == 1 && *text == ',') end = text;  // what a line break becomes
+  std::string_view finish(char* end, bool marked) {
+    char* const text = at_ + 1;
+    if (end == text + 1 && *text == ',') end = text;  // what a line break becomes
     const auto length = static_cast<std::size_t>(end - text);
-    end = finish_cell(cell, end, marked);
-    size_ += static_cast<std::size_t>(end - cell);
-    return {end - length, length};
+    at_ = finish_cell(at_, end, marked);
+    return {at_ - length, length};
   }
 
   static char* copy(char* out, std::string_view text) {
@@ -85,7 +94,9 @@ class block_writer {
 
   record_arena& arena_;
   value_writer& writer_;
-  std::size_t size_ = 0;  // of the cells so far
+  char* at_;     // where the next cell goes
+  char* begin_;  // of the cells so far
+  char* limit_;
 };
 
 }  // namespace

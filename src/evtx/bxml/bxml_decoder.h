@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,8 @@ struct field_value {
   std::string text;
   std::uint64_t repeats = 0;  // keys "name [1]" to "name [repeats]" are taken
 };
-using field_map = std::map<std::string, field_value, std::less<>>;
+// Its nodes may come from memory of the reader's.
+using field_map = std::pmr::map<std::string, field_value, std::less<>>;
 
 // Where a decode starts and in which mode.
 struct bxml_cursor {

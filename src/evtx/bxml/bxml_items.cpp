@@ -76,8 +76,13 @@ unsigned current_index(data_counters& counters) {
 }
 
 void insert_or_append(field_map& fields, std::string key, std::string text, std::uint16_t type) {
-  const auto [place, inserted] = fields.try_emplace(std::move(key), field_value{type, text, 0});
-  if (!inserted) place->second.text.append("; ").append(text);
+  const auto [place, inserted] = fields.try_emplace(std::move(key));
+  field_value& field = place->second;
+  if (inserted) {
+    field = {type, std::move(text), 0};
+  } else {
+    field.text.append("; ").append(text);
+  }
 }
 
 // A run of values and references outside a data section: one field, named after what precedes it.
@@ -157,13 +162,14 @@ void flush_named_data(item_list& items, field_map& fields, data_counters& counte
 }
 
 // Inserts under the key, or under the key with the first free number in brackets.
-void insert_numbered(field_map& fields, const std::string& key, field_value value) {
-  const auto [first, inserted] = fields.try_emplace(key, value);
+void insert_numbered(field_map& fields, std::string key, field_value value) {
+  // What is not inserted is not moved from.
+  const auto [first, inserted] = fields.try_emplace(std::move(key), std::move(value));
   for (bool done = inserted; !done;) {
-    std::string free_key = key + " [";
+    std::string free_key = first->first + " [";
     append_decimal(free_key, ++first->second.repeats);
     free_key.push_back(']');
-    done = fields.try_emplace(std::move(free_key), value).second;
+    done = fields.try_emplace(std::move(free_key), std::move(value)).second;
   }
 }
 
@@ -178,7 +184,7 @@ void flush_pairs(item_list& items, field_map& fields, const std::string_view* el
     std::string name;
     if (element) name.append(*element).append(" ");
     if (!items.empty()) name += take_newest(items);
-    insert_numbered(fields, name, {word, std::move(value), 0});
+    insert_numbered(fields, std::move(name), {word, std::move(value), 0});
   }
 }
 

@@ -16,26 +16,35 @@ std::int64_t units_behind(std::uint64_t size, std::uint64_t offset) {
 
 enum class element_form { none, with_id, without_id, inline_name };
 
+struct element_head {
+  element_form form = element_form::none;
+  std::uint32_t size = 0;
+  std::uint32_t name = 0;  // chunk offset; 0 for an inline name
+};
+
+bool names_within(const chunk_view& chunk, std::uint32_t size, std::uint32_t name) {
+  return within(size, chunk.bound) && within(std::uint64_t{name} + 10, chunk.bound);
+}
+
 // Layouts as bxml_tokens.h has them, tried in this order; the first whose bounds hold is taken.
-element_form element_form_at(const chunk_view& chunk, std::uint64_t offset) {
+element_head element_head_at(const chunk_view& chunk, std::uint64_t offset) {
   const byte_cursor& bytes = chunk.bytes;
   const auto token = bytes.at<std::uint8_t>(offset);
-  if (!token || !is_token(*token, token_open_element)) return element_form::none;
-  const auto size_with_id = bytes.at<std::uint32_t>(offset + 3);
-  const auto name_with_id = bytes.at<std::uint32_t>(offset + 7);
-  if (size_with_id && name_with_id && within(*size_with_id, chunk.bound) &&
-      within(std::uint64_t{*name_with_id} + 10, chunk.bound)) {
-    return element_form::with_id;
+  if (!token || !is_token(*token, token_open_element)) return {};
+  if (bytes.has(offset, 11)) {
+    const auto size = bytes.at_or_zero<std::uint32_t>(offset + 3);
+    const auto name = bytes.at_or_zero<std::uint32_t>(offset + 7);
+    if (names_within(chunk, size, name)) return {element_form::with_id, size, name};
   }
   const auto size = bytes.at<std::uint32_t>(offset + 1);
   const auto name = bytes.at<std::uint32_t>(offset + 5);
-  if (!size || !within(*size, chunk.bound)) return element_form::none;
-  if (name && within(std::uint64_t{*name} + 10, chunk.bound)) return element_form::without_id;
+  if (!size || !within(*size, chunk.bound)) return {};
+  if (name && names_within(chunk, *size, *name)) return {element_form::without_id, *size, *name};
   const auto units = bytes.at<std::uint16_t>(offset + 7);
   if (units && within(2u * *units, chunk.bound) && *size >= 2u * *units + 11) {
-    return element_form::inline_name;
+    return {element_form::inline_name, *size, 0};
   }
-  return element_form::none;
+  return {};
 }
 
 // A token of `head` bytes that names its name by a chunk offset. The name stands right behind the
@@ -130,32 +139,26 @@ counted_text inline_name_at(const chunk_view& chunk, std::uint64_t offset, std::
 }
 
 named_token element_at(const chunk_view& chunk, std::uint64_t offset) {
-  const byte_cursor& bytes = chunk.bytes;
+  const element_head head = element_head_at(chunk, offset);
   named_token token;
-  std::uint32_t element_size = 0;
-  switch (element_form_at(chunk, offset)) {
+  switch (head.form) {
     case element_form::none:
       return {};
-    case element_form::with_id: {
-      element_size = bytes.at_or_zero<std::uint32_t>(offset + 3);
-      const auto name = bytes.at_or_zero<std::uint32_t>(offset + 7);
-      token = token_by_offset(chunk, offset, 11, name);
-      token.name_past_end = name + 2 * token.name.units > chunk.bound;
+    case element_form::with_id:
+      token = token_by_offset(chunk, offset, 11, head.name);
+      token.name_past_end = head.name + 2 * token.name.units > chunk.bound;
       break;
-    }
     case element_form::without_id:
-      element_size = bytes.at_or_zero<std::uint32_t>(offset + 1);
-      token = token_by_offset(chunk, offset, 9, bytes.at_or_zero<std::uint32_t>(offset + 5));
+      token = token_by_offset(chunk, offset, 9, head.name);
       break;
     case element_form::inline_name:
-      element_size = bytes.at_or_zero<std::uint32_t>(offset + 1);
       // Meant: the bound comes from the element's size where the others take an offset.
-      token = token_with_name(chunk, offset, 5, units_behind(chunk.bound, element_size) - 4);
+      token = token_with_name(chunk, offset, 5, units_behind(chunk.bound, head.size) - 4);
       if (token.length == 0) return {};
       break;
   }
-  token.element_size = element_size;
-  if (token.length != 0 && (bytes.at_or_zero<std::uint8_t>(offset) & token_more)) {
+  token.element_size = head.size;
+  if (token.length != 0 && (chunk.bytes.at_or_zero<std::uint8_t>(offset) & token_more)) {
     token.length += 4;  // the size of the attribute list
     token.head_length += 4;
   }

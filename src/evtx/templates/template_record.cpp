@@ -71,6 +71,15 @@ std::optional<template_content> read_template_record(template_catalogue& catalog
   return content;
 }
 
+void move_fields(field_map& fields, record_layout& layout) {
+  layout.fields.reserve(fields.size());
+  while (!fields.empty()) {
+    auto field = fields.extract(fields.begin());
+    layout.fields.push_back(
+        {std::move(field.key()), field.mapped().type, std::move(field.mapped().text)});
+  }
+}
+
 void flatten_content(template_content&& content, std::vector<record_slot>& slots,
                      std::vector<slot_text>& texts, record_layout& layout) {
   slots.clear();
@@ -84,9 +93,7 @@ void flatten_content(template_content&& content, std::vector<record_slot>& slots
       append_slot(std::move(child), ++number, slots, texts, layout);
   }
   layout.fields.reserve(content.fields.size());
-  for (auto& [name, value] : content.fields) {
-    layout.fields.push_back({name, value.type, std::move(value.text)});
-  }
+  move_fields(content.fields, layout);
   layout.event_id_slot = static_cast<std::int32_t>(find_slot(layout, "EventID"));
   layout.time_slot = static_cast<std::int32_t>(find_time_slot(layout));
 }

@@ -32,6 +32,9 @@ std::optional<template_content> read_template_record(template_catalogue& catalog
                                                      const chunk_view& chunk, std::uint64_t bxml,
                                                      const instance_head& head, std::string* text);
 
+// Moves the fields to the layout's, in their order; leaves none.
+void move_fields(field_map& fields, record_layout& layout);
+
 // The content as a record's slots, texts and layout (whose id is 0), in the order that records
 // have them.
 void flatten_content(template_content&& content, std::vector<record_slot>& slots,

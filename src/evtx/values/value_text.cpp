@@ -303,7 +303,7 @@ char* clean_value_text(char* begin, char* end, value_form form, bool& marked) {
   return out;
 }
 
-char* value_writer::write(char* out, const raw_value& value, value_form form, bool& marked) {
+char* value_writer::write_any(char* out, const raw_value& value, value_form form, bool& marked) {
   unsigned kinds = kind_control | kind_separator;  // any
   char* end;
   if (value.type == value_type::utf16 || value.type == value_type::xml) {

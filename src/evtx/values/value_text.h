@@ -6,12 +6,15 @@
 #pragma once
 
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 
 #include "base/byte_cursor.h"
+#include "base/digits.h"
 #include "base/time_writer.h"
 
 namespace zanvik {
@@ -141,9 +144,46 @@ class value_writer {
  public:
   // Writes the text to `out` and returns its end. `marked` is set when it holds a comma, a vertical
   // bar, a carriage return or a line feed (it may be set without), else left alone.
-  char* write(char* out, const raw_value& value, value_form form, bool& marked);
+  char* write(char* out, const raw_value& value, value_form form, bool& marked) {
+    // Most values are small numbers.
+    if (value.readable >= sizeof(std::uint64_t)) {
+      switch (value.type) {
+        case value_type::null:
+          *out = '0';
+          return out + 1;
+        case value_type::uint8:
+          return write_number(out, read<std::uint8_t>(value));
+        case value_type::uint16:
+          return write_number(out, read<std::uint16_t>(value));
+        case value_type::uint32:
+          if (value.size != sizeof(std::uint32_t)) break;
+          return write_number(out, read<std::uint32_t>(value));
+        case value_type::hex64:
+          out[0] = '0';
+          out[1] = 'x';
+          return write_all_hex(out + 2, read<std::uint64_t>(value));
+        default:
+          break;
+      }
+    }
+    return write_any(out, value, form, marked);
+  }
 
  private:
+  template <typename T>
+  static T read(const raw_value& value) {
+    T number;
+    std::memcpy(&number, value.data, sizeof(T));
+    return number;
+  }
+  static char* write_number(char* out, std::uint32_t number) {
+    if (number >= 10) return std::to_chars(out, out + fixed_text_bound, number).ptr;
+    *out = static_cast<char>('0' + number);
+    return out + 1;
+  }
+
+  char* write_any(char* out, const raw_value& value, value_form form, bool& marked);
+
   filetime_writer times_;
 };
 
