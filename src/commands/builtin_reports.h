@@ -18,6 +18,6 @@ bool report_concerns_log(builtin_report report, std::string_view channel, bool i
 
 // The second gate and the lines behind it, those for the log's kind: empty when the report has
 // nothing for this log.
-std::span<const std::string_view> report_lines(builtin_report report, const log_source& log);
+std::span<const std::string_view> report_lines(builtin_report report, const classified_log& log);
 
 }  // namespace zanvik

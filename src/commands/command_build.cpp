@@ -112,7 +112,7 @@ class command_builder {
     }
     if (!classified_path_.empty()) return true;
     classified_path_ = command.log_path;
-    log_source found;
+    classified_log found;
     if (!context_.classify(found, command.log_path)) return false;
     context_.log = std::move(found);
     return true;

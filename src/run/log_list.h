@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-#include "events/log_source.h"
+#include "events/classified_log.h"
 #include "evtx/channel_finder.h"
 #include "run/log_file.h"
 
@@ -29,7 +29,7 @@ struct log_probe {
   log_file file;
 };
 
-inline log_source source_of(const LogEntry& entry) {
+inline classified_log source_of(const LogEntry& entry) {
   return {entry.path, entry.channel, entry.is_evtx, entry.reserved};
 }
 

@@ -7,7 +7,7 @@
 
 #include "base/fileio_output.h"
 #include "events/log_record.h"
-#include "events/log_source.h"
+#include "events/classified_log.h"
 #include "evtx/record_reader.h"
 #include "keep/plan_cache.h"
 #include "output/write_records.h"
@@ -40,7 +40,7 @@ struct log_run {
 
   log_probe probe;
   log_map logs;    // those of `-log`; in a run over names as they arrive, the one in hand
-  log_source log;  // the one in hand
+  classified_log log;  // the one in hand
 
   bool counts = false;            // statistics are taken
   std::ostream* stats = nullptr;  // the open statistics file; null when there is none

@@ -25,7 +25,7 @@ std::string letters(F&& passes) {
 TEST(builtin_reports, gates) {
   struct row {
     const char* reason;
-    log_source log;
+    classified_log log;
     const char* concerned;  // by the list of logs
     const char* lines;      // has lines for the log in hand
   };
@@ -68,14 +68,14 @@ struct report_summary {
   std::size_t columns = 0;  // named ones
 };
 
-report_summary summary_of(builtin_report report, const log_source& log) {
+report_summary summary_of(builtin_report report, const classified_log& log) {
   CommandList list;
   read_command_lines(list, report_lines(report, log));
-  log_source hand = log;
+  classified_log hand = log;
   const selection_options selection;
   const output_format format;
   const std::vector<std::string> no_fields;
-  const log_classifier classify = [&](log_source& found, const std::string&) {
+  const log_classifier classify = [&](classified_log& found, const std::string&) {
     found = log;
     return true;
   };
@@ -94,16 +94,16 @@ report_summary summary_of(builtin_report report, const log_source& log) {
 
 // Each line of a table comes out as a command, for the kind of log that it is meant for.
 TEST(builtin_reports, every_line_is_a_command) {
-  const log_source evt{"a", "security", false, 0}, evtx{"a", "security", true, 0};
-  const log_source system_evt{"a", "system", false, 0}, system_evtx{"a", "system", true, 0};
+  const classified_log evt{"a", "security", false, 0}, evtx{"a", "security", true, 0};
+  const classified_log system_evt{"a", "system", false, 0}, system_evtx{"a", "system", true, 0};
   struct row {
     builtin_report report;
-    const log_source& log;
+    const classified_log& log;
     std::size_t commands, ids, columns;
   };
-  const log_source drivers{"a", "driverframeworks", true, 0};
-  const log_source devices{"a", "windows-kernel-pnp", true, 0};
-  const log_source partition{"a", "windows-partition", true, 0};
+  const classified_log drivers{"a", "driverframeworks", true, 0};
+  const classified_log devices{"a", "windows-kernel-pnp", true, 0};
+  const classified_log partition{"a", "windows-partition", true, 0};
   const row rows[] = {
       {builtin_report::pw, evt, 4, 4, 1 + 7 + 6 + 16},
       {builtin_report::pw, evtx, 4, 4, 0},

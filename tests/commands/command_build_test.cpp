@@ -37,11 +37,11 @@ struct build_setup {
     return commands;
   }
 
-  log_source log{"Cases/Security.evtx", "security", true, 0};
+  classified_log log{"Cases/Security.evtx", "security", true, 0};
   selection_options selection;
   output_format format;
   std::vector<std::string> hist_fields;
-  log_classifier classify = [this](log_source& found, const std::string& path) {
+  log_classifier classify = [this](classified_log& found, const std::string& path) {
     ++classified;
     found = {path, path == "other.evt" ? "system" : "security", path != "other.evt", 0};
     return path != "lost";
@@ -99,7 +99,7 @@ TEST(build_command_set, levels) {
   EXPECT_EQ(command_of(setup, "-success_type, warning").level_condition, "Level|3");
   EXPECT_EQ(command_of(setup, "-success_type, Error").level_condition, "Level|Error");
   setup.log = {"SysEvent.Evt", "system", false, 0};
-  setup.classify = [](log_source& log, const std::string& path) {
+  setup.classify = [](classified_log& log, const std::string& path) {
     log = {path, "system", false, 0};
     return true;
   };

@@ -222,8 +222,8 @@ CommandSet commands_of(log_run& run) {
   if (!options.cmd_file.empty()) {
     CommandList list;
     read_command_file(list, options.cmd_file);
-    log_source log = run.log;
-    const log_classifier classifier = [&](log_source& named, const std::string& path) {
+    classified_log log = run.log;
+    const log_classifier classifier = [&](classified_log& named, const std::string& path) {
       LogEntry entry;
       const bool known = classify_log(entry, path, run.probe);
       named = source_of(entry);

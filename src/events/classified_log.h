@@ -1,4 +1,4 @@
-// Where an event came from: the log, as both doors know it.
+// A log as the classic door has classified it: what reports and timelines go by.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace zanvik {
 
-struct log_source {
+struct classified_log {
   std::string path;
   std::string channel;      // lower case; what the log is called where its channel is not known
   bool is_evtx = true;      // otherwise the legacy kind
