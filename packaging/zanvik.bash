@@ -19,7 +19,7 @@ _zanvik_verb() {
     -w --where --contains -l --level'
   case $1:$before in
     export:-f | export:--format)
-      _zanvik_words 'jsonl xml csv timesketch elastic'
+      _zanvik_words 'jsonl xml csv timesketch elastic l2t bodyfile'
       return ;;
     hunt:-f | hunt:--format)
       _zanvik_words 'jsonl csv timesketch'
@@ -60,7 +60,7 @@ _zanvik_verb() {
   fi
   case $1 in
     export)
-      _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir
+      _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir --event-time
         --unique -q --quiet --slack $take" ;;
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
@@ -125,7 +125,7 @@ _zanvik() {
     -eventid -string -start_time -stop_time -event_time -inc_slack
     -pw -time -logon -startstop -creds -partition_metadata -usb -cmdfile
     -csv -csvl2t -bodyfile
-    -allparams -csv_separator -no_whitespace -enable_quoted_csv_fields -pair_datetime
+    -allparams -one_timeline -csv_separator -no_whitespace -enable_quoted_csv_fields -pair_datetime
     -dateformat -timeformat -base10 -base16 -full_sids -show_offsets -alias -aliaspath -username
     -out -outfile -stats -hist -quiet -strict -profile -diags -l2 -l3
   '

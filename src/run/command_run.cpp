@@ -51,6 +51,7 @@ class log_walk {
     run_.records.start_log();
     run_.records.clear_records();  // of a log that an exception ended
     run_.plans.drop_if_full();
+    if (run_.timeline) run_.timeline->start_log();
   }
 
   // Returns whether the log was walked to its end.
@@ -126,7 +127,7 @@ class log_walk {
     }
     if (run_.records.size() < flush_limit_) return;
     write_results();
-    run_.results << '\n';
+    if (!run_.timeline) run_.results << '\n';
   }
 
   void write_results() {
@@ -142,7 +143,11 @@ class log_walk {
                                 .username = options_.username,
                                 .hostname = options_.hostname,
                                 .program_name = options_.program_name};
-    write_records(run_.results, run_.records, options_.format, context, run_.written);
+    if (run_.timeline) {
+      run_.timeline->add(run_.records.in_time_order(), context);
+    } else {
+      write_records(run_.results, run_.records, options_.format, context, run_.written);
+    }
     if (on_terminal) run_.results.flush();
     run_.records.clear_records();
   }

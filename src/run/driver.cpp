@@ -79,6 +79,18 @@ bool pass_gates(log_run& run, std::ofstream& stats_stream, const std::string& id
   return true;
 }
 
+// The lines of all logs, which have waited for each other.
+void write_one_timeline(log_run& run) {
+  if (!run.timeline || !run.timeline->any()) return;
+  const bool done = run.timeline->finish([&run](std::string_view line) {
+    run.results << line;
+    return run.results.good();
+  });
+  if (!done && !run.timeline->error().empty()) {
+    prob_message("prob sorting the timeline: %s, it is cut short\n", run.timeline->error().c_str());
+  }
+}
+
 // The status is 0 all the same, so this is all that tells of results that are cut short. Who closed
 // the other end of a pipe does not want to know.
 void tell_lost_output(uni::fileio_output& results, const log_run& run) {
@@ -134,6 +146,7 @@ int run_program(int argc, char** argv) {
     (void)run_reports(run);
     write_run_statistics(run);
   }
+  write_one_timeline(run);
   check_command_use(run);
   tell_lost_output(results, run);
   return run.strict.any() ? 1 : 0;

@@ -38,6 +38,7 @@ class evt_output_options : public cmd_params {
   std::string cmd_file;
   std::string create_log_path;
   bool allparams = false;
+  bool one_timeline = false;  // lines of all logs in one order of time
   bool show_offsets = false;
   bool inc_slack = false;
   reader_options reading;  // `-event_time`, `-full_sids`

@@ -64,15 +64,15 @@ std::optional<std::string> channel_from_name(std::string_view name) {
 
 // Sets `channel` to the one that the first record names; one without a channel leaves it alone.
 // Returns false when the log has no whole chunk, or when that element is not closed.
-bool channel_from_evtx(log_probe& probe, std::string& channel) {
+bool channel_from_evtx(channel_finder& channels, const head_reader& first, std::string& channel) {
   constexpr std::size_t wanted = log_file::most_bytes;
-  const auto head = probe.file.first(wanted);
+  const auto head = first(wanted);
   if (head.size() < wanted) return false;
   const auto chunk = head.subspan(evtx_layout::file_header_bytes);
   const byte_cursor cursor(chunk);
   if (cursor.at<std::uint64_t>(0) != evtx_layout::chunk_signature) return false;
   if (cursor.at_or_zero<std::uint32_t>(first_definition_at) > wanted) return false;
-  found_channel found = probe.channels.find(chunk);
+  found_channel found = channels.find(chunk);
   if (!found.text) return found.closed;
   channel = *std::move(found.text);
   remove_char(channel, '"');
@@ -90,8 +90,8 @@ bool is_wide_text(std::span<const std::byte> units, std::string_view text) {
   return cursor.at_or_zero<std::uint16_t>(2 * text.size()) == 0;
 }
 
-bool channel_from_evt(log_file& log, std::string& channel) {
-  const auto head = log.first(evt_head_bytes);
+bool channel_from_evt(const head_reader& first, std::string& channel) {
+  const auto head = first(evt_head_bytes);
   const byte_cursor cursor(head);
   const auto length = cursor.at_or_zero<std::uint32_t>(evt_header_bytes);
   if (length < evt_record_bytes_min || length > evt_record_bytes_max) return false;
@@ -110,6 +110,14 @@ bool has_log_signature(std::span<const std::byte> head) {
 }
 
 bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe) {
+  const bool is_open = probe.file.open(path);
+  return classify_log(entry, path, probe.channels, [&](std::size_t count) {
+    return is_open ? probe.file.first(count) : std::span<const std::byte>();
+  });
+}
+
+bool classify_log(LogEntry& entry, const std::string& path, channel_finder& channels,
+                  const head_reader& first) {
   entry.channel.clear();
   entry.path = path;
   std::string folder;
@@ -118,8 +126,7 @@ bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe) {
   if (name.empty()) name = path;
   to_lower_in_place(name);
   entry.unclassified = true;
-  if (!probe.file.open(path)) return false;
-  const auto head = probe.file.first(signature_head_bytes);
+  const auto head = first(signature_head_bytes);
   if (!has_log_signature(head)) return false;
   entry.is_evtx = starts_with(head, evtx_file_head);
   entry.unclassified = false;
@@ -128,8 +135,8 @@ bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe) {
     entry.channel = *known;
     return true;
   }
-  return entry.is_evtx ? channel_from_evtx(probe, entry.channel)
-                       : channel_from_evt(probe.file, entry.channel);
+  return entry.is_evtx ? channel_from_evtx(channels, first, entry.channel)
+                       : channel_from_evt(first, entry.channel);
 }
 
 void add_logs(const std::string& value, LogEntry& scratch, log_probe& probe, log_map& table) {

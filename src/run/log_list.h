@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <span>
 #include <string>
@@ -44,6 +45,12 @@ inline constexpr std::size_t log_signature_bytes = 8;
 // served another log: what a failure leaves undecided keeps its value. The file stays open in
 // `probe`, which is one for a run.
 [[nodiscard]] bool classify_log(LogEntry& entry, const std::string& path, log_probe& probe);
+
+// The same for a log whose first bytes `head` gives: as many as it is asked for, fewer where the
+// log has no more.
+using head_reader = std::function<std::span<const std::byte>(std::size_t count)>;
+[[nodiscard]] bool classify_log(LogEntry& entry, const std::string& path, channel_finder& channels,
+                                const head_reader& head);
 
 // Enters the logs that a `-log` value names into `table`, recognised or not; of equal paths the
 // first stays. `scratch` serves each of them in turn.

@@ -2,6 +2,7 @@
 // them. Each stage is handed the parts it works with.
 #pragma once
 
+#include <optional>
 #include <ostream>
 #include <set>
 
@@ -10,6 +11,7 @@
 #include "events/classified_log.h"
 #include "evtx/record_reader.h"
 #include "keep/plan_cache.h"
+#include "output/timelines/one_timeline.h"
 #include "output/write_records.h"
 #include "run/evt_output_options.h"
 #include "run/log_list.h"
@@ -26,6 +28,7 @@ struct log_run {
         reader(run_options.format) {
     LogEntry scratch;
     add_logs(options.log_names, scratch, probe, logs);
+    if (options.one_timeline) timeline.emplace(options.format, sort_settings());
   }
 
   const evt_output_options& options;
@@ -52,6 +55,7 @@ struct log_run {
   record_container records;
   plan_cache plans;
   output_memory written;
+  std::optional<one_timeline> timeline;  // with `-one_timeline`: where records wait for the end
 };
 
 }  // namespace zanvik

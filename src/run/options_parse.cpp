@@ -130,6 +130,9 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
   version = version_text;
   title = title_text;
   if (format.output_bodyfile) allparams = take_flag_option("-allparams", argv_list);
+  if (format.output_bodyfile || format.output_l2t) {
+    one_timeline = take_flag_option("-one_timeline", argv_list);
+  }
   take_selection_options(argv_list);
   take_report_options(argv_list);
   show_offsets = take_flag_option("-show_offsets", argv_list);

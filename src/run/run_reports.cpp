@@ -8,9 +8,7 @@
 #include "run/report_runs.h"
 
 namespace zanvik {
-namespace {
 
-// One command for each event ID that was asked for, which by default is any.
 CommandSet listing_commands(const evt_output_options& options, const LogEntry& log) {
   ReportCommand command;
   command.all_data = true;
@@ -32,6 +30,8 @@ CommandSet listing_commands(const evt_output_options& options, const LogEntry& l
   }
   return set;
 }
+
+namespace {
 
 bool run_listing(log_run& run) {
   bool any_results = false;

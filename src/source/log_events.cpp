@@ -11,7 +11,33 @@ namespace {
 
 namespace layout = evtx_layout;
 
+// Where the first chunk may stand: a log may begin with it.
+std::uint64_t first_chunk_offset(const found_log& log) {
+  std::byte start[8];
+  std::span<const std::byte> head = log.head;
+  if (!log.is_stream) {
+    const ssize_t got = read_fully(log.descriptor, start, 0);
+    head = std::span(start, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+  }
+  const bool bare = byte_cursor(head).at<std::uint64_t>(0) == layout::chunk_signature;
+  return bare ? 0 : layout::file_header_bytes;
+}
+
 }  // namespace
+
+bool read_log_blocks(const found_log& log, const block_use& use) {
+  if (log.source.kind == log_kind::evtx) {
+    return read_blocks(log, first_chunk_offset(log), layout::block_bytes, use);
+  }
+  std::vector<std::byte> all;
+  const bool whole = read_blocks(log, 0, layout::block_bytes,
+                                 [&](std::span<std::byte> block, std::uint64_t offset) {
+                                   all.resize(offset);
+                                   all.insert(all.end(), block.begin(), block.end());
+                                 });
+  use(all, 0);
+  return whole;
+}
 
 std::uint64_t first_chunk(std::span<const std::byte> block) {
   const byte_cursor bytes(block);
@@ -31,34 +57,19 @@ bool log_event_reader::read_evtx(const found_log& log) {
   evtx_.set_source(log.source);
   walk_settings settings;
   settings.inc_slack = slack_;
-  // A log may begin with its first chunk.
-  std::byte start[8];
-  std::span<const std::byte> head = log.head;
-  if (!log.is_stream) {
-    const ssize_t got = read_fully(log.descriptor, start, 0);
-    head = std::span(start, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-  }
-  const bool bare = byte_cursor(head).at<std::uint64_t>(0) == layout::chunk_signature;
-  const std::uint64_t first = bare ? 0 : layout::file_header_bytes;
-  return read_blocks(log, first, layout::block_bytes,
-                     [&](std::span<std::byte> block, std::uint64_t offset) {
-                       const std::uint64_t skip = first_chunk(block);
-                       walk_evtx_block(block.subspan(skip), offset + skip, evtx_, settings);
-                       if (on_progress) on_progress(offset + block.size());
-                     });
+  return read_log_blocks(log, [&](std::span<std::byte> block, std::uint64_t offset) {
+    const std::uint64_t skip = first_chunk(block);
+    walk_evtx_block(block.subspan(skip), offset + skip, evtx_, settings);
+    if (on_progress) on_progress(offset + block.size());
+  });
 }
 
 bool log_event_reader::read_evt(const found_log& log) {
   evt_.set_source(log.source);
-  std::vector<std::byte> all;
-  const bool whole = read_blocks(log, 0, layout::block_bytes,
-                                 [&](std::span<std::byte> block, std::uint64_t offset) {
-                                   all.resize(offset);
-                                   all.insert(all.end(), block.begin(), block.end());
-                                 });
-  evt_.set_buffer(0, all.data() + all.size());
-  walk_evt_log(all, evt_);
-  return whole;
+  return read_log_blocks(log, [&](std::span<std::byte> all, std::uint64_t) {
+    evt_.set_buffer(0, all.data() + all.size());
+    walk_evt_log(all, evt_);
+  });
 }
 
 bool log_event_reader::carve(const found_log& log) {

@@ -7,6 +7,7 @@
 
 #include "events/evt_events.h"
 #include "events/evtx_events.h"
+#include "source/block_reader.h"
 #include "source/log_finder.h"
 
 namespace zanvik {
@@ -14,6 +15,10 @@ namespace zanvik {
 // The first offset in `block`, by whole chunks, where a chunk has its signature; the block's size
 // when there is none. Walks begin there, so that a damaged chunk does not cost those behind it.
 std::uint64_t first_chunk(std::span<const std::byte> block);
+
+// Hands out the log in the blocks that its kind is walked in: of whole chunks, or a legacy log as
+// one. Returns false when a part could not be read.
+bool read_log_blocks(const found_log& log, const block_use& use);
 
 // Reads logs one after the other; what is learnt of templates serves all of them.
 class log_event_reader {

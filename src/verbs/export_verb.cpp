@@ -13,6 +13,7 @@
 #include "verbs/ordered_events.h"
 #include "verbs/output_target.h"
 #include "verbs/progress_line.h"
+#include "verbs/timeline_logs.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
@@ -24,6 +25,7 @@ struct export_options {
   std::string format{form_names().front().name};
   form_options form;
   order_options order;
+  bool event_time = false;
 };
 
 const form_name& form_of(const export_options& options) {
@@ -36,7 +38,7 @@ const form_name& form_of(const export_options& options) {
 
 // A run's events stand in one order of time.
 bool by_time(const export_options& options) {
-  return options.order.by_time(form_of(options).by_time);
+  return options.order.by_time(is_timeline_form(options.format) || form_of(options).by_time);
 }
 
 // What is said of the paths before they are read.
@@ -75,7 +77,13 @@ class export_run : public event_sink {
         out_(descriptor),
         progress_(!options.logs.quiet && progress_line::has_terminal(), total_bytes),
         form_(form_of(options).make(options.form)),
-        events_(*form_, out_, options.order, by_time(options), options.form.copies) {}
+        events_(*form_, out_, options.order, by_time(options), options.form.copies) {
+    if (is_timeline_form(options.format)) {
+      timeline_ = std::make_unique<timeline_logs>(
+          options.format, options.logs.conditions,
+          timeline_options{options.logs.slack, options.event_time}, options.order);
+    }
+  }
 
   void on_event(const event_view& event) override {
     if (!filtering_ || filter_.takes(event)) events_.write(event);
@@ -95,17 +103,15 @@ class export_run : public event_sink {
     reader.on_progress = [&](std::uint64_t read) { progress_.update(done + read); };
     log_finder finder(
         [&](found_log& log) {
-          form_->start_log(log.source);
-          events_.start_log();
-          if (!reader.read(log)) problem(log.source.path, "a part could not be read");
+          if (!read_log(log, reader)) problem(log.source.path, "a part could not be read");
           done += log.size;
         },
         problem);
     if (options_.logs.carve) finder.carve();
-    form_->begin(out_);
+    if (!timeline_) form_->begin(out_);
     for (const std::string& path : options_.logs.paths) finder.find(path);
-    if (!events_.finish()) problem("sorting", events_.error());
-    form_->end(out_);
+    const std::string error = write_waiting();
+    if (!error.empty()) problem("sorting", error);
     if (!out_.flush()) {
       const bool named = !options_.output.empty() && options_.output != "-";
       problem(named ? options_.output : "standard output", std::strerror(out_.error()));
@@ -115,6 +121,21 @@ class export_run : public event_sink {
   bool written() const { return !out_.failed(); }
 
  private:
+  bool read_log(const found_log& log, log_event_reader& reader) {
+    if (timeline_) return timeline_->read(log, reader.on_progress);
+    form_->start_log(log.source);
+    events_.start_log();
+    return reader.read(log);
+  }
+
+  // Writes what had to wait for the last log, and the end of the form. Returns what went wrong.
+  std::string write_waiting() {
+    if (timeline_) return timeline_->finish(out_) ? "" : timeline_->error();
+    const bool done = events_.finish();
+    form_->end(out_);
+    return done ? "" : events_.error();
+  }
+
   const export_options& options_;
   event_filter filter_;
   bool filtering_;
@@ -122,6 +143,7 @@ class export_run : public event_sink {
   progress_line progress_;
   std::unique_ptr<event_form> form_;
   ordered_events events_;
+  std::unique_ptr<timeline_logs> timeline_;  // of a form that is no event_form
 };
 
 int run(const export_options& options) {
@@ -152,6 +174,7 @@ std::string forms_text() {
   for (const form_name& known : form_names()) {
     text += "\n" + std::string(known.name) + ": " + std::string(known.what);
   }
+  text += "\nl2t, bodyfile: a timeline with the lines of the classic -csvl2t and -bodyfile";
   return text;
 }
 
@@ -163,6 +186,7 @@ int run_export(int argc, char** argv) {
                "zanvik export");
   std::vector<std::string> forms;
   for (const form_name& known : form_names()) forms.emplace_back(known.name);
+  forms.insert(forms.end(), {"l2t", "bodyfile"});
   app.add_option("-f,--format", options.format, forms_text())
       ->check(CLI::IsMember(forms))
       ->type_name("FORM");
@@ -173,7 +197,9 @@ int run_export(int argc, char** argv) {
                "csv: leave cells as they are that a spreadsheet would run as a formula");
   add_order_options(app, options.order,
                     "log: one log after the other; time: all events in one order of time, which "
-                    "is usual for timesketch");
+                    "is usual for timesketch, l2t and bodyfile");
+  app.add_flag("--event-time", options.event_time,
+               "l2t, bodyfile: the events' own times, like the classic -event_time");
   app.add_flag("--unique", options.form.copies,
                "an event found more than once comes once, with the number of copies; in the order "
                "of time");
@@ -181,6 +207,12 @@ int run_export(int argc, char** argv) {
   app.final_callback([&] {
     if (options.form.copies && !by_time(options)) {
       throw CLI::ValidationError("--unique", "needs --order time");
+    }
+    if (options.form.copies && is_timeline_form(options.format)) {
+      throw CLI::ValidationError("--unique", options.format + " has no place for the copies");
+    }
+    if (options.logs.carve && is_timeline_form(options.format)) {
+      throw CLI::ValidationError("--carve", options.format + " is made of whole logs alone");
     }
   });
   bool done = false;

@@ -16,6 +16,10 @@ std::string timeline_header(const output_format& format) {
   return line + '\n';
 }
 
+std::string timeline_head(const output_format& format) {
+  return format.output_bodyfile ? std::string(body_header) : timeline_header(format);
+}
+
 std::string inode_text(std::uint64_t value, bool base16) {
   std::string text;
   if (base16) {
@@ -32,6 +36,13 @@ std::int64_t body_seconds(std::uint64_t filetime) {
   const auto ticks = static_cast<std::int64_t>(filetime - qx::unix_epoch_filetime);
   const auto per_second = static_cast<std::int64_t>(qx::ticks_per_second);
   return ticks / per_second - (ticks % per_second < 0 ? 1 : 0);
+}
+
+std::uint64_t shown_timeline_time(const output_format& format, std::uint64_t filetime) {
+  constexpr std::uint64_t ticks_per_millisecond = qx::ticks_per_second / 1000;
+  if (!format.output_bodyfile) return filetime / ticks_per_millisecond;
+  // The lowest number stands for the earliest second.
+  return static_cast<std::uint64_t>(body_seconds(filetime)) ^ (std::uint64_t{1} << 63);
 }
 
 }  // namespace zanvik

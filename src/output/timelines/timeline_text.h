@@ -19,7 +19,14 @@ std::string inode_text(std::uint64_t value, bool base16);
 inline constexpr std::string_view body_header =
     "md5|name|inode|mode as string|uid|gid|size|access time|modify time|mft time|create time\n";
 
+// The header of the form that `format` asks for.
+std::string timeline_head(const output_format& format);
+
 // Seconds since 1970, rounded down, so below zero before it; 0 for a count that is no time.
 std::int64_t body_seconds(std::uint64_t filetime);
+
+// A time as far as a line of the form shows it by default: milliseconds, or the seconds of the body
+// file. A number that rises with what is shown.
+std::uint64_t shown_timeline_time(const output_format& format, std::uint64_t filetime);
 
 }  // namespace zanvik

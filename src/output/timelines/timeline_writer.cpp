@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <streambuf>
 #include <string>
 #include <string_view>
 
@@ -249,8 +250,9 @@ void body_writer::renew_provider(const LogRecord& record) {
   clean(provider_part_, style_);
 }
 
-template <typename writer>
-void write_each(writer rows, std::span<const LogRecord* const> records) {
+// Calls `written` behind the line of each record.
+template <typename writer, typename F>
+void write_each(writer rows, std::span<const LogRecord* const> records, F&& written) {
   const std::size_t count = records.size();
   for (std::size_t i = 0; i < count; ++i) {
     if (i + records_ahead < count) prefetch_bytes(records[i + records_ahead], sizeof(LogRecord));
@@ -258,8 +260,35 @@ void write_each(writer rows, std::span<const LogRecord* const> records) {
       prefetch_bytes(records[i + values_ahead]->values, value_bytes_ahead);
     }
     rows.write(*records[i]);
+    written(*records[i]);
   }
 }
+
+template <typename F>
+void write_lines(row_buffer& buffer, std::span<const LogRecord* const> records,
+                 const output_format& format, const write_context& context, F&& written) {
+  if (format.output_bodyfile) {
+    write_each(body_writer(buffer, format, context), records, written);
+  } else {
+    write_each(timeline_writer(buffer, format, context), records, written);
+  }
+}
+
+// What is written to it stands in a text.
+class text_buffer : public std::streambuf {
+ public:
+  std::string text;
+
+ protected:
+  std::streamsize xsputn(const char* from, std::streamsize count) override {
+    text.append(from, static_cast<std::size_t>(count));
+    return count;
+  }
+  int_type overflow(int_type c) override {
+    text += traits_type::to_char_type(c);
+    return c;
+  }
+};
 
 }  // namespace
 
@@ -269,14 +298,22 @@ void write_timeline(std::ostream& out, std::span<const LogRecord* const> records
   if (records.empty()) return;
   row_buffer buffer(out);
   if (header_pending) {
-    buffer.append(format.output_bodyfile ? std::string(body_header) : timeline_header(format));
+    buffer.append(timeline_head(format));
   }
   header_pending = false;
-  if (format.output_bodyfile) {
-    write_each(body_writer(buffer, format, context), records);
-  } else {
-    write_each(timeline_writer(buffer, format, context), records);
-  }
+  write_lines(buffer, records, format, context, [](const LogRecord&) {});
+}
+
+void render_timeline(std::span<const LogRecord* const> records, const output_format& format,
+                     const write_context& context, const line_use& use) {
+  text_buffer line;
+  std::ostream stream(&line);
+  row_buffer buffer(stream);
+  write_lines(buffer, records, format, context, [&](const LogRecord& record) {
+    buffer.flush();
+    if (!line.text.empty()) use(record, line.text);
+    line.text.clear();
+  });
 }
 
 }  // namespace zanvik

@@ -9,8 +9,10 @@
 // gives the same bytes.
 #pragma once
 
+#include <functional>
 #include <ostream>
 #include <span>
+#include <string_view>
 
 #include "events/log_record.h"
 #include "options/output_format.h"
@@ -24,5 +26,11 @@ namespace zanvik {
 void write_timeline(std::ostream& out, std::span<const LogRecord* const> records,
                     const output_format& format, const write_context& context,
                     bool& header_pending);
+
+// The same without a header, in the order of `records`: calls `use` for each record that has a
+// line, which lives during the call.
+using line_use = std::function<void(const LogRecord& record, std::string_view line)>;
+void render_timeline(std::span<const LogRecord* const> records, const output_format& format,
+                     const write_context& context, const line_use& use);
 
 }  // namespace zanvik
