@@ -1,9 +1,9 @@
 # Shared by the scripts of this folder, of bench/ and of .ci/; sourced, never run.
 #
-# What it gives: `root`, the checkout's folder; `need` and `install_needed`, which see to Debian
-# packages; `build`, which configures and builds a preset. All of them are silent when all is
-# well; what a tool wrote is shown only when the tool failed. Nothing is written outside build/,
-# except by apt-get when a package is missing.
+# It provides `root`, the checkout's folder; `need` and `install_needed`, which install missing
+# Debian packages; and `build`, which configures and builds a preset. They print a line on standard
+# error when something takes long. The output of a tool is shown only if the tool failed. Nothing is
+# written outside build/, except by apt-get when a package is missing.
 # shellcheck shell=bash
 
 set -euo pipefail
@@ -16,7 +16,7 @@ readonly root jobs
 say() { printf '%s\n' "$*" >&2; }
 die() { say "zanvik: $*"; exit 1; }
 
-# Runs a command with its output kept aside; on failure shows that output and ends the script.
+# Runs a command and hides its output; on failure shows the output and ends the script.
 #   $1  what is being done, for the message     $2...  the command
 quietly() {
   local what=$1 output status=0
@@ -28,8 +28,8 @@ quietly() {
   fi
 }
 
-# Notes a package as missing unless its test holds. The test is a command rather than a question
-# to dpkg, so that tools which were installed in another way are good enough.
+# Notes a package as missing unless its test succeeds. The test is a command, not a query to dpkg,
+# so that tools installed in another way are accepted.
 #   $1  package     $2...  the test
 need() {
   local package=$1
@@ -53,11 +53,11 @@ need_build_tools() {
   need libpcre2-dev have_header pcre2.h
   need zlib1g-dev have_header zlib.h
   need libssl-dev have_header openssl/evp.h
-  # Optional, and for some processors only.
+  # Optional, and only for some processors.
   if [[ $(uname -m) == x86_64 ]]; then need libhyperscan-dev have_header hs/hs.h; fi
 }
 
-# Installs what `need` found missing, as root or by sudo; says what is missing when it cannot.
+# Installs what `need` found missing, as root or with sudo; if it cannot, says what is missing.
 install_needed() {
   ((${#missing_packages[@]})) || return 0
   local as_root=() list="${missing_packages[*]}"
@@ -69,17 +69,18 @@ install_needed() {
     as_root=(sudo)
     # Without a terminal nobody can type a password.
     [[ -t 0 ]] || as_root+=(-n)
-    # Asked before the quiet part, where the question would not be seen.
+    # Ask before the quiet part, which would hide the question.
     "${as_root[@]}" true || die "missing here, and sudo was refused: apt-get install $list"
   fi
+  say "installing $list"
   quietly "installing $list" install_packages "${as_root[@]}"
   missing_packages=()
 }
 
-#   $@  what to put before a command to run it as root; may be empty
+#   $@  the words to put before a command to run it as root; may be empty
 install_packages() {
   local apt=("$@" env DEBIAN_FRONTEND=noninteractive apt-get -q -y)
-  # One source that does not answer need not be the one that has the packages.
+  # A source that does not answer may not be the one with the packages.
   "${apt[@]}" update || true
   "${apt[@]}" install --no-install-recommends "${missing_packages[@]}"
 }
@@ -87,16 +88,27 @@ install_packages() {
 # True when the cache of preset $1 has the line $2.
 cache_says() { grep -qsxF -- "$2" "$root/build/$1/CMakeCache.txt"; }
 
+# How long a build takes, for the message. Measured without ccache.
+build_time() {
+  if [[ -e $root/build/$1/build.ninja ]]; then
+    echo "only what has changed since the last build"
+  elif [[ $2 == ON || $1 == fuzz ]]; then
+    echo "this takes several minutes on two cores"
+  else
+    echo "this takes one to two minutes on two cores"
+  fi
+}
+
 # Configures and builds a preset in build/<preset>.
-#   $1  preset     $2  ON or OFF: whether the tests are wanted     $3...  targets; none means all
+#   $1  preset     $2  ON or OFF: with the tests or without     $3...  targets; none means all
 build() {
   local preset=$1 tests=$2 target fresh=()
   shift 2
   local targets=()
   for target in "$@"; do targets+=(--target "$target"); done
-  # A folder set up for the tests stays so; turning back and forth would build things anew.
+  # A folder that was set up with the tests stays so; switching would rebuild much.
   if cache_says "$preset" ZANVIK_TESTS:BOOL=ON; then tests=ON; fi
-  # cmake refuses the cache of a checkout that was copied or moved, or of another generator.
+  # CMake refuses the cache of a checkout that was copied or moved, or of another generator.
   if ! cache_says "$preset" "CMAKE_HOME_DIRECTORY:INTERNAL=$root" ||
     ! cache_says "$preset" CMAKE_GENERATOR:INTERNAL=Ninja; then
     fresh=(--fresh)
@@ -105,6 +117,7 @@ build() {
   export TMPDIR=$root/build/$preset/tmp
   mkdir -p "$TMPDIR"
   cd "$root"
+  say "building $preset in build/$preset; $(build_time "$preset" "$tests")"
   quietly "configuring" cmake "${fresh[@]}" --preset "$preset" -DZANVIK_TESTS="$tests"
   quietly "building" cmake --build --preset "$preset" -j "$jobs" "${targets[@]}"
   cd - >/dev/null

@@ -1,15 +1,15 @@
-"""Faults for scripts/mutate: where they go, the build and the tests that should notice them.
+"""Faults for scripts/mutate: where they are put, the build, and the tests that should notice them.
 
-A fault is a line of a source with one thing changed: a condition turned, a bound off by one, a
-constant changed, a statement removed. Each is put into a copy of the tree, and the test programs
-are built and run, the likeliest first, until one fails. A fault is
+A fault is one change in a line of a source: a condition reversed, a bound off by one, a constant
+changed, a statement removed. Each is put into a copy of the tree, and the test programs are built
+and run, the most likely first, until one fails. A fault is
 
-    caught     when a test fails, crashes or runs far longer than without the fault,
-    unnoticed  when all pass,
-    idle       when the object file stays the same: nothing was changed that a run could show.
+    caught     if a test fails, crashes or runs far longer than without the fault,
+    unnoticed  if all pass,
+    idle       if the object file stays the same: the change has no effect.
 
-Faults that do not compile are not counted; the next one is drawn in their place. Tests that need
-logs from outside the checkout are skipped in the copy, and so do not help.
+Faults that do not compile are not counted; another takes their place. Tests that need logs from
+outside the checkout are skipped in the copy and do not help.
 """
 
 import os
@@ -24,11 +24,11 @@ import sys
 import time
 
 BUILD_TYPE = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1"]
-# Test programs that are slow or seldom the first to notice come last.
+# Test programs that are slow, or rarely the first to notice, run last.
 LATE = ["test_run", "fuzz_replay"]
 SLACK_SECONDS = 10  # beyond four times what a program takes without a fault
 
-# What is changed, by what: (expression, replacement), tried wherever the expression matches.
+# Replacements: (expression, replacement), tried wherever the expression matches.
 SWAPS = [
     (r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" <= ", " < "), (r" > ", " >= "),
     (r" >= ", " > "), (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "),

@@ -1,12 +1,11 @@
-"""Compares `zanvik export` with the .json files that lie beside .evtx logs in a folder.
+"""Compares `zanvik export` with the .json files beside .evtx logs in a folder.
 
     sigma_json.py PROGRAM FOLDER
 
-Each .json holds the events of the log beside it in the tree that `--format jsonl` writes, but for
-three differences: other digits in times, GUIDs without braces, no `zanvik` member. Their values have
-also lost the blanks at their end, which are in the logs; how many, is said. Prints how many logs and
-events are equal, and each other difference; ends with 1 when there is any, 77 when FOLDER is
-missing.
+Each .json has the events of its log in the tree that `--format jsonl` writes, with three
+differences: fewer digits in times, GUIDs without braces, no `zanvik` member. Its values have also
+lost their trailing blanks, which the logs have; these are counted. Prints how many logs and events
+are equal, and every other difference. The status is 1 if there is one, 77 if FOLDER is missing.
 """
 
 import json
@@ -22,7 +21,7 @@ KNOWN = {("ad691d92-15f2-4181-9aa4-723c74f9ddc3", "/Event/EventData/ParentComman
 
 
 def documents(text):
-    """The JSON values that stand one behind the other in `text`."""
+    """The JSON values in `text`, one after the other."""
     decoder, at = json.JSONDecoder(), 0
     while text[at:].strip():
         at += len(text[at:]) - len(text[at:].lstrip())

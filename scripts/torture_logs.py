@@ -1,8 +1,8 @@
-"""Damages event logs where it hurts: finds the places of a log that mean something and sets them to
-awkward values, flips bits, cuts, swaps, repeats and splices.
+"""Damages event logs: finds the fields of a log and sets them to awkward values, flips bits, cuts,
+swaps, repeats and splices.
 
-`Source` is a log as it was found; `mutant(rng, sources)` is a small damaged one, the same bytes for
-the same state of `rng`. Large logs give some of their chunks or records, so that a run is short.
+`Source` is an undamaged log; `mutant(rng, sources)` is a small damaged one, the same bytes for the
+same state of `rng`. Of large logs only some chunks or records are used, so that a run is short.
 """
 
 import struct
@@ -35,13 +35,13 @@ class Places:
         self.by_kind.setdefault(kind, []).append(at)
 
     def any(self, rng):
-        """A place of a kind that is chosen first, so that what is rare is hit as often."""
+        """A place: first its kind is chosen, so that rare kinds are hit as often."""
         kind = rng.choice(sorted(self.by_kind))
         return kind, rng.choice(self.by_kind[kind])
 
 
 def chunk_places(data):
-    """The fields of a sound chunk; what is damaged already ends the search in its record."""
+    """The fields of a sound chunk; existing damage ends the search in its record."""
     found = Places()
     for at in (8, 16, 24, 32):
         found.add("8 record range", at)

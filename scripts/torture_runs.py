@@ -4,17 +4,17 @@
 
 Every run must end by itself, with status 0, with nothing on standard error, and within
 
-  time    0.25 s and 1 s a MiB of the log, of processor time, the system's included. The budgets of
+  time    0.25 s plus 1 s per MiB of the log, of processor time, user and system. The budgets of
           src/base/limits.h let the records of a chunk consume about 140 times its bytes, 64 in
-          template bodies and 64 in slack; at 150 MB a second, a third of what the program does on
-          sound logs, that is 1 s. The quarter of a second is for starting, and for noise.
-  memory  32 MiB and 16 MiB a MiB of the log. Two blocks of 3.1 MiB, tables and the results' buffer
-          come to 12 MiB for any log. Values that are kept come to 3 times the 4 chunk lengths that
-          slots may consume; the 8 of plain streams are far from used up by damage, and columns'
-          names take the rest. (Logs that were made to need more can; bench/bounds has those.)
+          template bodies and 64 in slack; at 150 MB per second, a third of the speed on sound logs,
+          that is 1 s. The quarter of a second is for starting, and for noise.
+  memory  32 MiB plus 16 MiB per MiB of the log. Two blocks of 3.1 MiB, tables and the results'
+          buffer need 12 MiB for any log. Kept values need 3 times the 4 chunk lengths that slots may
+          consume; damage uses up little of the 8 of plain streams, and names of columns take the
+          rest. (Crafted logs can need more; bench/bounds has those.)
 
-A build with sanitizers gets 20 times the time, 512 MiB and 16 times the memory: freed memory is held
-back, and every byte has its shadow. Wall time only ends a run that hangs. KEPT is the folder for
+A build with sanitizers gets 20 times the time, and 512 MiB plus 16 times the memory: it holds freed
+memory back and needs shadow bytes. Wall time only ends a run that hangs. KEPT is the folder for
 logs that fail.
 """
 
@@ -40,7 +40,7 @@ def bounds(size_bytes, sanitized):
 
 
 def forms(root):
-    """Stem of the log's name, options. Names decide what a log is taken for, so reports have theirs."""
+    """Stem of the log's name, options. The name decides the channel, so reports have theirs."""
     commands = os.path.join(root, "examples")
     plain = [
         ("any", []),
