@@ -1,10 +1,10 @@
-"""Times the program on made logs, at one size and at twice that; see bench/bounds.
+"""Times the program on crafted logs, at one size and at twice that; see bench/bounds.
 
   bounds.py PROGRAM SMALL.tsv LARGE.tsv
 
-A line of the lists is what make_hostile writes: path, options, name of the trick. Seconds are
-processor time, the least of three runs; memory is the peak of the ended process above that of a
-run that does nothing; rows go through a pipe, to be counted by their bytes.
+make_hostile writes the lists: path, options and name of the trick in each line. Seconds are
+processor time, the minimum of three runs. Memory is the peak of the finished process above that of
+a run that does nothing. Output goes through a pipe, to count its bytes.
 """
 
 import os
@@ -16,7 +16,7 @@ MOST_SECONDS = 120
 
 
 def run(argv, messages=True):
-    """Seconds, peak bytes, bytes written. Without `messages` standard error goes nowhere."""
+    """Seconds, peak bytes, bytes written. Without `messages` standard error is discarded."""
     reader, writer = os.pipe()
     actions = [(os.POSIX_SPAWN_DUP2, writer, 1), (os.POSIX_SPAWN_CLOSE, reader)]
     if not messages:
@@ -35,7 +35,7 @@ def run(argv, messages=True):
 
 
 def measure(program, line, floor):
-    """Of a log, each a MiB of it: seconds, MiB of memory, MiB written."""
+    """Figures per MiB of a log: seconds, MiB of memory, MiB written."""
     path, options, name = line.rstrip("\n").split("\t")
     mib = os.path.getsize(path) / MIB
     runs = [run([program, "-log", path, "-quiet", *options.split()])]

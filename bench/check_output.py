@@ -1,11 +1,11 @@
-"""Holds the program's CSV against the log itself, record by record, before anything is timed.
+"""Compares the program's CSV with the log itself, record by record, before anything is timed.
 
   check_output.py PROGRAM LOG EVENT_ID [KEEP_FOLDER]
 
-The last line printed holds three numbers: the records, those of the event ID, and the bytes of the
-log that are records. Ends with status 1 when a record that the chunks announce is missing from the
-listing, or one stands there twice or unannounced, or when the run with an event ID does not give
-just the rows of that ID. KEEP_FOLDER gets a copy of both outputs.
+The last line printed has three numbers: the records, those of the event ID, and the bytes of the
+log that are records. The status is 1 if a record that the chunks declare is missing from the
+listing, if one is listed twice or not declared, or if the run with an event ID does not give
+exactly the rows of that ID. KEEP_FOLDER gets a copy of both outputs.
 """
 
 import os
@@ -21,7 +21,7 @@ ROW = re.compile(rb" *([0-9]+), *([0-9]+),")
 
 
 def expected_marks(log):
-    """One byte a record number: how often the listing must hold it; and the records' bytes."""
+    """One byte for each record number, how often it must be listed; and the size of the records."""
     marks, size_bytes = bytearray(), 0
     for chunk in logfile.file_chunks(log):
         offsets = logfile.walk(chunk) or []
@@ -34,7 +34,7 @@ def expected_marks(log):
 
 
 def rows(program, arguments, copy):
-    """Record number and event ID of each row that a run writes; `copy` is a path or None."""
+    """Record number and event ID of each row of a run; `copy` is a path or None."""
     others = 0
     with subprocess.Popen([program, *arguments], stdout=subprocess.PIPE) as run, \
             open(copy or os.devnull, "wb") as kept:

@@ -4,7 +4,7 @@ of the folder beside the listing of the one log.
   folder_logs.py PROGRAM FOLDER LOGS RUNS SAMPLE...
 
 FOLDER/many gets the logs, FOLDER/one.evtx the one. Both ways must list every record that the chunks
-announce, once, before anything is timed. The runs are interleaved and a first round is not counted.
+declare exactly once before anything is timed. The first round is not counted.
 """
 
 import os

@@ -6,17 +6,17 @@
 bench=$root/bench
 data=$root/build/bench
 program=$root/build/release/zanvik
-# odd.evtx stays out: a log made of what is rare tells nothing about the usual.
+# Without odd.evtx: a log made of rare cases says nothing about usual ones.
 samples=("$root"/samples/{security,system}.evtx)
 export PYTHONDONTWRITEBYTECODE=1
 
-# Prints its argument when that is a whole number above zero.
+# Prints its argument if that is a whole number above zero.
 whole() {
   [[ $1 =~ ^[1-9][0-9]*$ ]] || die "not a whole number above zero: '$1'"
   echo "$1"
 }
 
-# The program as it is shipped, and the folder for the logs.
+# Builds the program as shipped, and makes the folder for the logs.
 prepare() {
   need_build_tools
   need python3 command -v python3
@@ -25,7 +25,7 @@ prepare() {
   mkdir -p "$data"
 }
 
-# Compiler and processor, the first lines of a report.
+# Prints compiler and processor, the first lines of a report.
 print_machine() {
   local compiler
   compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$root/build/release/CMakeCache.txt")
@@ -33,10 +33,10 @@ print_machine() {
   echo "cpu: $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1), $jobs processors"
 }
 
-# What measure.py is to do besides: `all`, `count`, both or nothing.
+# What measure.py does in addition: `all`, `count`, both or nothing.
 measure=()
 
-# Makes a log unless it is there and says of what, holds the listing against it, and measures.
+# Makes a log unless it exists, prints what it is made of, compares the listing with it, and measures.
 #   $1  log     $2  MiB     $3  chunks to make it of, 0 for all     $4  runs     $5  event ID
 #   $6  folder for the listings, or empty     $7...  logs, or folders of logs, to make it of
 report() {

@@ -1,9 +1,9 @@
-"""Just enough of the .evtx layout to build a big log out of real chunks and to know, without the
-program under test, which records of it must come out.
+"""Just enough of the .evtx layout to build a big log from real chunks, and to know without the
+program under test which records it must list.
 
-In go whole files and 64 KiB chunks; out come chunks that are sound, and the numbers of their
-records. A chunk is sound when every record that its header announces is there; what is not sound
-is left out, so that the right answer is beyond dispute.
+Takes whole files and 64 KiB chunks; returns sound chunks and the numbers of their records. A chunk
+is sound if it has every record that its header declares. Other chunks are left out, so that the
+right answer is certain.
 """
 
 import struct
@@ -22,7 +22,7 @@ def declared_range(chunk):
 
 
 def walk(chunk):
-    """Offsets of the chunk's records, or None when the chunk is not sound."""
+    """Offsets of the chunk's records, or None if the chunk is not sound."""
     first, last = declared_range(chunk)
     if not chunk.startswith(b"ElfChnk\0") or struct.unpack_from("<Q", chunk, 16)[0] == ALL_ONES:
         return None

@@ -1,14 +1,14 @@
-"""Makes a log of a wanted size out of the chunks of other logs.
+"""Makes a log of a given size from the chunks of other logs.
 
   make_log.py OUT MIB CHUNKS LOG_OR_FOLDER...
 
-Each chunk is used once before any is used again, so that a chunk and its repetition lie as far
-apart as they can. With CHUNKS above 0 only so many chunks are used, taken at even distances.
-Record numbers run on through the whole file, as in a real log; times and contents repeat with their
-chunk. Only sound chunks are taken, and of chunks that are equal in every byte the first.
+Each chunk is used once before any is used again, so that repetitions are as far apart as possible.
+With CHUNKS above 0 only that many chunks are used, at even distances. Record numbers continue
+through the whole file, as in a real log; times and contents repeat with their chunk. Only sound
+chunks are used, and equal chunks only once.
 
-A log that was made before from the same files is kept as it is. OUT.from has what the log is made
-of; its first line, how many chunks differ, is printed each time.
+A log that was made from the same files before is reused. OUT.from describes what the log is made of;
+its first line, the number of different chunks, is printed each time.
 """
 
 import hashlib
@@ -17,7 +17,7 @@ import sys
 
 import logfile
 
-# The header counts chunks in 16 bits; a log beyond this would not be a true one.
+# The header counts chunks in 16 bits; a larger log would not be valid.
 MOST_CHUNKS = 65535
 
 
@@ -34,7 +34,7 @@ def logs_below(places):
 
 
 def origin(paths, size_bytes, most):
-    """What the log depends on, as text."""
+    """Everything that the log depends on, as text."""
     lines = [f"{size_bytes} bytes, numbered through, at most {most or 'all'} chunks"]
     for path in paths:
         state = os.stat(path)

@@ -1,15 +1,15 @@
 """Measures whole runs of the program beside md5sum on the same file: instructions, processor time,
-page faults, wall time, peak memory. RECORDS and the two behind it are what check_output.py found.
-Words behind them: `all` asks for the runs of the other forms and reports as well, `count` for
-instructions, which takes about half a minute for each run of 128 MiB.
+page faults, wall time, peak memory. RECORDS and the two numbers after it are from check_output.py.
+`all` adds runs of the other forms and reports, `count` adds instructions, which takes about half a
+minute for each run of 128 MiB.
 
   measure.py PROGRAM LOG RUNS EVENT_ID RECORDS EVENT_RECORDS RECORD_BYTES [all] [count]
 
-The runs are interleaved, one of each command in turn, so that a drift of the machine hits all of
-them alike; a first round of each is not counted. Instructions are those in user mode as cachegrind
-counts them: no other load on the machine changes them, so they are counted once. Page faults are
-the minor ones of the ended process. Peak memory is the kernel's figure for it and cannot fall below
-the size of this process, from which each command starts; that floor is printed.
+Each round runs every command once, so changes in the machine's speed affect all alike; the first
+round is not counted. Instructions are those in user mode as cachegrind counts them. Other load on
+the machine does not change them, so they are counted once. Page faults are the minor ones of the
+finished process. Peak memory is the kernel's figure; it cannot be lower than the size of this
+process, which starts each command. That floor is printed.
 """
 
 import os
@@ -20,7 +20,7 @@ import sys
 import time
 
 
-# A word that few records hold, and an event ID that none has.
+# A word that few records contain, and an event ID that none has.
 RARE_WORD = "zanzibar"
 ABSENT_ID = "65000"
 OTHER_RUNS = [
