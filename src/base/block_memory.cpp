@@ -8,8 +8,8 @@
 namespace zanvik::uni {
 namespace {
 
-// Up to this size blocks come from the heap, which hands the same pages to log after log; the
-// blocks of a log that is read by blocks stay far below it.
+// Up to this size blocks come from the heap, which reuses the same pages for each log; the blocks
+// of a log that is read block by block are far smaller.
 constexpr std::uint64_t heap_limit_bytes = std::uint64_t{32} << 20;
 
 }  // namespace

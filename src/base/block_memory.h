@@ -1,5 +1,5 @@
-// Memory for one block of a file, of a size that the file chose: not having it is an answer, never
-// an exception, and what is not written to costs nothing.
+// Memory for one block of a file, of a size that the file chose. Failing to get it is an answer,
+// never an exception, and pages that are not written to cost nothing.
 #pragma once
 
 #include <cstddef>
@@ -11,14 +11,14 @@ namespace zanvik::uni {
 
 class block_memory {
  public:
-  // `bytes()` is of this size, or empty when it cannot be had.
+  // `bytes()` has this size, or is empty if memory ran out.
   explicit block_memory(std::uint64_t size);
   block_memory(const block_memory&) = delete;
   block_memory& operator=(const block_memory&) = delete;
   ~block_memory();
 
   std::span<std::byte> bytes() const { return bytes_; }
-  // All bytes were zero at the start.
+  // All bytes are zero at the start.
   bool zeroed() const { return mapped_; }
 
  private:

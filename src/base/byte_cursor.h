@@ -1,10 +1,10 @@
 // The one way to read bytes of an untrusted file.
 //
-// A cursor is a span, a position in it and the absolute base of its first byte. It holds the only
-// bounds check of the readers, in subtracting form; it reads little-endian integers by memcpy and
-// never casts a structure onto bytes. A read past the end yields zero (or an empty span), moves
-// the position to the end and marks the cursor failed; the `_at` reads leave the position alone.
-// The span must outlive the cursor and everything taken from it.
+// A cursor is a span, a position in it and the absolute base of its first byte. It has the only
+// bounds check of the readers, in subtracting form. It reads little-endian integers by memcpy and
+// never casts a structure onto bytes. A read past the end yields zero (or an empty span), moves the
+// position to the end and marks the cursor as failed; the `_at` reads leave the position alone. The
+// span must outlive the cursor and everything read from it.
 #pragma once
 
 #include <bit>
@@ -31,11 +31,11 @@ class byte_cursor {
   std::size_t remaining() const { return bytes_.size() - pos_; }
   // Offset of the position in the file, in bytes.
   std::uint64_t absolute() const { return base_ + pos_; }
-  // True once a read or a seek went past the end.
+  // True after a read or a seek past the end.
   bool failed() const { return failed_; }
   std::span<const std::byte> bytes() const { return bytes_; }
 
-  // True when `n` bytes stand at `offset`; `offset + n` is never formed, so it cannot wrap.
+  // True if there are `n` bytes at `offset`; `offset + n` is never computed, so it cannot wrap.
   bool has(std::uint64_t offset, std::uint64_t n) const {
     return offset <= bytes_.size() && n <= bytes_.size() - offset;
   }
@@ -68,13 +68,13 @@ class byte_cursor {
   std::uint32_t read_u32() { return read<std::uint32_t>(); }
   std::uint64_t read_u64() { return read<std::uint64_t>(); }
 
-  // The bytes [offset, offset + n), or an empty span when they are not all there.
+  // The bytes [offset, offset + n), or an empty span if some of them do not exist.
   std::span<const std::byte> bytes_at(std::uint64_t offset, std::uint64_t n) const {
     if (!has(offset, n)) return {};
     return bytes_.subspan(static_cast<std::size_t>(offset), static_cast<std::size_t>(n));
   }
 
-  // The integer at `offset`, or nothing when it is not all there.
+  // The integer at `offset`, or nothing if some of its bytes do not exist.
   template <std::unsigned_integral T>
   std::optional<T> at(std::uint64_t offset) const {
     if (!has(offset, sizeof(T))) return std::nullopt;
@@ -82,7 +82,7 @@ class byte_cursor {
     std::memcpy(&value, bytes_.data() + offset, sizeof(T));
     return value;
   }
-  // The same, with bytes that are not there read as zero.
+  // The same; bytes that do not exist read as zero.
   template <std::unsigned_integral T>
   T at_or_zero(std::uint64_t offset) const {
     return at<T>(offset).value_or(T{0});

@@ -16,7 +16,7 @@ std::array<std::size_t, 256> skip_table(std::span<const std::byte> needle) {
   return skips;
 }
 
-// Both scans end the moment `use(position)` says false.
+// Both scans end as soon as `use(position)` returns false.
 template <typename F>
 void scan_plain(std::span<const std::byte> haystack, std::span<const std::byte> needle, F&& use) {
   std::size_t at = 0;
@@ -35,7 +35,7 @@ void scan_fast(std::span<const std::byte> haystack, std::span<const std::byte> n
     const bool hit = std::memcmp(haystack.data() + at, needle.data(), needle.size()) == 0;
     if (hit && !use(at)) return;
     const auto last = std::to_integer<std::size_t>(haystack[at + needle.size() - 1]);
-    // Twice the length after a hit: what lies closer is passed over, and is meant to be.
+    // Twice the length after a hit: closer hits are missed, which is meant.
     at += hit ? 2 * needle.size() : skips[last];
   }
 }

@@ -1,5 +1,5 @@
-// Places of a byte string, or of a 32-bit word, in a block of bytes. Each place is given as
-// `base_offset` plus its position in the block. Bytes that are too short hold no place.
+// Positions of a byte string, or of a 32-bit word, in a block of bytes. Each is `base_offset` plus
+// its position in the block. Too few bytes contain nothing.
 #pragma once
 
 #include <cstddef>
@@ -10,9 +10,9 @@
 
 namespace zanvik {
 
-// Sets `offsets` to the places of `needle`, which do not overlap. `fast` skips ahead by the last
-// byte of the window and, after a hit, by twice the needle's length: a hit closer than that to the
-// one before is not seen, which is meant. `first_only` stops at the first. True when there is any.
+// Sets `offsets` to the positions of `needle`, which do not overlap. `fast` skips ahead by the last
+// byte of the window and, after a hit, by twice the needle's length. A hit closer than that to the
+// one before is missed; this is meant. `first_only` stops at the first. True if there is any.
 bool find_bytes(std::span<const std::byte> haystack, std::span<const std::byte> needle,
                 std::vector<std::uint64_t>& offsets, std::uint64_t base_offset, bool fast,
                 bool first_only);
@@ -21,8 +21,8 @@ bool find_bytes(std::span<const std::byte> haystack, std::span<const std::byte> 
 std::optional<std::uint64_t> find_first_bytes(std::span<const std::byte> haystack,
                                               std::span<const std::byte> needle, bool fast);
 
-// Sets `offsets` to the byte positions at which `value` stands, little-endian, looking at every
-// `stride` bytes from the start; a stride below 4 finds nothing. True when there is any.
+// Sets `offsets` to the byte positions of `value`, little-endian, testing every `stride` bytes from
+// the start; a stride below 4 finds nothing. True if there is any.
 bool find_u32(std::vector<std::uint64_t>& offsets, std::span<const std::byte> words,
               std::uint32_t value, std::size_t stride, bool first_only);
 

@@ -13,16 +13,16 @@ namespace {
 
 constexpr int max_message_length = 4096;
 
-// Columns of the terminal that standard error is, 0 when it is none.
+// Columns of the terminal on standard error, 0 if it is not one.
 std::size_t terminal_columns() {
   if (::isatty(STDERR_FILENO) == 0) return 0;
-  constexpr std::size_t assumed = 80;  // where the terminal does not know
+  constexpr std::size_t assumed = 80;  // if the terminal does not say
   struct winsize size = {};
   if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return assumed;
   return size.ws_col;
 }
 
-// A message stands at the end of what was written and has no line end. Never so on a terminal.
+// The last output was a message without a line end. Never true on a terminal.
 bool line_is_open = false;
 
 void put_error_text(const std::string& text) {
@@ -30,7 +30,7 @@ void put_error_text(const std::string& text) {
   std::fflush(stderr);
 }
 
-// A name of a file may hold what commands a terminal.
+// A file name may contain control sequences for a terminal.
 void replace_controls(std::string& text) {
   std::replace_if(
       text.begin(), text.end(),
@@ -77,7 +77,7 @@ void print_status(int width, const char* format, ...) {
   std::string text(formatted, static_cast<std::size_t>(shown));
   std::erase(text, '\n');
   replace_controls(text);
-  // A text that fills its line would put the cursor on the next one.
+  // A text that fills its line would move the cursor to the next one.
   put_error_text("\x1b[2K\r    \r" + shortened_in_middle(text, columns - 1) + "\r");
 }
 
@@ -97,7 +97,7 @@ int prob_message(const char* format, ...) {
   std::string text(static_cast<std::size_t>(length) + 1, '\0');
   std::vsnprintf(text.data(), text.size(), format, arguments);
   va_end(arguments);
-  // Neither the terminator nor, on purpose, the last character.
+  // Without the terminator and, on purpose, without the last character.
   text.resize(static_cast<std::size_t>(std::max(length - 1, 0)));
   if (terminal_columns() != 0) {
     replace_controls(text);

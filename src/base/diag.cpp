@@ -15,7 +15,7 @@ void diag_trace::open(const std::string& path) {
 
 void diag_line(const diag_trace& trace, const char* format, ...) {
   if (!trace.diags_on || !trace.diag_stream) return;
-  // The room goes by the format, not by the text: a long path is cut, and traces stay short.
+  // The buffer is sized by the format, not by the text: a long path is cut, and traces stay short.
   std::string text(std::strlen(format) + 255, '\0');
   std::va_list arguments;
   va_start(arguments, format);

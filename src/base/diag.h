@@ -1,4 +1,5 @@
-// The diagnostic trace of `-diags`: a text file of lines that begin "->", each flushed at once.
+// The diagnostic trace of `-diags`: a text file of lines that begin with "->", each flushed at
+// once.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +19,8 @@ struct diag_trace {
   void open(const std::string& path);
 };
 
-// Writes one line to the trace, and does nothing when it is off. A text that is longer than its
-// format by 255 bytes or more is cut.
+// Writes one line to the trace; does nothing if it is off. A text that is 255 bytes or more longer
+// than its format is cut.
 [[gnu::format(printf, 2, 3)]] void diag_line(const diag_trace& trace, const char* format, ...);
 
 }  // namespace zanvik

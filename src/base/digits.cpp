@@ -8,7 +8,7 @@
 namespace zanvik {
 namespace {
 
-// The bytes at `bytes`, in their order.
+// The bytes at `bytes`, in order.
 template <std::size_t count>
 char* write_hex_bytes(char* out, const std::byte* bytes) {
   for (std::size_t i = 0; i < count; ++i) out = write_hex_pair(out, std::to_integer<std::uint8_t>(bytes[i]));

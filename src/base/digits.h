@@ -1,7 +1,7 @@
-// Numbers and GUIDs written out: the fast way of the record path, without locale or stream.
+// Numbers and GUIDs as text: the fast way for the path of each record, without locale or stream.
 //
-// The write_ functions write at `out`, which must have the room each one names, and return where
-// they stopped; the append_ functions extend a string. Nothing here can fail.
+// The write_ functions write at `out`, which needs the room that each one names, and return the
+// end; the append_ functions extend a string. Nothing here can fail.
 #pragma once
 
 #include <array>
@@ -23,10 +23,10 @@ inline char* write_two_digits(char* out, std::uint32_t value) {
   return out + 2;
 }
 
-// Decimal digits, filled with zeros to `min_width` and never cut; at most 20 bytes or `min_width`.
+// Decimal digits, padded with zeros to `min_width`, never cut; at most 20 bytes or `min_width`.
 char* write_decimal(char* out, std::uint64_t value, unsigned min_width = 1);
 
-// Lower-case hexadecimal digits without a prefix, filled with zeros to `min_width`; at most 16
+// Lower-case hexadecimal digits without a prefix, padded with zeros to `min_width`; at most 16
 // bytes or `min_width`.
 char* write_hex(char* out, std::uint64_t value, unsigned min_width = 1);
 
@@ -66,7 +66,7 @@ void append_decimal(std::string& out, T value) {
 void append_hex(std::string& out, std::uint64_t value, unsigned min_width = 1);
 
 // The GUID at `bytes` as "%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x": three little-endian
-// fields, then eight bytes in their order; 36 bytes.
+// fields, then eight bytes in order; 36 bytes.
 inline constexpr std::size_t guid_text_size = 36;
 char* write_guid(char* out, std::span<const std::byte, 16> bytes);
 void append_guid(std::string& out, std::span<const std::byte, 16> bytes);

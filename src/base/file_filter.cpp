@@ -10,8 +10,8 @@
 namespace zanvik {
 namespace {
 
-// Takes all stars out of `text`. One that stands first or last at its turn sets that flag; one
-// inside leaves without a trace, so that "sec*log" is the name "seclog". This is meant.
+// Removes all stars from `text`. One that is first or last at its turn sets that flag; one inside
+// leaves no trace, so "sec*log" becomes the name "seclog". This is meant.
 void take_stars(std::string& text, bool& front, bool& back) {
   for (std::size_t at = text.find('*'); at != std::string::npos; at = text.find('*')) {
     if (at == 0) front = true;
@@ -20,7 +20,7 @@ void take_stars(std::string& text, bool& front, bool& back) {
   }
 }
 
-// Cuts the stream off the entry's name. Returns true when it is `*`.
+// Removes the stream from the entry's name. Returns true if it is `*`.
 bool take_stream(file_filter_entry& entry) {
   const std::size_t colon = entry.name.find(':');
   if (colon == std::string::npos) return false;
@@ -57,7 +57,7 @@ std::vector<file_filter_entry> filter_entries(const std::string& value) {
       entry.is_path = entry.name.starts_with('/');
     }
     entries.push_back(std::move(entry));
-    if (any_stream) entries.front().stream_all = true;  // of the first term, whichever said so
+    if (any_stream) entries.front().stream_all = true;  // of the first term, whichever had it
   }
   return entries;
 }

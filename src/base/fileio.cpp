@@ -16,7 +16,7 @@ namespace zanvik::uni {
 namespace {
 
 constexpr std::size_t max_read_call = 0x10000000;    // below what one call can return
-constexpr std::uint64_t kernel_file_size = 0x40000;  // assumed where the kernel tells no length
+constexpr std::uint64_t kernel_file_size = 0x40000;  // assumed if the kernel gives no length
 constexpr std::size_t growth_step = std::size_t{16} << 20;
 
 int open_flags(open_mode mode) {
@@ -27,20 +27,20 @@ int open_flags(open_mode mode) {
   return common | O_RDWR | O_CREAT | O_TRUNC;
 }
 
-// The file kinds that deliver bytes only when somebody sends some.
+// The kinds of file that deliver bytes only when somebody sends some.
 bool is_channel(const struct stat& status) {
   return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode);
 }
 
-// Fewer blocks than bytes are a hint of holes; a file system that packs its files gives it too.
+// Fewer blocks than bytes suggest holes; a file system that packs its files shows this too.
 bool may_have_holes(const struct stat& status) {
-  constexpr std::uint64_t block_bytes = 512;  // whatever the file system's own are
+  constexpr std::uint64_t block_bytes = 512;  // whatever the file system's own block size
   return !S_ISREG(status.st_mode) || static_cast<std::uint64_t>(status.st_blocks) * block_bytes <
                                          static_cast<std::uint64_t>(status.st_size);
 }
 
-// The extent of data in [from, end) that stands first, empty at `end` when there is none. Where
-// the file system cannot tell, all is data.
+// The first extent of data in [from, end), empty at `end` if there is none. If the file system
+// cannot tell, all is data.
 struct extent {
   std::uint64_t begin = 0;
   std::uint64_t end = 0;
@@ -59,7 +59,7 @@ bool fileio::open(std::string_view path, open_mode mode) {
   close();
   const std::size_t last = path.find_last_not_of("/\\");
   path = last == std::string_view::npos ? std::string_view() : path.substr(0, last + 1);
-  if (!is_strict_utf8(path)) return false;  // which an empty text is not, either
+  if (!is_strict_utf8(path)) return false;  // an empty text is not UTF-8 either
   path_ = path;
   const mode_t permissions = mode == open_mode::read ? 0404 : 0606;
   do {
@@ -110,7 +110,7 @@ bool fileio::read(std::vector<std::byte>& out, std::uint64_t count, std::uint64_
   if (!is_open() || offset >= size_) return false;
   std::uint64_t left = std::min(count, size_ - offset);
   try {
-    // Step by step, since the size of a file with holes says little about what it holds.
+    // In steps, because the size of a file with holes says little about its content.
     for (auto end = read_end::full; left > 0 && end == read_end::full;) {
       const std::size_t start = out.size();
       out.resize(start + static_cast<std::size_t>(std::min<std::uint64_t>(left, growth_step)));
@@ -163,7 +163,7 @@ bool fileio::walk_blocks(std::uint64_t block_size, std::uint64_t start_offset,
   if (size_ - start_offset > buffer.size()) ::posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
   std::uint64_t offset = start_offset;
   while (offset < size_) {
-    // A block that is nothing but a hole holds no record, and there may be any number of them.
+    // A block that is only a hole contains no record, and there may be any number of them.
     const std::uint64_t hole = may_have_holes_ ? next_data(fd_, offset, size_).begin - offset : 0;
     offset += hole - hole % buffer.size();
     if (offset >= size_) break;

@@ -24,7 +24,7 @@ bool fileio_streambuf::write_out(const char* bytes, std::size_t count) {
     if (written >= 0) {
       bytes += written;
       count -= static_cast<std::size_t>(written);
-    } else if (errno == EAGAIN) {  // a terminal or pipe that was set not to block: wait for room
+    } else if (errno == EAGAIN) {  // a terminal or pipe in non-blocking mode: wait for room
       pollfd room = {descriptor_, POLLOUT, 0};
       ::poll(&room, 1, -1);
     } else if (errno != EINTR) {
@@ -42,7 +42,7 @@ bool fileio_streambuf::is_lost() const {
 
 bool fileio_streambuf::flush_pending() {
   const bool written = write_out(pbase(), static_cast<std::size_t>(pptr() - pbase()));
-  setp(buffer_.get(), buffer_.get() + buffer_bytes_);  // what could not be written is given up
+  setp(buffer_.get(), buffer_.get() + buffer_bytes_);  // what could not be written is dropped
   return written;
 }
 
@@ -57,7 +57,7 @@ fileio_streambuf::int_type fileio_streambuf::overflow(int_type c) {
 std::streamsize fileio_streambuf::xsputn(const char* text, std::streamsize count) {
   if (count <= 0) return 0;
   const auto length = static_cast<std::size_t>(count);
-  const bool direct = length >= buffer_bytes_ / 2;  // a write of its own beats a copy
+  const bool direct = length >= buffer_bytes_ / 2;  // a direct write is faster than a copy
   if (error_ != 0 || ((direct || count > epptr() - pptr()) && !flush_pending())) return 0;
   if (direct) return write_out(text, length) ? count : 0;
   std::memcpy(pptr(), text, length);

@@ -1,9 +1,9 @@
 // A buffered output stream over a file descriptor: the results file, or standard output.
 //
-// Bytes are written when the buffer is full, on a flush and at destruction; a write that comes
-// short or is interrupted goes on. After a real error the stream is bad, without a message, and
-// takes no more bytes; `write_error` tells which it was. The descriptor belongs to the caller and
-// has to outlive the stream.
+// Bytes are written when the buffer is full, on a flush and at destruction; a short or interrupted
+// write is continued. After a real error the stream is bad, without a message, and accepts no more
+// bytes; `write_error` says which error it was. The descriptor belongs to the caller and has to
+// outlive the stream.
 #pragma once
 
 #include <cstddef>
@@ -51,10 +51,10 @@ class fileio_output : public std::ostream {
   explicit fileio_output(const fileio& file) : fileio_output(file.descriptor()) {}
   ~fileio_output() override { rdbuf(nullptr); }
 
-  // The errno of the write that failed, 0 when none has.
+  // The errno of the failed write, 0 if none failed.
   int write_error() const { return buffer_.write_error(); }
-  // Nothing that is written arrives any more: a write failed, or nobody has the other end of the
-  // pipe open. Asks the system, so it is not for each byte.
+  // True if nothing that is written arrives any more: a write failed, or the other end of the pipe
+  // is closed. Asks the system, so do not call it for each byte.
   bool is_lost() const { return buffer_.is_lost(); }
   bool is_terminal() const { return buffer_.is_terminal(); }
 

@@ -1,4 +1,4 @@
-// The digest of a date format and a time format, by which times are written.
+// A date format and a time format in the digested form by which times are written.
 #pragma once
 
 #include <cstdint>
@@ -17,11 +17,11 @@ struct format_descriptor {
     month_day_year = 0x40,
     year_month_day = 0x80,
   };
-  char separator = 0;           // '/', '-', a blank, or 0 when there is none
+  char separator = 0;           // '/', '-', a blank, or 0 if there is none
   std::uint8_t flags = 0;       // of `flag`
-  std::uint8_t time_flags = 0;  // bit 0 pair_datetime, bits 1 to 4 the count of fraction digits
+  std::uint8_t time_flags = 0;  // bit 0 pair_datetime, bits 1 to 4 the number of fraction digits
   std::uint8_t reserved = 0;
-  std::uint16_t first_year = 1900;  // this and what follows: a part of the digest, read by nobody
+  std::uint16_t first_year = 1900;  // from here on: parts of the digest that nothing reads
   std::uint16_t last_year = 2600;
   std::uint32_t last_value = 0;
 

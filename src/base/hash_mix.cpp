@@ -7,8 +7,8 @@
 namespace zanvik {
 namespace {
 
-// A system without random numbers leaves the time and the place of the program in memory, which
-// who made a log cannot know either.
+// A system without random numbers leaves the time and the program's place in memory, which whoever
+// made a log cannot know either.
 void fill_without_help(std::array<std::uint64_t, 3>& secret) {
   const auto now = std::chrono::high_resolution_clock::now().time_since_epoch().count();
   std::uint64_t state = static_cast<std::uint64_t>(now) ^
@@ -23,7 +23,7 @@ void fill_without_help(std::array<std::uint64_t, 3>& secret) {
 std::array<std::uint64_t, 3> draw_secret() {
   std::array<std::uint64_t, 3> secret{};
   if (::getentropy(secret.data(), sizeof(secret)) != 0) fill_without_help(secret);
-  // An odd word is none that would wipe out what it is multiplied with.
+  // An odd word never wipes out what it is multiplied with.
   for (std::uint64_t& word : secret) word |= 1;
   return secret;
 }

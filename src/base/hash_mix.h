@@ -1,8 +1,8 @@
-// The hash of the program's own tables, over keys that a log may have chosen.
+// The hash of the program's own tables, over keys that may come from a log.
 //
 // It depends on a secret that is drawn when the process starts, so nobody can make keys that
-// collide more often than chance. Hashes hold for this process only: they are never written down,
-// and no result may depend on them, nor on the order of a table that is made with them.
+// collide more often than by chance. Hashes are valid in this process only. They are never written
+// out, and no result may depend on them or on the order of a table that uses them.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@ namespace hash_detail {
 
 __extension__ using wide_product = unsigned __int128;
 
-// Both halves of the product of two words, folded into one.
+// Both halves of the product of two words, combined into one.
 inline std::uint64_t fold_product(std::uint64_t a, std::uint64_t b) {
   const auto product = static_cast<wide_product>(a) * b;
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
@@ -33,7 +33,7 @@ inline std::uint64_t word_at(const char* from) {
   return word;
 }
 
-// Up to 8 bytes as a word; longer ones overlap, shorter ones have zeros behind them.
+// Up to 8 bytes as a word; longer texts overlap, shorter ones are padded with zeros.
 inline std::uint64_t short_word(const char* from, std::size_t size) {
   std::uint64_t word = 0;
   if (size >= 4) {
@@ -50,23 +50,23 @@ inline std::uint64_t short_word(const char* from, std::size_t size) {
 
 }  // namespace hash_detail
 
-// 2^64 divided by the golden ratio. A key times this has its bits spread over the whole word, the
-// high ones best. For keys that no log chooses.
+// 2^64 divided by the golden ratio. A key times this has its bits spread over the whole word, best
+// in the high bits. For keys that do not come from a log.
 inline constexpr std::uint64_t hash_multiplier = 0x9e3779b97f4a7c15;
 
 // The hash of two numbers.
 inline std::uint64_t keyed_hash(std::uint64_t a, std::uint64_t b) {
   return hash_detail::fold_product(a ^ hash_secret[0], b ^ hash_secret[1]);
 }
-// Of a number.
+// The hash of a number.
 inline std::uint64_t keyed_hash(std::uint64_t number) { return keyed_hash(number, 0); }
 
-// The hash of a text of any length. `before` is the hash of what stands before it in the key.
+// The hash of a text of any length. `before` is the hash of the part of the key before it.
 inline std::uint64_t keyed_hash(std::string_view text, std::uint64_t before = 0) {
   using namespace hash_detail;
   const char* at = text.data();
   std::size_t left = text.size();
-  // Through a product of its own: otherwise it could be made up for by the bytes it is mixed with.
+  // With a product of its own: otherwise the bytes it is mixed with could cancel it.
   std::uint64_t hash = fold_product(before ^ hash_secret[2], hash_secret[1]);
   for (; left > 16; at += 16, left -= 16) {
     hash = fold_product(word_at(at) ^ hash_secret[0], word_at(at + 8) ^ hash_secret[1] ^ hash);
@@ -79,7 +79,7 @@ inline std::uint64_t keyed_hash(std::string_view text, std::uint64_t before = 0)
     low = short_word(at, left);
   }
   hash = fold_product(low ^ hash_secret[0], high ^ hash_secret[1] ^ hash);
-  // The length parts keys whose last words read the same.
+  // The length distinguishes keys whose last words are equal.
   return fold_product(hash ^ hash_secret[2], text.size() ^ hash_secret[1]);
 }
 inline std::uint64_t keyed_hash(std::span<const std::byte> bytes, std::uint64_t before = 0) {
@@ -87,12 +87,12 @@ inline std::uint64_t keyed_hash(std::span<const std::byte> bytes, std::uint64_t 
                     before);
 }
 
-// The hash of what `hash` is of, with `text` behind it.
+// Extends `hash` by `text`.
 inline std::size_t mix_hash(std::size_t hash, std::string_view text) {
   return static_cast<std::size_t>(keyed_hash(text, hash));
 }
 
-// For unordered containers whose keys are texts; looks up views without making a string.
+// For unordered containers whose keys are texts; finds views without making a string.
 struct keyed_text_hash {
   using is_transparent = void;
   std::size_t operator()(std::string_view text) const {

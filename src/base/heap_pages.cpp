@@ -21,7 +21,7 @@ void use_large_heap_pages() {
   ::mallopt(M_MMAP_THRESHOLD, mapped_from_bytes);
   ::mallopt(M_TOP_PAD, heap_step_bytes);
   ::mallopt(M_TRIM_THRESHOLD, 2 * heap_step_bytes);
-  // More than the heap of a fresh process has left, so that it takes its step now.
+  // More than the heap of a new process has left, so that it grows now.
   const auto before = reinterpret_cast<std::uintptr_t>(::sbrk(0));
   void* volatile const step = std::malloc(large_page_bytes);
   std::free(step);

@@ -12,13 +12,13 @@ bool starts_decimal(std::string_view text) {
   return !text.empty() && (text[0] == '-' || text[0] == '+' || (text[0] >= '0' && text[0] <= '9'));
 }
 
-// strtoull stops at junk, reads a missing number as 0 and one too big as all ones, and takes a
-// minus sign as "wrap around": what the four rules ask for. `text` has its end marked by a NUL.
+// strtoull stops at junk, reads a missing number as 0 and one too big as all ones, and treats a
+// minus sign as "wrap around", as the four rules need. `text` ends with a NUL.
 std::uint64_t digits_from(const std::string& text, std::size_t from, int base) {
   return std::strtoull(text.c_str() + from, nullptr, base);
 }
 
-// The same, with the bounds of a signed number.
+// The same within the bounds of a signed number.
 std::int32_t signed_digits_from(const std::string& text, std::size_t from, int base) {
   return static_cast<std::int32_t>(std::strtoll(text.c_str() + from, nullptr, base));
 }
@@ -34,7 +34,7 @@ std::optional<std::uint64_t> bounded_digits(const std::string& text, std::size_t
 }
 
 unsigned width_by_value(std::uint64_t value) {
-  if (value < 0xff) return 2;  // 0xff itself takes 4, and so on up: the columns were made so
+  if (value < 0xff) return 2;  // 0xff itself needs 4, and so on: the columns are defined this way
   if (value < 0xffff) return 4;
   if (value < 0xffffff) return 6;
   return 8;

@@ -13,13 +13,13 @@ constexpr std::size_t longest_path_expanded = 512;
 
 constexpr std::string_view shadow_copy_device = R"(\\?\GLOBALROOT\Device\HarddiskVolumeShadowCopy)";
 
-// The place of the last `separator` that is not at the very start, or npos.
+// The position of the last `separator` that is not at the very start, or npos.
 std::size_t last_divider(std::string_view path, char separator) {
   const auto at = path.rfind(separator);
   return at == 0 ? std::string_view::npos : at;
 }
 
-// What stands for `name`, if anything does.
+// The value of `name`, if it has one.
 bool reference_value(const std::string& name, bool allow_vss, std::string& value) {
   if (const char* found = std::getenv(name.c_str())) {
     value = found;
@@ -47,7 +47,7 @@ bool split_path(std::string_view path, std::string& folder, std::string& name) {
   folder = path.substr(0, at);
   name = path.substr(at + 1);
   if (name == "..") {
-    folder += backslash ? "\\.." : "//..";  // two slashes against one backslash: meant
+    folder += backslash ? "\\.." : "//..";  // two slashes but one backslash: meant
     name = ".";
   }
   return true;

@@ -29,7 +29,7 @@ bool stdin_stream::fill() {
     if (got == 0) return false;
     if (errno == EINTR) continue;
     if (errno != EAGAIN) return false;
-    // Somebody set the descriptor not to block; the names are still to come.
+    // The descriptor is in non-blocking mode; the names are still to come.
     struct pollfd waiting = {descriptor_, POLLIN, 0};
     if (::poll(&waiting, 1, -1) == -1 && errno != EINTR) return false;
   }

@@ -1,8 +1,8 @@
 // Lines from standard input, as they arrive.
 //
-// In go the bytes of a descriptor; out come lines of at most 4,095 bytes, a longer one as several.
-// A NUL ends the text of its line: what stands behind it, up to the line end, is lost. A
-// descriptor that cannot be read has ended.
+// In: the bytes of a descriptor. Out: lines of at most 4,095 bytes; a longer one is split. A NUL
+// ends the text of its line: what follows it, up to the line end, is lost. A descriptor that cannot
+// be read counts as ended.
 #pragma once
 
 #include <unistd.h>
@@ -16,25 +16,25 @@ namespace zanvik::uni {
 
 class stdin_stream {
  public:
-  // `descriptor` stays the caller's.
+  // The caller keeps `descriptor`.
   explicit stdin_stream(int descriptor = STDIN_FILENO) : descriptor_(descriptor) {}
   stdin_stream(const stdin_stream&) = delete;
   stdin_stream& operator=(const stdin_stream&) = delete;
   virtual ~stdin_stream() = default;
 
-  // Sets `out` to the next line; `strip` takes the CRs and LFs off its end. Returns false, with
-  // `out` unchanged, at the end of the input. A line of exactly 4,095 bytes comes whole, and its
-  // line end then comes as a line of its own.
+  // Sets `out` to the next line; `strip` removes the CRs and LFs at its end. Returns false, with
+  // `out` unchanged, at the end of the input. A line of exactly 4,095 bytes is returned whole, and
+  // its line end is then returned as a separate line.
   [[nodiscard]] virtual bool read_line(std::string& out, bool strip);
 
  private:
-  // Adds what can be had behind the bytes that are held; false when nothing came.
+  // Reads more bytes after those in the buffer; false if there are none.
   bool fill();
   std::span<const char> held() const { return std::span(buffer_).subspan(begin_, end_ - begin_); }
 
   int descriptor_;
   std::array<char, 4096> buffer_;
-  std::size_t begin_ = 0;  // of the bytes not yet given out
+  std::size_t begin_ = 0;  // of the bytes not yet returned
   std::size_t end_ = 0;
 };
 

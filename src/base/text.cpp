@@ -20,7 +20,7 @@ constexpr char upper_char(char c) {
 }
 
 #if defined(__SSE2__)
-// Where in the 16 bytes at `at` one of two bytes stands: bit i for byte i.
+// Where one of two bytes is in the 16 bytes at `at`: bit i for byte i.
 unsigned either_mask(const char* at, char a, char b) {
   const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
   const __m128i hits = _mm_or_si128(_mm_cmpeq_epi8(block, _mm_set1_epi8(a)),
@@ -29,7 +29,7 @@ unsigned either_mask(const char* at, char a, char b) {
 }
 #endif
 
-// The mark of the line end at the LF at `at`, and the bytes it takes before and behind that LF.
+// The mark of the line end at the LF at `at`, and the bytes it takes before and after that LF.
 struct line_end {
   std::string_view mark;
   std::size_t before, behind;
@@ -110,7 +110,7 @@ std::string mark_line_ends(std::string_view text) {
   if (lf == std::string_view::npos) {
     return text.find('\r') == std::string_view::npos ? std::string(text) : mark_lone_crs(text);
   }
-  // With an LF anywhere, lone CRs stay raw: meant, readers of the rows know it.
+  // If there is any LF, lone CRs are kept: meant, readers of the rows expect it.
   std::string out;
   out.reserve(text.size() + 50);
   std::size_t copied = 0;
@@ -120,8 +120,8 @@ std::string mark_line_ends(std::string_view text) {
     if (copy_end >= copied) {
       out += text.substr(copied, copy_end - copied);
     } else if (out.size() <= limits::marked_text_growth * text.size()) {
-      // Meant: in "\n\r\n" the CR went with the first LF and is the one before the second, so the
-      // length to be copied is below zero, which stands for all the rest.
+      // Meant: in "\n\r\n" the CR belongs to the first LF and is also the one before the second, so
+      // the length to copy is negative, which stands for all the rest.
       out += text.substr(copied);
     }
     out += end.mark;
@@ -174,7 +174,7 @@ bool contains_nocase(std::string_view haystack, std::string_view needle) {
   if (needle.empty()) return true;
   const char lower = lower_char(needle[0]);
   const char upper = upper_char(needle[0]);
-  const std::size_t last = haystack.size() - needle.size();  // where it may start at the latest
+  const std::size_t last = haystack.size() - needle.size();  // its last possible start
   const auto found_at = [&](std::size_t at) {
     return equal_nocase({haystack.data() + at + 1, needle.size() - 1}, needle.substr(1));
   };

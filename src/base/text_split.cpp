@@ -8,7 +8,7 @@
 namespace zanvik {
 namespace {
 
-// What separates words where no other separator is named.
+// The separators of words if no other is given.
 constexpr std::string_view word_breaks = " \t\n\v\f\r";
 
 void keep_piece(std::string_view piece, std::vector<std::string>& out, bool trim, bool keep_empty) {
@@ -16,7 +16,7 @@ void keep_piece(std::string_view piece, std::vector<std::string>& out, bool trim
   if (keep_empty || !piece.empty()) out.emplace_back(piece);
 }
 
-// Puts the words between quotes together, in place.
+// Joins the words between quotes, in place.
 void join_quoted(std::vector<std::string>& words) {
   std::vector<std::string> items;
   bool quoted = false;
@@ -59,7 +59,7 @@ char split_on_first_of(std::string_view value, std::vector<std::string>& out, bo
     split_on_char(value, separator, out, trim, keep_empty, false);
     return separator;
   }
-  out.emplace_back(value);  // blanks and all: nothing was split
+  out.emplace_back(value);  // with its blanks: nothing was split
   return 0;
 }
 

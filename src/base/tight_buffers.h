@@ -1,5 +1,5 @@
-// Whether buffers that are written by an upper bound hold no more than what was asked of them, so
-// that sanitizers see each write behind it. Only the fuzz targets are built so.
+// Whether buffers that are sized by an upper bound have no spare room, so that sanitizers notice
+// each write past them. Only the fuzz targets are built this way.
 #pragma once
 
 namespace zanvik {

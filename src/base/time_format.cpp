@@ -130,7 +130,7 @@ std::string date_by_descriptor(const qx::_windows_systemtime& parts,
   return out;
 }
 
-// Sets the flags of the date; false when it lacks a part or its order has no bit.
+// Sets the flags of the date; false if it lacks a part or its order has no bit.
 bool set_date_flags(format_descriptor& out, std::string_view format) {
   const auto y = format.find("yy");
   const auto m = format.find("mm");
@@ -186,7 +186,7 @@ bool format_with_descriptor(std::string& out_date, std::string& out_time, const 
   if (!time.valid()) return false;
   if (descriptor.separator == 0) {
     format_with_strings(out_date, out_time, time, "yyyy-mm-dd", "hh:mm:ss.xxx");
-    return false;  // though there is text: callers that ask get the default form all the same
+    return false;  // although there is text: callers get the default form anyway
   }
   const qx::_windows_systemtime parts = time.system_time();
   out_date = date_by_descriptor(parts, descriptor);

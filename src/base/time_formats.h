@@ -1,4 +1,4 @@
-// How dates and times show.
+// The forms of dates and times.
 #pragma once
 
 #include <string>

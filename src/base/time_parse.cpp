@@ -20,7 +20,7 @@ constexpr std::array<std::string_view, 12> month_names = {
     "january", "february", "march",     "april",   "may",      "june",
     "july",    "august",   "september", "october", "november", "december"};
 
-// 1 to 12, or 0 for what is no month's three letters.
+// 1 to 12, or 0 if these are not a month's three letters.
 unsigned month_from_letters(std::string_view text) {
   const std::string name = to_lower(text);
   for (unsigned i = 0; i < month_names.size(); ++i) {
@@ -29,7 +29,7 @@ unsigned month_from_letters(std::string_view text) {
   return 0;
 }
 
-// The same, with the whole name let in as well.
+// The same, but the whole name is accepted too.
 unsigned month_from_name(std::string_view text) {
   const std::string name = to_lower(text);
   const auto found = std::find(month_names.begin(), month_names.end(), name);
@@ -37,17 +37,17 @@ unsigned month_from_name(std::string_view text) {
   return static_cast<unsigned>(found - month_names.begin()) + 1;
 }
 
-// A short number, as atoi reads it; a negative one is out of every range that follows.
+// A short number, as atoi reads it; a negative one is outside every later range.
 unsigned small_number(std::string_view text) {
   return static_cast<unsigned>(std::atoi(std::string(text).c_str()));
 }
 
-// A field of a clock time, as atof reads it. Words such as "inf" and numbers that no day could
-// hold are refused, since what is made of them must fit a count.
+// A field of a clock time, as atof reads it. Words such as "inf" and numbers that no day could have
+// are refused, because the result must fit a count.
 bool clock_field(std::string_view text, double& value) {
   if (text.size() > longest_clock_field) return false;
   value = std::atof(std::string(text).c_str());
-  return std::abs(value) < 1e9;  // false for what is no number, too
+  return std::abs(value) < 1e9;  // also false if it is not a number
 }
 
 struct whole_clock {
@@ -55,7 +55,7 @@ struct whole_clock {
   double fraction;  // of the second
 };
 
-// A clock time in whole parts; nothing when a part does not fit its field.
+// A clock time in whole parts; nothing if a part does not fit its field.
 std::optional<whole_clock> whole_parts(std::string_view text) {
   const auto clock = parse_clock(text);
   if (!clock) return std::nullopt;
@@ -70,7 +70,7 @@ struct ymd_fields {
   std::uint32_t year = 0, month = 0, day = 0;
 };
 
-// Reads `text` into the part that `letter` stands for; a letter that stands for none skips it.
+// Reads `text` into the part that `letter` stands for; other letters skip it.
 bool read_ymd_field(std::string_view text, char letter, ymd_fields& fields) {
   const auto number = unsigned_from_text(text);
   if (letter == 'Y') fields.year = number.value_or(0);
@@ -99,8 +99,8 @@ bool read_ymd_fields(std::string_view text, std::string_view order, char separat
   return true;
 }
 
-// What a UTC count becomes when its parts are read as local ones and the zone's offset of today is
-// put back on: the same, but for a change of clocks in between.
+// What a UTC count becomes if its parts are read as local ones and today's offset of the zone is
+// added again: the same, except for a change of clocks in between.
 std::uint64_t local_round_trip(std::uint64_t filetime) {
   const qx::_windows_systemtime parts = system_from_filetime(filetime);
   std::tm local{};
@@ -127,7 +127,7 @@ std::optional<month_day_year> parse_date_mdy(std::string_view text) {
   const auto front = text.substr(0, first);
   const auto middle = text.substr(first + 1, second - first - 1);
   if (front.size() > 2 || middle.size() > 3) return std::nullopt;
-  // A name never stands in front: it is longer than the front may be.
+  // A name is never first: it is longer than the first part may be.
   month_day_year date;
   date.month = month_from_letters(middle);
   date.day = small_number(date.month != 0 ? front : middle);
@@ -160,7 +160,7 @@ std::optional<clock_time> parse_clock(std::string_view text) {
     return std::nullopt;
   }
   const auto m = view.find('m', colon);
-  // 12 pm is no exception: it becomes hour 24 and moves into the next day.
+  // 12 pm is no exception: it becomes hour 24, the next day.
   if (m != std::string_view::npos && view[m - 1] == 'p') clock.hours += 12;
   return clock;
 }

@@ -5,8 +5,8 @@
 namespace zanvik {
 namespace {
 
-// The calendar is counted in eras of 400 years from 0000-03-01: with March first, the leap day is
-// the last of its year and needs no case of its own.
+// The calendar counts eras of 400 years from 0000-03-01: with March first, the leap day is the last
+// of its year and needs no special case.
 constexpr std::int64_t days_per_era = 146'097;
 constexpr std::int64_t days_before_1601 = 584'694;  // from 0000-03-01
 
@@ -14,8 +14,8 @@ constexpr std::int64_t floor_div(std::int64_t a, std::int64_t b) {
   return a / b - (a % b < 0 ? 1 : 0);
 }
 
-// Days from 1601-01-01 to the first of a month; the month may lie outside 1 to 12. The year is of
-// at most ten digits or so, which no caller comes near.
+// Days from 1601-01-01 to the first of a month; the month may be outside 1 to 12. The year has at
+// most ten digits or so, which no caller comes near.
 std::int64_t days_to_month(std::int64_t year, std::int64_t month) {
   const std::int64_t from_march = month - 3;
   year += floor_div(from_march, 12);
@@ -53,7 +53,7 @@ qx::_windows_systemtime system_from_filetime(std::uint64_t filetime) {
 }
 
 std::uint64_t loose_to_filetime(const loose_time& parts) {
-  // Unsigned, so that what lies before 1601 or beyond the range wraps instead of overflowing.
+  // Unsigned, so that times before 1601 or out of range wrap instead of overflowing.
   const auto u = [](std::int64_t value) { return static_cast<std::uint64_t>(value); };
   const std::uint64_t days = u(days_to_month(parts.year, parts.month)) + u(parts.day) - 1;
   const std::uint64_t seconds = ((days * 24 + u(parts.hour)) * 60 + u(parts.minute)) * 60;
@@ -116,8 +116,8 @@ time time::now() {
 void time::set_filetime(std::uint64_t filetime) {
   filetime_ = filetime;
   if (filetime == 0 || filetime >> 63 != 0) return;
-  // Unsigned, so a time before 1970 is a huge count; and one within the first second of 1970 is
-  // refused along with "no time at all". Both are meant.
+  // Unsigned, so a time before 1970 is a huge count; and a time in the first second of 1970 is
+  // refused like "no time at all". Both are meant.
   const std::uint64_t seconds = (filetime - unix_epoch_filetime) / ticks_per_second;
   if (seconds == 0) return;
   unix_seconds_ = static_cast<std::int64_t>(seconds);

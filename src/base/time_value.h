@@ -1,8 +1,8 @@
-// An instant: a count of 100 ns ticks since 1601-01-01 UTC (a FILETIME) and what can be said of it.
+// An instant: a count of 100 ns ticks since 1601-01-01 UTC (a FILETIME), and its parts and forms.
 //
-// All arithmetic is on the 64-bit count. A count that is no usable time (0, a negative one, one
+// All arithmetic is on the 64-bit count. A count that is not a usable time (0, a negative one, one
 // before 1900, the first second of 1970) makes an object that is not valid; nothing throws, and no
-// function prints. The broken-down forms are worked out when asked for, not when a record is read.
+// function prints. The broken-down forms are computed when needed, not when a record is read.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,8 @@ inline constexpr std::uint64_t ticks_per_day = 86'400 * ticks_per_second;
 inline constexpr std::uint64_t unix_epoch_filetime = 116'444'736'000'000'000;  // 1970-01-01
 inline constexpr std::uint64_t first_valid_filetime = 94'354'848'000'000'000;  // 1900-01-01
 
-// A broken-down UTC time. The three fine fields hold the whole fraction of the second each, not
-// what is left behind the coarser one.
+// A broken-down UTC time. Each of the three fine fields has the whole fraction of the second, not
+// what is left after the coarser one.
 struct _windows_systemtime {
   std::uint16_t year = 0;
   std::uint16_t month = 0;        // 1 to 12
@@ -50,7 +50,7 @@ class time {
   static time now();
 
   bool valid() const { return valid_; }
-  // The count as given, also when it is not valid.
+  // The count as given, even if it is not valid.
   std::uint64_t filetime() const { return filetime_; }
   // Seconds since 1970, for a valid time. Before 1970 it is a huge count, by unsigned wrap.
   std::int64_t unix_seconds() const { return unix_seconds_; }
@@ -59,7 +59,7 @@ class time {
 
   // Broken down, UTC; all zero for a count of 0 or one that is negative.
   _windows_systemtime system_time() const;
-  // Broken down, local: false, with `out` unchanged, for what is not valid or before 1970.
+  // Broken down, local: false, with `out` unchanged, for an invalid time or one before 1970.
   bool local_time(std::tm& out) const;
   // The date word and the time word of a DOS time; zeros outside 1980 to 2037. Half-seconds are
   // rounded up, and 59 seconds round to 30 halves, which is meant.
@@ -80,31 +80,31 @@ struct civil_date {
   unsigned month = 1;
   unsigned day = 1;
 };
-// The date that stands `days` after 1601-01-01.
+// The date `days` after 1601-01-01.
 civil_date civil_from_days(std::uint64_t days);
 
 }  // namespace zanvik::qx
 
 namespace zanvik {
 
-// True when qx::time takes `filetime` as valid, without making one.
+// True if qx::time takes `filetime` as valid, without making one.
 constexpr bool is_valid_filetime(std::uint64_t filetime) {
   return filetime >= qx::first_valid_filetime && filetime >> 63 == 0 &&
          (filetime - qx::unix_epoch_filetime) / qx::ticks_per_second != 0;
 }
 
-// The UTC parts of `filetime`; all zero when it is negative as a signed count.
+// The UTC parts of `filetime`; all zero if it is negative as a signed count.
 qx::_windows_systemtime system_from_filetime(std::uint64_t filetime);
 
-// A broken-down time with parts that may lie outside their range: a month outside 1 to 12 moves
-// into the years, the others carry (the 24th hour is the next day, February 29 may be March 1).
-// Counts before 1601 wrap around and are negative as signed ones.
+// A broken-down time whose parts may be outside their range: a month outside 1 to 12 moves into the
+// years, the others carry (the 24th hour is the next day, February 29 may be March 1). Counts
+// before 1601 wrap around and are negative as signed ones.
 struct loose_time {
   std::int64_t year = 1601, month = 1, day = 1;
   std::int64_t hour = 0, minute = 0, second = 0, millisecond = 0;
 };
 std::uint64_t loose_to_filetime(const loose_time& parts);
-// The same of a system time; below the millisecond nothing counts.
+// The same for a system time; below the millisecond nothing counts.
 std::uint64_t system_to_filetime(const qx::_windows_systemtime& parts);
 
 // Seconds that local time is ahead of UTC, by the zone's rule of today.

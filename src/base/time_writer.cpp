@@ -12,7 +12,8 @@ constexpr std::size_t clock_size = 8;  // of "hh:mm:ss"
 
 constexpr char month_names[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
 
-// "hh:mm:ss.nnnnnnnnn"; 18 bytes. Fewer digits of the fraction are a part of the same text.
+// "hh:mm:ss.nnnnnnnnn"; 18 bytes. With fewer digits of the fraction it is the start of the same
+// text.
 char* write_clock(char* out, std::uint64_t ticks_of_day) {
   const auto seconds = static_cast<std::uint32_t>(ticks_of_day / qx::ticks_per_second);
   const auto ticks = static_cast<std::uint32_t>(ticks_of_day % qx::ticks_per_second);
@@ -103,7 +104,7 @@ bool cell_time_formatter::format(std::uint64_t filetime) {
 char* filetime_writer::write(char* out, std::uint64_t filetime) {
   if (filetime == 0) return out;
   if (!is_valid_filetime(filetime)) {
-    *out++ = ' ';  // what stands between two empty halves
+    *out++ = ' ';  // between two empty halves
     return out;
   }
   const std::uint64_t day = filetime / qx::ticks_per_day;
@@ -118,7 +119,7 @@ char* filetime_writer::write(char* out, std::uint64_t filetime) {
     day_ = day;
     date_size_ = static_cast<std::size_t>(end - date_.data());
   }
-  std::memcpy(out, date_.data(), date_.size());  // whole: the clock goes over what is too much
+  std::memcpy(out, date_.data(), date_.size());  // copied whole: the clock overwrites the excess
   return write_clock(out + date_size_, filetime - day * qx::ticks_per_day);
 }
 

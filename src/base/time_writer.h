@@ -1,5 +1,5 @@
-// Times as text for the record path: the answers of time_format.h without an allocation, and
-// without working out the same day again for each record of it. Tests hold the two together.
+// Times as text for the path of each record: the results of time_format.h without an allocation,
+// and without computing the same day again for each record. Tests compare the two.
 #pragma once
 
 #include <array>
@@ -19,7 +19,7 @@ class cell_time_formatter {
 
   // What format_with_descriptor returns for this time; the texts are in date() and time().
   bool format(std::uint64_t filetime);
-  // Of the last format(); they live until the next one. Both empty for a time that is not valid.
+  // Of the last format(); valid until the next one. Both are empty for an invalid time.
   std::string_view date() const { return {date_.data(), date_size_}; }
   std::string_view time() const { return {time_.data(), time_size_}; }
 
@@ -29,7 +29,7 @@ class cell_time_formatter {
   format_descriptor descriptor_;
   unsigned digits_ = 0;                    // of the fraction
   bool result_ = true;                     // for a valid time
-  std::uint64_t day_ = ~std::uint64_t{0};  // whose text day_text_ is; no time has this one
+  std::uint64_t day_ = ~std::uint64_t{0};  // whose text is day_text_; no time has this value
   std::size_t day_size_ = 0;
   std::size_t date_size_ = 0;
   std::size_t time_size_ = 0;
@@ -37,20 +37,20 @@ class cell_time_formatter {
   std::array<char, 24> time_{};
 };
 
-// Room that a FILETIME value takes at most.
+// Maximum size of a FILETIME value.
 inline constexpr std::size_t filetime_text_room = 32;
 
-// Prints as format_filetime_value does, remembering the last day.
+// Prints as format_filetime_value does, and remembers the last day.
 class filetime_writer {
  public:
-  // Writes "2012-03-01 12:34:56.123456700" at `out`, nothing for 0, one blank for a time that is
-  // not valid. Returns its end.
+  // Writes "2012-03-01 12:34:56.123456700" at `out`, nothing for 0, one blank for an invalid time.
+  // Returns its end.
   char* write(char* out, std::uint64_t filetime);
 
  private:
   std::uint64_t day_ = ~std::uint64_t{0};
   std::size_t date_size_ = 0;
-  std::array<char, 16> date_{};  // with the blank behind it
+  std::array<char, 16> date_{};  // with the blank after it
 };
 
 // The same for a single time.

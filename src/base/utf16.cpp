@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t units_without_length = 500;
 
-// What write_utf8_from_utf16 may write for a text of `units`.
+// The maximum size that write_utf8_from_utf16 needs for a text of `units`.
 constexpr std::size_t writing_room(std::size_t units) { return 3 * units + 8; }
 
 // Units up to the first NUL or the end.
@@ -20,7 +20,7 @@ std::size_t units_to_nul(std::span<const std::byte> bytes) {
   return units;
 }
 
-// How many continuation bytes a lead byte asks for; -1 for a byte that cannot lead.
+// How many continuation bytes a lead byte needs; -1 if it is not a lead byte.
 int continuation_bytes(unsigned char lead) {
   if (lead < 0x80) return 0;
   if ((lead & 0xe0) == 0xc0) return 1;
@@ -51,7 +51,7 @@ std::size_t append_utf8_from_utf16(std::string& out, std::span<const std::byte> 
     out.append(block, static_cast<std::size_t>(end - block));
     return units;
   }
-  // A text may end long before its bytes do; only what it needs is asked for.
+  // A text may end long before its bytes do; only what it needs is reserved.
   const auto text = bytes.first(2 * units_to_nul(bytes));
   const std::size_t size = out.size();
   out.resize(size + writing_room(text.size() / 2));
@@ -67,7 +67,7 @@ std::size_t utf8_from_utf16(std::span<const std::byte> bytes, std::string& out,
       byte_length < 0 ? 2 * units_without_length : static_cast<std::size_t>(byte_length);
   const auto text = bytes.first(std::min(bytes.size(), limit));
   const std::size_t used = 2 * append_utf8_from_utf16(out, text);
-  // Units were left over, so a NUL ended the text.
+  // Units are left, so a NUL ended the text.
   return count_terminator && text.size() - used >= 2 ? used + 2 : used;
 }
 

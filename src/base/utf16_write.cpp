@@ -77,14 +77,14 @@ unsigned copy_eight(const std::byte* in, char* out, unsigned& kinds) {
       _mm_andnot_si128(_mm_cmpeq_epi16(units, zero), _mm_cmpeq_epi16(beyond, zero));
   const __m128i characters = _mm_packus_epi16(units, units);
   _mm_storel_epi64(reinterpret_cast<__m128i*>(out), characters);
-  // Kinds of units behind the last good one may be counted in; that only costs a second look.
+  // Units after the last good one may be counted; that only costs a second look.
   add_kinds(characters, kinds);
   const auto mask = static_cast<unsigned>(_mm_movemask_epi8(good));
   return mask == 0xffff ? 8 : static_cast<unsigned>(__builtin_ctz(~mask)) / 2;
 }
 #endif
 
-// Copies ASCII units, sixteen or eight at a time as far as it goes; stops at the first other unit
+// Copies ASCII units, sixteen or eight at a time as far as possible; stops at the first other unit
 // or a NUL.
 const std::byte* copy_ascii(const std::byte* in, const std::byte* end, char*& out,
                             unsigned& kinds) {
@@ -99,7 +99,7 @@ const std::byte* copy_ascii(const std::byte* in, const std::byte* end, char*& ou
     in += 2 * copied;
     if (copied != 8) return in;
   }
-  if (in != begin && in != end) {  // the last eight once more, with those that are left
+  if (in != begin && in != end) {  // the last eight again, together with the rest
     const std::ptrdiff_t again = short_step - (end - in);
     if (copy_eight(end - short_step, out - again / 2, kinds) == 8) {
       out += (end - in) / 2;
@@ -117,7 +117,7 @@ const std::byte* copy_ascii(const std::byte* in, const std::byte* end, char*& ou
   return in;
 }
 
-// The rest of a text that holds more than ASCII.
+// The rest of a text that has more than ASCII.
 const std::byte* copy_units(const std::byte* in, const std::byte* end, char*& out) {
   const bool pairs = surrogates_pair(in, end);
   for (; in != end; in += 2) {
