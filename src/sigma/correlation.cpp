@@ -1,6 +1,8 @@
 #include "sigma/correlation.h"
 
 #include <algorithm>
+#include <cmath>
+#include <tuple>
 
 #include "sigma/event_names.h"
 #include "sigma/fold_case.h"
@@ -8,10 +10,6 @@
 
 namespace zanvik::sigma {
 namespace {
-
-constexpr std::uint64_t filetime_per_second = 10000000;
-
-using kind = rule_correlation::kind;
 
 // What a correlation calls a field, as the events of one of its rules call it.
 std::string resolved(const rule_correlation& c, const rule& base, const std::string& field) {
@@ -24,21 +22,32 @@ std::string resolved(const rule_correlation& c, const rule& base, const std::str
   return field;
 }
 
-bool holds(const rule_correlation& c, std::uint64_t count) {
-  // A temporal one without a condition wants all of its rules.
-  if (c.bounds.empty()) return count == c.rules.size();
-  return std::all_of(c.bounds.begin(), c.bounds.end(),
-                     [count](const auto& bound) { return bound.holds(count); });
+std::vector<std::string> resolved(const rule_correlation& c, const rule& base,
+                                  const std::vector<std::string>& fields) {
+  std::vector<std::string> out;
+  for (const std::string& field : fields) out.push_back(resolved(c, base, field));
+  return out;
 }
 
 }  // namespace
 
-// A match of a rule as one correlation sees it.
-struct correlator::hit {
-  const remembered_event* event;
-  std::size_t slot;                    // which of the correlation's rules
-  std::vector<std::uint32_t> group;    // values of the group-by fields, folded
-  std::vector<std::uint32_t> counted;  // values of the fields that are counted
+// Numbers, from 1, for lists of values; 0 for one in which a value is absent.
+class correlator::tuple_numbers {
+ public:
+  std::uint32_t of(const std::vector<std::uint32_t>& values) {
+    if (std::find(values.begin(), values.end(), 0U) != values.end()) return 0;
+    const auto [it, fresh] =
+        numbers_.try_emplace(values, static_cast<std::uint32_t>(tuples_.size() + 1));
+    if (fresh) tuples_.push_back(&it->first);
+    return it->second;
+  }
+  const std::vector<std::uint32_t>& values(std::uint32_t number) const {
+    return *tuples_[number - 1];
+  }
+
+ private:
+  std::map<std::vector<std::uint32_t>, std::uint32_t> numbers_;
+  std::vector<const std::vector<std::uint32_t>*> tuples_;
 };
 
 correlator::correlator(const rule_set& set)
@@ -84,14 +93,22 @@ std::uint32_t correlator::intern(std::string_view text) {
   return number;
 }
 
+bool correlator::has_room() const {
+  return held_ < limits::correlated_events && values_.size() < limits::correlated_values &&
+         text_bytes_ < limits::correlated_text_bytes;
+}
+
 void correlator::add(const event_view& event, std::size_t rule, std::uint64_t note) {
-  if (events_.size() >= limits::correlated_events || text_bytes_ >= limits::correlated_text_bytes) {
+  if (!has_room()) {
     ++left_out_;
     return;
   }
+  ++held_;
   if (logs_.empty() || logs_.back() != event.source().path) logs_.push_back(event.source().path);
-  events_.push_back({event.time(), note, static_cast<std::uint32_t>(logs_.size() - 1),
-                     static_cast<std::uint32_t>(rule), static_cast<std::uint32_t>(values_.size())});
+  events_[rule].push_back({event.time(), note, event_,
+                           static_cast<std::uint32_t>(logs_.size() - 1),
+                           static_cast<std::uint32_t>(rule),
+                           static_cast<std::uint32_t>(values_.size())});
   const known_rule& known = set_.rules[rule];
   std::string scratch;
   for (const std::string& field : fields_[rule]) {
@@ -116,160 +133,87 @@ std::uint32_t correlator::value_of(const remembered_event& event, std::string_vi
              : values_[event.values + static_cast<std::size_t>(found - fields.begin())];
 }
 
-std::vector<correlator::hit> correlator::hits_of(std::size_t rule) const {
+std::vector<std::uint32_t> correlator::values_of(const remembered_event& event,
+                                                 const std::vector<std::string>& fields) const {
+  std::vector<std::uint32_t> out;
+  for (const std::string& field : fields) out.push_back(value_of(event, field));
+  return out;
+}
+
+// The matches of the rules that a correlation stands on, those of events in some group. False when
+// all correlations together would look at too many.
+bool correlator::add_hits(std::size_t rule, tuple_numbers& groups, tuple_numbers& counted,
+                          std::vector<correlation_hit>& hits,
+                          std::vector<remembered_event>& events) {
   const rule_correlation& c = set_.rules[rule].content.correlation;
-  std::vector<hit> out;
   for (std::size_t slot = 0; slot < c.rules.size(); ++slot) {
     const auto base = static_cast<std::size_t>(set_.find(c.rules[slot]));
+    const auto& content = set_.rules[base].content;
+    const std::vector<std::string> group_by = resolved(c, content, c.group_by);
+    const std::vector<std::string> fields = resolved(c, content, c.fields);
     const auto add = [&](const remembered_event& event) {
-      hit h{&event, slot, {}, {}};
-      for (const std::string& field : c.group_by) {
-        h.group.push_back(value_of(event, resolved(c, set_.rules[base].content, field)));
-      }
-      for (const std::string& field : c.fields) {
-        h.counted.push_back(value_of(event, resolved(c, set_.rules[base].content, field)));
-      }
-      if (std::find(h.group.begin(), h.group.end(), 0U) == h.group.end()) out.push_back(h);
+      const std::uint32_t group = groups.of(values_of(event, group_by));
+      if (group == 0) return;
+      hits.push_back({event.time, static_cast<std::uint32_t>(events.size()),
+                      static_cast<std::uint32_t>(slot), group,
+                      counted.of(values_of(event, fields)), false});
+      events.push_back(event);
     };
-    if (const auto below = matches_.find(base); below != matches_.end()) {
+    const auto below = matches_.find(base);
+    const auto& found = events_[base];
+    looks_ += below != matches_.end() ? below->second.size() : found.size();
+    if (looks_ > limits::correlated_looks) return false;
+    if (below != matches_.end()) {
       for (const correlation_match& m : below->second) add(m.event);
     } else {
-      for (const remembered_event& event : events_) {
-        if (event.rule == base) add(event);
-      }
+      for (const remembered_event& event : found) add(event);
     }
   }
-  std::stable_sort(out.begin(), out.end(), [](const hit& a, const hit& b) {
-    return a.group != b.group ? a.group < b.group : a.event->time < b.event->time;
-  });
-  return out;
+  return true;
 }
 
-namespace {
-
-// What a correlation counts, while hits come into the window and go.
-class window_count {
- public:
-  explicit window_count(kind what) : what_(what) {}
-
-  template <typename Hit>
-  void change(const Hit& h, int by) {
-    hits_ += static_cast<std::uint64_t>(by);
-    std::vector<std::uint32_t> key = h.counted;
-    if (what_ == kind::temporal) key = {static_cast<std::uint32_t>(h.slot)};
-    if (what_ == kind::event_count) return;
-    // A value that is not there is none to count.
-    if (what_ == kind::value_count && std::find(key.begin(), key.end(), 0U) != key.end()) return;
-    std::int64_t& count = values_[key];
-    count += by;
-    if (count == 0) values_.erase(key);
-  }
-
-  std::uint64_t value() const {
-    return what_ == kind::event_count ? hits_ : static_cast<std::uint64_t>(values_.size());
-  }
-
- private:
-  kind what_;
-  std::uint64_t hits_ = 0;
-  std::map<std::vector<std::uint32_t>, std::int64_t> values_;
-};
-
-// Spans of hits, first and last, in which rules come in their order: for each hit that ends such an
-// order, the latest start of one.
-template <typename Hits>
-std::vector<std::pair<std::size_t, std::size_t>> ordered_spans(const Hits& hits, std::size_t slots,
-                                                               std::uint64_t span) {
-  std::vector<std::pair<std::size_t, std::size_t>> out;
-  constexpr std::size_t none = SIZE_MAX;
-  std::vector<std::size_t> start(slots, none);  // of the latest order up to each rule
-  for (std::size_t i = 0; i < hits.size(); ++i) {
-    const std::size_t slot = hits[i].slot;
-    start[slot] = slot == 0 ? i : start[slot - 1];
-    if (slot + 1 != slots || start[slot] == none) continue;
-    if (hits[i].event->time - hits[start[slot]].event->time <= span) {
-      out.emplace_back(start[slot], i);
-    }
-  }
-  return out;
-}
-
-// Spans of hits that are windows, lie in no other one, and pass.
-template <typename Hits>
-std::vector<std::pair<std::size_t, std::size_t>> counted_spans(const Hits& hits,
-                                                               const rule_correlation& c,
-                                                               std::uint64_t span) {
-  std::vector<std::pair<std::size_t, std::size_t>> out;
-  window_count count(c.what);
-  std::size_t end = 0;  // behind the window
-  for (std::size_t i = 0; i < hits.size(); ++i) {
-    if (i != 0) count.change(hits[i - 1], -1);
-    const std::size_t old_end = end;
-    while (end < hits.size() && hits[end].event->time - hits[i].event->time <= span) {
-      count.change(hits[end++], 1);
-    }
-    if (end > old_end && holds(c, count.value())) out.emplace_back(i, end - 1);
-  }
-  return out;
-}
-
-// Where in the span, read from its start, the condition came to hold.
-template <typename Hits>
-std::size_t completing_hit(const Hits& hits, const rule_correlation& c,
-                           std::pair<std::size_t, std::size_t> span) {
-  if (c.what == kind::temporal_ordered) return span.second;
-  window_count count(c.what);
-  for (std::size_t i = span.first; i < span.second; ++i) {
-    count.change(hits[i], 1);
-    if (holds(c, count.value())) return i;
-  }
-  return span.second;
-}
-
-}  // namespace
-
-void correlator::find_in_group(std::size_t rule, const std::vector<hit>& hits) {
+void correlator::find_matches(std::size_t rule) {
   const rule_correlation& c = set_.rules[rule].content.correlation;
-  const std::uint64_t span = c.timespan_seconds * filetime_per_second;
-  const auto spans = c.what == kind::temporal_ordered ? ordered_spans(hits, c.rules.size(), span)
-                                                      : counted_spans(hits, c, span);
   auto& out = matches_[rule];
-  for (std::size_t i = 0; i < spans.size();) {
-    correlation_match match;
-    const std::size_t completed = completing_hit(hits, c, spans[i]);
-    const std::size_t begin = spans[i].first;
-    std::size_t end = spans[i].second;
-    for (++i; i < spans.size() && spans[i].first <= end; ++i) end = spans[i].second;
-    match.rule = rule;
-    match.event = *hits[completed].event;
-    match.first = hits[begin].event->time;
-    match.last = hits[end].event->time;
-    match.events = end - begin + 1;
-    for (std::size_t g = 0; g < c.group_by.size(); ++g) {
-      match.group.emplace_back(c.group_by[g], texts_[hits[begin].group[g]]);
+  tuple_numbers groups, counted;
+  std::vector<correlation_hit> hits;
+  std::vector<remembered_event> events;
+  if (!add_hits(rule, groups, counted, hits, events)) {
+    not_worked_out_.push_back(rule);
+    return;
+  }
+  const auto key = [&](const correlation_hit& h) {
+    return std::tuple(h.group, h.time, events[h.event].event, h.slot);
+  };
+  std::sort(hits.begin(), hits.end(),
+            [&](const auto& a, const auto& b) { return key(a) < key(b); });
+  const auto number = [&](std::uint32_t value) {
+    const auto found = number_of(texts_[counted.values(value)[0]]);
+    return found ? *found : std::nanl("");
+  };
+  for (std::size_t begin = 0, end = 0; begin < hits.size(); begin = end) {
+    for (end = begin + 1; end < hits.size() && hits[end].group == hits[begin].group; ++end) {
+      hits[end].repeats = events[hits[end].event].event == events[hits[end - 1].event].event;
     }
-    out.push_back(std::move(match));
+    const std::span<const correlation_hit> group(&hits[begin], end - begin);
+    for (const hit_span& span : spans_that_hold(c, group, number)) {
+      correlation_match match{rule, events[group[span.completed].event], group[span.first].time,
+                              group[span.last].time, span.events, {}};
+      for (std::size_t g = 0; g < c.group_by.size(); ++g) {
+        match.group.emplace_back(c.group_by[g], texts_[groups.values(group[0].group)[g]]);
+      }
+      out.push_back(std::move(match));
+    }
   }
-}
-
-void correlator::find_matches(std::size_t rule, std::vector<hit>& hits) {
-  matches_[rule];
-  for (std::size_t i = 0; i < hits.size();) {
-    std::vector<hit> group;
-    const std::vector<std::uint32_t> key = hits[i].group;
-    for (; i < hits.size() && hits[i].group == key; ++i) group.push_back(std::move(hits[i]));
-    find_in_group(rule, group);
-  }
-  auto& out = matches_[rule];
-  std::stable_sort(out.begin(), out.end(),
-                   [](const auto& a, const auto& b) { return a.event.time < b.event.time; });
+  std::stable_sort(out.begin(), out.end(), [](const auto& a, const auto& b) {
+    return a.event.time != b.event.time ? a.event.time < b.event.time
+                                        : a.event.event < b.event.event;
+  });
 }
 
 std::vector<correlation_match> correlator::finish() {
   for (const std::size_t rule : set_.correlation_order) {
-    if (set_.rules[rule].state != rule_state::runs) continue;
-    std::vector<hit> hits = hits_of(rule);
-    find_matches(rule, hits);
+    if (set_.rules[rule].state == rule_state::runs) find_matches(rule);
   }
   std::vector<correlation_match> out;
   for (const auto& [rule, matches] : matches_) {

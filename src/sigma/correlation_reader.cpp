@@ -1,8 +1,11 @@
 // The `correlation` part of a rule.
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 #include "sigma/rule_reader.h"
+#include "sigma/sigma_limits.h"
 
 namespace zanvik::sigma {
 namespace {
@@ -10,8 +13,10 @@ namespace {
 using kind = rule_correlation::kind;
 using relation = rule_correlation::relation;
 
-constexpr std::array<std::string_view, 4> kind_names{"event_count", "value_count", "temporal",
-                                                     "temporal_ordered"};
+// In the order of `kind`.
+constexpr std::array<std::string_view, 7> kind_names{
+    "event_count", "value_count", "temporal",        "temporal_ordered",
+    "value_sum",   "value_avg",   "value_percentile"};
 constexpr std::array<std::string_view, 6> relation_names{"gt", "gte", "lt", "lte", "eq", "neq"};
 
 template <typename Names>
@@ -60,11 +65,11 @@ void read_condition(const yaml_node& condition, rule_correlation& out) {
   for (std::size_t i = 0; i < condition.items.size(); ++i) {
     if (condition.keys[i] == "field") continue;
     const std::size_t which = index_of(relation_names, condition.keys[i]);
-    const auto count = whole_number(condition.items[i].text);
-    if (which == relation_names.size() || !count) {
-      throw rule_problem{condition.items[i].line, "the condition compares with no whole number"};
+    const auto limit = number_of(condition.items[i].text);
+    if (which == relation_names.size() || !limit) {
+      throw rule_problem{condition.items[i].line, "the condition compares with no number"};
     }
-    out.bounds.push_back({static_cast<relation>(which), *count});
+    out.bounds.push_back({static_cast<relation>(which), *limit});
   }
 }
 
@@ -83,21 +88,74 @@ void read_aliases(const yaml_node& node, rule_correlation& out) {
 
 }  // namespace
 
-bool rule_correlation::bound::holds(std::uint64_t value) const {
+bool rule_correlation::bound::holds(long double value) const {
   switch (compare) {
     case relation::gt:
-      return value > count;
+      return value > limit;
     case relation::gte:
-      return value >= count;
+      return value >= limit;
     case relation::lt:
-      return value < count;
+      return value < limit;
     case relation::lte:
-      return value <= count;
+      return value <= limit;
     case relation::eq:
-      return value == count;
+      return value == limit;
     default:
-      return value != count;
+      return value != limit;
   }
+}
+
+namespace {
+
+bool counts_rules(kind what) { return what == kind::temporal || what == kind::temporal_ordered; }
+
+// A condition on rules in order can only ask for so many of them at least.
+void check_ordered(const rule_correlation& c, std::size_t line) {
+  if (c.what != kind::temporal_ordered || c.bounds.empty()) return;
+  if (c.rules.size() > limits::ordered_rules) {
+    throw rule_problem{line, "a condition on the order of so many rules is not supported", true};
+  }
+  if (c.ordered_rules_needed() == 0) {
+    throw rule_problem{line, "an ordered correlation can only have the condition gte or gt", true};
+  }
+}
+
+void check_condition(const rule_correlation& c, std::size_t line) {
+  const bool has_field = c.what != kind::event_count && !counts_rules(c.what);
+  if (!counts_rules(c.what) && c.bounds.empty()) {
+    throw rule_problem{line, "the condition is missing"};
+  }
+  if (has_field && c.fields.empty()) {
+    throw rule_problem{line, "the condition names no field"};
+  }
+  if (has_field && c.what != kind::value_count && c.fields.size() > 1) {
+    throw rule_problem{line, "the condition names more than one field"};
+  }
+  check_ordered(c, line);
+}
+
+// One event cannot stand for a rule twice, so it makes no sense to name it twice.
+void drop_repeated(std::vector<std::string>& names) {
+  std::vector<std::string> once;
+  for (std::string& name : names) {
+    if (std::find(once.begin(), once.end(), name) == once.end()) once.push_back(std::move(name));
+  }
+  names = std::move(once);
+}
+
+}  // namespace
+
+std::size_t rule_correlation::ordered_rules_needed() const {
+  if (bounds.empty()) return rules.size();
+  std::size_t needed = 1;
+  for (const bound& b : bounds) {
+    const bool above = b.compare == relation::gt;
+    if ((!above && b.compare != relation::gte) || b.limit < 0) return 0;
+    const long double least = above ? std::floor(b.limit) + 1 : std::ceil(b.limit);
+    if (least > static_cast<long double>(rules.size())) return SIZE_MAX;
+    needed = std::max(needed, static_cast<std::size_t>(least));
+  }
+  return needed;
 }
 
 void read_correlation(const yaml_node& node, rule_correlation& out) {
@@ -111,20 +169,17 @@ void read_correlation(const yaml_node& node, rule_correlation& out) {
   out.what = static_cast<kind>(which);
   out.rules = list_of(node, "rules");
   if (out.rules.empty()) throw rule_problem{node.line, "the correlation names no rules"};
+  if (out.rules.size() > limits::correlation_rules) {
+    throw rule_problem{node.line, "the correlation names too many rules"};
+  }
+  if (out.what != kind::temporal_ordered) drop_repeated(out.rules);
   out.group_by = list_of(node, "group-by");
   out.timespan_seconds = timespan_of(node);
   out.generate = node.text_of("generate") == "true";
   read_aliases(node, out);
-  const bool counts = out.what == kind::event_count || out.what == kind::value_count;
   const yaml_node* const condition = node.find("condition");
   if (condition != nullptr) read_condition(*condition, out);
-  if (counts && out.bounds.empty()) throw rule_problem{node.line, "the condition is missing"};
-  if (out.what == kind::temporal_ordered && !out.bounds.empty()) {
-    throw rule_problem{node.line, "a condition on an ordered correlation is not supported", true};
-  }
-  if (out.what == kind::value_count && out.fields.empty()) {
-    throw rule_problem{node.line, "the condition names no field to count"};
-  }
+  check_condition(out, node.line);
 }
 
 }  // namespace zanvik::sigma

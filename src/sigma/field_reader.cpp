@@ -236,6 +236,10 @@ class field_reader {
         std::string error;
         test.expression = regex::compile(text, key_.flags, error);
         if (!test.expression) throw rule_problem{value.line, "regular expression: " + error};
+        regex_bytes_ += test.expression->compiled_bytes();
+        if (regex_bytes_ > limits::rule_regex_bytes) {
+          throw rule_problem{value.line, "the regular expressions are too large together"};
+        }
         test.literal = literal_of_regex(text);
         break;
       }
@@ -274,6 +278,9 @@ class field_reader {
   expression from_patterns(const std::string& text, std::size_t line) {
     std::vector<text_pattern> patterns{text_pattern::parse(text)};
     for (const change c : key_.changes) apply(c, patterns, line);
+    if (patterns[0].costly_units() > limits::pattern_units) {
+      throw rule_problem{line, "too many wildcards in a value"};
+    }
     std::vector<expression> parts;
     for (text_pattern& pattern : patterns) {
       field_test test = fresh(kind::text);
@@ -297,7 +304,9 @@ class field_reader {
     std::vector<text_pattern> encoded;
     for (const text_pattern& pattern : patterns) {
       const auto texts = pattern.texts(limits::expanded_texts);
-      if (!texts) throw rule_problem{line, "a value with wildcards cannot be encoded"};
+      if (!texts) {
+        throw rule_problem{line, "a value with wildcards or many dashes cannot be encoded"};
+      }
       for (const std::string& text : *texts) append_encoded(c, text, encoded);
     }
     if (encoded.empty()) throw rule_problem{line, "the value is too short for 'base64offset'"};
@@ -358,6 +367,7 @@ class field_reader {
   const field_key& key_;
   const placeholder_values& placeholders_;
   std::vector<field_test>& tests_;
+  std::size_t regex_bytes_ = 0;  // of this field's expressions, compiled
 };
 
 }  // namespace

@@ -118,6 +118,8 @@ bool address_range::holds(std::string_view text) const {
   if (!other || !std::equal(address.begin(), address.begin() + bits / 8, other->begin())) {
     return false;
   }
+  constexpr std::array<unsigned char, 12> mapped{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
+  if (bits < 96 && std::equal(mapped.begin(), mapped.end(), other->begin())) return false;
   if (bits % 8 == 0) return true;
   return (address[bits / 8] ^ (*other)[bits / 8]) >> (8 - bits % 8) == 0;
 }

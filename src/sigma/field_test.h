@@ -24,7 +24,8 @@ struct field_value {
 // All values of one field of one event; empty when the event does not have the field.
 using field_values = std::vector<field_value>;
 
-// A network: the leading bits of an address. IPv4 stands in IPv6 as ::ffff:a.b.c.d.
+// A network: the leading bits of an address. IPv4 stands in IPv6 as ::ffff:a.b.c.d, and in no IPv6
+// network that is wider than all of IPv4.
 struct address_range {
   std::array<unsigned char, 16> address{};
   unsigned bits = 0;

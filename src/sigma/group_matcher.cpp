@@ -16,6 +16,7 @@ constexpr std::uint64_t passed = 1, failed = 2, may_pass = 3;
 
 group_state::group_state(const group_matcher& matcher, literal_scratch& literals)
     : values(matcher.fields_.size()),
+      skipped(matcher.rules_.size()),
       literals_(literals),
       tests_(matcher.tests_.size()),
       rules_(matcher.rules_.size()) {
@@ -78,7 +79,7 @@ void group_matcher::match(group_state& state, const std::vector<std::uint32_t>& 
   // What a rule finds out serves those behind it, so that their order may not depend on searches.
   std::sort(state.candidates_.begin(), state.candidates_.end());
   for (const std::uint32_t r : state.candidates_) {
-    if (!wanted[r]) continue;
+    if (!wanted[r] || state.skipped[r]) continue;
     const bool holds = evaluate(rules_[r].condition, [&](std::size_t test) {
       return test_passes(static_cast<std::uint32_t>(test), state, scratch);
     });
@@ -239,13 +240,13 @@ class group_matcher::builder {
   }
 
   struct field_literals {
-    std::unordered_map<std::string, std::uint32_t> numbers;
+    std::unordered_map<std::string, std::uint32_t, keyed_text_hash> numbers;
     std::vector<std::string> texts;
   };
 
   group_matcher& out_;
   bool plain_;
-  std::unordered_map<std::string, std::uint32_t> field_numbers_, test_numbers_;
+  std::unordered_map<std::string, std::uint32_t, keyed_text_hash> field_numbers_, test_numbers_;
   std::vector<field_literals> literals_;
 };
 

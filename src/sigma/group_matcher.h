@@ -17,6 +17,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/hash_mix.h"
 #include "sigma/anchored_set.h"
 #include "sigma/expression.h"
 #include "sigma/field_test.h"
@@ -37,6 +38,8 @@ class group_state {
   std::vector<field_values> values;
   // Rules of the last match in which a regular expression reached a limit.
   std::vector<std::uint32_t> gave_up;
+  // By rule: not to be matched, whatever else holds.
+  std::vector<bool> skipped;
 
  private:
   friend class group_matcher;
@@ -94,15 +97,10 @@ class group_matcher {
     expression condition;               // over compiled tests
     std::vector<std::uint32_t> fields;  // that it asks for
   };
-  struct text_hash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const {
-      return std::hash<std::string_view>()(text);
-    }
-  };
   struct field_search {
     // Tests of whole values.
-    std::unordered_map<std::string, std::vector<std::uint32_t>, text_hash, std::equal_to<>> equal;
+    std::unordered_map<std::string, std::vector<std::uint32_t>, keyed_text_hash, std::equal_to<>>
+        equal;
     anchored_set starts{false}, ends{true};
     std::vector<std::vector<std::uint32_t>> contained;  // tests of each literal
     std::unique_ptr<literal_set> literals;

@@ -189,6 +189,22 @@ bool hunter::passes_where(const event_view& event, const event_source& source,
   return true;
 }
 
+void hunter::start_log() {
+  gave_up_in_log_.clear();
+  for (const auto& [group, state] : states_) state->skipped.assign(state->skipped.size(), false);
+}
+
+// A rule that would crawl through a log is left out of the rest of it.
+void hunter::count_given_up(const rule_group& group, group_state& state) {
+  for (const std::uint32_t r : state.gave_up) {
+    const std::size_t rule = group.rules[r];
+    ++gave_up_[rule];
+    if (++gave_up_in_log_[rule] != limits::given_up_in_log) continue;
+    state.skipped[r] = true;
+    ++left_out_[rule];
+  }
+}
+
 void hunter::on_event(const event_view& event) {
   ++events_;
   if (kinds_.size() >= limits::kinds) forget_kinds();
@@ -206,7 +222,7 @@ void hunter::on_event(const event_view& event) {
     for (const std::uint32_t r : part_matches_) {
       matches_.push_back(static_cast<std::uint32_t>(part.group->rules[r]));
     }
-    for (const std::uint32_t r : state->gave_up) ++gave_up_[part.group->rules[r]];
+    if (!state->gave_up.empty()) count_given_up(*part.group, *state);
   }
   if (matches_.empty()) return;
   std::sort(matches_.begin(), matches_.end());
@@ -224,7 +240,7 @@ void hunter::add_unconcerned(std::map<std::string, std::uint64_t>& counts) const
 }
 
 hunt_counts hunter::counts() const {
-  hunt_counts out{events_, unconcerned_, gave_up_};
+  hunt_counts out{events_, unconcerned_, gave_up_, left_out_};
   add_unconcerned(out.unconcerned);
   return out;
 }

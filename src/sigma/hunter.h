@@ -15,6 +15,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/hash_mix.h"
 #include "events/event_view.h"
 #include "sigma/compiled_rules.h"
 
@@ -23,7 +24,8 @@ namespace zanvik::sigma {
 struct hunt_counts {
   std::uint64_t events = 0;
   std::map<std::string, std::uint64_t> unconcerned;  // by channel: events that no rule concerned
-  std::map<std::size_t, std::uint64_t> gave_up;      // by rule: values on which a limit was reached
+  std::map<std::size_t, std::uint64_t> gave_up;      // by rule: events in which a limit was reached
+  std::map<std::size_t, std::uint64_t> left_out;     // by rule: logs whose rest went without it
 };
 
 class hunter : public event_sink {
@@ -35,6 +37,8 @@ class hunter : public event_sink {
   hunter(compiled_rules& rules, match_callback on_match);
   ~hunter() override;
 
+  // The events to come are of another log.
+  void start_log();
   void on_event(const event_view& event) override;
 
   // What has been counted so far.
@@ -60,6 +64,7 @@ class hunter : public event_sink {
   static void append_value(rendered& out, const event_value& value);
   void collect(const event_view& event, const std::vector<std::uint32_t>& fields,
                field_values& out);
+  void count_given_up(const rule_group& group, group_state& state);
   bool passes_where(const event_view& event, const event_source& source,
                     const std::vector<std::vector<std::uint32_t>>& where);
   void add_unconcerned(std::map<std::string, std::uint64_t>& counts) const;
@@ -68,14 +73,15 @@ class hunter : public event_sink {
   match_callback on_match_;
   literal_scratch literals_;
   test_scratch scratch_;
-  std::unordered_map<std::string, std::unique_ptr<kind>> kinds_;
+  std::unordered_map<std::string, std::unique_ptr<kind>, keyed_text_hash> kinds_;
   std::map<const rule_group*, std::unique_ptr<group_state>> states_;
   std::vector<std::unique_ptr<shape_plan>> plans_;  // by index of the shape
   std::vector<rendered> fields_;                    // by number of the field
   std::uint64_t events_ = 0;
   std::string key_;
   std::vector<std::uint32_t> part_matches_, matches_;
-  std::map<std::size_t, std::uint64_t> gave_up_;
+  std::map<std::size_t, std::uint64_t> gave_up_, left_out_;
+  std::map<std::size_t, std::uint32_t> gave_up_in_log_;
   std::map<std::string, std::uint64_t> unconcerned_;  // of kinds that were forgotten
 };
 

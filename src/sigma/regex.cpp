@@ -43,36 +43,55 @@ regex_scratch::~regex_scratch() = default;
 
 regex::~regex() { pcre2_code_free(static_cast<pcre2_code*>(code_)); }
 
+namespace {
+
+pcre2_code* compiled(std::string_view text, regex_flags flags, int& error, PCRE2_SIZE& where) {
+  std::uint32_t options = PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C;
+  if (flags.any_case) options |= PCRE2_CASELESS;
+  if (flags.multi_line) options |= PCRE2_MULTILINE;
+  if (flags.single_line) options |= PCRE2_DOTALL;
+  return pcre2_compile(reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), options, &error,
+                       &where, nullptr);
+}
+
+}  // namespace
+
 std::shared_ptr<const regex> regex::compile(std::string_view text, regex_flags flags,
                                             std::string& error) {
   if (text.size() > limits::regex_bytes) {
     error = "longer than " + std::to_string(limits::regex_bytes) + " bytes";
     return nullptr;
   }
-  std::uint32_t options = PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C;
-  if (flags.any_case) options |= PCRE2_CASELESS;
-  if (flags.multi_line) options |= PCRE2_MULTILINE;
-  if (flags.single_line) options |= PCRE2_DOTALL;
   int code = 0;
   PCRE2_SIZE where = 0;
   std::shared_ptr<regex> out(new regex);
-  pcre2_code* const compiled = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(),
-                                             options, &code, &where, nullptr);
-  if (compiled == nullptr) {
+  pcre2_code* const trial = compiled(text, flags, code, where);
+  if (trial == nullptr) {
     error = message_of(code) + " at character " + std::to_string(where + 1);
     return nullptr;
   }
-  out->code_ = compiled;
-  // Where there is no code generator for the processor, the interpreter takes its place.
-  pcre2_jit_compile(compiled, PCRE2_JIT_COMPLETE);
+  pcre2_pattern_info(trial, PCRE2_INFO_SIZE, &out->compiled_bytes_);
+  pcre2_code_free(trial);
   out->text_ = text;
   out->flags_ = flags;
   return out;
 }
 
+void regex::compile_code() const {
+  int code = 0;
+  PCRE2_SIZE where = 0;
+  pcre2_code* const made = compiled(text_, flags_, code, where);
+  // Where there is no code generator for the processor, the interpreter takes its place.
+  if (made != nullptr) pcre2_jit_compile(made, PCRE2_JIT_COMPLETE);
+  code_ = made;
+}
+
 regex_answer regex::search(std::string_view text, regex_scratch& scratch) const {
   const auto& parts = *scratch.parts_;
-  if (parts.data == nullptr || parts.context == nullptr) return regex_answer::gave_up;
+  std::call_once(compiled_, [this] { compile_code(); });
+  if (code_ == nullptr || parts.data == nullptr || parts.context == nullptr) {
+    return regex_answer::gave_up;
+  }
   const int result =
       pcre2_match(static_cast<pcre2_code*>(code_), reinterpret_cast<PCRE2_SPTR>(text.data()),
                   text.size(), 0, 0, parts.data, parts.context);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -35,7 +36,7 @@ class regex_scratch {
 
 class regex {
  public:
-  // Null, with `error` set, when the expression is none.
+  // Null, with `error` set, when the expression is none. Only what is searched with stays compiled.
   static std::shared_ptr<const regex> compile(std::string_view text, regex_flags flags,
                                               std::string& error);
   ~regex();
@@ -45,12 +46,18 @@ class regex {
   // Whether the expression matches anywhere in `text`.
   regex_answer search(std::string_view text, regex_scratch& scratch) const;
 
+  // Bytes that it takes when compiled, but for the code that the processor runs.
+  std::size_t compiled_bytes() const { return compiled_bytes_; }
   const std::string& text() const { return text_; }
   regex_flags flags() const { return flags_; }
 
  private:
   regex() = default;
-  void* code_ = nullptr;
+  void compile_code() const;
+
+  mutable std::once_flag compiled_;
+  mutable void* code_ = nullptr;  // null until the first search
+  std::size_t compiled_bytes_ = 0;
   std::string text_;
   regex_flags flags_;
 };

@@ -30,12 +30,20 @@ struct field_alias {
 };
 
 struct rule_correlation {
-  enum class kind : unsigned char { event_count, value_count, temporal, temporal_ordered };
+  enum class kind : unsigned char {
+    event_count,
+    value_count,
+    temporal,
+    temporal_ordered,
+    value_sum,
+    value_avg,
+    value_percentile,
+  };
   enum class relation : unsigned char { gt, gte, lt, lte, eq, neq };
   struct bound {
     relation compare;
-    std::uint64_t count;
-    bool holds(std::uint64_t value) const;
+    long double limit;
+    bool holds(long double value) const;
   };
   kind what = kind::event_count;
   std::vector<std::string> rules;  // by ID or name
@@ -43,8 +51,12 @@ struct rule_correlation {
   std::vector<field_alias> aliases;
   std::uint64_t timespan_seconds = 0;
   std::vector<bound> bounds;        // all must hold; none: as many as there are rules
-  std::vector<std::string> fields;  // of value_count: what is counted
+  std::vector<std::string> fields;  // of the value_ kinds: what is counted or added
   bool generate = false;            // the rules it stands on are reported on their own, too
+
+  // Of temporal_ordered: how many of its rules have to come in their order; 0 when the condition
+  // asks for something else.
+  std::size_t ordered_rules_needed() const;
 };
 
 struct rule {
@@ -60,6 +72,7 @@ struct rule {
   rule_log_source source;          // detection, filter
   std::vector<field_test> tests;   // detection, filter
   expression condition;            // detection, filter
+  std::size_t regex_bytes = 0;     // what the expressions of its tests come to when compiled
   rule_correlation correlation;    // correlation
   std::vector<std::string> rules;  // filter: the rules it belongs to
 

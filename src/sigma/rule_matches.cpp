@@ -14,8 +14,12 @@ constexpr std::size_t logs_named = 3;
 
 // Rules, paths and values are anybody's text; a terminal gets no control characters of theirs.
 void clean(std::string& text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    // U+0080 to U+009F are controls, too.
+    const bool two = c == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0;
+    if (c < 0x20 || c == 0x7f || two) text[i] = ' ';
+    if (two) text[++i] = ' ';
   }
 }
 
@@ -173,10 +177,11 @@ void append_hunt_stats(const rule_set& set, std::size_t compiled, const rule_mat
   numbers.add({"events", std::to_string(counts.events)});
   numbers.add({"matches", std::to_string(matches.total())});
   numbers.append(out);
-  text_table by_rule({"matches", "rule"});
+  text_table by_rule({"matches", "rule", "id"});
   for (std::size_t i = 0; i < set.rules.size(); ++i) {
     const std::uint64_t count = matches.count_of(i);
-    if (count != 0) by_rule.add({std::to_string(count), set.rules[i].content.title});
+    if (count != 0) by_rule.add({std::to_string(count), set.rules[i].content.title,
+                                 or_dash(set.rules[i].content.id)});
   }
   if (matches.total() != 0) by_rule.append(out);
   text_table channels({"events", "channel that no rule concerned"});

@@ -35,10 +35,10 @@ const yaml_node& needed(const yaml_node& map, std::string_view key) {
 // What a search identifier stands for: maps ask for all of their fields, lists for any item.
 class identifier_reader {
  public:
-  identifier_reader(const placeholder_values& placeholders, std::vector<field_test>& tests)
-      : placeholders_(placeholders), tests_(tests) {}
+  identifier_reader(const placeholder_values& placeholders, rule& out)
+      : placeholders_(placeholders), rule_(out) {}
 
-  expression read(const yaml_node& node) const {
+  expression read(const yaml_node& node) {
     if (!node.is_list()) return item(node);
     if (node.items.empty()) throw rule_problem{node.line, "a search identifier is empty"};
     std::vector<expression> parts;
@@ -50,27 +50,40 @@ class identifier_reader {
   }
 
  private:
-  expression item(const yaml_node& node) const {
+  expression item(const yaml_node& node) {
     // A text without a field is a keyword.
-    if (!node.is_map()) return read_field("", node, placeholders_, tests_);
+    if (!node.is_map()) return field("", node);
     if (node.items.empty()) throw rule_problem{node.line, "a search identifier is empty"};
     std::vector<expression> parts;
     for (std::size_t i = 0; i < node.items.size(); ++i) {
-      parts.push_back(read_field(node.keys[i], node.items[i], placeholders_, tests_));
+      parts.push_back(field(node.keys[i], node.items[i]));
     }
     return expression::join(expression::kind::all_of, std::move(parts));
   }
 
+  expression field(const std::string& key, const yaml_node& value) {
+    expression out = read_field(key, value, placeholders_, rule_.tests);
+    for (; counted_ < rule_.tests.size(); ++counted_) {
+      const auto& regex = rule_.tests[counted_].expression;
+      if (regex) rule_.regex_bytes += regex->compiled_bytes();
+    }
+    if (rule_.regex_bytes > limits::rule_regex_bytes) {
+      throw rule_problem{value.line, "the regular expressions are too large together"};
+    }
+    return out;
+  }
+
   const placeholder_values& placeholders_;
-  std::vector<field_test>& tests_;
+  rule& rule_;
+  std::size_t counted_ = 0;  // of its tests
 };
 
 void read_log_source(const yaml_node& document, rule_log_source& out) {
   const yaml_node& source = needed(document, "logsource");
   if (!source.is_map()) throw rule_problem{source.line, "'logsource' is no map"};
-  out.category = source.text_of("category");
-  out.product = source.text_of("product");
-  out.service = source.text_of("service");
+  out.category = to_lower(std::string(source.text_of("category")));
+  out.product = to_lower(std::string(source.text_of("product")));
+  out.service = to_lower(std::string(source.text_of("service")));
   if (out.category.empty() && out.product.empty() && out.service.empty()) {
     throw rule_problem{source.line, "'logsource' names neither category, product nor service"};
   }
@@ -98,6 +111,11 @@ void read_body(const yaml_node& document, const placeholder_values& placeholders
     if (document.text_of("generate") == "true") out.correlation.generate = true;
     return;
   }
+  const std::string_view taxonomy = document.text_of("taxonomy");
+  if (!taxonomy.empty() && !equal_nocase(taxonomy, "sigma")) {
+    throw rule_problem{document.line, "taxonomy '" + std::string(taxonomy) + "' is not known",
+                       true};
+  }
   const yaml_node* const filter = document.find("filter");
   if (filter != nullptr) out.what = rule::kind::filter;
   read_log_source(document, out.source);
@@ -112,7 +130,7 @@ void read_body(const yaml_node& document, const placeholder_values& placeholders
 
 void read_detection(const yaml_node& detection, const placeholder_values& placeholders, rule& out) {
   if (!detection.is_map()) throw rule_problem{detection.line, "the detection is no map"};
-  const identifier_reader reader(placeholders, out.tests);
+  identifier_reader reader(placeholders, out);
   std::vector<named_expression> names;
   for (std::size_t i = 0; i < detection.items.size(); ++i) {
     const std::string& name = detection.keys[i];

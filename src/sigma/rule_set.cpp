@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "base/fileio.h"
+#include "base/text.h"
 #include "sigma/fold_case.h"
 #include "sigma/sigma_limits.h"
 
@@ -55,12 +56,18 @@ rule broken_file(const std::string& path, std::string problem, std::size_t line)
 file_rules read_text(const std::string& path, const std::string& text,
                      const placeholder_values& placeholders) {
   file_rules out;
-  yaml_file file = read_yaml(text);
-  for (const yaml_node& document : file.documents) {
-    if (document.what == yaml_node::kind::null) continue;  // an empty document
-    out.push_back(read_rule(document, path, placeholders));
+  for (const yaml_piece& piece : yaml_pieces(text)) {
+    if (out.size() >= limits::rules_of_file) {
+      out.push_back(broken_file(path, "too many rules in one file", piece.line));
+      break;
+    }
+    const yaml_file file = read_yaml(std::string(piece.text), piece.line);
+    for (const yaml_node& document : file.documents) {
+      if (document.what == yaml_node::kind::null) continue;  // an empty document
+      out.push_back(read_rule(document, path, placeholders));
+    }
+    if (!file.error.empty()) out.push_back(broken_file(path, file.error, file.error_line));
   }
-  if (!file.error.empty()) out.push_back(broken_file(path, file.error, file.error_line));
   return out;
 }
 
@@ -83,7 +90,8 @@ file_rules read_file(const std::string& path, const placeholder_values& placehol
 }
 
 // The rule files below `path`, itself one if it is a file. False when there is nothing.
-bool list_files(const std::string& path, std::vector<std::string>& out) {
+bool list_files(const std::string& path, std::vector<std::string>& out,
+                std::vector<std::string>& messages) {
   std::error_code error;
   if (!fs::is_directory(path, error)) {
     if (!fs::exists(path, error)) return false;
@@ -101,6 +109,8 @@ bool list_files(const std::string& path, std::vector<std::string>& out) {
       found.push_back(it->path().string());
     }
   }
+  if (error) messages.push_back(path + ": cannot be read to the end: " + error.message());
+  if (found.size() == limits::rule_files) messages.push_back(path + ": too many rule files");
   std::sort(found.begin(), found.end());
   out.insert(out.end(), found.begin(), found.end());
   return true;
@@ -131,7 +141,8 @@ bool is_wanted(const rule& r, const rule_choice& choice) {
     return std::find(list.begin(), list.end(), value) != list.end();
   };
   if (r.level < choice.min_level || (!choice.statuses.empty() && !has(choice.statuses, r.status)) ||
-      (!r.id.empty() && has(choice.excluded_ids, r.id))) {
+      std::any_of(choice.excluded_ids.begin(), choice.excluded_ids.end(),
+                  [&](const std::string& id) { return equal_nocase(id, r.id); })) {
     return false;
   }
   if (choice.tags.empty()) return true;
@@ -180,10 +191,12 @@ void apply_filter(const rule& filter, rule& target) {
     for (expression& part : e.parts) part = self(self, std::move(part));
     return e;
   };
-  std::vector<expression> parts;
-  parts.push_back(std::move(target.condition));
-  parts.push_back(expression::negate(moved(moved, filter.condition)));
-  target.condition = expression::join(expression::kind::all_of, std::move(parts));
+  expression& condition = target.condition;
+  if (condition.what != expression::kind::all_of) {
+    condition = {expression::kind::all_of, {std::move(condition)}, 0};
+  }
+  // Beside one another: many filters may be on one rule, and what evaluates is recursive.
+  condition.parts.push_back(expression::negate(moved(moved, filter.condition)));
 }
 
 bool source_fits(const rule_log_source& filter, const rule_log_source& rule_source) {
@@ -195,19 +208,26 @@ bool source_fits(const rule_log_source& filter, const rule_log_source& rule_sour
 }
 
 void apply_filters(rule_set& set) {
+  std::size_t tests = 0;  // copied into rules
   for (known_rule& filter : set.rules) {
     if (filter.content.what != rule::kind::filter || filter.state != rule_state::runs) continue;
     for (const std::string& name : filter.content.rules) {
       const std::ptrdiff_t target = set.find(name);
-      if (target < 0) {
-        filter.reason += (filter.reason.empty() ? "no rule " : ", no rule ") + name;
-        continue;
+      rule* const content =
+          target < 0 ? nullptr : &set.rules[static_cast<std::size_t>(target)].content;
+      std::string why;
+      if (content == nullptr) {
+        why = "no rule " + name;
+      } else if (content->what != rule::kind::detection || !content->problem.empty()) {
+        why = "no detection that runs: " + name;
+      } else if (!source_fits(filter.content.source, content->source)) {
+        why = "another log source: " + name;
+      } else if ((tests += filter.content.condition.size()) > limits::filter_steps) {
+        why = "too many filters before: " + name;
+      } else {
+        apply_filter(filter.content, *content);
       }
-      rule& content = set.rules[static_cast<std::size_t>(target)].content;
-      if (content.what == rule::kind::detection && content.problem.empty() &&
-          source_fits(filter.content.source, content.source)) {
-        apply_filter(filter.content, content);
-      }
+      if (!why.empty()) filter.reason += (filter.reason.empty() ? "" : ", ") + why;
     }
   }
 }
@@ -222,6 +242,10 @@ bool is_ready(const rule_set& set, known_rule& known, const std::vector<bool>& s
     }
     if (!settled[static_cast<std::size_t>(found)]) return false;
     const known_rule& base = set.rules[static_cast<std::size_t>(found)];
+    if (base.content.what == rule::kind::filter) {
+      set_state(known, rule_state::broken, "'" + name + "' is a filter");
+      return true;
+    }
     if (base.state != rule_state::runs && base.state != rule_state::not_wanted) {
       set_state(known, base.state, "rule '" + name + "' does not run");
       return true;
@@ -277,6 +301,18 @@ void mark_bases(rule_set& set) {
   }
 }
 
+// Expressions of all rules take no more than so much; which rules go without is a matter of order.
+void limit_regexes(rule_set& set) {
+  std::size_t bytes = 0;
+  for (known_rule& known : set.rules) {
+    if (known.state != rule_state::runs) continue;
+    bytes += known.content.regex_bytes;
+    if (bytes <= limits::all_regex_bytes) continue;
+    bytes -= known.content.regex_bytes;
+    set_state(known, rule_state::unsupported, "the regular expressions of all rules are too many");
+  }
+}
+
 void settle(std::vector<file_rules>&& files, const rule_choice& choice,
             const log_source_table& sources, rule_set& out) {
   for (file_rules& file : files) {
@@ -294,6 +330,7 @@ void settle(std::vector<file_rules>&& files, const rule_choice& choice,
     if (!r.id.empty()) out.by_name.emplace(r.id, i);
     if (!r.name.empty()) out.by_name.emplace(r.name, i);
   }
+  limit_regexes(out);
   apply_filters(out);
   settle_correlations(out);
   mark_bases(out);
@@ -301,7 +338,8 @@ void settle(std::vector<file_rules>&& files, const rule_choice& choice,
     if (known.state != rule_state::broken) continue;
     const std::size_t line = std::max<std::size_t>(
         known.content.problem.empty() ? known.content.line : known.content.problem_line, 1);
-    out.messages.push_back(known.content.file + ":" + std::to_string(line) + ": " + known.reason);
+    out.messages.push_back(
+        printable_name(known.content.file + ":" + std::to_string(line) + ": " + known.reason));
   }
 }
 
@@ -311,9 +349,10 @@ std::string load_rules(const std::vector<std::string>& paths, const rule_choice&
                        const log_source_table& sources, rule_set& out) {
   std::vector<std::string> files;
   for (const std::string& path : paths) {
-    if (!list_files(path, files)) return "no such file or folder: " + path;
+    if (!list_files(path, files, out.messages)) return "no such file or folder: " + path;
   }
   settle(read_files(files, choice.placeholders), choice, sources, out);
+  if (out.rules.empty()) return "there is no rule in " + paths.front();
   return {};
 }
 

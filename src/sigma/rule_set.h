@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/hash_mix.h"
 #include "sigma/log_sources.h"
 #include "sigma/rule_reader.h"
 
@@ -45,7 +46,7 @@ struct rule_set {
   std::vector<known_rule> rules;
   std::vector<std::string> messages;  // one line for each broken file or rule
   std::size_t files = 0;
-  std::unordered_map<std::string, std::size_t> by_name;  // IDs and names
+  std::unordered_map<std::string, std::size_t, keyed_text_hash> by_name;  // IDs and names
   std::vector<std::size_t> correlation_order;            // each behind what it stands on
 
   // The rule with that ID or name, or -1.

@@ -8,8 +8,12 @@
 
 namespace zanvik::sigma::limits {
 
-// Bytes of one rule file; the largest public one has 400 KiB.
-inline constexpr std::size_t rule_file_bytes = 4 << 20;
+// Bytes of one rule file; all public rules in one have 5 MiB.
+inline constexpr std::size_t rule_file_bytes = 64 << 20;
+// Of one rule; the largest public one has 300 KiB. Brackets take yaml-cpp 240 bytes each.
+inline constexpr std::size_t rule_bytes = 512 << 10;
+// Rules of one file.
+inline constexpr std::size_t rules_of_file = 50000;
 // Files below the folders of --rules; the public set has some 3,500 for all products.
 inline constexpr std::size_t rule_files = 100000;
 // Values of one file with the copies that aliases make; the largest public rule has 6,000.
@@ -23,8 +27,14 @@ inline constexpr std::size_t condition_depth = 64;
 // Steps of one rule's condition once names and patterns stand for what they name. `1 of them` over
 // many identifiers may stand often; public rules stay below 6,000.
 inline constexpr std::size_t rule_steps = 100000;
+// Steps that filters add to rules; each costs some 400 bytes.
+inline constexpr std::size_t filter_steps = 1 << 18;
 // How many correlations may stand on one another.
 inline constexpr std::size_t correlation_depth = 16;
+// Rules that one correlation may stand on; each of its groups has room for each of them.
+inline constexpr std::size_t correlation_rules = 256;
+// Rules of an ordered correlation that wants only some of them: each match of one costs the square.
+inline constexpr std::size_t ordered_rules = 16;
 // Texts that one value may become by dashes before an encoding, or by placeholders.
 inline constexpr std::size_t expanded_texts = 4096;
 // Steps of one regular expression on one value, as PCRE2 counts them. A sound expression takes a
@@ -32,8 +42,18 @@ inline constexpr std::size_t expanded_texts = 4096;
 inline constexpr std::uint32_t regex_steps = 100000;
 // Memory that one match may take beyond its first, in KiB.
 inline constexpr std::uint32_t regex_heap_kib = 4096;
-// Length of one regular expression's text; what it may become when compiled goes by it.
+// Length of one regular expression's text.
 inline constexpr std::size_t regex_bytes = 16384;
+// What the expressions of one rule, and those of all rules, may come to when compiled: repetition
+// makes kilobytes of a few characters. Public rules come to 20 KiB and 400 KiB.
+inline constexpr std::size_t rule_regex_bytes = 256 << 10;
+inline constexpr std::size_t all_regex_bytes = 8 << 20;
+// Values of one log on which the expressions of a rule may reach their limit before the rule is
+// left out of the rest of this log.
+inline constexpr std::uint32_t given_up_in_log = 64;
+
+// `?` and dashes of one value, and `*`: each may have to be tried at every character of a text.
+inline constexpr std::size_t pattern_units = 256;
 
 // How much of a literal is looked for together with all others; the rest of a longer one is looked
 // at where its start was found. Compiling takes half the time of all.
@@ -50,6 +70,9 @@ inline constexpr std::size_t counted_channel_bytes = 256;
 
 // Matches that correlations hold until the end, and the bytes of their values: 100 MiB at most.
 inline constexpr std::size_t correlated_events = 1 << 19;
+inline constexpr std::size_t correlated_values = 1 << 23;
 inline constexpr std::size_t correlated_text_bytes = 32 << 20;
+// Matches that all correlations together look at, a second or two; many may stand on one rule.
+inline constexpr std::size_t correlated_looks = 1 << 24;
 
 }  // namespace zanvik::sigma::limits

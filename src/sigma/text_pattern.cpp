@@ -1,6 +1,8 @@
 #include "sigma/text_pattern.h"
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "sigma/fold_case.h"
 
@@ -42,13 +44,23 @@ std::size_t piece_end(const piece& p, std::string_view text, std::size_t positio
   return position;
 }
 
+// Where `literal` stands in `text` from `position` on. memmem takes time in proportion to the text
+// even where much of the literal is found again and again.
+std::size_t find_literal(std::string_view literal, std::string_view text, std::size_t position) {
+  const void* const found = memmem(text.data() + position, text.size() - position, literal.data(),
+                                   literal.size());
+  return found == nullptr
+             ? npos
+             : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
 // Where the first occurrence of `p` from `position` on ends, else npos.
 std::size_t find_piece(const piece& p, std::string_view text, std::size_t position) {
   if (p.empty()) return position;
   const bool starts_literal = p[0].what == unit::kind::literal;
   for (;;) {
     if (starts_literal) {
-      position = text.find(p[0].text, position);
+      position = find_literal(p[0].text, text, position);
       if (position == npos) return npos;
     }
     const std::size_t end = piece_end(p, text, position);
@@ -176,6 +188,15 @@ std::string_view text_pattern::longest_literal() const {
     }
   }
   return longest;
+}
+
+std::size_t text_pattern::costly_units() const {
+  std::size_t count = pieces_.size() - 1;
+  for (const piece& p : pieces_) {
+    count += static_cast<std::size_t>(
+        std::count_if(p.begin(), p.end(), [](const unit& u) { return u.what != unit::kind::literal; }));
+  }
+  return count;
 }
 
 std::optional<std::vector<std::string>> text_pattern::texts(std::size_t limit) const {

@@ -49,6 +49,9 @@ class text_pattern {
   // has wildcards or when the texts are more than `limit`.
   std::optional<std::vector<std::string>> texts(std::size_t limit) const;
 
+  // Wildcards and dashes, which make matching take its time.
+  std::size_t costly_units() const;
+
   bool matches(std::string_view text) const;
   // The same for the same pattern only; for finding what several rules ask.
   std::string key() const;

@@ -6,6 +6,7 @@
 #include <yaml-cpp/parser.h>
 
 #include <algorithm>
+#include <cctype>
 #include <sstream>
 #include <stdexcept>
 #include <unordered_map>
@@ -21,14 +22,17 @@ struct refused {
   const char* why;
 };
 
-std::size_t line_of(const YAML::Mark& mark) {
-  return mark.line < 0 ? 1 : static_cast<std::size_t>(mark.line) + 1;
-}
 
 // Builds the tree from the library's events. Nodes under work stand on a stack, so that growing a
 // list moves none that is still being filled.
 class tree_builder : public YAML::EventHandler {
  public:
+  explicit tree_builder(std::size_t first_line) : first_line_(first_line) {}
+
+  std::size_t line_of(const YAML::Mark& mark) const {
+    return first_line_ + (mark.line < 0 ? 0 : static_cast<std::size_t>(mark.line));
+  }
+
   std::vector<yaml_node> documents;
 
   void OnDocumentStart(const YAML::Mark&) override {}
@@ -120,6 +124,7 @@ class tree_builder : public YAML::EventHandler {
     parent.has_key = true;
   }
 
+  std::size_t first_line_;
   std::vector<open_node> open_;
   std::unordered_map<YAML::anchor_t, yaml_node> anchors_;
   std::size_t nodes_ = 0;
@@ -137,9 +142,30 @@ std::string_view yaml_node::text_of(std::string_view key) const {
   return value != nullptr && value->is_text() ? std::string_view(value->text) : std::string_view();
 }
 
-yaml_file read_yaml(const std::string& text) {
+std::vector<yaml_piece> yaml_pieces(std::string_view text) {
+  std::vector<yaml_piece> out{{text, 1}};
+  std::size_t line = 1;
+  bool directives = false;
+  for (std::size_t begin = 0; begin < text.size(); ++line) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    const std::string_view row = text.substr(begin, end - begin);
+    directives |= row.starts_with('%');
+    const bool parts = row.starts_with("---") && (row.size() == 3 || std::isspace(static_cast<unsigned char>(row[3])) != 0);
+    if (parts && begin != 0) {
+      const auto where = static_cast<std::size_t>(out.back().text.data() - text.data());
+      out.back().text = text.substr(where, begin - where);
+      out.push_back({text.substr(begin), line});
+    }
+    begin = end + 1;
+  }
+  if (directives) return {{text, 1}};
+  return out;
+}
+
+yaml_file read_yaml(const std::string& text, std::size_t first_line) {
   yaml_file out;
-  tree_builder builder;
+  tree_builder builder(first_line);
+  if (text.size() > limits::rule_bytes) return {{}, "is too large for a rule", first_line};
   try {
     std::istringstream in(text);
     YAML::Parser parser(in);
@@ -150,10 +176,10 @@ yaml_file read_yaml(const std::string& text) {
     out.error_line = e.line;
   } catch (const YAML::Exception& e) {
     out.error = e.msg;
-    out.error_line = line_of(e.mark);
+    out.error_line = builder.line_of(e.mark);
   } catch (const std::exception& e) {  // what the library lets through from the standard library
     out.error = e.what();
-    out.error_line = 1;
+    out.error_line = first_line;
   }
   out.documents = std::move(builder.documents);
   return out;

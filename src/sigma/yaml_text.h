@@ -37,6 +37,15 @@ struct yaml_file {
   std::size_t error_line = 0;
 };
 
-yaml_file read_yaml(const std::string& text);
+// Lines are counted from `first_line`.
+yaml_file read_yaml(const std::string& text, std::size_t first_line = 1);
+
+// The documents of a file, which lines "---" part, as texts; what is wrong with one does not reach
+// the next. A file with directives is one piece.
+struct yaml_piece {
+  std::string_view text;
+  std::size_t line;  // its first
+};
+std::vector<yaml_piece> yaml_pieces(std::string_view text);
 
 }  // namespace zanvik::sigma

@@ -106,6 +106,8 @@ class hunt_run : public event_sink {
     sigma::compiled_rules rules(set_);
     hunter_ = std::make_unique<sigma::hunter>(
         rules, [this](const event_view& event, std::span<const std::uint32_t> found) {
+          correlator_->begin_event();
+          kept_ = false;
           for (const std::uint32_t rule : found) take_match(event, rule);
         });
     log_event_reader reader(*this, options_.logs.slack);
@@ -116,6 +118,7 @@ class hunt_run : public event_sink {
     log_finder finder(
         [&](found_log& log) {
           if (lines_) lines_->start_log(log.source);
+          hunter_->start_log();
           if (!reader.read(log)) problem(log.source.path, "a part could not be read");
         },
         [this](const std::string& path, const std::string& what) { problem(path, what); });
@@ -141,7 +144,12 @@ class hunt_run : public event_sink {
       }
     }
     if (correlator_->wants(rule)) {
-      correlator_->add(event, rule, lines_ ? lines_->keep(event) : 0);
+      // One line serves all rules that match the event.
+      if (lines_ && !kept_ && correlator_->has_room()) {
+        note_ = lines_->keep(event);
+        kept_ = true;
+      }
+      correlator_->add(event, rule, note_);
     }
   }
 
@@ -160,14 +168,22 @@ class hunt_run : public event_sink {
       problem("correlations",
               std::to_string(correlator_->left_out()) + " matches were too many and are left out");
     }
+    for (const std::size_t rule : correlator_->not_worked_out()) {
+      problem(set_.rules[rule].content.file, "the correlation has too many matches to look at");
+    }
   }
 
   // Values on which a regular expression went on for too long do not match it; nobody should
   // believe they were looked at.
   void tell_given_up(const sigma::hunt_counts& counts) const {
     for (const auto& [rule, events] : counts.gave_up) {
-      report_problem(set_.rules[rule].content.file, "a regular expression reached its limit in " +
-                                                        std::to_string(events) + " events");
+      std::string what =
+          "a regular expression reached its limit in " + std::to_string(events) + " events";
+      const auto logs = counts.left_out.find(rule);
+      if (logs != counts.left_out.end()) {
+        what += "; the rule was left out of the rest of " + std::to_string(logs->second) + " logs";
+      }
+      report_problem(set_.rules[rule].content.file, what);
     }
   }
 
@@ -199,6 +215,8 @@ class hunt_run : public event_sink {
   std::unique_ptr<sigma::correlator> correlator_;
   std::unique_ptr<sigma::hunter> hunter_;
   std::unique_ptr<match_output> lines_;
+  bool kept_ = false;       // the line of the event in hand, under
+  std::uint64_t note_ = 0;  // this number
   int status_ = verb_done;
 };
 

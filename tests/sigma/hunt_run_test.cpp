@@ -180,11 +180,13 @@ TEST_F(hunt_runs, sources_are_told_apart_by_channel_id_and_fields) {
             "process process any added any ");
 }
 
-// Failed logons of two accounts, `times` in seconds, then whatever rule is asked.
+// Failed logons of some accounts, then whatever rule is asked.
 struct correlation_case {
   const char* type;
-  const char* more;                                 // group-by and condition
-  std::vector<std::pair<int, const char*>> events;  // second and account; "+x" is a good logon
+  const char* more;  // group-by and condition
+  // Second and account; "+x" is a good logon, "=x" one that a third rule matches as well, a number
+  // behind a blank is the datum Size.
+  std::vector<std::pair<int, const char*>> events;
   const char* matches;
   const char* reason;
 };
@@ -243,6 +245,42 @@ const correlation_case correlation_cases[] = {
      {{0, "a"}, {9, "+a"}},
      "c ",
      "in their order"},
+    {"temporal", "condition: {gte: 2}", {{0, "=a"}}, "c ", "one event may stand for two rules"},
+    {"temporal", "condition: {lt: 3}", {{0, "+a"}, {9, "a"}}, "c ", "fewer rules than all"},
+    {"temporal_ordered", "", {{0, "a"}, {0, "+a"}}, "", "two of three rules"},
+    {"temporal_ordered", "condition: {gte: 2}", {{0, "a"}, {0, "+a"}}, "c ",
+     "of one time, in the order of the log"},
+    {"temporal_ordered", "condition: {gte: 2}", {{0, "+a"}, {0, "a"}}, "", "the other order"},
+    {"temporal_ordered", "condition: {gte: 2}", {{0, "=a"}}, "", "one event is not behind itself"},
+    {"temporal_ordered", "condition: {gt: 1}", {{0, "a"}, {70, "+a"}, {80, "=a"}}, "c ",
+     "the latest start counts"},
+    {"temporal_ordered", "", {{0, "a"}, {5, "+a"}, {9, "+a"}, {60, "=a"}}, "c ", "all three"},
+    {"event_count",
+     "rules: [failed, good, third], condition: {gte: 3}",
+     {{0, "=a"}, {9, "=a"}},
+     "",
+     "an event that two rules match is one"},
+    {"value_sum",
+     "condition: {field: Size, gt: 99.5}",
+     {{0, "a 60"}, {9, "a none"}, {20, "b 0x28"}},
+     "c ",
+     "a sum of what are numbers"},
+    {"value_sum", "condition: {field: Size, gt: 99}", {{0, "a 60"}, {61, "b 40"}}, "",
+     "not beyond the timespan"},
+    {"value_sum", "condition: {field: Nothing, lt: 5}", {{0, "a 60"}}, "", "no number, no sum"},
+    {"value_avg", "condition: {field: Size, gte: 50}", {{0, "a 10"}, {9, "a 70"}}, "",
+     "40 on the average"},
+    {"value_avg", "condition: {field: Size, lte: 40}", {{0, "a 10"}, {9, "a 70"}}, "c ", "it is"},
+    {"value_percentile",
+     "condition: {field: TargetUserName, lte: 25}",
+     {{0, "a"}, {1, "a"}, {2, "a"}, {3, "b"}, {4, "c"}},
+     "c c ",
+     "b and c are rare among those so far"},
+    {"value_percentile",
+     "condition: {field: TargetUserName, lte: 25}",
+     {{0, "a"}, {1, "a"}, {2, "a"}, {3, "b"}, {4, "a"}, {5, "a"}, {6, "b"}},
+     "c ",
+     "b once in four, then twice in seven"},
     {"temporal_ordered",
      "group-by: [who], aliases: {who: {failed: TargetUserName, good: Account}}",
      {{0, "a"}, {9, "+a"}},
@@ -250,26 +288,55 @@ const correlation_case correlation_cases[] = {
      "fields of other names"},
 };
 
+constexpr const char* correlation_bases = R"(
+title: failed
+name: failed
+logsource: {product: windows, service: security}
+detection: {s: {EventID: 4625}, condition: s}
+---
+title: good
+name: good
+logsource: {product: windows, service: security}
+detection: {s: {EventID: 4624}, condition: s}
+---
+title: third
+name: third
+logsource: {product: windows, service: security}
+detection: {s: {Third: yes}, condition: s}
+)";
+
+std::string rules_of(const correlation_case& c) {
+  const std::string_view type = c.type, more = c.more;
+  if (more.find("rules:") != more.npos) return "";
+  if (!type.starts_with("temporal")) return "rules: [failed], ";
+  const bool two = more.find("group-by") != more.npos;
+  return two ? "rules: [failed, good], " : "rules: [failed, good, third], ";
+}
+
+record_builder logon(std::uint64_t number, int second, std::string account) {
+  const char kind = account[0];
+  if (kind == '+' || kind == '=') account.erase(0, 1);
+  const std::size_t blank = account.find(' ');
+  const std::string size = blank == std::string::npos ? "" : account.substr(blank + 1);
+  const slot_value name = slot::utf16(account.substr(0, blank));
+  return record(number, {.event_id = kind == '+' || kind == '=' ? 4624U : 4625U,
+                         .filetime = filetime(2024, 1, 1, 0, 0, 0) +
+                                     static_cast<std::uint64_t>(second) * 10'000'000,
+                         .channel = "Security",
+                         .data = {{"TargetUserName", name},
+                                  {"Account", name},
+                                  {"Size", slot::utf16(size)},
+                                  {"Third", slot::utf16(kind == '=' ? "yes" : "no")}}});
+}
+
 TEST_F(hunt_runs, correlations) {
   for (const correlation_case& c : correlation_cases) {
     chunk_builder chunk;
     std::uint64_t number = 1;
-    for (const auto& [second, account] : c.events) {
-      const bool good = account[0] == '+';
-      const slot_value name = slot::utf16(good ? account + 1 : account);
-      chunk.add(record(number++, {.event_id = good ? 4624U : 4625U,
-                                  .filetime = filetime(2024, 1, 1, 0, 0, 0) +
-                                              static_cast<std::uint64_t>(second) * 10'000'000,
-                                  .channel = "Security",
-                                  .data = {{"TargetUserName", name}, {"Account", name}}}));
-    }
-    const std::string type = c.type;
-    const std::string text =
-        "title: c\ncorrelation: {type: " + type + ", rules: [failed" +
-        (type.starts_with("temporal") ? ", good" : "") + "], timespan: 60s, " + c.more +
-        "}\n---\n" + rule_text("failed", "service: security", "{EventID: 4625}") +
-        (type.starts_with("temporal") ? rule_text("good", "service: security", "{EventID: 4624}")
-                                      : "");
+    for (const auto& [second, account] : c.events) chunk.add(logon(number++, second, account));
+    const std::string text = std::string("title: c\ncorrelation: {type: ") + c.type + ", " +
+                             rules_of(c) + "timespan: 60s, " + c.more + "}\n---\n" +
+                             correlation_bases;
     EXPECT_EQ(hunt_titles(text, log_builder().chunk(chunk)), c.matches) << c.reason;
   }
 }
