@@ -32,6 +32,8 @@ class condition_parser {
  public:
   condition_parser(std::string_view text, const std::vector<named_expression>& names)
       : text_(text), names_(names) {
+    for (const named_expression& known : names) most_ += known.value.size() * limits::steps_for_step;
+    most_ = std::min(most_, limits::rule_steps);
     advance();
   }
 
@@ -138,7 +140,7 @@ class condition_parser {
 
   expression copy(const expression& value) {
     steps_ += value.size();
-    if (steps_ > limits::rule_steps) {
+    if (steps_ > most_) {
       fail("the condition comes to too many steps");
       return {};
     }
@@ -148,7 +150,7 @@ class condition_parser {
   std::string_view text_, token_;
   const std::vector<named_expression>& names_;
   std::string error_;
-  std::size_t steps_ = 0;
+  std::size_t steps_ = 0, most_ = limits::more_steps;
 };
 
 }  // namespace

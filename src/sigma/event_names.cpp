@@ -54,31 +54,43 @@ std::string_view channel_of(const event_view& event, std::string& scratch) {
   return name.starts_with("app") ? "Application" : "";
 }
 
-std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_view name) {
-  std::vector<std::uint32_t> exact, other_case;
+shape_names::shape_names(const event_shape& shape) : shape_(shape) {
   for (std::uint32_t i = 0; i < shape.fields.size(); ++i) {
-    if (name.empty()) {
-      exact.push_back(i);
-      continue;
+    for (std::string& name : names_of(shape.fields[i])) {
+      auto& other = folded_[to_lower(name)];
+      if (other.empty() || other.back().first != i) other.emplace_back(i, name);
+      auto& same = exact_[std::move(name)];
+      if (same.empty() || same.back() != i) same.push_back(i);
     }
-    bool is_exact = false, is_other = false;
-    for (const std::string& known : names_of(shape.fields[i])) {
-      is_exact |= known == name;
-      is_other |= equal_nocase(known, name);
-    }
-    if (is_exact && tells_kind(name)) {
-      if (shape.fields[i].group == field_group::system) return {i};
-      continue;
-    }
-    if (is_exact) exact.push_back(i);
-    if (is_other) other_case.push_back(i);
   }
-  if (!exact.empty()) return exact;
-  if (!other_case.empty()) return other_case;
+}
+
+std::vector<std::uint32_t> shape_names::find(std::string_view name) const {
+  std::vector<std::uint32_t> out;
+  if (name.empty()) {
+    for (std::uint32_t i = 0; i < shape_.fields.size(); ++i) out.push_back(i);
+    return out;
+  }
+  if (const auto exact = exact_.find(name); exact != exact_.end()) {
+    if (!tells_kind(name)) return exact->second;
+    for (const std::uint32_t field : exact->second) {
+      if (shape_.fields[field].group == field_group::system) return {field};
+    }
+  }
+  if (const auto other = folded_.find(to_lower(std::string(name))); other != folded_.end()) {
+    for (const auto& [field, called] : other->second) {
+      if (called != name) out.push_back(field);
+    }
+  }
+  if (!out.empty()) return out;
   for (const auto& [called, member] : other_names) {
-    if (called == name) return fields_of_name(shape, member);
+    if (called == name) return find(member);
   }
   return {};
+}
+
+std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_view name) {
+  return shape_names(shape).find(name);
 }
 
 }  // namespace zanvik::sigma

@@ -4,17 +4,36 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
+#include "base/hash_mix.h"
 #include "events/event_view.h"
 
 namespace zanvik::sigma {
 
-// The fields of the shape that a rule means by `name`, in their order; all of them if it is empty.
-// A datum goes by its name, an element by its own, an attribute by element and attribute with `_`
+// The names of a shape's fields; `shape` must outlive this. A datum goes by its name, an element by its own, an attribute by element and attribute with `_`
 // between (`Provider_Name`) and, below UserData, by its own name, too; unnamed data are `Data`.
 // Blanks in names do not count. A name in another case is taken only where no field has it as it
 // stands. `EventID`, `Channel` and `Provider_Name` are those of System alone.
+class shape_names {
+ public:
+  explicit shape_names(const event_shape& shape);
+
+  // The fields that a rule means by `name`, in their order; all of them if it is empty.
+  std::vector<std::uint32_t> find(std::string_view name) const;
+
+ private:
+  template <typename Value>
+  using by_name = std::unordered_map<std::string, Value, keyed_text_hash, std::equal_to<>>;
+
+  const event_shape& shape_;
+  by_name<std::vector<std::uint32_t>> exact_;
+  by_name<std::vector<std::pair<std::uint32_t, std::string>>> folded_;  // and the name as it stands
+};
+
+// The same for a single question.
 std::vector<std::uint32_t> fields_of_name(const event_shape& shape, std::string_view name);
 
 // The event's channel; a legacy log, which names none, goes by the name of its file.

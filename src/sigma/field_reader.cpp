@@ -208,11 +208,13 @@ class field_reader {
   }
 
   expression add(field_test test) {
+    if (tests_.size() == limits::rule_tests) throw rule_problem{line_, "too many values in a rule"};
     tests_.push_back(std::move(test));
     return expression::of_test(tests_.size() - 1);
   }
 
   expression one(const yaml_node& value) {
+    line_ = value.line;
     if (value.is_map() || value.is_list()) {
       throw rule_problem{value.line, "the value of a field is neither a text nor a list of texts"};
     }
@@ -367,6 +369,7 @@ class field_reader {
   const field_key& key_;
   const placeholder_values& placeholders_;
   std::vector<field_test>& tests_;
+  std::size_t line_ = 0;         // of the value in hand
   std::size_t regex_bytes_ = 0;  // of this field's expressions, compiled
 };
 

@@ -33,8 +33,8 @@ class group_state {
  public:
   group_state(const group_matcher& matcher, literal_scratch& literals);
 
-  // For each field of the matcher, in its order. The caller fills in those that it was asked for
-  // and leaves the others empty.
+  // For each field of the matcher, in its order. The caller fills in those that the event has, and
+  // clears them behind the match.
   std::vector<field_values> values;
   // Rules of the last match in which a regular expression reached a limit.
   std::vector<std::uint32_t> gave_up;
@@ -71,7 +71,7 @@ class group_matcher {
   bool may_match(std::size_t rule, Known&& known, test_scratch& scratch) const;
 
   // Puts the numbers of the rules that match into `matches`, in ascending order. `asked` are the
-  // fields whose values may make a difference; `wanted(rule)` says whether a rule is of interest.
+  // fields that are filled in; `wanted(rule)` says whether a rule is of interest.
   void match(group_state& state, const std::vector<std::uint32_t>& asked,
              const std::vector<bool>& wanted, test_scratch& scratch,
              std::vector<std::uint32_t>& matches) const;

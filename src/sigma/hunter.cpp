@@ -25,7 +25,8 @@ struct hunter::kind {
 struct hunter::plan_use {
   // Where the values of a part's fields are.
   struct part_fields {
-    std::vector<std::vector<std::uint32_t>> asked;  // beside `kind_part::asked`
+    std::vector<std::uint32_t> asked;               // of `kind_part::asked`: what the shape has
+    std::vector<std::vector<std::uint32_t>> from;   // beside these: its fields
     std::vector<std::vector<std::uint32_t>> where;  // beside `event_source::where`
   };
   std::string key;  // raw bytes of channel, provider and ID
@@ -118,15 +119,20 @@ hunter::plan_use& hunter::use_of(const event_view& event, shape_plan& plan) {
   plan.last = plan.uses.size();
   plan.uses.push_back({key_, &find_kind(event), {}});
   plan_use& use = plan.uses.back();
+  if (use.what->parts.empty()) return use;
+  const shape_names known(event.shape());
   for (const kind_part_use& part : use.what->parts) {
     plan_use::part_fields fields;
     const event_source& source = *part.part.source;
     const auto& names = part.part.group->matcher->fields();
     for (const std::uint32_t f : part.part.asked) {
-      fields.asked.push_back(fields_of_name(event.shape(), source.field_name(names[f])));
+      std::vector<std::uint32_t> from = known.find(source.field_name(names[f]));
+      if (from.empty()) continue;
+      fields.asked.push_back(f);
+      fields.from.push_back(std::move(from));
     }
     for (const field_test& test : source.where) {
-      fields.where.push_back(fields_of_name(event.shape(), source.field_name(test.field)));
+      fields.where.push_back(known.find(source.field_name(test.field)));
     }
     use.parts.push_back(std::move(fields));
   }
@@ -214,11 +220,13 @@ void hunter::on_event(const event_view& event) {
   matches_.clear();
   for (std::size_t i = 0; i < use.parts.size(); ++i) {
     const auto& [part, state] = use.what->parts[i];
-    if (!passes_where(event, *part.source, use.parts[i].where)) continue;
-    for (std::size_t f = 0; f < part.asked.size(); ++f) {
-      collect(event, use.parts[i].asked[f], state->values[part.asked[f]]);
+    const plan_use::part_fields& fields = use.parts[i];
+    if (!passes_where(event, *part.source, fields.where)) continue;
+    for (std::size_t f = 0; f < fields.asked.size(); ++f) {
+      collect(event, fields.from[f], state->values[fields.asked[f]]);
     }
-    part.group->matcher->match(*state, part.asked, part.wanted, scratch_, part_matches_);
+    part.group->matcher->match(*state, fields.asked, part.wanted, scratch_, part_matches_);
+    for (const std::uint32_t f : fields.asked) state->values[f].clear();
     for (const std::uint32_t r : part_matches_) {
       matches_.push_back(static_cast<std::uint32_t>(part.group->rules[r]));
     }

@@ -2,6 +2,8 @@
 
 #include <unordered_map>
 
+#include "sigma/sigma_limits.h"
+
 namespace zanvik::sigma {
 namespace {
 
@@ -104,7 +106,8 @@ std::unique_ptr<literal_set> make_plain_literal_set(const std::vector<std::strin
 }
 
 std::unique_ptr<literal_set> make_literal_set(const std::vector<std::string>& literals) {
-  auto out = make_hyperscan_literal_set(literals);
+  std::unique_ptr<literal_set> out;
+  if (literals.size() <= limits::hyperscan_literals) out = make_hyperscan_literal_set(literals);
   return out ? std::move(out) : make_plain_literal_set(literals);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <thread>
+#include <unordered_set>
 
 #include "base/fileio.h"
 #include "base/text.h"
@@ -274,7 +275,7 @@ void settle_correlations(rule_set& set) {
   }
   for (std::size_t i = 0; i < set.rules.size(); ++i) {
     if (!settled[i])
-      set_state(set.rules[i], rule_state::broken, "correlations refer to themselves");
+      set_state(set.rules[i], rule_state::broken, "correlations stand on themselves, or too many on one another");
   }
 }
 
@@ -301,15 +302,26 @@ void mark_bases(rule_set& set) {
   }
 }
 
-// Expressions of all rules take no more than so much; which rules go without is a matter of order.
-void limit_regexes(rule_set& set) {
-  std::size_t bytes = 0;
+// What all rules share is limited; which rules go without is a matter of their order.
+void limit_shared(rule_set& set) {
+  std::size_t regex_bytes = 0;
+  std::unordered_set<std::string_view, keyed_text_hash> fields;
   for (known_rule& known : set.rules) {
+    const rule& r = known.content;
     if (known.state != rule_state::runs) continue;
-    bytes += known.content.regex_bytes;
-    if (bytes <= limits::all_regex_bytes) continue;
-    bytes -= known.content.regex_bytes;
-    set_state(known, rule_state::unsupported, "the regular expressions of all rules are too many");
+    if (regex_bytes + r.regex_bytes > limits::all_regex_bytes) {
+      set_state(known, rule_state::unsupported, "the rules have too many regular expressions");
+      continue;
+    }
+    regex_bytes += r.regex_bytes;
+    for (const field_test& test : r.tests) {
+      if (fields.size() >= limits::all_fields && !fields.contains(test.field)) {
+        set_state(known, rule_state::unsupported, "the rules ask for too many fields");
+      } else {
+        fields.insert(test.field);
+        fields.insert(test.other);
+      }
+    }
   }
 }
 
@@ -330,7 +342,7 @@ void settle(std::vector<file_rules>&& files, const rule_choice& choice,
     if (!r.id.empty()) out.by_name.emplace(r.id, i);
     if (!r.name.empty()) out.by_name.emplace(r.name, i);
   }
-  limit_regexes(out);
+  limit_shared(out);
   apply_filters(out);
   settle_correlations(out);
   mark_bases(out);

@@ -24,9 +24,17 @@ inline constexpr std::size_t yaml_depth = 32;
 inline constexpr std::size_t yaml_keys = 2000;
 // Brackets of a condition, which its parser walks recursively.
 inline constexpr std::size_t condition_depth = 64;
-// Steps of one rule's condition once names and patterns stand for what they name. `1 of them` over
-// many identifiers may stand often; public rules stay below 6,000.
+// Tests of one rule, which an encoding or placeholders make of its values; the largest public one
+// has 4,400.
+inline constexpr std::size_t rule_tests = 20000;
+// Steps of one rule's condition once names and patterns stand for what they name: `1 of them` over
+// many identifiers may stand often. That is so many for each step of its search identifiers, of
+// which public rules need 2, and so many besides.
+inline constexpr std::size_t steps_for_step = 8, more_steps = 1000;
 inline constexpr std::size_t rule_steps = 100000;
+// Names of fields that all rules ask for; each is looked up for every kind of event. The public set
+// has some 600.
+inline constexpr std::size_t all_fields = 8192;
 // Steps that filters add to rules; each costs some 400 bytes.
 inline constexpr std::size_t filter_steps = 1 << 18;
 // How many correlations may stand on one another.
@@ -45,7 +53,7 @@ inline constexpr std::uint32_t regex_heap_kib = 4096;
 // Length of one regular expression's text.
 inline constexpr std::size_t regex_bytes = 16384;
 // What the expressions of one rule, and those of all rules, may come to when compiled: repetition
-// makes kilobytes of a few characters. Public rules come to 20 KiB and 400 KiB.
+// makes kilobytes of a few characters. Public rules come to 4 KiB and 43 KiB.
 inline constexpr std::size_t rule_regex_bytes = 256 << 10;
 inline constexpr std::size_t all_regex_bytes = 8 << 20;
 // Values of one log on which the expressions of a rule may reach their limit before the rule is
@@ -53,11 +61,15 @@ inline constexpr std::size_t all_regex_bytes = 8 << 20;
 inline constexpr std::uint32_t given_up_in_log = 64;
 
 // `?` and dashes of one value, and `*`: each may have to be tried at every character of a text.
+// Public rules have 6.
 inline constexpr std::size_t pattern_units = 256;
 
 // How much of a literal is looked for together with all others; the rest of a longer one is looked
 // at where its start was found. Compiling takes half the time of all.
 inline constexpr std::size_t searched_literal_bytes = 16;
+// Literals of one field that Hyperscan takes; more go to the plain engine, as compiling takes 25 to
+// 40 us and 2 KiB for each. Command lines of the public set have some 7,000.
+inline constexpr std::size_t hyperscan_literals = 16384;
 
 // Kinds of events (channel, provider, ID) that are known at a time; a machine's logs have some
 // 2,000. More starts them anew.

@@ -144,7 +144,7 @@ TEST(rule_set, correlations_need_what_they_stand_on) {
            detection("title: c\nname: c") + correlation("generating", "c", "  generate: true\n") +
            correlation("lost", "nowhere") + correlation("chicken", "egg") +
            correlation("egg", "chicken") +
-           "title: sum\ncorrelation: {type: value_sum, rules: [a], timespan: 5m}\n");
+           "title: sum\ncorrelation: {type: value_median, rules: [a], timespan: 5m}\n");
   const auto state = [&](const std::string& name) {
     return set.rules[static_cast<std::size_t>(set.find(name))].state;
   };
