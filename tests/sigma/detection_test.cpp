@@ -118,6 +118,8 @@ const field_case field_cases[] = {
     {"F|cidr", "'fe80::/10'", "febf::1", true, "IPv6"},
     {"F|cidr", "10.0.0.0/8", "::ffff:10.1.1.1", true, "IPv4 as Windows writes it in IPv6"},
     {"F|cidr", "'::/0'", "host", false, "no address"},
+    {"F|cidr", "'::/0'", "10.1.1.1", false, "IPv4 is in no IPv6 network"},
+    {"F|cidr", "'::ffff:0:0/96'", "10.1.1.1", true, "but in the one that is all of IPv4"},
     // Times.
     {"F|hour|gte", "22", "2017-12-26T23:10:29.1368791Z", true, "a part of a date, compared"},
     {"F|minute", "10", "2017-12-26 23:10:29", true, "a part alone is equal"},
@@ -247,7 +249,7 @@ const problem_case problem_cases[] = {
     {"  s: {F: [a, null]}\n  condition: s", rule_state::broken, "null cannot be part"},
     {"  s: {F: []}\n  condition: s", rule_state::broken, "list of values is empty"},
     {"  s: {F: {G: 1}}\n  condition: s", rule_state::broken, "neither a text nor a list"},
-    {"  s: {F|base64: 'a*'}\n  condition: s", rule_state::broken, "wildcards cannot be encoded"},
+    {"  s: {F|base64: 'a*'}\n  condition: s", rule_state::broken, "wildcards or many dashes"},
     {"  s: {F|base64offset: 'a'}\n  condition: s and", rule_state::broken, "ends too early"},
     {"  s: {F: 1}\n  condition: t", rule_state::broken, "no search identifier 't'"},
     {"  s: {F: 1}\n  condition: 1 of t*", rule_state::broken, "nothing fits 't*'"},
@@ -268,17 +270,47 @@ TEST(detection, what_cannot_be_used_says_why) {
   }
 }
 
-// A rule is input of any origin: none may take long, whatever it asks.
+std::string repeated(std::string_view text, std::size_t times) {
+  std::string out;
+  while (times-- > 0) out += text;
+  return out;
+}
+
+struct hostile_case {
+  std::string detection;
+  const char* reason;  // empty: the rule runs
+};
+
+// A rule is input of any origin: none may take long or grow, whatever it asks.
 TEST(detection, hostile_rules_come_to_an_end) {
-  std::string brackets(100000, '(');
-  EXPECT_EQ(load(rule_text("  s: {F: 1}\n  condition: " + brackets)).rules[0].state,
-            rule_state::broken);
+  std::string doubled = "s";
+  for (int i = 0; i < 12; ++i) doubled = "(" + doubled + " or " + doubled + ")";
+  std::string numbered;
+  for (int i = 0; i < 300; ++i) numbered += "  s" + std::to_string(i) + ": {F: 1}\n";
+  const hostile_case cases[] = {
+      {"  s: {F: 1}\n  condition: " + repeated("(", 100000), "nested too deep"},
+      {"  s: {F: 1}\n  condition: " + repeated("not ", 50000) + "s", ""},
+      {"  s: {F: 1}\n  condition: " + doubled, "too many steps"},
+      {numbered + "  condition: " + repeated("1 of s* or ", 300) + "s1", "too many steps"},
+      {"  s: {F|re: ['" + repeated("((abcdefghij){1,40}){1,40}', '", 50) + "']}\n  condition: s",
+       "too large together"},
+      {"  s: {F: 'x" + repeated("?", 300) + "'}\n  condition: s", "too many wildcards"},
+      {"  s: {F: '" + repeated("*a", 300) + "'}\n  condition: s", "too many wildcards"},
+      {"  s: {F|windash|base64offset: [" + repeated("'-----',", 300) + "]}\n  condition: s",
+       "too many values"},
+      {"  s: " + repeated("[", 100000), "nested too deep"},
+      {"  s: {F: '" + std::string(600000, 'x') + "'}\n  condition: s", "too large for a rule"},
+  };
+  for (const hostile_case& c : cases) {
+    const rule_set set = load(rule_text(c.detection));
+    ASSERT_EQ(set.rules.size(), 1U);
+    EXPECT_EQ(set.rules[0].state == rule_state::runs, *c.reason == 0)
+        << c.detection.substr(0, 80) << set.rules[0].reason;
+    EXPECT_NE(set.rules[0].reason.find(c.reason), std::string::npos) << set.rules[0].reason;
+  }
+}
 
-  std::string ors = "s";
-  for (int i = 0; i < 9; ++i) ors = "(" + ors + " or " + ors + ")";
-  const rule_set many = load(rule_text("  s: {F: 1}\n  condition: " + ors));
-  EXPECT_EQ(many.rules[0].state, rule_state::runs);
-
+TEST(detection, aliases_do_not_grow_without_end) {
   std::string copies = "a: &a [x, x, x, x, x, x, x, x, x, x]\n";
   for (char c = 'b'; c < 'k'; ++c) {
     copies += std::string(1, c) + ": &" + c + " [";
@@ -288,7 +320,9 @@ TEST(detection, hostile_rules_come_to_an_end) {
   const rule_set grown = load(copies);
   ASSERT_EQ(grown.rules.size(), 1U);
   EXPECT_EQ(grown.rules[0].reason, "too many values");
+}
 
+TEST(detection, an_expression_that_goes_back_without_end_is_given_up) {
   const rule_set slow = load(rule_text("  s: {F|re: '(a+)+$'}\n  condition: s"));
   test_scratch scratch;
   const std::string text = std::string(5000, 'a') + "b";

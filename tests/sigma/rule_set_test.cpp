@@ -108,7 +108,7 @@ TEST(rule_set, options_choose_rules) {
   choice.statuses = {"test", "experimental"};
   EXPECT_EQ(running(choice), "a");
   choice = {};
-  choice.excluded_ids = {"2"};
+  choice.excluded_ids = {"2", "X"};
   EXPECT_EQ(running(choice), "ac");
   choice = {};
   choice.tags = {"Attack.T1059*"};
@@ -128,7 +128,7 @@ TEST(rule_set, filters_suppress_what_they_match) {
   const auto filtered = ways.match({{"User", "x"}, {"Host", "adm_pc"}});
   EXPECT_EQ(filtered.quick, (std::vector<std::uint32_t>{2}));
   EXPECT_TRUE(filtered.agree());
-  EXPECT_EQ(set.rules.back().reason, "no rule 9");
+  EXPECT_EQ(set.rules.back().reason, "another log source: 3, no rule 9");
 }
 
 std::string correlation(const std::string& name, const std::string& rules,
@@ -161,6 +161,40 @@ TEST(rule_set, correlations_need_what_they_stand_on) {
   EXPECT_EQ(set.rules.back().state, rule_state::unsupported);
 }
 
+TEST(rule_set, a_broken_rule_spares_those_beside_it_in_the_file) {
+  const rule_set set = load(detection("title: a") + "title: [\n---\n" + detection("title: b") +
+                            detection("title: c\ntaxonomy: other") + "# nothing\n---\n" +
+                            detection("title: d\nid: \"\\e[2J\"", "nosuch: [x"));
+  const std::pair<const char*, rule_state> expected[] = {{"a", rule_state::runs},
+                                                         {"", rule_state::broken},
+                                                         {"b", rule_state::runs},
+                                                         {"c", rule_state::unsupported},
+                                                         {"", rule_state::broken}};
+  ASSERT_EQ(set.rules.size(), std::size(expected));
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    EXPECT_EQ(set.rules[i].content.title, expected[i].first);
+    EXPECT_EQ(set.rules[i].state, expected[i].second) << set.rules[i].reason;
+  }
+  ASSERT_EQ(set.messages.size(), 2U);
+  EXPECT_EQ(set.messages[0].rfind("test.yml:6: ", 0), 0U) << set.messages[0];
+}
+
+// What rules share has an end; the first ones have it.
+TEST(rule_set, fields_of_all_rules_are_limited) {
+  std::string text;
+  for (int r = 0; r < 6; ++r) {
+    text += "title: r\nlogsource: {product: windows}\ndetection:\n  condition: s\n  s:\n";
+    for (int f = 0; f < 1900; ++f) {
+      text += "    F" + std::to_string(r) + "_" + std::to_string(f) + ": x\n";
+    }
+    text += "---\n";
+  }
+  const rule_set set = load(text);
+  ASSERT_EQ(set.rules.size(), 6U);
+  EXPECT_EQ(set.rules[3].state, rule_state::runs);
+  EXPECT_EQ(set.rules[5].reason, "the rules ask for too many fields");
+}
+
 TEST(rule_set, folders_are_read_to_the_bottom_and_broken_files_are_told_of) {
   const scratch_dir folder;
   folder.write("b.yml", detection("title: b"));
@@ -176,6 +210,9 @@ TEST(rule_set, folders_are_read_to_the_bottom_and_broken_files_are_told_of) {
   ASSERT_EQ(set.messages.size(), 1U);
   EXPECT_NE(set.messages[0].find("broken.yml:3: "), std::string::npos) << set.messages[0];
   EXPECT_NE(load_rules({folder.path("nowhere")}, {}, sources, set), "");
+  rule_set none;
+  EXPECT_NE(load_rules({folder.path("notes")}, {}, sources, none), "");
+  EXPECT_NE(load_rules({folder.write("empty.yml", "")}, {}, sources, none), "");
 }
 
 }  // namespace
