@@ -32,7 +32,8 @@ class condition_parser {
  public:
   condition_parser(std::string_view text, const std::vector<named_expression>& names)
       : text_(text), names_(names) {
-    for (const named_expression& known : names) most_ += known.value.size() * limits::steps_for_step;
+    for (const named_expression& known : names)
+      most_ += known.value.size() * limits::steps_for_step;
     most_ = std::min(most_, limits::rule_steps);
     advance();
   }

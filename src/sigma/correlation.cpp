@@ -105,8 +105,7 @@ void correlator::add(const event_view& event, std::size_t rule, std::uint64_t no
   }
   ++held_;
   if (logs_.empty() || logs_.back() != event.source().path) logs_.push_back(event.source().path);
-  events_[rule].push_back({event.time(), note, event_,
-                           static_cast<std::uint32_t>(logs_.size() - 1),
+  events_[rule].push_back({event.time(), note, event_, static_cast<std::uint32_t>(logs_.size() - 1),
                            static_cast<std::uint32_t>(rule),
                            static_cast<std::uint32_t>(values_.size())});
   const known_rule& known = set_.rules[rule];
@@ -155,8 +154,8 @@ bool correlator::add_hits(std::size_t rule, tuple_numbers& groups, tuple_numbers
       const std::uint32_t group = groups.of(values_of(event, group_by));
       if (group == 0) return;
       hits.push_back({event.time, static_cast<std::uint32_t>(events.size()),
-                      static_cast<std::uint32_t>(slot), group,
-                      counted.of(values_of(event, fields)), false});
+                      static_cast<std::uint32_t>(slot), group, counted.of(values_of(event, fields)),
+                      false});
       events.push_back(event);
     };
     const auto below = matches_.find(base);
@@ -197,8 +196,12 @@ void correlator::find_matches(std::size_t rule) {
     }
     const std::span<const correlation_hit> group(&hits[begin], end - begin);
     for (const hit_span& span : spans_that_hold(c, group, number)) {
-      correlation_match match{rule, events[group[span.completed].event], group[span.first].time,
-                              group[span.last].time, span.events, {}};
+      correlation_match match{rule,
+                              events[group[span.completed].event],
+                              group[span.first].time,
+                              group[span.last].time,
+                              span.events,
+                              {}};
       for (std::size_t g = 0; g < c.group_by.size(); ++g) {
         match.group.emplace_back(c.group_by[g], texts_[groups.values(group[0].group)[g]]);
       }

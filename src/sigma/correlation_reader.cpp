@@ -14,9 +14,9 @@ using kind = rule_correlation::kind;
 using relation = rule_correlation::relation;
 
 // In the order of `kind`.
-constexpr std::array<std::string_view, 7> kind_names{
-    "event_count", "value_count", "temporal",        "temporal_ordered",
-    "value_sum",   "value_avg",   "value_percentile"};
+constexpr std::array<std::string_view, 7> kind_names{"event_count",      "value_count", "temporal",
+                                                     "temporal_ordered", "value_sum",   "value_avg",
+                                                     "value_percentile"};
 constexpr std::array<std::string_view, 6> relation_names{"gt", "gte", "lt", "lte", "eq", "neq"};
 
 template <typename Names>

@@ -199,8 +199,8 @@ std::vector<hit_span> share_spans(const rule_correlation& c, hits_view hits) {
       --all;
     }
     ++all;
-    const auto share = 100 * static_cast<long double>(++counts[hits[i].counted]) /
-                       static_cast<long double>(all);
+    const auto share =
+        100 * static_cast<long double>(++counts[hits[i].counted]) / static_cast<long double>(all);
     if (!holds(c, share)) continue;
     const auto [known, fresh] = match_of.try_emplace(hits[i].counted, out.size());
     if (fresh || hits[i].time - hits[out[known->second].last].time > timespan_of(c)) {

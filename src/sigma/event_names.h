@@ -13,10 +13,11 @@
 
 namespace zanvik::sigma {
 
-// The names of a shape's fields; `shape` must outlive this. A datum goes by its name, an element by its own, an attribute by element and attribute with `_`
-// between (`Provider_Name`) and, below UserData, by its own name, too; unnamed data are `Data`.
-// Blanks in names do not count. A name in another case is taken only where no field has it as it
-// stands. `EventID`, `Channel` and `Provider_Name` are those of System alone.
+// The names of a shape's fields; `shape` must outlive this. A datum goes by its name, an element by
+// its own, an attribute by element and attribute with `_` between (`Provider_Name`) and, below
+// UserData, by its own name, too; unnamed data are `Data`. Blanks in names do not count. A name in
+// another case is taken only where no field has it as it stands. `EventID`, `Channel` and
+// `Provider_Name` are those of System alone.
 class shape_names {
  public:
   explicit shape_names(const event_shape& shape);

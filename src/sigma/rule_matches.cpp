@@ -17,7 +17,8 @@ void clean(std::string& text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto c = static_cast<unsigned char>(text[i]);
     // U+0080 to U+009F are controls, too.
-    const bool two = c == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0;
+    const bool two =
+        c == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0;
     if (c < 0x20 || c == 0x7f || two) text[i] = ' ';
     if (two) text[++i] = ' ';
   }
@@ -133,17 +134,23 @@ void append_head(std::uint64_t filetime, const rule& matched, std::string& out) 
 
 }  // namespace
 
-void append_details(const correlation_match& match, const rule& matched, std::string& out) {
+void append_details(const correlation_match& match, const rule& matched,
+                    std::string_view completing_event, std::string& out) {
   append_head(match.event.time, matched, out);
-  std::string line = std::to_string(match.events) + " matches from " + time_text(match.first) +
+  std::string line = std::to_string(match.events) + " events from " + time_text(match.first) +
                      " to " + time_text(match.last);
   for (const auto& [field, value] : match.group) line += ", " + field + ": " + value;
   clean(line);
-  out += "  " + line + "\n\n";
+  out += "  " + line + '\n';
+  out += completing_event;
 }
 
 void append_details(const event_view& event, const rule& matched, std::string& out) {
   append_head(event.time(), matched, out);
+  append_event_details(event, out);
+}
+
+void append_event_details(const event_view& event, std::string& out) {
   std::string line;
   std::string scratch;
   line = event.source().path + ", record " + std::to_string(event.header().record_number);
@@ -180,8 +187,9 @@ void append_hunt_stats(const rule_set& set, std::size_t compiled, const rule_mat
   text_table by_rule({"matches", "rule", "id"});
   for (std::size_t i = 0; i < set.rules.size(); ++i) {
     const std::uint64_t count = matches.count_of(i);
-    if (count != 0) by_rule.add({std::to_string(count), set.rules[i].content.title,
-                                 or_dash(set.rules[i].content.id)});
+    if (count != 0)
+      by_rule.add(
+          {std::to_string(count), set.rules[i].content.title, or_dash(set.rules[i].content.id)});
   }
   if (matches.total() != 0) by_rule.append(out);
   text_table channels({"events", "channel that no rule concerned"});

@@ -42,8 +42,12 @@ void append_rule_list(const rule_set& set, std::string& out);
 
 // An event that a rule matches, with its data, for people.
 void append_details(const event_view& event, const rule& matched, std::string& out);
-// The same for a correlation's match.
-void append_details(const correlation_match& match, const rule& matched, std::string& out);
+// The event alone.
+void append_event_details(const event_view& event, std::string& out);
+// The same for a correlation's match; `completing_event` is the text of the event with which the
+// condition came to hold.
+void append_details(const correlation_match& match, const rule& matched,
+                    std::string_view completing_event, std::string& out);
 
 // What was loaded, compiled and matched, and which channels no rule concerned.
 void append_hunt_stats(const rule_set& set, std::size_t compiled, const rule_matches& matches,

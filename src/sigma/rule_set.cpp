@@ -275,7 +275,8 @@ void settle_correlations(rule_set& set) {
   }
   for (std::size_t i = 0; i < set.rules.size(); ++i) {
     if (!settled[i])
-      set_state(set.rules[i], rule_state::broken, "correlations stand on themselves, or too many on one another");
+      set_state(set.rules[i], rule_state::broken,
+                "correlations stand on themselves, or too many on one another");
   }
 }
 

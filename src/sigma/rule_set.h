@@ -47,7 +47,7 @@ struct rule_set {
   std::vector<std::string> messages;  // one line for each broken file or rule
   std::size_t files = 0;
   std::unordered_map<std::string, std::size_t, keyed_text_hash> by_name;  // IDs and names
-  std::vector<std::size_t> correlation_order;            // each behind what it stands on
+  std::vector<std::size_t> correlation_order;  // each behind what it stands on
 
   // The rule with that ID or name, or -1.
   std::ptrdiff_t find(const std::string& id_or_name) const;

@@ -47,11 +47,10 @@ std::size_t piece_end(const piece& p, std::string_view text, std::size_t positio
 // Where `literal` stands in `text` from `position` on. memmem takes time in proportion to the text
 // even where much of the literal is found again and again.
 std::size_t find_literal(std::string_view literal, std::string_view text, std::size_t position) {
-  const void* const found = memmem(text.data() + position, text.size() - position, literal.data(),
-                                   literal.size());
-  return found == nullptr
-             ? npos
-             : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+  const void* const found =
+      memmem(text.data() + position, text.size() - position, literal.data(), literal.size());
+  return found == nullptr ? npos
+                          : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
 }
 
 // Where the first occurrence of `p` from `position` on ends, else npos.
@@ -193,8 +192,8 @@ std::string_view text_pattern::longest_literal() const {
 std::size_t text_pattern::costly_units() const {
   std::size_t count = pieces_.size() - 1;
   for (const piece& p : pieces_) {
-    count += static_cast<std::size_t>(
-        std::count_if(p.begin(), p.end(), [](const unit& u) { return u.what != unit::kind::literal; }));
+    count += static_cast<std::size_t>(std::count_if(
+        p.begin(), p.end(), [](const unit& u) { return u.what != unit::kind::literal; }));
   }
   return count;
 }

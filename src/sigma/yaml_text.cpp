@@ -22,7 +22,6 @@ struct refused {
   const char* why;
 };
 
-
 // Builds the tree from the library's events. Nodes under work stand on a stack, so that growing a
 // list moves none that is still being filled.
 class tree_builder : public YAML::EventHandler {
@@ -150,7 +149,8 @@ std::vector<yaml_piece> yaml_pieces(std::string_view text) {
     const std::size_t end = std::min(text.find('\n', begin), text.size());
     const std::string_view row = text.substr(begin, end - begin);
     directives |= row.starts_with('%');
-    const bool parts = row.starts_with("---") && (row.size() == 3 || std::isspace(static_cast<unsigned char>(row[3])) != 0);
+    const bool parts = row.starts_with("---") &&
+                       (row.size() == 3 || std::isspace(static_cast<unsigned char>(row[3])) != 0);
     if (parts && begin != 0) {
       const auto where = static_cast<std::size_t>(out.back().text.data() - text.data());
       out.back().text = text.substr(where, begin - where);

@@ -9,6 +9,7 @@
 #include "export/event_form.h"
 #include "source/log_events.h"
 #include "verbs/log_options.h"
+#include "verbs/log_survey.h"
 #include "verbs/order_options.h"
 #include "verbs/ordered_events.h"
 #include "verbs/output_target.h"
@@ -39,33 +40,6 @@ const form_name& form_of(const export_options& options) {
 // A run's events stand in one order of time.
 bool by_time(const export_options& options) {
   return options.order.by_time(is_timeline_form(options.format) || form_of(options).by_time);
-}
-
-// What is said of the paths before they are read.
-struct survey {
-  std::uint64_t bytes = 0;
-  std::string output_is_input;  // the log that the output would replace
-};
-
-survey look_at(const export_options& options) {
-  survey seen;
-  log_finder finder(
-      [&](found_log& log) {
-        seen.bytes += log.size;
-        if (is_same_file(options.output, log.source)) seen.output_is_input = log.source.path;
-      },
-      [](const std::string&, const std::string&) {});
-  if (options.logs.carve) finder.carve();
-  for (const std::string& path : options.logs.paths) {
-    if (path == "-") {
-      log_source input;
-      identify_standard_input(input);
-      if (is_same_file(options.output, input)) seen.output_is_input = path;
-    } else {
-      finder.find(path);
-    }
-  }
-  return seen;
 }
 
 class export_run : public event_sink {
@@ -148,8 +122,8 @@ class export_run : public event_sink {
 
 int run(const export_options& options) {
   const bool shows = !options.logs.quiet && progress_line::has_terminal();
-  survey seen;
-  if (shows || !options.output.empty()) seen = look_at(options);
+  log_survey seen;
+  if (shows || !options.output.empty()) seen = survey_logs(options.logs, options.output);
   if (!seen.output_is_input.empty()) {
     report_problem(options.output, "is one of the logs to read (" + seen.output_is_input + ")");
     return verb_bad_command;

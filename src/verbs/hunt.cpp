@@ -14,7 +14,10 @@
 #include "source/log_events.h"
 #include "verbs/hunt_output.h"
 #include "verbs/log_options.h"
+#include "verbs/log_survey.h"
+#include "verbs/order_options.h"
 #include "verbs/output_target.h"
+#include "verbs/progress_line.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
@@ -23,7 +26,8 @@ namespace {
 struct hunt_options {
   log_options logs;
   std::vector<std::string> rules, placeholders;
-  std::string log_sources, min_level, format, order, output;
+  std::string log_sources, min_level, format, output;
+  order_options order;
   sigma::rule_choice choice;
   form_options form;
   bool list = false, stats = false, details = false;
@@ -36,11 +40,12 @@ double seconds_since(clock::time_point start) {
 
 class hunt_run : public event_sink {
  public:
-  hunt_run(const hunt_options& options, int descriptor)
+  hunt_run(const hunt_options& options, int descriptor, std::uint64_t total_bytes)
       : options_(options),
         filter_(options.logs.conditions),
         filtering_(options.logs.conditions.any()),
-        out_(descriptor) {}
+        out_(descriptor),
+        total_bytes_(total_bytes) {}
 
   void on_event(const event_view& event) override {
     if (!filtering_ || filter_.takes(event)) hunter_->on_event(event);
@@ -58,17 +63,25 @@ class hunt_run : public event_sink {
     }
     matches_ = std::make_unique<sigma::rule_matches>(set_);
     correlator_ = std::make_unique<sigma::correlator>(set_);
-    if (!options_.format.empty()) {
-      lines_ = std::make_unique<match_output>(options_.format, options_.form, set_,
-                                              options_.order == "time", out_);
+    if (!options_.format.empty() || options_.details) {
+      const match_output_options form{options_.format, options_.form,
+                                      options_.order.by_time(usually_by_time(options_.format)),
+                                      options_.order.sorting};
+      lines_ = std::make_unique<match_output>(form, set_, out_);
       lines_->begin();
     }
     hunt();
     report_correlations();
-    if (lines_ && !lines_->end()) problem("temporary file", "could not be used");
+    const sigma::hunt_counts counts = hunter_->counts();
+    tell_given_up(counts);
+    if (lines_) {
+      lines_->end();
+      if (!lines_->error().empty()) problem("temporary file", lines_->error());
+    }
     std::string text;
-    if (!lines_) matches_->append_table(text);
+    if (options_.format.empty()) matches_->append_table(text);
     out_.append(text);
+    if (options_.stats) write_stats(counts);
     return finish(matches_->total() != 0);
   }
   bool written() const { return !out_.failed(); }
@@ -103,9 +116,9 @@ class hunt_run : public event_sink {
   }
 
   void hunt() {
-    sigma::compiled_rules rules(set_);
+    compiled_ = std::make_unique<sigma::compiled_rules>(set_);
     hunter_ = std::make_unique<sigma::hunter>(
-        rules, [this](const event_view& event, std::span<const std::uint32_t> found) {
+        *compiled_, [this](const event_view& event, std::span<const std::uint32_t> found) {
           correlator_->begin_event();
           kept_ = false;
           for (const std::uint32_t rule : found) take_match(event, rule);
@@ -115,33 +128,26 @@ class hunt_run : public event_sink {
       reader.take_event_ids(&*options_.logs.conditions.event_ids);
     }
     const auto start = clock::now();
+    progress_line progress(!options_.logs.quiet && progress_line::has_terminal(), total_bytes_);
+    std::uint64_t done = 0;
+    reader.on_progress = [&](std::uint64_t read) { progress.update(done + read); };
     log_finder finder(
         [&](found_log& log) {
           if (lines_) lines_->start_log(log.source);
           hunter_->start_log();
           if (!reader.read(log)) problem(log.source.path, "a part could not be read");
+          done += log.size;
         },
         [this](const std::string& path, const std::string& what) { problem(path, what); });
     if (options_.logs.carve) finder.carve();
     for (const std::string& path : options_.logs.paths) finder.find(path);
-    const sigma::hunt_counts counts = hunter_->counts();
-    tell_given_up(counts);
-    if (options_.stats) {
-      const double hunting = seconds_since(start) - rules.seconds_compiling();
-      write_stats(rules, counts, hunting);
-    }
+    seconds_hunting_ = seconds_since(start) - compiled_->seconds_compiling();
   }
 
   void take_match(const event_view& event, std::uint32_t rule) {
     if (set_.rules[rule].reported) {
       matches_->add(rule, event.time(), event.source().path);
-      if (lines_) {
-        lines_->write(event, rule);
-      } else if (options_.details) {
-        std::string text;
-        sigma::append_details(event, set_.rules[rule].content, text);
-        out_.append(text);
-      }
+      if (lines_) lines_->write(event, rule);
     }
     if (correlator_->wants(rule)) {
       // One line serves all rules that match the event.
@@ -156,13 +162,7 @@ class hunt_run : public event_sink {
   void report_correlations() {
     for (const sigma::correlation_match& match : correlator_->finish()) {
       matches_->add(match.rule, match.event.time, correlator_->log_path(match.event.log));
-      if (lines_) {
-        lines_->write_correlation(match);
-      } else if (options_.details) {
-        std::string text;
-        sigma::append_details(match, set_.rules[match.rule].content, text);
-        out_.append(text);
-      }
+      if (lines_) lines_->write_correlation(match);
     }
     if (correlator_->left_out() != 0) {
       problem("correlations",
@@ -188,12 +188,11 @@ class hunt_run : public event_sink {
   }
 
   // To standard error, so that it never mixes with matches.
-  void write_stats(const sigma::compiled_rules& rules, const sigma::hunt_counts& counts,
-                   double seconds_hunting) const {
+  void write_stats(const sigma::hunt_counts& counts) const {
     std::string text;
-    sigma::append_hunt_stats(set_, rules.compiled(), *matches_, counts, text);
+    sigma::append_hunt_stats(set_, compiled_->compiled(), *matches_, counts, text);
     std::fprintf(stderr, "seconds  rules read %.3f, compiled %.3f, events hunted %.3f\n%s",
-                 seconds_reading_, rules.seconds_compiling(), seconds_hunting, text.c_str());
+                 seconds_reading_, compiled_->seconds_compiling(), seconds_hunting_, text.c_str());
   }
 
   int finish(bool matched) {
@@ -209,10 +208,12 @@ class hunt_run : public event_sink {
   event_filter filter_;
   const bool filtering_;
   output_buffer out_;
+  const std::uint64_t total_bytes_;
   sigma::rule_set set_;
-  double seconds_reading_ = 0;
+  double seconds_reading_ = 0, seconds_hunting_ = 0;
   std::unique_ptr<sigma::rule_matches> matches_;
   std::unique_ptr<sigma::correlator> correlator_;
+  std::unique_ptr<sigma::compiled_rules> compiled_;
   std::unique_ptr<sigma::hunter> hunter_;
   std::unique_ptr<match_output> lines_;
   bool kept_ = false;       // the line of the event in hand, under
@@ -221,22 +222,14 @@ class hunt_run : public event_sink {
 };
 
 int run(const hunt_options& options) {
-  // The output may not take the place of a log that is still to be read.
-  if (!options.output.empty()) {
-    std::string replaced;
-    log_finder finder(
-        [&](found_log& log) {
-          if (is_same_file(options.output, log.source)) replaced = log.source.path;
-        },
-        [](const std::string&, const std::string&) {});
-    if (options.logs.carve) finder.carve();
-    for (const std::string& path : options.logs.paths) {
-      if (path != "-") finder.find(path);
-    }
-    if (!replaced.empty()) {
-      report_problem(options.output, "is one of the logs to read (" + replaced + ")");
-      return verb_bad_command;
-    }
+  const bool shows = !options.logs.quiet && progress_line::has_terminal();
+  log_survey seen;
+  if (!options.list && (shows || !options.output.empty())) {
+    seen = survey_logs(options.logs, options.output);
+  }
+  if (!seen.output_is_input.empty()) {
+    report_problem(options.output, "is one of the logs to read (" + seen.output_is_input + ")");
+    return verb_bad_command;
   }
   output_target target;
   std::string problem;
@@ -244,7 +237,7 @@ int run(const hunt_options& options) {
     report_problem(options.output, problem);
     return verb_problems;
   }
-  hunt_run work(options, target.descriptor());
+  hunt_run work(options, target.descriptor(), seen.bytes);
   const int status = work.run();
   if (status != verb_bad_command && work.written() && !target.keep(problem)) {
     report_problem(options.output, problem);
@@ -265,7 +258,8 @@ void add_rule_options(CLI::App& app, hunt_options& options) {
   app.add_option("--min-level", options.min_level, "rules of this level and above")
       ->check(CLI::IsMember({"informational", "low", "medium", "high", "critical"}))
       ->type_name("LEVEL");
-  add_list("--status", options.choice.statuses, "rules of this status", "STATUS");
+  add_list("--status", options.choice.statuses, "rules of this status", "STATUS")
+      ->check(CLI::IsMember({"stable", "test", "experimental", "deprecated", "unsupported"}));
   add_list("--exclude-rule", options.choice.excluded_ids, "leave out the rule with this ID", "ID");
   add_list("--tag", options.choice.tags, "rules with such a tag; * stands for anything", "PATTERN");
 }
@@ -275,10 +269,9 @@ void add_result_options(CLI::App& app, hunt_options& options) {
       app.add_option("-f,--format", options.format, "events that match, a line each, in this form")
           ->check(CLI::IsMember(match_formats()))
           ->type_name("FORM");
-  app.add_option("--order", options.order, "time: events of all logs by time")
-      ->check(CLI::IsMember({"time"}))
-      ->type_name("ORDER")
-      ->needs(format);
+  add_order_options(app, options.order,
+                    "log: matches as they are found, those of correlations last; time: all matches "
+                    "in one order of time, which is usual for timesketch");
   app.add_option("-o,--output", options.output,
                  "write to this file, which appears when it is whole")
       ->type_name("FILE");
@@ -308,6 +301,9 @@ int run_hunt(int argc, char** argv) {
   CLI::Option* const paths = app.get_option("PATH")->required(false);
   app.final_callback([&] {
     if (!options.list && paths->count() == 0) throw CLI::RequiredError("PATH");
+    if (options.order.order == "time" && options.format.empty() && !options.details) {
+      throw CLI::ValidationError("--order", "needs --format or --details");
+    }
   });
   bool done = false;
   const int status = parse_verb(app, argc, argv, done);

@@ -1,14 +1,10 @@
 #include "verbs/hunt_output.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 
 #include "export/escaped_text.h"
 #include "sigma/rule_matches.h"
-#include "source/block_reader.h"
 
 namespace zanvik {
 namespace {
@@ -67,146 +63,167 @@ std::string table_cells(const sigma::rule& r, bool raw) {
 
 constexpr std::string_view table_header =
     ",rule_id,rule_title,rule_level,rule_status,rule_tags,rule_author,rule_file";
+constexpr std::string_view correlation_header =
+    ",correlation_first,correlation_last,correlation_events,correlation_group";
+constexpr std::string_view no_correlation = ",,,,";
 
-// A file that goes with its descriptor; -1 when it cannot be made.
-int open_temporary() {
-  const char* const folder = std::getenv("TMPDIR");
-  std::string name = std::string(folder != nullptr ? folder : "/tmp") + "/zanvik-XXXXXX";
-  const int file = mkstemp(name.data());
-  if (file >= 0) unlink(name.c_str());
-  return file;
+const form_name* find_form(std::string_view format) {
+  for (const form_name& known : form_names()) {
+    if (known.name == format) return &known;
+  }
+  return nullptr;
 }
 
-}  // namespace
-
-std::vector<std::string> match_formats() {
-  std::vector<std::string> out;
-  for (const form_name& known : form_names()) {
-    if (std::find(formats.begin(), formats.end(), known.name) != formats.end()) {
-      out.emplace_back(known.name);
-    }
+// "User: x; Host: y"
+std::string group_text(const sigma::correlation_match& match) {
+  std::string out;
+  for (const auto& [field, value] : match.group) {
+    out += (out.empty() ? "" : "; ") + field + ": " + value;
   }
   return out;
 }
 
-line_store::~line_store() {
-  buffer_.reset();
-  if (file_ >= 0) close(file_);
+}  // namespace
+
+std::vector<std::string> match_formats() { return {formats.begin(), formats.end()}; }
+
+bool usually_by_time(std::string_view format) {
+  const form_name* const known = find_form(format);
+  return known != nullptr && known->by_time;
 }
 
-output_buffer& line_store::buffer() {
-  if (!buffer_) {
-    file_ = open_temporary();
-    // Writing to no file fails, and stays failed.
-    buffer_ = std::make_unique<output_buffer>(file_);
-  }
-  return *buffer_;
-}
-
-line_store::place line_store::finish_line() {
-  if (!buffer_->flush()) return {};
-  const auto end = static_cast<std::uint64_t>(lseek(file_, 0, SEEK_END));
-  const place where{written_, static_cast<std::uint32_t>(end - written_)};
-  written_ = end;
-  return where;
-}
-
-bool line_store::read(place where, std::string& line) {
-  line.resize(where.size);
-  return buffer_ && !buffer_->failed() && where.size != 0 &&
-         read_fully(file_, std::as_writable_bytes(std::span(line)), where.offset) ==
-             static_cast<ssize_t>(where.size);
-}
-
-match_output::match_output(std::string_view format, const form_options& options,
-                           const sigma::rule_set& set, bool in_time_order, output_buffer& out)
+match_output::match_output(const match_output_options& options, const sigma::rule_set& set,
+                           output_buffer& out)
     : set_(set),
       out_(out),
-      is_table_(format == "csv"),
-      is_tree_(format == "jsonl"),
-      in_time_order_(in_time_order) {
-  for (const form_name& known : form_names()) {
-    if (known.name == format) form_ = known.make(options);
-  }
+      options_(options),
+      is_table_(options.format == "csv"),
+      is_tree_(options.format == "jsonl") {
+  if (const form_name* known = find_form(options.format)) form_ = known->make(options.form);
+  if (options.by_time) by_time_ = std::make_unique<external_sorter>(options.sorting);
   for (const sigma::known_rule& known : set_.rules) {
     const sigma::rule& r = known.content;
-    tails_.push_back(is_table_  ? table_cells(r, options.raw_cells)
-                     : is_tree_ ? ",\"rule\":{" + json_members(r, "") + "}"
-                                : "," + json_members(r, "sigma_rule_"));
+    const bool runs = known.state == sigma::rule_state::runs;
+    correlates_ = correlates_ || (runs && r.what == sigma::rule::kind::correlation);
+    tails_.push_back(!form_      ? ""
+                     : is_table_ ? table_cells(r, options.form.raw_cells)
+                     : is_tree_  ? ",\"rule\":{" + json_members(r, "") + "}"
+                                 : "," + json_members(r, "sigma_rule_"));
   }
-}
-
-// Puts `tail` into the line that was just written, before what ends it.
-void match_output::append_tail(output_buffer& out, std::string_view tail) const {
-  out.take_back('\n');
-  if (!is_table_) out.take_back('}');
-  out.append(tail);
-  out.append(is_table_ ? "\n" : "}\n");
 }
 
 void match_output::begin() {
-  form_->begin(out_);
-  if (is_table_) append_tail(out_, table_header);
+  if (!form_) return;
+  form_->begin(rendered_);
+  (void)rendered_.flush();
+  if (is_table_) add_tail(table_header);
+  if (is_table_ && correlates_) add_tail(correlation_header);
+  out_.append(line_);
+}
+
+void match_output::start_log(const log_source& log) {
+  ++log_;
+  if (form_) form_->start_log(log);
+}
+
+void match_output::render(const event_view& event) {
+  line_.clear();
+  form_->write(rendered_, event);
+  (void)rendered_.flush();
+}
+
+void match_output::add_tail(std::string_view tail) {
+  put_before(line_, is_table_ ? "\n" : "}\n", tail);
+}
+
+// Writes the line, or has it wait.
+void match_output::put(std::uint64_t filetime, std::uint64_t log) {
+  if (!by_time_) {
+    out_.append(line_);
+    return;
+  }
+  const std::uint64_t shown = form_ ? form_->shown_time(filetime) : filetime;
+  if (error_.empty() && !by_time_->add({{shown, log, filetime}}, line_)) error_ = by_time_->error();
 }
 
 void match_output::write(const event_view& event, std::uint32_t rule) {
-  output_buffer& out = in_time_order_ ? store_.buffer() : out_;
-  form_->write(out, event);
-  append_tail(out, tails_[rule]);
-  if (in_time_order_) waiting_.push_back({event.time(), store_.finish_line()});
+  if (form_) {
+    render(event);
+    add_tail(tails_[rule]);
+    if (is_table_ && correlates_) add_tail(no_correlation);
+  } else {
+    line_.clear();
+    sigma::append_details(event, set_.rules[rule].content, line_);
+  }
+  put(event.time(), log_);
 }
 
 std::uint64_t match_output::keep(const event_view& event) {
-  form_->write(store_.buffer(), event);
-  kept_.push_back(store_.finish_line());
+  if (form_) {
+    render(event);
+  } else {
+    line_.clear();
+    sigma::append_event_details(event, line_);
+  }
+  if (error_.empty() && !kept_file_.is_open() && !kept_file_.create(options_.sorting.folder)) {
+    error_ = kept_file_.error();
+  }
+  kept_.push_back({kept_file_.size(), line_.size(), log_});
+  if (error_.empty() && !kept_file_.append(line_)) error_ = kept_file_.error();
   return kept_.size() - 1;
 }
 
+std::string match_output::correlation_cells(const sigma::correlation_match& match) const {
+  std::string out;
+  for (const std::string& text : {sigma::time_text(match.first), sigma::time_text(match.last),
+                                  std::to_string(match.events), group_text(match)}) {
+    append_cell(out, text, options_.form.raw_cells);
+  }
+  return out;
+}
+
 std::string match_output::correlation_tail(const sigma::correlation_match& match) const {
-  std::string out = tails_[match.rule];
-  if (is_table_) return out;
-  std::string group, flat_group;
+  if (is_table_) return tails_[match.rule] + correlation_cells(match);
+  std::string group;
   for (const auto& [field, value] : match.group) {
     group += (group.empty() ? "" : ",") + json_text(field) + ":" + json_text(value);
-    flat_group += (flat_group.empty() ? "" : "; ") + field + ": " + value;
   }
   const std::string_view prefix = is_tree_ ? "" : "sigma_correlation_";
+  std::string out = tails_[match.rule] + (is_tree_ ? ",\"correlation\":{" : ",");
   const auto member = [&](std::string_view name, const std::string& json) {
     out.append(1, '"').append(prefix).append(name).append("\":").append(json);
   };
-  out += is_tree_ ? ",\"correlation\":{" : ",";
   member("first", json_text(sigma::time_text(match.first)) + ",");
   member("last", json_text(sigma::time_text(match.last)) + ",");
   member("events", std::to_string(match.events) + ",");
-  member("group", is_tree_ ? "{" + group + "}" : json_text(flat_group));
+  member("group", is_tree_ ? "{" + group + "}" : json_text(group_text(match)));
   return is_tree_ ? out + "}" : out;
 }
 
 void match_output::write_correlation(const sigma::correlation_match& match) {
-  std::string line;
-  if (!store_.read(kept_[match.event.note], line)) {
-    failed_ = true;
-    return;
+  const kept_line& kept = kept_[match.event.note];
+  std::string event(kept.bytes, '\0');
+  if (error_.empty() && !kept_file_.read(kept.offset, event)) error_ = kept_file_.error();
+  if (!error_.empty()) return;
+  if (form_) {
+    line_ = std::move(event);
+    add_tail(correlation_tail(match));
+  } else {
+    line_.clear();
+    sigma::append_details(match, set_.rules[match.rule].content, event, line_);
   }
-  output_buffer& out = in_time_order_ ? store_.buffer() : out_;
-  out.append(line);
-  append_tail(out, correlation_tail(match));
-  if (in_time_order_) waiting_.push_back({match.event.time, store_.finish_line()});
+  put(match.event.time, kept.log);
 }
 
-bool match_output::end() {
-  std::stable_sort(waiting_.begin(), waiting_.end(),
-                   [](const auto& a, const auto& b) { return a.time < b.time; });
-  std::string line;
-  for (const waiting_line& waiting : waiting_) {
-    if (store_.read(waiting.where, line)) {
-      out_.append(line);
-    } else {
-      failed_ = true;
-    }
+void match_output::end() {
+  if (by_time_ && error_.empty()) {
+    const bool done = by_time_->finish([this](const sort_key&, std::string_view bytes) {
+      out_.append(bytes);
+      return !out_.failed();
+    });
+    if (!done && !out_.failed()) error_ = by_time_->error();
   }
-  form_->end(out_);
-  return !failed_;
+  if (form_) form_->end(out_);
 }
 
 }  // namespace zanvik

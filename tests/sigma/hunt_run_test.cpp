@@ -67,6 +67,21 @@ TEST_F(hunt_runs, own_rules_over_own_samples) {
   EXPECT_NE(lines[5].find("PowerShell With An Encoded Command"), std::string::npos);
 }
 
+TEST_F(hunt_runs, statistics) {
+  const program_run run = run_zanvik({"hunt", "--rules", rules, "--stats", samples});
+  const auto has = [&](const std::string& line) {
+    const auto lines = lines_of(run.err);
+    return std::count(lines.begin(), lines.end(), line) == 1;
+  };
+  EXPECT_TRUE(has("rules loaded    8")) << run.err;
+  EXPECT_TRUE(has("events          97"));
+  EXPECT_TRUE(has("matches         6"));
+  EXPECT_TRUE(
+      has("1        Logon After Many Failed Ones                       "
+          "4f1c6a52-0b7e-4a0e-9f0d-1a2f5c7d3e05"));
+  EXPECT_TRUE(has("12      Fabrikam-Odd/Operational"));
+}
+
 TEST_F(hunt_runs, statuses) {
   const std::string none = folder_.write("none.yml", rule_text("a", "service: system", "{F: x}"));
   EXPECT_EQ(run_zanvik({"hunt", "--rules", none, samples}).status, 0);
@@ -123,10 +138,32 @@ TEST_F(hunt_runs, forms_carry_the_rule) {
   ASSERT_EQ(table.size(), 4U);
   EXPECT_TRUE(
       table[0].ends_with(",data,rule_id,rule_title,rule_level,rule_status,rule_tags,"
-                         "rule_author,rule_file"))
+                         "rule_author,rule_file,correlation_first,correlation_last,"
+                         "correlation_events,correlation_group"))
       << table[0];
+  EXPECT_TRUE(table[1].ends_with(",\"2\",\"TargetUserName: helpdesk\"")) << table[1];
+  EXPECT_TRUE(table[2].ends_with("/office_starts_shell.yml\",,,,")) << table[2];
   EXPECT_NE(table[2].find(",\"Shell Started By An Office Program\",\"high\",\"test\","),
             std::string::npos);
+}
+
+TEST_F(hunt_runs, details_have_each_match_with_its_event) {
+  const auto lines_by = [&](const char* order) {
+    std::vector<std::string> heads;
+    for (const std::string& line : lines_of(
+             run_zanvik({"hunt", "--rules", rules, "--details", "--order", order, samples}).out)) {
+      if (line.find("  high  ") == 28 || line.find("  medium  ") == 28) heads.push_back(line);
+    }
+    return heads;
+  };
+  auto by_log = lines_by("log");
+  ASSERT_EQ(by_log.size(), 6U);
+  // A correlation comes last unless by time.
+  EXPECT_NE(by_log.back().find("Logon After Many"), std::string::npos) << by_log.back();
+  std::stable_sort(by_log.begin(), by_log.end(),
+                   [](const auto& a, const auto& b) { return a.substr(0, 28) < b.substr(0, 28); });
+  EXPECT_EQ(lines_by("time"), by_log);
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", rules, "--order", "time", samples}).status, 2);
 }
 
 TEST_F(hunt_runs, fields_go_by_the_names_that_rules_use) {
@@ -248,11 +285,17 @@ const correlation_case correlation_cases[] = {
     {"temporal", "condition: {gte: 2}", {{0, "=a"}}, "c ", "one event may stand for two rules"},
     {"temporal", "condition: {lt: 3}", {{0, "+a"}, {9, "a"}}, "c ", "fewer rules than all"},
     {"temporal_ordered", "", {{0, "a"}, {0, "+a"}}, "", "two of three rules"},
-    {"temporal_ordered", "condition: {gte: 2}", {{0, "a"}, {0, "+a"}}, "c ",
+    {"temporal_ordered",
+     "condition: {gte: 2}",
+     {{0, "a"}, {0, "+a"}},
+     "c ",
      "of one time, in the order of the log"},
     {"temporal_ordered", "condition: {gte: 2}", {{0, "+a"}, {0, "a"}}, "", "the other order"},
     {"temporal_ordered", "condition: {gte: 2}", {{0, "=a"}}, "", "one event is not behind itself"},
-    {"temporal_ordered", "condition: {gt: 1}", {{0, "a"}, {70, "+a"}, {80, "=a"}}, "c ",
+    {"temporal_ordered",
+     "condition: {gt: 1}",
+     {{0, "a"}, {70, "+a"}, {80, "=a"}},
+     "c ",
      "the latest start counts"},
     {"temporal_ordered", "", {{0, "a"}, {5, "+a"}, {9, "+a"}, {60, "=a"}}, "c ", "all three"},
     {"event_count",
@@ -265,10 +308,16 @@ const correlation_case correlation_cases[] = {
      {{0, "a 60"}, {9, "a none"}, {20, "b 0x28"}},
      "c ",
      "a sum of what are numbers"},
-    {"value_sum", "condition: {field: Size, gt: 99}", {{0, "a 60"}, {61, "b 40"}}, "",
+    {"value_sum",
+     "condition: {field: Size, gt: 99}",
+     {{0, "a 60"}, {61, "b 40"}},
+     "",
      "not beyond the timespan"},
     {"value_sum", "condition: {field: Nothing, lt: 5}", {{0, "a 60"}}, "", "no number, no sum"},
-    {"value_avg", "condition: {field: Size, gte: 50}", {{0, "a 10"}, {9, "a 70"}}, "",
+    {"value_avg",
+     "condition: {field: Size, gte: 50}",
+     {{0, "a 10"}, {9, "a 70"}},
+     "",
      "40 on the average"},
     {"value_avg", "condition: {field: Size, lte: 40}", {{0, "a 10"}, {9, "a 70"}}, "c ", "it is"},
     {"value_percentile",
@@ -346,7 +395,8 @@ TEST_F(hunt_runs, a_rule_that_crawls_is_given_up_and_told_of) {
   for (std::uint64_t number = 1; number <= 70; ++number) {
     // The last ones are past what one log may cost.
     const std::string text = number < 65 ? std::string(300, 'a') + "b" : "aaa";
-    chunk.add(record(number, {.event_id = 7, .channel = "System", .data = {{"F", slot::utf16(text)}}}));
+    chunk.add(
+        record(number, {.event_id = 7, .channel = "System", .data = {{"F", slot::utf16(text)}}}));
   }
   log_builder().chunk(chunk).write(folder_.path("log.evtx"));
   log_builder()
