@@ -136,6 +136,11 @@ inline constexpr std::int64_t expanded_bytes_per_chunk = 64 * 65536;
 // 30 of up to 8 KiB.
 inline constexpr std::int64_t new_shape_bytes_per_chunk = 16 * 65536;
 
+// Structures of fragments without a template that are kept, so that records of one kind share a
+// shape: real logs have some ten.
+inline constexpr std::size_t cached_fragments = 256;
+inline constexpr std::size_t cached_fragment_bytes = 1 << 20;
+
 // Shapes of events kept for later ones. Their trees and fields are made again when needed.
 inline constexpr std::size_t cached_shapes = 4096;
 inline constexpr std::size_t cached_tree_bytes = 4 << 20;

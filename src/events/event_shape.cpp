@@ -106,14 +106,11 @@ std::vector<std::uint32_t> event_shape::find_all(std::string_view name) const {
   return found;
 }
 
-std::size_t event_shape::held_bytes() const {
+std::size_t event_shape::tree_bytes() const {
   std::size_t bytes = sizeof(*this) + 2 * source_bytes;
   for (const event_element& element : elements) {
     bytes += sizeof(element) + element.content.size() * sizeof(event_item) +
              element.attributes.size() * (sizeof(event_attribute) + sizeof(value_part));
-  }
-  for (const event_field& field : fields) {
-    bytes += sizeof(field) + field.path.size() + field.parts.size() * sizeof(value_part);
   }
   return bytes;
 }
@@ -122,7 +119,8 @@ void event_shape::make_hollow() {
   roots = {};
   elements = {};
   fields = {};
-  hollow = true;
+  has_tree = false;
+  has_fields = false;
 }
 
 void event_shape::add_field(field_group group, std::string_view name, std::string path,
@@ -179,6 +177,10 @@ void event_shape::list_fields() {
     for (std::size_t m = 0; m < system_members; ++m) {
       if (fields[i].path == members[m].path) system_[m] = static_cast<std::int32_t>(i);
     }
+  }
+  has_fields = true;
+  for (const event_field& field : fields) {
+    new_bytes += sizeof(field) + field.path.size() + field.parts.size() * sizeof(value_part);
   }
 }
 

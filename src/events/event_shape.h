@@ -99,10 +99,14 @@ class event_shape {
   bool once = false;        // no second event will have it: nothing learnt is worth keeping
   bool no_template = false;
   bool cut = false;
-  bool hollow = false;  // tree and fields are given up for now; event_view::shape() restores them
+  // Tree and fields are made when a view is asked for them; both may be given up between events.
+  bool has_tree = false;
+  bool has_fields = false;
+  std::size_t new_bytes = 0;  // made since the last account
   // Slots that the templates show over and over, and how often.
   std::vector<std::pair<std::uint32_t, std::uint32_t>> overused;
-  std::uint64_t source_bytes = 0;  // of the templates
+  std::uint64_t source_bytes = 0;   // of the templates
+  std::uint64_t paid_in_chunk = 0;  // for the reader's account
 
   std::vector<event_item> roots;  // of the tree
   std::vector<event_element> elements;
@@ -120,14 +124,14 @@ class event_shape {
   // datum or leaf by its name, anything by its path; in any case.
   std::vector<std::uint32_t> find_all(std::string_view name) const;
 
-  // About what it takes up, with what a form keeps for it.
-  std::size_t held_bytes() const;
-
   // Gives up tree and fields.
   void make_hollow();
 
   // Fills `fields` from the tree.
   void list_fields();
+
+  // About what the tree takes up.
+  std::size_t tree_bytes() const;
 
  private:
   void list_element(const event_element& element, const std::string& path, bool is_system,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 #include "base/hash_mix.h"
 #include "base/limits.h"
@@ -53,7 +54,8 @@ event_shape* event_shapes::find(std::span<const event_instance> instances,
   for (; table_[at] != 0; at = (at + 1) & (table_.size() - 1)) {
     known_shape& known = *shapes_[table_[at] - 1];
     if (std::equal(known.key.begin(), known.key.end(), key_.begin(), key_.end())) {
-      return &known.shape;
+      last_ = &known.shape;
+      return last_;
     }
   }
   return nullptr;
@@ -66,6 +68,7 @@ event_shape& event_shapes::add(std::span<const event_instance> instances,
     once_ = {};
     once_.once = true;
     once_.id = next_id();
+    last_ = nullptr;
     build_shape(instances, slots, once_);
     return once_;
   }
@@ -78,11 +81,12 @@ event_shape& event_shapes::add(std::span<const event_instance> instances,
   added.shape.id = next_id();
   added.shape.index = static_cast<std::uint32_t>(shapes_.size());
   build_shape(instances, slots, added.shape);
-  held_bytes_ += added.shape.held_bytes();
+  last_ = &added.shape;
   return added.shape;
 }
 
 void event_shapes::trim() {
+  if (last_) held_bytes_ += std::exchange(last_->new_bytes, 0);
   if (held_bytes_ <= limits::cached_tree_bytes) return;
   for (const auto& known : shapes_) known->shape.make_hollow();
   held_bytes_ = 0;
@@ -107,6 +111,7 @@ void event_shapes::clear() {
   shapes_.clear();
   table_.assign(first_places, 0);
   held_bytes_ = 0;
+  last_ = nullptr;
 }
 
 }  // namespace zanvik

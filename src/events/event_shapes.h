@@ -19,14 +19,14 @@ struct event_instance {
   const event_template* body = nullptr;
   std::uint32_t first_slot = 0;
   std::uint32_t slot_count = 0;
-  std::uint32_t parent_slot = 0;  // among all slots; the first instance has none
+  std::uint32_t parent_slot = 0;   // among all slots; the first instance has none
+  std::uint32_t source_bytes = 0;  // of the binary XML, for the reader's account
 };
 
 // What a shape depends on in a value, in two bits: absent, plain, array, nested.
 inline std::uint64_t kind_bits(std::uint16_t type) {
-  if (type == value_type::null) return 0;
-  if (type == value_type::bxml) return 3;
-  return type & array_bit ? 2 : 1;
+  return (type != value_type::null ? 1u : 0u) + (type >> 7 & 1u) +
+         (type == value_type::bxml ? 2u : 0u);
 }
 
 class event_shapes {
@@ -34,8 +34,8 @@ class event_shapes {
   event_shapes();
 
   // The shape, if it is known; null otherwise, and `add` makes it then. `instances` has the
-  // outermost one first; a slot's `child` is a number in it; `kinds` are the bits of all slots, in
-  // their order, 32 slots a word.
+  // outermost one first; a slot's `child` is a number in it; `kinds` are the bits of all slots in
+  // the order of their instances, 32 slots a word, each instance's from a new word on.
   event_shape* find(std::span<const event_instance> instances,
                     std::span<const std::uint64_t> kinds);
   event_shape& add(std::span<const event_instance> instances, std::span<const event_value> slots,
@@ -60,10 +60,11 @@ class event_shapes {
   std::vector<std::unique_ptr<known_shape>> shapes_;
   std::vector<std::uint32_t> table_;  // open addressing, 1 + number in `shapes_`; 0 is free
   event_shape once_;
+  event_shape* last_ = nullptr;  // handed out, and may have grown since
   std::size_t held_bytes_ = 0;
 };
 
-// Builds the tree of `shape` from instances and slots, and its fields.
+// Builds the tree of `shape` from instances and slots.
 void build_shape(std::span<const event_instance> instances, std::span<const event_value> slots,
                  event_shape& shape);
 

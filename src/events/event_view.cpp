@@ -14,7 +14,12 @@ event_value part_value(const value_part& part, std::span<const event_value> slot
   return part.slot == absent_slot ? event_value{} : slots[static_cast<std::size_t>(part.slot)];
 }
 
-void event_view::fill_shape() const { build_shape(instances_, slots_, *shape_); }
+void event_view::build_tree() const { build_shape(instances_, slots_, *shape_); }
+
+void event_view::list_fields() const {
+  if (!shape_->has_tree) build_tree();
+  shape_->list_fields();
+}
 
 event_value event_view::value(std::uint32_t field) const {
   const value_parts& parts = shape().fields[field].parts;

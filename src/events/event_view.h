@@ -61,7 +61,12 @@ struct event_header {
 class event_view {
  public:
   const event_shape& shape() const {
-    if (shape_->hollow) fill_shape();
+    if (!shape_->has_fields) list_fields();
+    return *shape_;
+  }
+  // The same without the fields.
+  const event_shape& tree() const {
+    if (!shape_->has_tree) build_tree();
     return *shape_;
   }
   // Of the shape, which need not be complete for that.
@@ -99,7 +104,8 @@ class event_view {
   }
 
  private:
-  void fill_shape() const;
+  void build_tree() const;
+  void list_fields() const;
 
   event_shape* shape_ = nullptr;
   std::span<const event_instance> instances_;

@@ -14,6 +14,18 @@ namespace layout = evtx_layout;
 
 constexpr std::uint64_t descriptor_bytes = 4;
 
+// The descriptor of a value: its size in the low half, its type in the high one.
+std::uint32_t descriptor_at(const std::byte* descriptors, std::size_t number) {
+  std::uint32_t descriptor;
+  std::memcpy(&descriptor, descriptors + descriptor_bytes * number, sizeof(descriptor));
+  return descriptor;
+}
+
+std::uint16_t type_of(std::uint32_t descriptor) {
+  const auto type = static_cast<std::uint16_t>(descriptor >> 16);
+  return type < literal_type ? type : std::uint16_t{value_type::binary};
+}
+
 }  // namespace
 
 void evtx_event_reader::start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
@@ -50,6 +62,7 @@ void evtx_event_reader::add_credit(std::uint64_t bytes) {
 void evtx_event_reader::begin_chunk(const chunk_view& chunk) {
   chunk_ = chunk;
   memory_.start_chunk();
+  ++chunk_number_;
   first_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::first_logical_record_at);
   last_number_ = chunk_.bytes.at_or_zero<std::uint64_t>(layout::nth_logical_record_at);
   places_.fill({});
@@ -59,6 +72,7 @@ void evtx_event_reader::begin_chunk(const chunk_view& chunk) {
     shapes_.clear();
     templates_.clear();
     missing_.clear();
+    structures_.clear();
   }
 }
 
@@ -82,8 +96,9 @@ void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
   instances_.clear();
   slots_.clear();
   kinds_.clear();
-  record_templates_used_ = 0;
+  fragments_used_ = 0;
   cut_ = false;
+  plain_ = false;
   // A record that a damaged size has put behind its chunk has its values there.
   value_end_ = offset < layout::chunk_bytes
                    ? std::min<std::uint64_t>(layout::chunk_bytes, bytes.size())
@@ -108,18 +123,23 @@ event_shape& evtx_event_reader::shape_of_event() {
   cut_ = true;
   slots_.clear();
   kinds_.clear();
-  instances_.assign(1, {missing_template(0, true), 0, 0, 0});
+  instances_.assign(1, {missing_template(0, true), 0, 0, 0, 0});
   event_shape* empty = shapes_.find(instances_, kinds_);
   return empty ? *empty : shapes_.add(instances_, slots_, kinds_);
 }
 
+// A shape is paid for once in each chunk, whether it is known or not, so that what earlier chunks
+// had changes nothing; one with binary XML of its own is paid for each time, since not all of them
+// are kept. What is carved has little to pay with, and pays for what is new.
 event_shape* evtx_event_reader::affordable_shape() {
   event_shape* shape = shapes_.find(instances_, kinds_);
-  if (!shape) {
+  const bool paid = shape && (fragment_ || shape->paid_in_chunk == chunk_number_) && !plain_;
+  if (!paid) {
     std::uint64_t bytes = 0;
-    for (const event_instance& instance : instances_) bytes += instance.body->source_bytes;
+    for (const event_instance& instance : instances_) bytes += instance.source_bytes;
     if (!work_budget::spend(new_shapes_, bytes)) return nullptr;
-    shape = &shapes_.add(instances_, slots_, kinds_);
+    if (!shape) shape = &shapes_.add(instances_, slots_, kinds_);
+    shape->paid_in_chunk = chunk_number_;
   }
   for (const auto& [slot, uses] : shape->overused) {
     if (!work_budget::spend(expansion_, std::uint64_t{slots_[slot].size} * uses)) return nullptr;
@@ -162,16 +182,20 @@ std::uint16_t evtx_event_reader::read_fragment(std::uint64_t offset, std::uint64
   if (const auto head = nested_instance_at(chunk_, offset)) {
     if (!read_instance(offset, *head, instance)) return 0;
   } else {
-    instance.body = plain_body(offset, end);
+    instance.body = plain_body(offset, end, instance);
   }
   if (!instance.body) {
     if (depth != 0) return 0;
     instance.body = missing_template(0, true);
   }
-  if (!work_budget::spend(expansion_, instance.body->source_bytes)) {
+  const bool plain = instance.source_bytes != 0;
+  if (!plain) instance.source_bytes = instance.body->source_bytes;
+  if (!work_budget::spend(expansion_, instance.source_bytes)) {
     cut_ = true;
     if (depth != 0) return 0;
+    if (plain) instance.slot_count = 0;
     instance.body = missing_template(instance.slot_count, true);
+    instance.source_bytes = 0;
   }
   const std::size_t number = instances_.size();
   instances_.push_back(instance);
@@ -226,49 +250,66 @@ void evtx_event_reader::read_table(std::uint64_t table, event_instance& instance
   read_values(table, count, instance);
 }
 
-// The values of a table whose descriptors are all there, until they cost too much.
+// The values of a table whose descriptors are all there, until they cost too much. Most tables end
+// in their record and can be paid for as a whole, so that no value needs a look of its own.
 void evtx_event_reader::read_values(std::uint64_t table, std::uint32_t count,
                                     event_instance& instance) {
   const std::byte* const base = chunk_.bytes.bytes().data();
-  const std::byte* descriptor = base + table + 4;
+  const std::byte* const descriptors = base + table + 4;
   const std::uint64_t first = table + 4 + descriptor_bytes * std::uint64_t{count};
+  std::uint64_t total = 0;
+  for (std::uint32_t i = 0; i < count; ++i) total += descriptor_at(descriptors, i) & 0xffff;
   const std::size_t before = slots_.size();
   slots_.resize(before + count);
-  event_value* value = slots_.data() + before;
-  std::uint64_t at = first;
-  unsigned shift = 2 * (before % 32);
-  std::uint64_t kinds = 0;
-  if (shift != 0) {
-    kinds = kinds_.back();
-    kinds_.pop_back();
-  }
-  std::uint32_t read = 0;
-  for (; read < count; ++read, ++value, descriptor += descriptor_bytes) {
-    std::uint16_t word[2];
-    std::memcpy(word, descriptor, sizeof(word));
-    std::uint32_t size = word[0];
-    const std::uint16_t type = word[1] < literal_type ? word[1] : std::uint16_t{value_type::binary};
-    if (size > value_end_ - std::min(at, value_end_)) {
-      size = static_cast<std::uint32_t>(value_end_ - std::min(at, value_end_));
-      cut_ = true;
+  event_value* const values = slots_.data() + before;
+  instance.slot_count = count;
+  if (first <= value_end_ && total <= value_end_ - first &&
+      static_cast<std::int64_t>(total) < budget_.slot_bytes) {
+    (void)work_budget::spend(budget_.slot_bytes, total);
+    const std::byte* at = base + first;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const std::uint32_t descriptor = descriptor_at(descriptors, i);
+      values[i] = {at, descriptor & 0xffff, type_of(descriptor), 0};
+      at += descriptor & 0xffff;
     }
+  } else {
+    instance.slot_count = read_cut_values(descriptors, first, {values, count});
+    slots_.resize(before + instance.slot_count);
+  }
+  add_kinds(before);
+}
+
+// The same, value by value: returns how many there are.
+std::uint32_t evtx_event_reader::read_cut_values(const std::byte* descriptors, std::uint64_t first,
+                                                 std::span<event_value> values) {
+  const std::byte* const base = chunk_.bytes.bytes().data();
+  std::uint64_t at = first;
+  for (std::uint32_t i = 0; i < values.size(); ++i) {
+    const std::uint32_t descriptor = descriptor_at(descriptors, i);
+    const std::uint64_t begin = std::min(at, value_end_);
+    const auto size = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(descriptor & 0xffff, value_end_ - begin));
+    cut_ = cut_ || size != (descriptor & 0xffff);
     if (!work_budget::spend(budget_.slot_bytes, size)) {
       cut_ = true;
-      break;
+      return i;
     }
-    *value = {base + std::min(at, value_end_), size, type, 0};
-    kinds |= kind_bits(type) << shift;
-    shift += 2;
-    if (shift == 64) {
-      kinds_.push_back(kinds);
-      kinds = 0;
-      shift = 0;
-    }
-    at += word[0];
+    values[i] = {base + begin, size, type_of(descriptor), 0};
+    at += descriptor & 0xffff;
   }
-  if (shift != 0) kinds_.push_back(kinds);
-  slots_.resize(before + read);
-  instance.slot_count = read;
+  return static_cast<std::uint32_t>(values.size());
+}
+
+// The kinds of an instance's slots, which are the last ones; they begin a word of their own.
+void evtx_event_reader::add_kinds(std::size_t first) {
+  constexpr std::size_t slots_a_word = 32;
+  for (std::size_t at = first; at < slots_.size(); at += slots_a_word) {
+    const event_value* const begin = slots_.data() + at;
+    const event_value* value = begin + std::min(slots_a_word, slots_.size() - at);
+    std::uint64_t kinds = 0;
+    while (value != begin) kinds = kinds << 2 | kind_bits((--value)->type);
+    kinds_.push_back(kinds);
+  }
 }
 
 void evtx_event_reader::read_nested(std::size_t number, unsigned depth) {
@@ -282,14 +323,28 @@ void evtx_event_reader::read_nested(std::size_t number, unsigned depth) {
   }
 }
 
-const event_template* evtx_event_reader::plain_body(std::uint64_t offset, std::uint64_t end) {
-  if (record_templates_used_ == record_templates_.size()) {
-    record_templates_.push_back(std::make_unique<event_template>());
+// A fragment that stands in the record: its structure as a template, which other records share, and
+// its texts as the template's slots.
+const event_template* evtx_event_reader::plain_body(std::uint64_t offset, std::uint64_t end,
+                                                    event_instance& instance) {
+  if (fragments_used_ == fragments_.size()) fragments_.push_back(std::make_unique<own_fragment>());
+  auto& [body, texts] = *fragments_[fragments_used_];
+  texts.clear();
+  body.once = false;
+  if (!compile_fragment(chunk_, offset, end, budget_.plain_bytes, body, &texts)) return nullptr;
+  ++fragments_used_;
+  std::size_t begin = 0;
+  for (const std::size_t end_of_text : texts.ends) {
+    slots_.push_back({reinterpret_cast<const std::byte*>(texts.pool.data() + begin),
+                      static_cast<std::uint32_t>(end_of_text - begin), literal_type, 0});
+    begin = end_of_text;
   }
-  event_template& body = *record_templates_[record_templates_used_];
-  if (!compile_fragment(chunk_, offset, end, budget_.plain_bytes, body)) return nullptr;
-  ++record_templates_used_;
-  body.once = true;
+  instance.slot_count = static_cast<std::uint32_t>(texts.ends.size());
+  instance.source_bytes = body.source_bytes;
+  add_kinds(instance.first_slot);
+  plain_ = true;
+  if (const event_template* known = structures_.find(body)) return known;
+  body.once = true;  // no room for another one
   return &body;
 }
 

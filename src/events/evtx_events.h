@@ -15,6 +15,8 @@
 
 #include "events/event_shapes.h"
 #include "events/event_view.h"
+#include "events/fragment_structures.h"
+#include "events/template_compiler.h"
 #include "events/template_library.h"
 #include "evtx/bxml/bxml_tokens.h"
 #include "evtx/evtx.h"
@@ -76,8 +78,12 @@ class evtx_event_reader : public chunk_visitor {
   bool read_instance(std::uint64_t offset, const instance_head& head, event_instance& instance);
   void read_table(std::uint64_t table, event_instance& instance);
   void read_values(std::uint64_t table, std::uint32_t count, event_instance& instance);
+  std::uint32_t read_cut_values(const std::byte* descriptors, std::uint64_t first,
+                                std::span<event_value> values);
+  void add_kinds(std::size_t first);
   void read_nested(std::size_t instance, unsigned depth);
-  const event_template* plain_body(std::uint64_t offset, std::uint64_t end);
+  const event_template* plain_body(std::uint64_t offset, std::uint64_t end,
+                                   event_instance& instance);
   const event_template* template_at(const instance_head& head);
   const event_template* known_template(std::uint64_t definition, std::uint32_t size);
   const event_template* chunk_template(std::uint64_t definition, std::uint32_t size,
@@ -106,14 +112,22 @@ class evtx_event_reader : public chunk_visitor {
   template_bodies bodies_;
   std::map<std::uint64_t, owned_template> templates_;  // by the id of `bodies_`
   std::map<std::uint32_t, owned_template> missing_;
-  std::vector<owned_template> chunk_templates_;   // of this chunk alone
-  std::vector<owned_template> record_templates_;  // of this record alone
-  std::size_t record_templates_used_ = 0;
+  std::vector<owned_template> chunk_templates_;  // of this chunk alone
+  // Fragments of the event in hand, kept for their memory.
+  struct own_fragment {
+    event_template body;
+    fragment_texts texts;
+  };
+  std::vector<std::unique_ptr<own_fragment>> fragments_;
+  std::size_t fragments_used_ = 0;
   std::array<place, places> places_{};
+  fragment_structures structures_;
   event_shapes shapes_;
+  std::uint64_t chunk_number_ = 0;  // of all that were read
 
   // The event in hand.
   bool cut_ = false;
+  bool plain_ = false;  // a part of it is binary XML without a template
   std::vector<event_instance> instances_;
   std::vector<event_value> slots_;
   std::vector<std::uint64_t> kinds_;  // of the slots, see kind_bits

@@ -20,7 +20,6 @@ class tree_builder {
     for (std::uint32_t slot = 0; slot < uses_.size(); ++slot) {
       if (uses_[slot] > cheap_uses) shape_.overused.emplace_back(slot, uses_[slot]);
     }
-    shape_.list_fields();
   }
 
  private:
@@ -156,10 +155,12 @@ void tree_builder::end_attribute() {
 
 void build_shape(std::span<const event_instance> instances, std::span<const event_value> slots,
                  event_shape& shape) {
-  shape.hollow = false;
+  shape.has_tree = true;
+  shape.has_fields = false;
   shape.source_bytes = 0;
   shape.overused.clear();
   tree_builder(instances, slots, shape).run();
+  shape.new_bytes += shape.tree_bytes();
 }
 
 }  // namespace zanvik

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string_view>
 
+#include "base/limits.h"
 #include "base/utf16.h"
 #include "evtx/bxml/bxml_tokens.h"
 
@@ -14,6 +15,8 @@ constexpr std::uint8_t token_cdata = 7;
 constexpr std::uint8_t token_pi_target = 10;
 constexpr std::uint8_t token_pi_data = 11;
 constexpr std::uint8_t type_text = 1;
+// What a fragment that has no table names as a slot: there is none of that number.
+constexpr std::uint16_t no_slot = 0xffff;
 
 // The character that an entity stands for; an unknown one keeps its spelling.
 std::string entity_text(std::string_view name) {
@@ -28,12 +31,13 @@ std::string entity_text(std::string_view name) {
 class compiler {
  public:
   compiler(const chunk_view& chunk, std::uint64_t offset, std::uint64_t end, std::int64_t& budget,
-           event_template& out)
+           event_template& out, fragment_texts* texts)
       : chunk_(chunk),
         at_(offset),
         end_(std::min<std::uint64_t>(end, chunk.bytes.size())),
         budget_(budget),
-        writer_(out) {}
+        writer_(out),
+        texts_(texts) {}
 
   // True when the stream came to its own end.
   bool run() {
@@ -58,11 +62,11 @@ class compiler {
         return element();
       case token_close_start:
         writer_.end_start_tag();
+        end_text();
         return step(1);
       case token_close_empty:
       case token_end_element:
-        writer_.close();
-        return step(1);
+        return close();
       case token_value:
         return value();
       case token_attribute:
@@ -92,12 +96,31 @@ class compiler {
   bool element() {
     const named_token found = element_at(chunk_, at_);
     if (found.length == 0 || found.name_past_end || !pay_name(found)) return false;
+    end_text();
+    ++depth_;
+    if (system_depth_ == 0 && found.name.text == "System") system_depth_ = depth_;
     return writer_.open(found.name.text) && step(found.length);
+  }
+
+  void end_text() {
+    in_text_ = false;
+    keeps_text_ = false;
+  }
+
+  bool close() {
+    writer_.close();
+    end_text();
+    if (depth_ == system_depth_) system_depth_ = 0;
+    if (depth_ != 0) --depth_;
+    return step(1);
   }
 
   bool attribute() {
     const named_token found = attribute_at(chunk_, at_);
     if (found.length == 0 || !writer_.in_start_tag() || !pay_name(found)) return false;
+    end_text();
+    keeps_text_ =
+        found.name.text.starts_with("xmlns") || (found.name.text == "Name" && system_depth_ == 0);
     writer_.attribute(found.name.text);
     return step(found.length);
   }
@@ -105,7 +128,7 @@ class compiler {
   bool entity() {
     const named_token found = entity_at(chunk_, at_);
     if (found.length == 0 || !pay_name(found)) return false;
-    writer_.text(entity_text(found.name.text));
+    add_text(entity_text(found.name.text));
     return step(found.length);
   }
 
@@ -124,8 +147,21 @@ class compiler {
     if (!units || !chunk_.bytes.has(at_ + head + 2, 2u * *units)) return false;
     const zanvik::counted_text found =
         counted_text_at(chunk_, at_ + head + 2, *units, true, head + 2, chunk_.memory->texts);
-    writer_.text(found.text);
+    add_text(found.text);
     return step(found.length);
+  }
+
+  // A piece of text; pieces with nothing between them are one.
+  void add_text(std::string_view piece) {
+    const bool full = texts_ && texts_->ends.size() == limits::slots_per_event_table;
+    if (!texts_ || keeps_text_ || (full && !in_text_)) return writer_.text(piece);
+    if (!in_text_) {
+      writer_.slot(static_cast<std::uint16_t>(texts_->ends.size()), false);
+      texts_->ends.emplace_back();
+    }
+    in_text_ = true;
+    texts_->pool.append(piece);
+    texts_->ends.back() = texts_->pool.size();
   }
 
   bool character() {
@@ -133,7 +169,7 @@ class compiler {
     if (!code) return false;
     std::string text;
     append_utf8(text, *code);
-    writer_.text(text);
+    add_text(text);
     return step(3);
   }
 
@@ -150,6 +186,7 @@ class compiler {
       append_utf8_from_utf16(data, chunk_.bytes.bytes_at(at_ + 3, 2u * *units));
       at_ += 3 + 2u * *units;
     }
+    in_text_ = false;
     writer_.instruction(target.text, data);
     return true;
   }
@@ -157,7 +194,8 @@ class compiler {
   bool slot(bool optional) {
     const auto number = chunk_.bytes.at<std::uint16_t>(at_ + 1);
     if (!number || !chunk_.bytes.has(at_, 4)) return false;
-    writer_.slot(*number, optional);
+    in_text_ = false;
+    writer_.slot(texts_ ? no_slot : *number, optional);
     return step(4);
   }
 
@@ -166,15 +204,20 @@ class compiler {
   std::uint64_t end_;
   std::int64_t& budget_;
   template_writer writer_;
+  fragment_texts* texts_;
+  unsigned depth_ = 0;
+  unsigned system_depth_ = 0;  // of the System element that is open; 0 for none
+  bool in_text_ = false;       // the text before is one of `texts_`, and goes on
+  bool keeps_text_ = false;    // an attribute is open whose text stays in the template
 };
 
 }  // namespace
 
 bool compile_fragment(const chunk_view& chunk, std::uint64_t offset, std::uint64_t end,
-                      std::int64_t& budget, event_template& out) {
+                      std::int64_t& budget, event_template& out, fragment_texts* texts) {
   out.tokens.clear();
   out.pool.clear();
-  compiler work(chunk, offset, end, budget, out);
+  compiler work(chunk, offset, end, budget, out, texts);
   out.cut = !work.run();
   work.finish();
   out.source_bytes = static_cast<std::uint32_t>(work.position() - offset);

@@ -11,16 +11,12 @@
 namespace zanvik {
 namespace {
 
-// Constant text, most of it short: 16 bytes at a time, since both sides have the room.
-inline void put_constant(output_buffer& out, const char* text, std::size_t bytes) {
-  constexpr std::size_t step = 16;
-  if (bytes > output_buffer::most_room - step) {
-    out.append({text, bytes});
-    return;
-  }
-  char* at = out.room(bytes + step);
-  for (std::size_t i = 0; i < bytes; i += step) std::memcpy(at + i, text + i, step);
-  out.commit(at + bytes);
+// Constant text is copied in whole steps, most of it in one: both sides have the room.
+constexpr std::size_t copy_step = 32;
+
+inline char* put_constant(char* out, const char* text, std::size_t bytes) {
+  for (std::size_t i = 0; i < bytes; i += copy_step) std::memcpy(out + i, text + i, copy_step);
+  return out + bytes;
 }
 
 void put_json_oddities(output_buffer& out, std::uint32_t flags, bool lossy) {
@@ -38,11 +34,6 @@ void put_xml_oddities(output_buffer& out, std::uint32_t flags) {
   if (flags & event_outside_range) out.append(" outside_range=\"true\"");
   if (flags & event_no_template) out.append(" no_template=\"true\"");
   if (flags & event_carved) out.append(" carved=\"true\"");
-}
-
-void put_number(output_buffer& out, std::uint64_t number) {
-  char* at = out.room(24);
-  out.commit(write_decimal(at, number));
 }
 
 void put_time(output_buffer& out, std::uint64_t filetime) {
@@ -130,110 +121,232 @@ void form_program::add(gap how, std::int32_t slot, std::string_view open, std::s
     bytes = static_cast<std::uint32_t>(text.size());
     pool_.append(text);
   };
-  // Texts are copied in steps that read up to 16 bytes behind them.
-  pool_.reserve(pool_.size() + pending_.size() + open.size() + close.size() + 32);
   keep(pending_, step.text, step.text_bytes);
   keep(open, step.open, step.open_bytes);
   keep(close, step.close, step.close_bytes);
   pending_.clear();
-  if (how == gap::none) pool_.append(16, '\0');
+  if (how == gap::none) pool_.append(copy_step, '\0');  // what a copy reads behind a text
   steps_.push_back(step);
 }
 
-bool form_program::write(output_buffer& out, const event_view& event, std::string_view log,
-                         bool log_lossy) const {
-  bool lossy = lossy_ || log_lossy;
-  value_sink sink(out, event.readable_end(), lossy);
-  const auto slots = event.slots();
+// The writing position of one event. Most steps have room for their constant text and for any quick
+// value, which is one comparison; the others go through the buffer.
+class form_program::writer {
+ public:
+  writer(const form_program& program, output_buffer& out, const event_view& event,
+         std::string_view log, bool log_lossy)
+      : program_(program),
+        out_(out),
+        event_(event),
+        log_(log),
+        lossy_(program.lossy_ || log_lossy),
+        sink_(out, event.readable_end(), lossy_) {}
+
+  bool run();
+
+ private:
+  void constant(const form_step& step);
+  template <escape_form form>
+  void text(const event_value& value);
+  void json_value(const event_value& value);
+  void xml_element(const form_step& step, const event_value& value);
+  void of_slot(const form_step& step, const event_value& value);
+  void of_event(const form_step& step);
+
+  // Room that a step finds behind its constant text, beside what a copy writes too much.
+  static constexpr std::size_t step_room = value_sink::quick_room + 64;
+
+  std::string_view close_of(const form_step& step) const {
+    return {program_.pool_.data() + step.close, step.close_bytes};
+  }
+
+  const form_program& program_;
+  output_buffer& out_;
+  const event_view& event_;
+  std::string_view log_;
+  bool lossy_;
+  value_sink sink_;
+  char* at_ = nullptr;
+};
+
+void form_program::writer::constant(const form_step& step) {
+  const std::size_t bytes = std::size_t{step.text_bytes} + step.close_bytes + step_room;
+  const char* const text = program_.pool_.data() + step.text;
+  if (static_cast<std::size_t>(out_.limit() - at_) < bytes) [[unlikely]] {
+    out_.commit(at_);
+    if (bytes > output_buffer::most_room) {
+      out_.append({text, step.text_bytes});
+      at_ =
+          out_.room(std::min<std::size_t>(step.close_bytes + step_room, output_buffer::most_room));
+      return;
+    }
+    at_ = out_.room(bytes);
+  }
+  at_ = put_constant(at_, text, step.text_bytes);
+}
+
+template <escape_form form>
+void form_program::writer::text(const event_value& value) {
+  if (char* const end = sink_.quick_text<form>(at_, value)) {
+    at_ = end;
+    return;
+  }
+  out_.commit(at_);
+  sink_.text<form>(value);
+  at_ = out_.position();
+}
+
+void form_program::writer::json_value(const event_value& value) {
+  if (char* const end = sink_.quick_json_value(at_, value)) {
+    at_ = end;
+    return;
+  }
+  out_.commit(at_);
+  sink_.json_value(value);
+  at_ = out_.position();
+}
+
+void form_program::writer::xml_element(const form_step& step, const event_value& value) {
+  const std::string_view close = close_of(step);
+  char* const begin = at_ + 1;
+  char* const end = close.size() <= output_buffer::most_room - step_room
+                        ? sink_.quick_text<escape_form::xml_text>(begin, value)
+                        : nullptr;
+  if (!end) {
+    out_.commit(at_);
+    sink_.xml_element(value, close);
+    at_ = out_.position();
+  } else if (end != begin) {
+    *at_ = '>';
+    at_ = put_constant(end, close.data(), close.size());
+  } else {
+    std::memcpy(at_, "/>", 2);
+    at_ += 2;
+  }
+}
+
+// A gap that a value of the event fills.
+void form_program::writer::of_slot(const form_step& step, const event_value& value) {
+  out_.commit(at_);
+  switch (step.how) {
+    case gap::json_datum:
+      sink_.json_datum(value);
+      break;
+    case gap::json_items:
+      sink_.json_items(value);
+      break;
+    case gap::json_number:
+      sink_.json_number(value);
+      break;
+    case gap::json_text_items:
+      sink_.json_text_items(value);
+      break;
+    case gap::csv_start:
+      sink_.csv_cell_start(value);
+      break;
+    case gap::level_name:
+      put_level(out_, value);
+      break;
+    case gap::keyword_names:
+      put_keywords(out_, value);
+      break;
+    case gap::xml_repeated:
+      sink_.xml_repeated(value, {program_.pool_.data() + step.open, step.open_bytes},
+                         close_of(step));
+      break;
+    default:
+      of_event(step);
+      break;
+  }
+  at_ = out_.position();
+}
+
+// A gap that something else fills.
+void form_program::writer::of_event(const form_step& step) {
+  const event_header& header = event_.header();
+  switch (step.how) {
+    case gap::json_list_end:
+      out_.take_back(',');
+      break;
+    case gap::time:
+      put_time(out_, event_.time());
+      break;
+    case gap::time_offset:
+      put_time_with_offset(out_, event_.time());
+      break;
+    case gap::unix_microseconds:
+      put_unix_microseconds(out_, event_.time());
+      break;
+    case gap::xml_string:
+      put_xml_string(out_, *program_.xml_, event_);
+      break;
+    case gap::log_path:
+      out_.append(log_);
+      break;
+    case gap::json_oddities:
+      put_json_oddities(out_, header.flags, lossy_);
+      break;
+    case gap::xml_oddities:
+      put_xml_oddities(out_, header.flags);
+      break;
+    default:
+      break;
+  }
+}
+
+bool form_program::writer::run() {
+  const event_value* const slots = event_.slots().data();
+  const event_header& header = event_.header();
   const event_value absent;
-  for (const form_step& step : steps_) {
-    put_constant(out, pool_.data() + step.text, step.text_bytes);
-    const event_value& value = step.slot >= 0 ? slots[static_cast<std::size_t>(step.slot)] : absent;
+  at_ = out_.position();
+  for (const form_step& step : program_.steps_) {
+    constant(step);
+    const event_value& value = step.slot >= 0 ? slots[step.slot] : absent;
     switch (step.how) {
       case gap::none:
         break;
       case gap::json_value:
-        sink.json_value(value);
-        break;
-      case gap::json_datum:
-        sink.json_datum(value);
-        break;
-      case gap::json_items:
-        sink.json_items(value);
-        break;
-      case gap::json_list_end:
-        out.take_back(',');
+        json_value(value);
         break;
       case gap::json_text:
-        sink.text<escape_form::json>(value);
+        text<escape_form::json>(value);
         break;
       case gap::json_line:
-        sink.text<escape_form::json_line>(value);
-        break;
-      case gap::json_number:
-        sink.json_number(value);
-        break;
-      case gap::json_text_items:
-        sink.json_text_items(value);
-        break;
-      case gap::csv_start:
-        sink.csv_cell_start(value);
+        text<escape_form::json_line>(value);
         break;
       case gap::csv_text:
-        sink.text<escape_form::csv>(value);
-        break;
-      case gap::level_name:
-        put_level(out, value);
-        break;
-      case gap::keyword_names:
-        put_keywords(out, value);
+        text<escape_form::csv>(value);
         break;
       case gap::xml_content:
-        sink.text<escape_form::xml_text>(value);
+        text<escape_form::xml_text>(value);
         break;
       case gap::xml_attribute:
-        sink.text<escape_form::xml_attribute>(value);
+        text<escape_form::xml_attribute>(value);
         break;
       case gap::xml_element:
-        sink.xml_element(value, {pool_.data() + step.close, step.close_bytes});
-        break;
-      case gap::xml_repeated:
-        sink.xml_repeated(value, {pool_.data() + step.open, step.open_bytes},
-                          {pool_.data() + step.close, step.close_bytes});
+        xml_element(step, value);
         break;
       case gap::record_number:
-        put_number(out, event.header().record_number);
+        at_ = write_decimal(at_, header.record_number);
         break;
       case gap::file_offset:
-        put_number(out, event.header().file_offset);
+        at_ = write_decimal(at_, header.file_offset);
         break;
       case gap::written:
-        put_time(out, event.header().written);
+        at_ = write_iso_time(at_, header.written);
         break;
-      case gap::time:
-        put_time(out, event.time());
-        break;
-      case gap::time_offset:
-        put_time_with_offset(out, event.time());
-        break;
-      case gap::unix_microseconds:
-        put_unix_microseconds(out, event.time());
-        break;
-      case gap::xml_string:
-        put_xml_string(out, *xml_, event);
-        break;
-      case gap::log_path:
-        out.append(log);
-        break;
-      case gap::json_oddities:
-        put_json_oddities(out, event.header().flags, lossy);
-        break;
-      case gap::xml_oddities:
-        put_xml_oddities(out, event.header().flags);
+      default:
+        of_slot(step, value);
         break;
     }
   }
-  return lossy;
+  out_.commit(at_);
+  return lossy_;
+}
+
+bool form_program::write(output_buffer& out, const event_view& event, std::string_view log,
+                         bool log_lossy) const {
+  return writer(*this, out, event, log, log_lossy).run();
 }
 
 }  // namespace zanvik

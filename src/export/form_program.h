@@ -82,6 +82,8 @@ class form_program {
              bool log_lossy) const;
 
  private:
+  class writer;
+
   std::vector<form_step> steps_;
   std::string pool_;
   std::string pending_;

@@ -13,7 +13,7 @@ namespace {
 class tree_writer {
  public:
   tree_writer(const event_view& event, form_program& out)
-      : shape_(event.shape()), slots_(event.slots()), out_(out) {}
+      : shape_(event.tree()), slots_(event.slots()), out_(out) {}
 
   void write() {
     json_names names;

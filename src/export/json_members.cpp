@@ -74,11 +74,11 @@ void json_members::number(std::string_view member, system_member field) {
   if (found < 0) return;
   const event_value value = event_.value(field);
   std::uint64_t constant_number = 0;
-  if (value.type == literal_type && as_unsigned(value, constant_number)) {
+  if (slot_of(field) >= 0) {
+    if (!value.absent()) gap_bare(member, gap::json_number, slot_of(field));
+  } else if (as_unsigned(value, constant_number)) {
     name(member);
     out_.text(std::to_string(constant_number));
-  } else if (slot_of(field) >= 0 && !value.absent()) {
-    gap_bare(member, gap::json_number, slot_of(field));
   }
 }
 

@@ -29,6 +29,10 @@ class output_buffer {
     return at_;
   }
   void commit(char* end) { at_ = end; }
+  // For writers that hold the position themselves, from one `commit` to the next: where to
+  // write, and where the room ends.
+  char* position() const { return at_; }
+  char* limit() const { return end_; }
   void append(std::string_view text);
   // Takes back the last byte if it is `last`.
   void take_back(char last) {

@@ -34,6 +34,20 @@ bool value_sink::ansi_text(std::span<const std::byte> text) {
 }
 
 template <escape_form form>
+bool value_sink::utf8_text(std::string_view text) {
+  const bool any = !text.empty();
+  while (!text.empty()) {
+    std::size_t bytes = std::min(text.size(), piece_bytes);
+    // A character stays in one piece.
+    for (unsigned i = 0; i < 3 && bytes < text.size() && (text[bytes] & 0xc0) == 0x80; ++i) --bytes;
+    char* at = out_.room(escaped_bound(bytes));
+    out_.commit(write_escaped_utf8<form>(at, text.substr(0, bytes), lossy_));
+    text.remove_prefix(bytes);
+  }
+  return any;
+}
+
+template <escape_form form>
 bool value_sink::array_text(const event_value& value) {
   event_value rest = value;
   event_value item;
@@ -73,13 +87,8 @@ bool value_sink::text(const event_value& value) {
       return wide_text<form>(text_bytes(value));
     case value_class::ansi:
       return ansi_text<form>(text_bytes(value));
-    case value_class::utf8: {
-      char* at = out_.room(escaped_bound(value.size));
-      char* const end = write_escaped_utf8<form>(
-          at, {reinterpret_cast<const char*>(value.data), value.size}, lossy_);
-      out_.commit(end);
-      return end != at;
-    }
+    case value_class::utf8:
+      return utf8_text<form>({reinterpret_cast<const char*>(value.data), value.size});
     case value_class::array:
       return array_text<form>(value);
     default:
@@ -91,6 +100,57 @@ template bool value_sink::text<escape_form::xml_text>(const event_value&);
 template bool value_sink::text<escape_form::xml_attribute>(const event_value&);
 template bool value_sink::text<escape_form::json_line>(const event_value&);
 template bool value_sink::text<escape_form::csv>(const event_value&);
+
+template <escape_form form>
+char* value_sink::quick_text(char* out, const event_value& value) const {
+  if (value.size > quick_bytes) return nullptr;
+  switch (value.type) {
+    case value_type::utf16:
+      return write_escaped_utf16<form>(out, text_bytes(value), readable_end_, lossy_);
+    case value_type::ansi:
+    case literal_type:
+      return nullptr;
+    default:
+      return value.is_array() || value.type == value_type::xml ? nullptr
+                                                               : write_plain_value(out, value);
+  }
+}
+template char* value_sink::quick_text<escape_form::json>(char*, const event_value&) const;
+template char* value_sink::quick_text<escape_form::xml_text>(char*, const event_value&) const;
+template char* value_sink::quick_text<escape_form::xml_attribute>(char*, const event_value&) const;
+template char* value_sink::quick_text<escape_form::json_line>(char*, const event_value&) const;
+template char* value_sink::quick_text<escape_form::csv>(char*, const event_value&) const;
+
+char* value_sink::quick_json_value(char* out, const event_value& value) const {
+  if (value.size > quick_bytes) return nullptr;
+  switch (value.type) {
+    case value_type::null:
+      std::memcpy(out, "null", 4);
+      return out + 4;
+    case value_type::utf16:
+      *out++ = '"';
+      out = write_escaped_utf16<escape_form::json>(out, text_bytes(value), readable_end_, lossy_);
+      *out++ = '"';
+      return out;
+    case value_type::uint8:
+    case value_type::uint16:
+    case value_type::uint32:
+    case value_type::uint64:
+    case value_type::boolean:
+      return class_of(value) == value_class::plain ? nullptr : write_plain_value(out, value);
+    case value_type::guid:
+    case value_type::sid:
+    case value_type::filetime:
+    case value_type::hex32:
+    case value_type::hex64:
+      *out++ = '"';
+      out = write_plain_value(out, value);
+      *out++ = '"';
+      return out;
+    default:
+      return nullptr;
+  }
+}
 
 void value_sink::json_value(const event_value& value) {
   switch (class_of(value)) {

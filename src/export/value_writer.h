@@ -30,7 +30,17 @@ class value_sink {
   template <escape_form form>
   bool text(const event_value& value);
 
+  // The same for values that most events are made of, written at `out`, which has `quick_room`
+  // bytes: the end, or null, with nothing lost, for a value that is not so plain.
+  static constexpr std::size_t quick_room = 8192;
+  char* quick_json_value(char* out, const event_value& value) const;
+  template <escape_form form>
+  char* quick_text(char* out, const event_value& value) const;
+
  private:
+  // Longest value that is written quickly, in bytes of the log.
+  static constexpr std::size_t quick_bytes = 1280;
+  static_assert(escaped_bound(quick_bytes) + 2 <= quick_room);
   // Longest piece of a text that is written at once; even.
   static constexpr std::size_t piece_bytes = 64 << 10;
 
@@ -38,6 +48,8 @@ class value_sink {
   bool wide_text(std::span<const std::byte> text);
   template <escape_form form>
   bool ansi_text(std::span<const std::byte> text);
+  template <escape_form form>
+  bool utf8_text(std::string_view text);
   template <escape_form form>
   bool array_text(const event_value& value);
   bool plain(const event_value& value);

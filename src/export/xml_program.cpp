@@ -9,7 +9,7 @@ namespace {
 
 class xml_builder {
  public:
-  xml_builder(const event_view& event, form_program& out) : shape_(event.shape()), out_(out) {}
+  xml_builder(const event_view& event, form_program& out) : shape_(event.tree()), out_(out) {}
 
   void write_items(const std::vector<event_item>& items) {
     for (const event_item& item : items) {
@@ -149,7 +149,7 @@ void xml_builder::write_instruction(const event_item& item) {
 }  // namespace
 
 void build_event_xml(const event_view& event, form_program& out) {
-  const event_shape& shape = event.shape();
+  const event_shape& shape = event.tree();
   const bool any = std::any_of(shape.roots.begin(), shape.roots.end(), [](const event_item& item) {
     return item.what == event_item::kind::element;
   });
