@@ -96,7 +96,7 @@ void evtx_event_reader::read_event(std::uint64_t offset, std::uint32_t flags) {
   instances_.clear();
   slots_.clear();
   kinds_.clear();
-  fragments_used_ = 0;
+  own_fragments_used_ = 0;
   cut_ = false;
   plain_ = false;
   // A record that a damaged size has put behind its chunk has its values there.
@@ -327,12 +327,13 @@ void evtx_event_reader::read_nested(std::size_t number, unsigned depth) {
 // its texts as the template's slots.
 const event_template* evtx_event_reader::plain_body(std::uint64_t offset, std::uint64_t end,
                                                     event_instance& instance) {
-  if (fragments_used_ == fragments_.size()) fragments_.push_back(std::make_unique<own_fragment>());
-  auto& [body, texts] = *fragments_[fragments_used_];
+  if (own_fragments_used_ == own_fragments_.size())
+    own_fragments_.push_back(std::make_unique<own_fragment>());
+  auto& [body, texts] = *own_fragments_[own_fragments_used_];
   texts.clear();
   body.once = false;
   if (!compile_fragment(chunk_, offset, end, budget_.plain_bytes, body, &texts)) return nullptr;
-  ++fragments_used_;
+  ++own_fragments_used_;
   std::size_t begin = 0;
   for (const std::size_t end_of_text : texts.ends) {
     slots_.push_back({reinterpret_cast<const std::byte*>(texts.pool.data() + begin),

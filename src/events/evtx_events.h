@@ -118,8 +118,8 @@ class evtx_event_reader : public chunk_visitor {
     event_template body;
     fragment_texts texts;
   };
-  std::vector<std::unique_ptr<own_fragment>> fragments_;
-  std::size_t fragments_used_ = 0;
+  std::vector<std::unique_ptr<own_fragment>> own_fragments_;
+  std::size_t own_fragments_used_ = 0;
   std::array<place, places> places_{};
   fragment_structures structures_;
   event_shapes shapes_;
