@@ -1,9 +1,9 @@
 // The lines of the built-in reports, as data: a table for each report and kind of log.
 //
-// They are lines of the command language, cut at their commas like any other: a caption with a
-// comma in it ends there, and the rest is a token that no option takes. Columns of legacy logs are
-// written "1|UserName", which is no index to that reader, so these columns show "-"; reports rely
-// on the names alone. That, the spelling of some captions and the doubled "-pull" of id 629 are
+// They are lines of the command language, split at their commas like any other: a caption with a
+// comma ends there, and the rest is a token that no option takes. Columns of legacy logs are
+// written "1|UserName", which is not an index for that reader, so these columns show "-"; reports
+// use only the names. That, the spelling of some captions and the doubled "-pull" of ID 629 are
 // meant. All texts live for the whole run.
 #pragma once
 

@@ -12,7 +12,7 @@ bool holds(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
-// The second gate of the reports about one channel: its name in the path will do.
+// The second test of the reports about one channel: its name in the path is enough.
 bool is_of_channel(const classified_log& log, std::string_view channel, std::string_view evtx_name,
                    std::string_view evt_name) {
   const std::string path = to_lower(log.path);
@@ -27,7 +27,7 @@ bool is_system_log(const classified_log& log) {
   return is_of_channel(log, "system", "system.evtx", "sysevent.evt");
 }
 
-// Clock changes are in the security log. System logs pass the first gate, and there are no lines
+// Clock changes are in the security log. System logs pass the first test, but there are no lines
 // for them: meant.
 bool has_clock_changes(const classified_log& log) {
   const std::string path = to_lower(log.path);
@@ -39,7 +39,7 @@ lines::table usb_lines(const classified_log& log) {
   const std::string channel = to_lower(log.channel);
   if (holds(channel, "system")) return lines::usb_system;
   if (holds(channel, "driverframeworks")) return lines::usb_driverframeworks;
-  if (holds(channel, "windows-partition")) return {};  // let in, but there is nothing to look for
+  if (holds(channel, "windows-partition")) return {};  // accepted, but there is nothing to look for
   if (holds(channel, "windows-kernel-pnp")) return lines::usb_kernel_pnp;
   return {};
 }

@@ -1,7 +1,7 @@
-// The seven built-in reports: which logs each one concerns, and its lines for such a log.
+// The seven built-in reports: which logs each one is for, and its lines for such a log.
 //
-// A report has two gates. The first looks at a log in the list of logs, the second at the log in
-// hand when the report's lines are asked for; a log has to pass both.
+// A report has two tests. The first looks at a log in the list of logs, the second at the current
+// log when the report's lines are needed; a log has to pass both.
 #pragma once
 
 #include <span>
@@ -13,11 +13,10 @@ namespace zanvik {
 
 enum class builtin_report { pw, time, logon, startstop, creds, partition_metadata, usb };
 
-// The first gate, by channel and kind of the log.
+// The first test, by channel and kind of the log.
 bool report_concerns_log(builtin_report report, std::string_view channel, bool is_evtx);
 
-// The second gate and the lines behind it, those for the log's kind: empty when the report has
-// nothing for this log.
+// The second test, and the lines for the log's kind: empty if the report has nothing for this log.
 std::span<const std::string_view> report_lines(builtin_report report, const classified_log& log);
 
 }  // namespace zanvik

@@ -18,8 +18,8 @@
 namespace zanvik {
 namespace {
 
-// Calls `use` with the value of each `name`, as take_value_option would give them one after the
-// other, and takes them out of the list; in one pass, since a line may hold a million.
+// Calls `use` with the value of each `name`, as take_value_option would return them one after the
+// other, and removes them from the list; in one pass, because a line may contain a million.
 template <typename F>
 void take_values(std::string_view name, argument_list& tokens, F&& use) {
   std::size_t kept = 0;
@@ -34,7 +34,7 @@ void take_values(std::string_view name, argument_list& tokens, F&& use) {
   tokens.resize(kept);
 }
 
-// The letters of the run's date order; empty when its format has none.
+// The letters of the run's date order; empty if its format has none.
 std::string_view date_order(const format_descriptor& descriptor) {
   const bool named = descriptor.flags & format_descriptor::month_name;
   if (descriptor.flags & format_descriptor::year_month_day) return named ? "YMonD" : "YMD";
@@ -43,7 +43,7 @@ std::string_view date_order(const format_descriptor& descriptor) {
   return {};
 }
 
-// A date, and behind its first blank a time, as the run writes them.
+// A date, and after its first blank a time, as the run writes them.
 std::optional<std::uint64_t> time_of(std::string_view text, const format_descriptor& descriptor) {
   const auto blank = text.find(' ');
   const auto clock = blank == std::string_view::npos ? std::string_view() : text.substr(blank + 1);
@@ -63,8 +63,8 @@ class command_builder {
  public:
   explicit command_builder(const command_context& context) : context_(context) {}
 
-  // Reads `tokens`, which are used up, into `command`; false when the command is dropped. The
-  // order of the steps matters where one of them drops it.
+  // Reads `tokens`, which are used up, into `command`; false if the command is dropped. The order
+  // of the steps matters where one of them drops it.
   bool build(ReportCommand& command, argument_list& tokens) {
     command.all_data = take_flag_option("-all_data", tokens);
     command.event_lookup = take_flag_option("-event_lookup", tokens);
@@ -100,8 +100,8 @@ class command_builder {
     return command.is_evt;
   }
 
-  // Only the first command that comes here has its log looked at. A log that is none costs that
-  // command alone: those behind it are for the log that is in hand already.
+  // Only for the first command that gets here is the log examined. If it is not a log, only that
+  // command is dropped: later ones are for the log that is already current.
   bool take_log(ReportCommand& command, argument_list& tokens) {
     std::string value;
     if (take_value_option("-log", value, tokens)) {
@@ -118,7 +118,7 @@ class command_builder {
     return true;
   }
 
-  // The index counts commands that a later step drops as well.
+  // The index also counts commands that a later step drops.
   void take_hist(ReportCommand& command, argument_list& tokens) {
     std::string value;
     if (take_value_option("-hist", value, tokens)) {
@@ -135,7 +135,7 @@ class command_builder {
     }
   }
 
-  // A start that cannot be read drops the command; a stop that cannot be read leaves it open.
+  // A start that cannot be read drops the command; a stop that cannot be read means no stop.
   bool take_times(ReportCommand& command, argument_list& tokens) const {
     std::string value;
     const format_descriptor& descriptor = context_.format.descriptor;
@@ -176,7 +176,7 @@ class command_builder {
     }
   }
 
-  // Any other value stands for itself; "Error" is one of these.
+  // Any other value is taken literally, such as "Error".
   static void take_level(ReportCommand& command, argument_list& tokens) {
     struct level_code {
       std::string_view name, evtx, evt;
@@ -195,7 +195,7 @@ class command_builder {
 
   void take_from_run(ReportCommand& command) const {
     const selection_options& run = context_.selection;
-    command.log_path = context_.log.path;  // a `-log` of the command's own has done its work
+    command.log_path = context_.log.path;  // the command's own `-log` has been used by now
     command.log_reserved = context_.log.inode;
     if (run.start_time != 0) command.start_time = run.start_time;
     if (run.stop_time != selection_options::all_ones) command.stop_time = run.stop_time;

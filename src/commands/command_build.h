@@ -1,8 +1,8 @@
-// From the tokens of report commands to the commands themselves: `build_command_set` reads each
-// command's options and adds those that fit the log in hand to a set.
+// From the tokens of report commands to the commands: `build_command_set` reads each command's
+// options and adds those that fit the current log to a set.
 //
-// Options stand in any order and their names in any case; tokens that no option takes are ignored.
-// A command that cannot be used is dropped without a word.
+// Options may be in any order and their names in any case; unknown tokens are ignored. A command
+// that cannot be used is dropped without a message.
 #pragma once
 
 #include <functional>
@@ -17,21 +17,21 @@
 
 namespace zanvik {
 
-// Finds kind and channel of the log at `path`; false when it is no log.
+// Finds kind and channel of the log at `path`; false if it is not a log.
 using log_classifier = std::function<bool(classified_log& log, const std::string& path)>;
 
-// What commands take from the run. `log` is changed: the first command that gets as far as its log
+// What commands need from the run. `log` is changed: the first command that gets as far as its log
 // decides which log that is.
 struct command_context {
   classified_log& log;
-  const selection_options& selection;           // times and text, which overrule a command's own
+  const selection_options& selection;           // times and text, which override a command's own
   const output_format& format;                  // how a command's own times are written
   const std::vector<std::string>& hist_fields;  // for commands without `-hist`
   const log_classifier& classify;
 };
 
-// Adds the commands of `list` that fit the log to `set`, which is emptied first unless `append` is
-// set. Returns true when at least one was added.
+// Adds the commands of `list` that fit the log to `set`, which is cleared first unless `append` is
+// set. Returns true if at least one was added.
 bool build_command_set(CommandSet& set, const CommandList& list, const command_context& context,
                        bool append);
 

@@ -10,13 +10,13 @@
 
 namespace zanvik {
 
-// Notes a file that gives no command, lines that are neither commands nor comments, words that no
-// option takes, and numbers that cannot be read. `list` is what was read from `path`.
+// Notes a file without commands, lines that are neither commands nor comments, unknown words, and
+// numbers that cannot be read. `list` was read from `path`.
 void check_command_file(const CommandList& list, const std::string& path, strict_notes& notes);
 
 // Adds the positions of the commands in `set` to `used`.
 void note_used_commands(const CommandSet& set, std::set<std::size_t>& used);
-// Notes the commands of `list` that are not in `used`, and so took part in no log of the run.
+// Notes the commands of `list` that are not in `used`, so were used for no log of the run.
 void check_unused_commands(const CommandList& list, const std::set<std::size_t>& used,
                            strict_notes& notes);
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::string_view command_mark = "!cmd,";
 
-// Marks of other programs that share the form of these files; their tokens do not count.
+// Marks of other programs that use this file format; their tokens do not count.
 constexpr std::array<std::string_view, 8> foreign_marks = {
     "!run-", "!repeat-", "!timeout-", "!dir-", "!name-", "!comment-", "!spawn-", "!custom-"};
 
@@ -24,7 +24,7 @@ bool is_foreign(std::string_view token) {
                      [token](std::string_view mark) { return token.starts_with(mark); });
 }
 
-// The value behind the first token equal to `name`, as options are looked up.
+// The value after the first token equal to `name`, as options are looked up.
 std::optional<std::string_view> value_of(std::string_view name,
                                          const std::vector<std::string_view>& tokens) {
   const auto found = std::find_if(tokens.begin(), tokens.end(), [name](std::string_view token) {
@@ -42,7 +42,7 @@ std::string name_from_comment(std::optional<std::string_view> comment) {
   return name;
 }
 
-// Adds the command that `text`, which stood behind the mark, is.
+// Adds the command in `text`, which follows the mark.
 void add_command(CommandList& list, std::string_view text, std::vector<std::string_view>& tokens) {
   tokens.clear();
   const auto keep = [&tokens](std::string_view piece) {
@@ -58,7 +58,7 @@ void add_command(CommandList& list, std::string_view text, std::vector<std::stri
   const auto name = value_of("-name", tokens);
   const auto comment = value_of("-comment", tokens);
   if (!name) {
-    // Meant: a "-name" that stood last without a value now takes this one for its value.
+    // Meant: a "-name" that was last and had no value now takes this one as its value.
     list.add_token("-name");
     list.add_token(name_from_comment(comment));
   } else if (!comment) {

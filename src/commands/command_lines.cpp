@@ -9,7 +9,7 @@
 namespace zanvik {
 namespace {
 
-// The command in hand, which is kept when it is whole and not the same as one before.
+// The current command, which is kept when it is complete and differs from all before.
 class line_commands {
  public:
   explicit line_commands(CommandList& list) : list_(list) {}
@@ -50,7 +50,7 @@ void read_command_lines(CommandList& list, std::span<const std::string_view> lin
   std::unordered_set<std::string_view> seen;
   for (const std::string_view line : lines) {
     if (!seen.insert(line).second) continue;
-    // A command goes on over the lines that follow, up to the next "!cmd".
+    // A command continues on the following lines, up to the next "!cmd".
     for_each_piece(line, [&commands](std::string_view piece) {
       const std::string_view token = clean_token(piece);
       if (token == "!cmd") {

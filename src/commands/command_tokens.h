@@ -1,5 +1,5 @@
-// What literal command lines and command files have in common: the cut at the commas, and what a
-// token looks like when it is clean.
+// What literal command lines and command files have in common: splitting at commas, and cleaning
+// tokens.
 #pragma once
 
 #include <string_view>
@@ -8,7 +8,7 @@
 
 namespace zanvik {
 
-// Calls `use` with each piece of `text` between commas that is not empty, as it stands there.
+// Calls `use` with each piece of `text` between commas that is not empty, unchanged.
 template <typename F>
 void for_each_piece(std::string_view text, F&& use) {
   for (;;) {
@@ -19,7 +19,7 @@ void for_each_piece(std::string_view text, F&& use) {
   }
 }
 
-// The token without the blanks around it; empty when there is nothing else.
+// The token without the blanks around it; empty if nothing else is there.
 inline std::string_view clean_token(std::string_view piece) { return trimmed(piece); }
 
 }  // namespace zanvik

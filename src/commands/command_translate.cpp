@@ -22,8 +22,8 @@ constexpr std::array<named_kind, 4> kinds = {{
     {"vtbl", translate_kind::vtbl},
 }};
 
-// Meant: with a "!" the place of the "#" is taken for a length, so that a text with both keeps the
-// "#" in its kind and is refused.
+// Meant: with a "!" the position of the "#" is used as a length, so a text with both keeps the "#"
+// in its kind and is refused.
 std::string_view kind_text(std::string_view text) {
   const auto hash = text.find('#');
   const auto mark = text.find('!');

@@ -1,4 +1,4 @@
-// What `-translate` asks for: which binary field is to be shown as what.
+// What `-translate` asks for: which binary field is shown in which form.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +13,13 @@ enum class translate_kind : std::uint32_t { tf = 1, mbr = 2, vbr = 3, vtbl = 4 }
 struct translate_spec {
   translate_kind kind = translate_kind::tf;
   std::uint16_t offset : 15 = 0;  // where in the value the data starts, in bytes
-  std::uint16_t decimal : 1 = 0;  // numbers are shown in base 10
-  bool year_first = false;        // dates are shown as the run's date format has them
+  std::uint16_t decimal : 1 = 0;  // show numbers in base 10
+  bool year_first = false;        // show dates as in the run's date format
 
   bool operator==(const translate_spec&) const = default;
 };
 
-// Reads "kind" or "kind#offset". Returns false, with `spec` unchanged, for a text that is neither.
+// Reads "kind" or "kind#offset". Returns false, with `spec` unchanged, for any other text.
 bool parse_translate_spec(translate_spec& spec, std::string_view text, const output_format& format);
 
 }  // namespace zanvik

@@ -7,14 +7,14 @@
 namespace zanvik {
 namespace {
 
-// Types that the file systems of boot sectors go by.
+// Types that stand for the file systems of boot sectors.
 constexpr std::uint32_t type_fat16 = 4;
 constexpr std::uint32_t type_ntfs_or_exfat = 7;
 constexpr std::uint32_t type_fat32 = 12;
 constexpr std::uint32_t type_linux = 131;
 constexpr std::uint32_t type_hfs = 175;
 
-// An ext superblock and an HFS volume header stand behind the first two sectors.
+// An ext superblock and an HFS volume header follow the first two sectors.
 constexpr std::size_t superblock_at = 1024;
 constexpr std::size_t with_superblock_bytes = 2048;
 constexpr std::uint16_t ext_magic = 0xef53;
@@ -31,7 +31,7 @@ std::string text_up_to_nul(const byte_cursor& in, std::size_t offset, std::size_
   return std::string(text.substr(0, text.find('\0')));
 }
 
-// Meant: the low 5 bits are the count, a sixth makes 0 of everything, higher ones do nothing.
+// Meant: the low 5 bits are the count, a sixth makes everything 0, higher ones do nothing.
 std::uint32_t shifted(std::uint32_t value, std::uint32_t count) {
   return (count & 0x20) != 0 ? 0 : value << (count & 0x1f);
 }
@@ -89,7 +89,7 @@ bool has_ext_superblock(const byte_cursor& in) {
   return has_superblock(in, superblock_at + 56, ext_magic);
 }
 
-// Under a boot sector with code in it. Meant: the count of sectors is one of bytes.
+// Below a boot sector with code in it. Meant: the count of sectors is in bytes.
 void take_ext_behind_code(partition_entry& entry, const byte_cursor& in) {
   set_file_system(entry, type_linux, "ext2/3");
   const auto log_size = in.at_or_zero<std::uint32_t>(superblock_at + 24);
@@ -101,7 +101,7 @@ void take_ext_behind_code(partition_entry& entry, const byte_cursor& in) {
                    std::uint64_t{block_bytes} * in.at_or_zero<std::uint32_t>(superblock_at + 4));
 }
 
-// Under an empty boot sector. Meant: of an ext volume only the texts are taken, no sizes.
+// Below an empty boot sector. Meant: of an ext volume only the texts are used, no sizes.
 bool take_behind_nothing(partition_entry& entry, const byte_cursor& in) {
   if (has_ext_superblock(in)) {
     set_file_system(entry, type_linux, "ext");

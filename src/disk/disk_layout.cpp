@@ -15,7 +15,7 @@ constexpr std::size_t table_at = 446;  // of a boot record: four entries of 16 b
 constexpr std::size_t table_entries = 4;
 constexpr std::size_t table_entry_bytes = 16;
 constexpr std::uint32_t large_sectors[] = {1024, 2048, 4096, 8192, 16384};
-// So much of a boot sector has to be there to be looked at.
+// The part of a boot sector that must exist for it to be examined.
 constexpr std::size_t boot_sector_head_bytes = 76;
 
 // Whether the sector names its file system, as those of volumes do and boot records do not.
@@ -33,7 +33,7 @@ bool is_boot_record(const byte_cursor& disk, std::uint64_t sector) {
   return ends_with_signature(disk, sector, sector_bytes) && !names_file_system(disk, sector);
 }
 
-// Size of the first sector when it is a boot record, else 0.
+// Size of the first sector if it is a boot record, else 0.
 std::uint32_t boot_record_bytes(const byte_cursor& disk) {
   if (is_boot_record(disk, 0)) return sector_bytes;
   if (names_file_system(disk, 0)) return 0;
@@ -43,7 +43,7 @@ std::uint32_t boot_record_bytes(const byte_cursor& disk) {
   return 0;
 }
 
-// Number of the first sector that is a boot record; 0 when there is none.
+// Number of the first sector that is a boot record; 0 if there is none.
 std::uint64_t find_boot_record(const byte_cursor& disk) {
   for (std::uint64_t at = 0; disk.has(at, sector_bytes); at += sector_bytes) {
     if (is_boot_record(disk, at)) return at / sector_bytes;
@@ -65,7 +65,7 @@ class table_walk {
   void walk_chain(std::uint64_t first) {
     std::vector<bool> seen(disk_.size() / sector_bytes + 1);
     std::uint64_t base = first;
-    // Meant: the number of a sector is held against a size in bytes.
+    // Meant: the number of a sector is compared with a size in bytes.
     while (base != 0 && base < disk_.size()) {
       if (base > disk_.size() / sector_size_) return;  // it is not within the bytes
       const auto place = static_cast<std::size_t>(base * (sector_size_ / sector_bytes));
@@ -79,7 +79,7 @@ class table_walk {
 
  private:
   // Appends the entries of the boot record at `record`, up to the first that does not count.
-  // Returns the start of the extended partition that ended the table, as the entry has it.
+  // Returns the start of the extended partition that ended the table, as in its entry.
   std::optional<std::uint32_t> append_table(std::uint64_t record, std::uint64_t base) {
     for (std::size_t i = 0; i < table_entries; ++i) {
       const std::uint64_t at = record + table_at + i * table_entry_bytes;
@@ -107,7 +107,7 @@ void read_boot_sectors(const byte_cursor& disk, std::vector<partition_entry>& li
   for (partition_entry& entry : list) {
     const std::uint64_t at = entry.lba_start * entry.bytes_per_sector;
     if (!disk.has(at, boot_sector_head_bytes)) continue;
-    // What is not known stays as the table has it.
+    // Unknown fields stay as in the table.
     (void)parse_boot_sector(entry, disk.bytes().subspan(static_cast<std::size_t>(at)));
   }
 }
@@ -124,7 +124,7 @@ bool parse_disk_layout(std::span<const std::byte> bytes, std::vector<partition_e
   } else if (!scan) {
     return false;
   } else if (names_file_system(disk, 0)) {
-    (void)parse_boot_sector(list.emplace_back(), bytes);  // it is an entry all the same
+    (void)parse_boot_sector(list.emplace_back(), bytes);  // it is an entry in any case
     return true;
   } else {
     table_walk(disk, sector_bytes, list).walk_chain(find_boot_record(disk));

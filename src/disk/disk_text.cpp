@@ -20,21 +20,21 @@ constexpr std::size_t media_at = 21;
 constexpr std::uint8_t media_hard_disk = 248;
 constexpr std::uint8_t media_removable = 240;
 
-// Numbers of one text. Meant, in hexadecimal: the base is a state that earlier numbers leave
-// behind, so a bare number is decimal only until the first other one.
+// Writes the numbers of one text. Meant, in hexadecimal: the base is a state that earlier numbers
+// leave behind, so a bare number is decimal only until the first other one.
 class number_writer {
  public:
   number_writer(std::string& out, bool decimal, bool starts_in_hex)
       : out_(out), decimal_(decimal), hex_(starts_in_hex) {}
 
-  // In the base that was asked for; hexadecimal has "0x".
+  // In the requested base; hexadecimal has "0x".
   void number(std::uint64_t value) {
     hex_ = !decimal_;
     if (hex_) out_ += "0x";
     bare(value);
   }
 
-  // In the base of the number before, without "0x".
+  // In the base of the previous number, without "0x".
   void bare(std::uint64_t value) {
     if (hex_) {
       append_hex(out_, value);
@@ -43,7 +43,7 @@ class number_writer {
     }
   }
 
-  // Both halves in hexadecimal, four places each.
+  // Both halves in hexadecimal, four digits each.
   void signature(std::uint32_t value, char fill) {
     hex_ = !decimal_;
     half(value >> 16, fill);
@@ -63,7 +63,7 @@ class number_writer {
   bool hex_;
 };
 
-// Meant: the signature of a disk is filled with blanks, that of a volume with zeros.
+// Meant: the signature of a disk is padded with blanks, that of a volume with zeros.
 constexpr char disk_signature_fill = ' ';
 constexpr char volume_signature_fill = '0';
 
@@ -132,7 +132,7 @@ bool translate_vbr(const translate_spec& spec, const byte_cursor& value, std::st
   return true;
 }
 
-// The drive layout as Windows hands it out: DRIVE_LAYOUT_INFORMATION_EX, with a
+// The drive layout as Windows returns it: DRIVE_LAYOUT_INFORMATION_EX, with a
 // PARTITION_INFORMATION_EX for each partition.
 namespace drive_layout {
 constexpr std::size_t count_at = 4;
@@ -148,7 +148,7 @@ constexpr std::size_t mbr_type_at = 32;
 constexpr std::size_t mbr_signature_at = 40;
 constexpr std::size_t gpt_id_at = 48;
 constexpr std::size_t gpt_name_at = 72;
-constexpr std::size_t gpt_name_bytes = 144;  // meant: twice what an entry has for it
+constexpr std::size_t gpt_name_bytes = 144;  // meant: twice the size of the field
 }  // namespace drive_layout
 
 void append_guid_at(std::string& out, const byte_cursor& block, std::size_t offset) {
@@ -188,8 +188,8 @@ void append_gpt_entry(std::string& out, number_writer& numbers, const byte_curso
   append_utf8_from_utf16(out, rest.first(std::min(rest.size(), drive_layout::gpt_name_bytes)));
 }
 
-// Meant: the style that the block itself names is not looked at. The disk's signature stands again
-// in the first entry of a disk with a boot record.
+// Meant: the style in the block is ignored. The disk's signature is repeated in the first entry of
+// a disk with a boot record.
 bool has_mbr_form(const byte_cursor& block) {
   using namespace drive_layout;
   return block.at_or_zero<std::uint32_t>(disk_id_at) ==

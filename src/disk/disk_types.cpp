@@ -19,7 +19,7 @@ struct type_name {
   std::string_view name;
 };
 
-// That "hidden ntfs" and "fat12" have two numbers each is meant.
+// Meant: "hidden ntfs" and "fat12" have two numbers each.
 constexpr type_name type_names[] = {
     {0, "empty"},
     {1, "fat12"},

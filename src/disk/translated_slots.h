@@ -1,9 +1,9 @@
-// Puts readable text in the place of binary slots, as a command asks for it.
+// Replaces binary slots with readable text, as a command asks.
 //
-// In goes a decoded record that passed the command's tests; out comes the same with texts for the
-// slots that the command names. Names are compared exactly, here as nowhere else, which is meant.
-// A slot whose value cannot be made into text keeps it. From then on the text is what every
-// look-up, search and column of the record sees, other commands' ones included; the values stay.
+// In: a decoded record that passed the command's tests. Out: the same with texts for the slots that
+// the command names. Names are compared exactly, here as nowhere else, which is meant. A slot whose
+// value cannot be made into text keeps it. From then on every look-up, search and column of the
+// record sees the text, including those of other commands; the values stay.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +19,11 @@ namespace zanvik {
 
 using translate_specs = std::map<std::string, translate_spec>;  // by slot name
 
-// Translates the slots that have a name in `specs`, nested ones too, until as many were translated
-// as there are names. Returns whether any slot has a text that it did not have.
+// Translates the slots that have a name in `specs`, including nested ones, until as many were
+// translated as there are names. Returns whether any slot got a new text.
 bool translate_record_fields(record_fields& record, const translate_specs& specs);
 
-// The same for record after record: which slots are concerned is worked out once a layout.
+// The same for many records: the slots to translate are found once per layout.
 class slot_translator {
  public:
   // `specs` must outlive the translator.

@@ -1,5 +1,5 @@
-// What every command-line run has in common: the options that are not about logs, and the pass
-// that reads them. The option object of a program derives from it.
+// What all command-line runs share: the options that are not about logs, and the pass that reads
+// them. A program's options derive from this.
 #pragma once
 
 #include <initializer_list>
@@ -22,11 +22,11 @@ class cmd_params {
   virtual ~cmd_params() = default;
 
   // Takes the shared options out of `argv_list`, each by its name and in a fixed order, so that
-  // their order in the list never matters; what is left is no error. Returns false when the run
-  // must not go on; whatever is to be said about it has then been said.
+  // their order in the list does not matter; other words are not an error. Returns false if the run
+  // must not continue; its message has then been printed.
   [[nodiscard]] bool parse_options(argument_list& argv_list);
 
-  std::string command_line;  // the arguments as they were given
+  std::string command_line;  // the arguments as given
   std::string program_name;  // without folder and extension
   std::string version;
   std::string title;
@@ -35,7 +35,7 @@ class cmd_params {
   std::string hostname;
   std::string signal_name;
   bool show_status = true;
-  bool profile = false;  // the run time is printed at the end
+  bool profile = false;  // print the run time at the end
   output_format format;
   walk_options walk;
   diag_trace trace;

@@ -1,5 +1,5 @@
 // The shared option pass. The order of its steps decides every conflict between options, and which
-// word of the list is taken as the value of which option.
+// word is taken as the value of which option.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,7 +19,7 @@
 namespace zanvik {
 namespace {
 
-// The value that take_value_option would give, which stays in the list; empty when there is none.
+// The value that take_value_option would return, which stays in the list; empty if there is none.
 std::string value_ahead(std::string_view name, argument_list argv_list) {
   std::string value;
   (void)take_value_option(name, value, argv_list);
@@ -43,8 +43,8 @@ std::string name_of_program(const std::string& path) {
   return name.substr(0, name.rfind('.'));
 }
 
-// True when `path` can be written to. The file is deleted again in every case, so `append` saves
-// nothing of it in the end: the results start anew. What is no regular file stays.
+// True if `path` can be written to. The file is always deleted again, so `append` keeps nothing of
+// it: the results start empty. Anything but a regular file is left alone.
 bool probe_results_file(const std::string& path, bool append) {
   uni::fileio file;
   if (!(append && file.open(path, uni::open_mode::update)) &&
@@ -73,7 +73,7 @@ void take_stream_options(argument_list& argv_list, walk_options& out, strict_not
 
 }  // namespace
 
-// Options of this family of tools that mean nothing here: taken out, values too.
+// Options that mean nothing here: removed, with their values.
 void cmd_params::drop_values(std::initializer_list<std::string_view> names,
                              argument_list& argv_list) {
   std::string ignored;
@@ -106,7 +106,7 @@ void cmd_params::take_checked_text_options(argument_list& argv_list) {
   const std::string date = value_ahead("-dateformat", argv_list);
   const std::string time = value_ahead("-timeformat", argv_list);
   take_text_options(argv_list, format);
-  // A date format of good length and bad content leaves a partly filled digest, without a word.
+  // A date format of good length and bad content leaves a partly filled digest, without a message.
   const bool usable = build_format_descriptor(format.descriptor, format.date_format,
                                               format.time_format, format.pair_datetime);
   if (!date.empty() && (!usable || format.date_format != to_lower(date))) {

@@ -16,14 +16,14 @@ struct folder_closer {
   void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
-// The kind as lstat gives it; the listing mostly knows it already.
+// The kind as lstat reports it; the listing usually knows it already.
 bool is_folder_entry(const dirent& entry, const std::string& path) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
   struct stat status = {};
   return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// A name before and behind its last dot, both `*` where there is nothing.
+// A name before and after its last dot, both `*` if empty.
 struct name_pattern {
   explicit name_pattern(std::string_view pattern) {
     const std::size_t dot = pattern.rfind('.');
@@ -46,17 +46,17 @@ struct name_pattern {
   std::string extension;
 };
 
-// A path in which stars before `from` stand for themselves.
+// A path in which stars before `from` are literal.
 struct star_path {
   std::string text;
   std::size_t from = 0;
 };
 
-// Puts the folders in the place of the first star part of `path` into `out`.
+// Puts the folders that match the first star part of `path` into `out`.
 void expand_star(const star_path& path, std::size_t at, std::deque<star_path>& out) {
   const std::string rest = path.text.substr(at + 3);
   list_folder(path.text.substr(0, at + 1), 0, "*.*", [&](const _DIR_NODE& node) {
-    // One before the name's end, since the `/` there may begin the next star part.
+    // One before the name's end, because the `/` there may begin the next star part.
     if (node.is_dir) out.push_back({node.path + rest, node.path.size() - 1});
   });
 }

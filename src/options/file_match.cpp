@@ -13,7 +13,7 @@
 namespace zanvik {
 namespace {
 
-// A file of which nothing is known but a time that cannot be is rejected, too.
+// A file about which nothing is known but an impossible time is rejected too.
 bool in_window(const walk_options& options, const std::string& path, file_info& info) {
   if (!options.cmd_start.on && !options.cmd_stop.on) return true;
   if (!info.filled && !get_file_info(path, info)) return false;
@@ -28,7 +28,7 @@ struct lower_path {
   std::string name;
 };
 
-// Unlike split_path, a separator at the very start divides like any other.
+// Unlike in split_path, a separator at the very start splits like any other.
 lower_path split_lower(std::string_view path) {
   std::size_t at = path.rfind('\\');
   if (at == std::string_view::npos) at = path.rfind('/');
@@ -38,7 +38,7 @@ lower_path split_lower(std::string_view path) {
   return {divided ? to_lower(path.substr(0, at)) : ".", to_lower(name)};
 }
 
-// Only the first place where `name` stands is looked at. This is meant.
+// Only the first position of `name` is considered. This is meant.
 bool ends_at_divider(std::string_view folder, std::string_view name) {
   const std::size_t at = folder.find(name);
   if (at == std::string_view::npos) return false;
@@ -58,8 +58,8 @@ bool name_matches(const std::string& file_name, const file_filter_entry& entry) 
   const std::size_t at = file_name.find(name);
   if (entry.star_front && entry.star_back) return at != std::string::npos;
   if (entry.star_front) {
-    // The first occurrence alone has to be the last thing in the name: `*.log` does not take
-    // "a.log.log". This is meant.
+    // The first occurrence must be at the end of the name: `*.log` does not match "a.log.log". This
+    // is meant.
     return at != std::string::npos && at + name.size() == file_name.size();
   }
   if (entry.star_back) return at == 0;
@@ -98,7 +98,7 @@ bool get_file_info(const std::string& path, file_info& info) {
 bool match_filters(const walk_options& options, bool& undecided, const std::string& path,
                    const std::vector<file_filter_entry>& filters, file_info* info) {
   undecided = false;
-  if (!is_strict_utf8(path)) return false;  // which an empty path is not, either
+  if (!is_strict_utf8(path)) return false;  // an empty path is not UTF-8 either
   if (info != nullptr && !in_window(options, path, *info)) return false;
   if (filters.empty()) return true;
   const lower_path parts = split_lower(path);

@@ -1,9 +1,8 @@
-// Which files the terms of `-filter` and `-filter_sig` and the file-time window let through.
+// Which files pass the terms of `-filter` and `-filter_sig` and the file-time window.
 //
-// In go a path, the terms, and the window of the options; out comes a yes or no. A path that is
-// not UTF-8 counts as empty and is never let through. Only a term with a signature opens the file,
-// and reads no more than the bytes that the signature stands against; what cannot be opened or
-// read does not match.
+// In: a path, the terms, and the window of the options. Out: yes or no. A path that is not UTF-8
+// counts as empty and never passes. Only a term with a signature opens the file, and reads only the
+// bytes that the signature is compared with; a file that cannot be opened or read does not match.
 #pragma once
 
 #include <cstdint>
@@ -21,14 +20,14 @@ struct file_info {
   std::int64_t modified = 0;  // Unix seconds
 };
 
-// Fills `info` for the file at `path`, which for a link is the file behind it. Returns false, with
-// `info` unchanged, when there is none.
+// Fills `info` for the file at `path`, or for the target of a link. Returns false, with `info`
+// unchanged, if there is none.
 [[nodiscard]] bool get_file_info(const std::string& path, file_info& info);
 
-// Returns whether `path` lies in the window of `options` and passes one of `filters`; no filters
-// pass everything. `info` null leaves the window out; one that is not filled is filled when a bound
-// is on. A time of 0 or before 1970 lies in no window. `undecided` tells of a file that is too
-// short for a signature. The parts of terms behind `:` are not tested here.
+// Returns whether `path` is inside the window of `options` and passes one of `filters`; without
+// filters everything passes. A null `info` skips the window; an empty one is filled if a bound is
+// set. A time of 0 or before 1970 is outside every window. `undecided` is set for a file that is
+// too short for a signature. The parts of terms after `:` are not tested here.
 [[nodiscard]] bool match_filters(const walk_options& options, bool& undecided,
                                  const std::string& path,
                                  const std::vector<file_filter_entry>& filters, file_info* info);

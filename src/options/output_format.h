@@ -1,5 +1,5 @@
-// The part of the options that says how results look: output form, separators, number base, date
-// and time formats, path aliases. The option passes fill it, the writers read it.
+// The options that decide how results look: output form, separators, number base, date and time
+// formats, path aliases. The option passes fill it, the writers read it.
 #pragma once
 
 #include <map>
@@ -12,10 +12,10 @@ namespace zanvik {
 
 struct output_format : time_formats {
   std::string csv_separator = " | ";
-  char separator_char = '|';        // replaced inside a field; 0 when there is none
+  char separator_char = '|';        // replaced inside a field; 0 if there is none
   char separator_substitute = ';';  // by this
   bool no_whitespace = false;       // no column is padded to a width
-  bool pad_fields = true;           // one blank stands before a time column
+  bool pad_fields = true;           // one blank before a time column
   bool base16 = true;
   bool quoted_fields = false;
   bool output_xml = false;
@@ -28,8 +28,8 @@ struct output_format : time_formats {
   bool row_form = true;
   bool row_newline = true;
   format_descriptor descriptor;
-  std::map<std::string, std::string> alias_files;  // lower-cased true path -> what is shown
-  std::map<std::string, std::string> alias_paths;  // lower-cased true folder -> what is shown
+  std::map<std::string, std::string> alias_files;  // lower-cased true path -> shown path
+  std::map<std::string, std::string> alias_paths;  // lower-cased true folder -> shown folder
 };
 
 }  // namespace zanvik

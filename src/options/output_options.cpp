@@ -16,7 +16,7 @@
 namespace zanvik {
 namespace {
 
-// Makes `form` the one output form.
+// Makes `form` the only output form.
 void select_form(output_format& out, bool output_format::*form) {
   out.output_csv = out.output_csvgen = out.output_l2t = false;
   out.output_bodyfile = out.output_xml = out.output_multiline = false;
@@ -28,7 +28,7 @@ using pair_rule = void (*)(std::string& true_path, std::string& alias);
 
 void plain_pair(std::string& true_path, std::string&) { to_lower_in_place(true_path); }
 
-// A pair of folders: neither ends in a slash, and no true path at all stands as "*".
+// A pair of folders: neither ends in a slash, and a missing true path is "*".
 void folder_pair(std::string& true_path, std::string& alias) {
   if (true_path.ends_with('/')) true_path.pop_back();
   if (alias.ends_with('/')) alias.pop_back();
@@ -67,7 +67,7 @@ void take_format(std::string_view name, argument_list& argv_list, bool (*fits)(s
   }
 }
 
-// Only the length of a date format is looked at; one without its parts prints as it can.
+// Only the length of a date format is checked; one without its parts prints as it can.
 bool is_date_format(std::string_view text) { return text.size() == 8 || text.size() == 10; }
 
 bool is_time_format(std::string_view text) {

@@ -1,4 +1,4 @@
-// The part of the options that says which records of a log are wanted.
+// The options that decide which records of a log are selected.
 #pragma once
 
 #include <cstdint>
@@ -13,12 +13,12 @@ struct selection_options {
 
   std::uint64_t start_time = 0;                    // FILETIME, inclusive
   std::uint64_t stop_time = all_ones;              // FILETIME, inclusive
-  std::vector<std::uint64_t> event_ids{all_ones};  // all ones stands for any
-  std::string substring;                           // some value must hold it; empty is none
+  std::vector<std::uint64_t> event_ids{all_ones};  // all ones means any
+  std::string substring;                           // some value must contain it; empty means none
   bool record_range_on = false;                    // one of the three below was given
   std::vector<std::uint64_t> record_ids;
   std::uint64_t record_start = 0;
-  std::uint64_t record_stop = 0;  // all ones once a start was given
+  std::uint64_t record_stop = 0;  // all ones if a start was given
 };
 
 }  // namespace zanvik

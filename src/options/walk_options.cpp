@@ -14,7 +14,7 @@ namespace zanvik {
 namespace {
 
 // Takes each occurrence of `name`, and then one path for all of its terms: the first path of the
-// list goes to whoever asks first.
+// list goes to the first that takes one.
 void take_filter_terms(std::string_view name, argument_list& argv_list,
                        std::vector<file_filter_entry>& out) {
   std::string value;
@@ -24,8 +24,8 @@ void take_filter_terms(std::string_view name, argument_list& argv_list,
   for (file_filter_entry& entry : out) entry.path = path;
 }
 
-// Reads "Y-M-D", "Y/M/D", either with a time behind the first blank, else with `default_time`.
-// Nothing when it is not written like that; otherwise a time, which need not be valid.
+// Reads "Y-M-D" or "Y/M/D", with a time after the first blank, else with `default_time`. Nothing if
+// it is not written like that; otherwise a time, which need not be valid.
 std::optional<qx::time> file_time_from_text(std::string_view value, std::string_view default_time) {
   const std::size_t blank = value.find(' ');
   const std::string_view date = value.substr(0, blank);

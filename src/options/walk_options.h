@@ -1,5 +1,4 @@
-// The part of the options that says where the names of logs come from in a stream run, and which
-// of the files found are let through.
+// The options that decide where the names of logs come from in a stream run, and which files pass.
 #pragma once
 
 #include <cstdint>
@@ -20,11 +19,11 @@ struct file_time_bound {
 
 struct walk_options {
   bool pipe = false;          // names come from standard input
-  bool enum_dir_set = false;  // names come from a walk below `enum_dir`, unless `pipe` is set
+  bool enum_dir_set = false;  // names come from a folder walk at `enum_dir`, unless `pipe` is set
   std::string enum_dir;
   std::int32_t num_subdirs = 0;  // depth of the walk; 0 is the folder alone
   std::vector<file_filter_entry> file_filters;
-  std::vector<file_filter_entry> skip_filters;  // accepted, and read by nobody
+  std::vector<file_filter_entry> skip_filters;  // accepted, but nothing reads it
   file_time_bound cmd_start;
   file_time_bound cmd_stop;
 
@@ -34,7 +33,7 @@ struct walk_options {
 // Takes `-filter_skip`, `-filter`, `-filter_path` and `-filter_sig` from the list.
 void take_filter_options(argument_list& argv_list, walk_options& out);
 
-// Takes the two bounds of the file times. Returns false when one is not written as a date.
+// Takes the two bounds of the file times. Returns false if one is not written as a date.
 [[nodiscard]] bool take_file_time_options(argument_list& argv_list, walk_options& out);
 
 }  // namespace zanvik

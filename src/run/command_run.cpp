@@ -18,21 +18,21 @@
 namespace zanvik {
 namespace {
 
-// A log above this size is written in runs of this many records, each sorted within itself.
+// A log above this size is written in parts of this many records, each sorted separately.
 constexpr std::uint64_t large_log_bytes = 0x10000000;
 constexpr std::size_t large_log_flush = 200000;
 
 // The size of a legacy log is 32 bits: one of just 4 GiB has the size 0 and yields nothing. Meant.
 constexpr std::uint64_t evt_bytes_end = std::uint64_t{1} << 32;
 
-// Whether records may come out of a file with these first eight bytes: an .evtx file or its chunks
-// alone, or a legacy log, whose header may have any size.
+// Whether a file with these first eight bytes may have records: an .evtx file or only its chunks,
+// or a legacy log, whose header may have any size.
 bool may_hold_records(std::uint64_t head) {
   return head == evtx_layout::file_signature || head == evtx_layout::chunk_signature ||
          head >> 32 == evt_layout::signature;
 }
 
-// The walk of one log by the commands that are for it.
+// The walk of one log with the commands for it.
 class log_walk {
  public:
   log_walk(const command_refs& commands, log_run& run)
@@ -78,12 +78,12 @@ class log_walk {
   }
 
  private:
-  // What selected records go to: statistics count them on their way.
+  // Where selected records go: statistics count them on their way.
   selection_sink& selection() {
     return run_.counts ? combinations_ : static_cast<selection_sink&>(keeping_);
   }
 
-  // The first eight bytes, 0 where they are not all there; nothing when the log cannot be read.
+  // The first eight bytes, 0 if the file is shorter; nothing if the log cannot be read.
   std::optional<std::uint64_t> read_head(uni::fileio& log) {
     std::byte head[8];
     std::size_t count = sizeof(head);
@@ -100,7 +100,7 @@ class log_walk {
   }
 
   bool walk(uni::fileio& log, std::uint64_t block_bytes, std::uint64_t first_offset) {
-    // A small log has been read to be classified.
+    // A small log was already read whole to classify it.
     const auto all =
         &log == &run_.probe.file.file() ? run_.probe.file.take_all() : std::span<std::byte>();
     if (all.size() > first_offset && all.size() - first_offset <= block_bytes) {
@@ -131,7 +131,7 @@ class log_walk {
   }
 
   void write_results() {
-    // Results and status may share a terminal: neither may stand in a line of the other.
+    // Results and status may share a terminal: neither may end up in a line of the other.
     const bool on_terminal = run_.output && run_.output->is_terminal();
     if (on_terminal && options_.show_status) clear_status();
     const write_context context{.channel = run_.log.channel,

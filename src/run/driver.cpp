@@ -29,9 +29,9 @@ namespace {
 constexpr char version_text[] = ZANVIK_VERSION_TEXT;
 constexpr char identity_text[] = ZANVIK_TITLE "; ";
 
-// Output that nobody reads is swallowed, one that grows past a limit of the process fails like one
-// on a full disk, and a descriptor that the caller closed is not handed to the first file that is
-// opened, where messages or results would then end up.
+// Output that nobody reads is dropped, and output beyond a file-size limit of the process fails as
+// on a full disk. A descriptor that the caller closed must not be given to the first file that is
+// opened, or messages or results would end up there.
 void prepare_process() {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
@@ -59,7 +59,7 @@ std::string identification_line(const argument_list& params) {
   return text + command_line_text(params, '\'') + "\"\n";
 }
 
-// What stands between valid options and a run; says so and returns false when there is no run.
+// Checks between valid options and a run; prints the reason and returns false if there is no run.
 bool pass_gates(log_run& run, std::ofstream& stats_stream, const std::string& identification) {
   const evt_output_options& options = run.options;
   if (!options.create_log_path.empty()) {
@@ -91,8 +91,8 @@ void write_one_timeline(log_run& run) {
   }
 }
 
-// The status is 0 all the same, so this is all that tells of results that are cut short. Who closed
-// the other end of a pipe does not want to know.
+// The status is 0 all the same, so only this says that results are cut short. Whoever closed the
+// other end of a pipe does not need to know.
 void tell_lost_output(uni::fileio_output& results, const log_run& run) {
   const evt_output_options& options = run.options;
   results.flush();
@@ -115,12 +115,12 @@ int run_program(int argc, char** argv) {
     print_usage();
     return 0;
   }
-  // Like help: in any place of the line, even where the word would be another option's value.
+  // Like help: anywhere in the line, even in place of another option's value.
   if (has_option_from("--version", params, 0)) {
     print_version();
     return 0;
   }
-  // The parsing takes the list apart, so the line is made first.
+  // Parsing takes the list apart, so the line is made first.
   const std::string identification = identification_line(params);
   evt_output_options options;
   if (!options.parse_log_options(params, version_text, identity_text)) {

@@ -1,6 +1,6 @@
-// The options of a run: what is shared by command-line runs, and what is about logs. The passes
-// fill it, and then it does not change; what changes in a run is in log_run.h. `run/` alone sees
-// the whole, and each stage is handed the part it reads.
+// The options of a run, shared ones and those about logs. The passes fill it, and then it does not
+// change; state that changes is in log_run.h. Only `run/` sees the whole; each stage gets the part
+// that it reads.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace zanvik {
 
-// The built-in reports that were asked for.
+// The built-in reports that were requested.
 struct report_flags {
   bool pw = false;
   bool time = false;
@@ -27,14 +27,14 @@ struct report_flags {
 
 class evt_output_options : public cmd_params {
  public:
-  // Runs the shared pass and then takes the options about logs. `version_text` and `title_text`
-  // are stored. Returns false when the run must not go on.
+  // Runs the shared pass and then takes the options about logs. `version_text` and `title_text` are
+  // stored. Returns false if the run must not continue.
   [[nodiscard]] bool parse_log_options(argument_list& argv_list, std::string_view version_text,
                                        std::string_view title_text);
 
   selection_options selection;
   report_flags reports;
-  bool all_records = true;  // no report was asked for: the plain listing
+  bool all_records = true;  // no report was requested: the plain listing
   std::string cmd_file;
   std::string create_log_path;
   bool allparams = false;

@@ -24,7 +24,8 @@ struct named_value {
 };
 
 // The values of these options. Options are taken one by one, and a word between an option and its
-// value may go first: so the next word counts, and the next that does not look like an option.
+// value may be taken first: so the next word counts, and the next that does not look like an
+// option.
 std::vector<named_value> values_of(std::initializer_list<std::string_view> options,
                                    const argument_list& args) {
   const auto looks_like_option = [](const std::string& word) { return word.starts_with('-'); };
@@ -46,7 +47,7 @@ bool is_same_file(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// The regular files that a value of the command line may mean: as it stands, and as the options
+// The regular files that a value of the command line may mean: as written, and as the options
 // rewrite it.
 std::vector<struct stat> files_named(const std::string& value) {
   std::string expanded = expand_env_references(value, true);

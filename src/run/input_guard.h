@@ -1,4 +1,4 @@
-// Keeps a run from writing over what it reads: event logs are evidence.
+// Keeps a run from overwriting what it reads: event logs are evidence.
 //
 // In: the arguments of a run, before any option is taken out of them and before any file is opened
 // for writing. Out: the first output option whose file the run reads or may read. Files are
@@ -18,9 +18,8 @@ struct output_over_input {
   bool certain;        // false: a log that the names on standard input or the walk may lead to
 };
 
-// Inputs are the logs of `-log`, the command file, with `-pipe` the file that standard input is,
-// and with `-pipe` or `-enumdir` any event log. What is no regular file can be no clash, and what
-// does not exist yet neither.
+// Inputs are the logs of `-log`, the command file, with `-pipe` the file on standard input, and
+// with `-pipe` or `-enumdir` any event log. Only an existing regular file can clash.
 std::optional<output_over_input> find_output_over_input(const argument_list& args);
 
 }  // namespace zanvik

@@ -14,7 +14,7 @@ bool log_file::open(const std::string& path) {
 }
 
 std::span<const std::byte> log_file::first(std::size_t count) {
-  // What a log's kind is seen from comes with the first byte.
+  // The first read also fetches everything that the kind of a log is recognised by.
   constexpr std::size_t least_read = 256;
   count = std::min(count, bytes_.size());
   if (count > read_) {

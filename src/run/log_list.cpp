@@ -25,12 +25,12 @@ using namespace std::string_view_literals;
 constexpr std::size_t signature_head_bytes = 16;
 constexpr std::string_view evt_file_head = "\x30\0\0\0LfLe"sv;
 constexpr std::string_view evtx_file_head = "ElfFile\0"sv;
-// In the chunk: where the first record's binary XML, if it is a template instance, names its
+// In the chunk: where the first record's binary XML, if it is a template instance, refers to its
 // definition.
 constexpr std::uint64_t first_definition_at =
     evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes + 10;
 constexpr std::size_t evt_header_bytes = 48;
-// The first record of a legacy log, which has to be within these lengths, in bytes.
+// The first record of a legacy log must have a length within these bounds, in bytes.
 constexpr std::uint32_t evt_record_bytes_min = 60;
 constexpr std::uint32_t evt_record_bytes_max = 4096;
 constexpr std::size_t evt_head_bytes = evt_header_bytes + evt_record_bytes_max;
@@ -40,8 +40,8 @@ bool starts_with(std::span<const std::byte> bytes, std::string_view signature) {
          std::memcmp(bytes.data(), signature.data(), signature.size()) == 0;
 }
 
-// The channel of a log of a well-known name, which its content cannot overrule. The first row
-// whose text stands anywhere in the name decides.
+// The channel of a log with a well-known name, whatever its content. The first row whose text is
+// anywhere in the name decides.
 std::optional<std::string> channel_from_name(std::string_view name) {
   struct known_name {
     std::string_view part;
@@ -62,8 +62,8 @@ std::optional<std::string> channel_from_name(std::string_view name) {
   return std::nullopt;
 }
 
-// Sets `channel` to the one that the first record names; one without a channel leaves it alone.
-// Returns false when the log has no whole chunk, or when that element is not closed.
+// Sets `channel` to the one in the first record; without a channel it is unchanged. Returns false
+// if the log has no whole chunk, or if that element is not closed.
 bool channel_from_evtx(channel_finder& channels, const head_reader& first, std::string& channel) {
   constexpr std::size_t wanted = log_file::most_bytes;
   const auto head = first(wanted);
@@ -80,7 +80,7 @@ bool channel_from_evtx(channel_finder& channels, const head_reader& first, std::
   return true;
 }
 
-// True when the zero-terminated UTF-16 text at the start of `units` is `text` in any case.
+// True if the zero-terminated UTF-16 text at the start of `units` is `text` in any case.
 bool is_wide_text(std::span<const std::byte> units, std::string_view text) {
   const byte_cursor cursor(units);
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -96,7 +96,7 @@ bool channel_from_evt(const head_reader& first, std::string& channel) {
   const auto length = cursor.at_or_zero<std::uint32_t>(evt_header_bytes);
   if (length < evt_record_bytes_min || length > evt_record_bytes_max) return false;
   // This is four bytes into the source name, so it is hardly ever "security". It is meant: most
-  // legacy logs go by their file name.
+  // legacy logs are recognised by their file name.
   constexpr std::size_t text_at = evt_header_bytes + evt_layout::record_head_bytes + 4;
   const std::size_t start = std::min(text_at, head.size());
   if (is_wide_text(head.subspan(start), "security")) channel = "security";
@@ -144,7 +144,7 @@ void add_logs(const std::string& value, LogEntry& scratch, log_probe& probe, log
   split_on_first_of(value, items, true, false, "|,;");
   for (const std::string& item : items) {
     const std::string path = expand_env_references(item, true);
-    (void)classify_log(scratch, path, probe);  // one that is no log finds out when it is opened
+    (void)classify_log(scratch, path, probe);  // if it is not a log, opening it will tell
     table.emplace(path, scratch);
   }
 }

@@ -1,5 +1,5 @@
 // A run of the classic door: what it owns besides its options, which stay as the command line gave
-// them. Each stage is handed the parts it works with.
+// them. Each stage gets the parts that it uses.
 #pragma once
 
 #include <optional>
@@ -33,25 +33,25 @@ struct log_run {
 
   const evt_output_options& options;
   std::ostream& results;
-  const uni::fileio_output* output = nullptr;  // the same, where it is asked about
+  const uni::fileio_output* output = nullptr;  // the same, for questions about it
 
-  // Nobody reads the results any more, and nothing else is to be had from the run.
+  // Nobody reads the results any more, and the run has no other output.
   bool ends_early() const { return !options.stats_on && output && output->is_lost(); }
 
   strict_notes strict;                  // those of the command line, then those of the run
   std::set<std::size_t> used_commands;  // with `-strict`: of the command file, by position
 
   log_probe probe;
-  log_map logs;    // those of `-log`; in a run over names as they arrive, the one in hand
-  classified_log log;  // the one in hand
+  log_map logs;    // those of `-log`; in a run over names as they arrive, the current one
+  classified_log log;  // the current one
 
   bool counts = false;            // statistics are taken
-  std::ostream* stats = nullptr;  // the open statistics file; null when there is none
-  LogStatistics statistics;       // of the log walked last
+  std::ostream* stats = nullptr;  // the open statistics file; null if there is none
+  LogStatistics statistics;       // of the log read last
 
-  // What is known of templates serves all logs of a run.
+  // Knowledge about templates, for all logs of the run.
   record_reader reader;
-  // The records of the log in hand; what records share stays for the logs behind it.
+  // The records of the current log; what records share is kept for later logs.
   record_container records;
   plan_cache plans;
   output_memory written;

@@ -13,7 +13,7 @@
 namespace zanvik {
 namespace {
 
-// Numbers separated by `,`, else by `|`, else by blanks; items that are no numbers are left out.
+// Numbers separated by `,`, else by `|`, else by blanks; items that are not numbers are left out.
 std::vector<std::uint64_t> numbers_from_list(const std::string& value) {
   char separator = ' ';
   if (value.find(',') != std::string::npos) {
@@ -26,7 +26,7 @@ std::vector<std::uint64_t> numbers_from_list(const std::string& value) {
   return {numbers.begin(), numbers.end()};
 }
 
-// Sets `bound` when `name` gives a usable time, and leaves it alone without a word otherwise.
+// Sets `bound` if `name` gives a usable time; otherwise leaves it unchanged without a message.
 void take_time_bound(std::string_view name, argument_list& argv_list, std::uint64_t& bound,
                      strict_notes& strict) {
   std::string value;
@@ -51,7 +51,7 @@ void check_numbers(const std::string& value, strict_notes& strict) {
   }
 }
 
-// Words that are left when all options have been taken.
+// Words that are left after all options were taken.
 void check_left_words(const argument_list& argv_list, strict_notes& strict) {
   for (std::size_t i = 1; i < argv_list.size(); ++i) {
     strict.add("\"" + argv_list[i] + "\" is unknown or has no effect here");
@@ -125,7 +125,7 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
   format.output_csv = true;
   format.base16 = false;
   if (would_overwrite_input(argv_list) || !parse_options(argv_list)) return false;
-  // Once more for whatever the shared pass chose: a comma in a field now becomes a semicolon.
+  // Once more for what the shared pass chose: a comma in a field now becomes a semicolon.
   set_csv_separator(format, format.csv_separator, true);
   version = version_text;
   title = title_text;
@@ -148,7 +148,7 @@ bool evt_output_options::parse_log_options(argument_list& argv_list, std::string
   }
   if (take_value_option("-cmdfile", cmd_file, argv_list)) all_records = false;
   (void)take_value_option("-log", log_names, argv_list);
-  // Whatever chose the separator: where no column is padded, it has no blanks.
+  // Whatever chose the separator: if no column is padded, it has no blanks.
   if (format.no_whitespace) remove_char(format.csv_separator, ' ');
   const bool is_strict = take_flag_option("-strict", argv_list);
   check_left_words(argv_list, strict);

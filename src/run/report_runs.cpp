@@ -21,8 +21,8 @@ bool classify(classified_log& log, const std::string& path, log_probe& probe) {
   return true;
 }
 
-// Adds the commands for the log in hand to `set`. A command that names a log of its own may make
-// that the log in hand.
+// Adds the commands for the current log to `set`. A command that names its own log may make that
+// the current log.
 bool build_commands(CommandSet& set, const CommandList& list, log_run& run, bool append) {
   const log_classifier classifier = [&run](classified_log& named, const std::string& path) {
     return classify(named, path, run.probe);
@@ -45,7 +45,7 @@ struct report_runner {
   bool (*make)(log_run&);
 };
 
-// In the order in which reports are made, whatever the order of the options.
+// In the order in which reports are run, whatever the order of the options.
 constexpr report_runner runners[] = {
     {builtin_report::pw, &report_flags::pw, run_pw},
     {builtin_report::time, &report_flags::time, run_time},

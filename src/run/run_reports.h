@@ -1,5 +1,5 @@
-// Works through the logs of a run: the built-in reports that were asked for, then the report of
-// the command file, then the plain listing.
+// Runs everything over the logs of a run: the requested built-in reports, then the report of the
+// command file, then the plain listing.
 #pragma once
 
 #include "commands/report_command.h"
@@ -7,11 +7,10 @@
 
 namespace zanvik {
 
-// What the plain listing asks of a log: one command for each event ID that was asked for, which by
-// default is any.
+// The commands of the plain listing: one for each requested event ID; without any, one for all.
 CommandSet listing_commands(const evt_output_options& options, const LogEntry& log);
 
-// Returns true when any of the reports gave results.
+// Returns true if any of the reports gave results.
 bool run_reports(log_run& run);
 
 }  // namespace zanvik

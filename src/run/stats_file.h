@@ -8,12 +8,12 @@
 namespace zanvik {
 
 // Opens the file of `-stats` on `stream`, truncating it, and turns the counting of `run` on.
-// Returns false when no file was asked for or its folder does not exist. A file that cannot be made
-// in an existing folder gives true all the same, with nothing counted: the run goes on without
-// statistics and without a word. `stream` has to outlive the run.
+// Returns false if no file was requested or its folder does not exist. A file that cannot be
+// created in an existing folder gives true, with nothing counted: the run continues without
+// statistics and without a message. `stream` has to outlive the run.
 [[nodiscard]] bool open_stats_file(log_run& run, std::ofstream& stream);
 
-// Writes the block of the log walked last, when there is a statistics file and it takes it.
+// Writes the block of the log read last, if there is a statistics file that accepts it.
 void write_run_statistics(log_run& run);
 
 }  // namespace zanvik

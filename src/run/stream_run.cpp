@@ -22,7 +22,7 @@ void tell_progress(const char* what, const std::string& name) {
   prob_message("%s%s\n", what, shown.c_str());
 }
 
-// Shows which log comes now: its whole name as a message, and a short one as the status line.
+// Shows the current log: its whole name as a message, and a short one as the status line.
 void announce(const std::string& file_name) {
   constexpr int status_width = 40;
   std::string shown = file_name;
@@ -31,10 +31,11 @@ void announce(const std::string& file_name) {
   print_status(status_width, "analyzing: %s", shown.substr(0, status_width).c_str());
 }
 
-// `entry` serves each name in turn.
+// `entry` is used for each name in turn.
 void run_log(const std::string& name, log_run& run, LogEntry& entry) {
   const evt_output_options& options = run.options;
-  // A name that is there is a name, whatever it looks like; another may refer to the environment.
+  // An existing name is taken literally, whatever it looks like; others may refer to the
+  // environment.
   struct stat status = {};
   const bool exists = ::stat(name.c_str(), &status) == 0;
   run.log.path = exists ? name : expand_env_references(name, true);
@@ -42,7 +43,7 @@ void run_log(const std::string& name, log_run& run, LogEntry& entry) {
   std::string file_name;
   if (!split_path(run.log.path, folder, file_name)) return;
   if (!classify_log(entry, run.log.path, run.probe)) {
-    // A folder holds other files; what is named like a log, or was named by hand, should be one.
+    // A folder has other files too; a file that is named like a log, or by the user, should be one.
     const std::string lower = to_lower(file_name);
     if (options.walk.pipe || lower.ends_with(".evtx") || lower.ends_with(".evt")) {
       run.strict.add(run.log.path + " is no event log, or cannot be read");
@@ -76,7 +77,7 @@ void run_stream(log_run& run) {
   std::string name;
   while (!run.ends_early() && names.read_line(name, true)) {
     bool undecided = false;
-    // The window of file times belongs to the walk: a name by itself has none.
+    // The window of file times is for the walk: a name alone has none.
     if (name.empty() || !match_filters(walk, undecided, name, walk.file_filters, nullptr)) continue;
     try {
       run_log(name, run, entry);

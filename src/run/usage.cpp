@@ -7,7 +7,7 @@
 namespace zanvik {
 namespace {
 
-// Two lines end in a blank, and the text in an empty line; both are part of it.
+// Two lines end in a blank, and an empty line of the text has one; both are part of it.
 constexpr char usage_text[] = ZANVIK_TITLE R"(
 
 Usage:

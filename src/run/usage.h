@@ -1,4 +1,4 @@
-// What the program says about itself when it is asked to, on standard error.
+// Help text and version, on standard error.
 #pragma once
 
 namespace zanvik {
@@ -6,7 +6,7 @@ namespace zanvik {
 // The help text.
 void print_usage();
 
-// One line, which is also the first one of the help text.
+// One line, which is also the first line of the help text.
 void print_version();
 
 }  // namespace zanvik

@@ -1,4 +1,4 @@
-// The program's name and version, as they stand in everything it prints about itself.
+// The program's name and version, as it prints them.
 #pragma once
 
 // The number comes from the build, which has it in one place.

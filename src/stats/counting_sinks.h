@@ -1,5 +1,5 @@
-// Statistics as sinks: one that counts every record which is read, before it goes on to the
-// selector, and one that counts combinations of fields among the records which are kept.
+// Statistics as sinks: one counts every record that is read before it goes on to the selector, and
+// one counts combinations of fields among the kept records.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@
 
 namespace zanvik {
 
-// The statistics and the sinks behind must outlive it. At its first .evtx record the log is of the
+// The statistics and the next sinks must outlive it. At its first .evtx record the log gets the
 // type `channel`, unless it has one.
 class record_counter : public record_sink, public evt_sink {
  public:
@@ -38,7 +38,7 @@ class record_counter : public record_sink, public evt_sink {
   evt_sink& next_evt_;
 };
 
-// Stands before the sink that keeps records in `records`. All it is made from must outlive it.
+// Goes before the sink that keeps records in `records`. Everything it is made from must outlive it.
 class combination_counter : public selection_sink {
  public:
   combination_counter(LogStatistics& statistics, command_refs commands,

@@ -21,7 +21,7 @@ std::string_view column_value(const LogRecord& record, std::size_t column) {
   return text;
 }
 
-// The value under that name, exactly, else under the first name that is `lower` in lower case.
+// The value under exactly that name, else under the first name that is `lower` in lower case.
 std::optional<std::string_view> find_column_value(const LogRecord& record, const std::string& name,
                                                   const std::string& lower) {
   const std::vector<shape_column>& columns = record.shape->columns;

@@ -1,7 +1,8 @@
-// The counters of the log walked last: how many records of each event ID and between which times,
-// and how often each combination of the `-hist` fields came up; and the table they make.
+// The counters of the log read last: how many records of each event ID there are, the times of the
+// first and last, and how often each combination of the `-hist` fields occurs; and their table.
 //
 // Every record that is read counts, selected or not; combinations count for records that a command
+// kept. Counting uses a record's own values and cannot fail.
 // kept. Counting takes a record's own values and can fail in nothing.
 #pragma once
 
@@ -39,7 +40,7 @@ struct HistEntry {
 
 struct LogStatistics {
   std::string log_path;
-  std::string log_type;  // the channel; shown when there is one
+  std::string log_type;  // the channel; shown if there is one
   bool is_evtx = true;
   std::string date_format = "mm/dd/yyyy";
   std::string time_format = "hh:mm:ss.xxx";
@@ -49,11 +50,11 @@ struct LogStatistics {
   std::map<std::uint64_t, EventCount> per_event;
   std::vector<std::map<std::string, HistEntry>> hist_tables;  // by `hist_index`
 
-  // Entries of `per_event` that were counted in lately, by the low bits of their IDs.
+  // Entries of `per_event` that were used recently, by the low bits of their IDs.
   std::array<EventCount*, 64> recent{};
 };
 
-// Starts the counters of a log. An empty format leaves the default.
+// Resets the counters for a log. An empty format means the default.
 void init_statistics(LogStatistics& stats, std::string_view path, std::string_view type,
                      bool is_evtx, std::size_t hist_count, std::string_view date_format,
                      std::string_view time_format);
@@ -61,12 +62,12 @@ void init_statistics(LogStatistics& stats, std::string_view path, std::string_vi
 // Counts a record that was read.
 void count_record(LogStatistics& stats, std::uint64_t event_id, std::uint64_t time);
 
-// Counts a kept record under a command, when that has fields to count by, is for the record's event
-// ID and the record has all of them.
+// Counts a kept record under a command, if the command has fields to count by, is for the record's
+// event ID, and the record has all of the fields.
 void count_hist(LogStatistics& stats, const ReportCommand& command, const LogRecord& record);
 
-// Counts a kept record under the command that kept it, number `first`, and under all behind it:
-// these only count, with no further selection.
+// Counts a kept record under the command that kept it, number `first`, and under all later ones:
+// these only count, without further selection.
 void count_hist_from(LogStatistics& stats, const command_refs& commands, std::size_t first,
                      const LogRecord& record);
 

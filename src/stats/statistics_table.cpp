@@ -51,7 +51,7 @@ class stats_table {
     out_ << line << '\n';
   }
 
-  // The cells of a count, and `more` behind them.
+  // The cells of a count, followed by `more`.
   void write_row(std::string id, const EventCount& count,
                  const std::vector<std::string>& more = {}) {
     std::vector<std::string> cells{std::move(id), decimal(count.count)};
@@ -90,7 +90,7 @@ std::string joined(const std::vector<std::string>& items) {
   return text;
 }
 
-// Width of a key cell: each item with a separator, whatever stands between them in the end.
+// Width of a key cell: each item with a separator, whatever separates them in the end.
 std::size_t key_width(const std::vector<std::string>& items) {
   std::size_t width = 0;
   for (const std::string& item : items) width += item.size() + separator_width;
@@ -111,7 +111,7 @@ void write_hist_tables(const LogStatistics& stats, std::ostream& out) {
     }
   }
   if (fields_width == 0) return;  // no entry in any table
-  // One long value would make a row of each entry as long.
+  // One long value would make the rows of all entries as long.
   const std::size_t most_padding = limits::padding_at_least + limits::padding_per_byte * bytes;
   if (values_width + fields_width > most_padding / entries) values_width = fields_width = 0;
   out << "\n--- filter stats --- [refer to filter# for details]\n";
