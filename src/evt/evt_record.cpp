@@ -14,19 +14,19 @@
 namespace zanvik {
 namespace {
 
-// A text's end is looked for among this many units; without one there its length is 0.
+// A text's end is searched within this many units; if it is not there, its length is 0.
 constexpr std::size_t length_units = 513;
-// Of a text that comes without a length of its own.
+// For a text that has no length of its own.
 constexpr std::size_t default_units = 500;
 
-// Units before the first zero one; all of them when there is none.
+// Units before the first zero unit; all of them if there is none.
 std::size_t units_to_nul(std::span<const std::byte> units) {
   const std::size_t count = units.size() / 2;
   std::size_t at = 0;
   for (; count - at >= 4; at += 4) {
     std::uint64_t four;
     std::memcpy(&four, units.data() + 2 * at, sizeof four);
-    // The lowest bit set stands in the first zero unit; only units above it can be set by error.
+    // The lowest bit set is in the first zero unit; only units above it can be set by error.
     constexpr std::uint64_t ones = 0x0001000100010001;
     const std::uint64_t zeros = (four - ones) & ~four & (ones << 15);
     if (zeros != 0) return at + static_cast<std::size_t>(std::countr_zero(zeros)) / 16;
@@ -43,9 +43,9 @@ class text_reader {
   text_reader(const byte_cursor& buffer, std::uint64_t offset, std::int64_t& budget)
       : bytes_(buffer.bytes()), at_(offset), budget_(budget) {}
 
-  // Reads a text of at most `limit` units into `text` and moves behind its end, by the length that
-  // the text has when that is looked for anew: 0 when it is above 512 units, which moves by one
-  // unit, into the text. That is meant. Returns false when the budget does not allow it.
+  // Reads a text of at most `limit` units into `text` and moves past its end, by the length that a
+  // new search gives: 0 if it is above 512 units, which moves by one unit, into the text. That is
+  // meant. Returns false if the budget does not allow it.
   bool read(std::size_t limit, evt_text& text, std::size_t& length) {
     if (budget_ < 0) return false;
     const auto rest = bytes_.subspan(std::min<std::uint64_t>(at_, bytes_.size()));
@@ -86,8 +86,8 @@ void read_head(byte_cursor in, evt_record& record) {
 
 void read_strings(text_reader in, evt_record& record) {
   if (record.string_offset >= record.record_size) return;
-  // In bytes, and 2 too high for each string read: the zero units are not counted, so the last
-  // strings may come from behind the record. That is meant.
+  // In bytes, and 2 too large for each string read: the zero units are not counted, so the last
+  // strings may come from after the record. That is meant.
   std::int64_t remaining = std::int64_t{record.record_size} - record.string_offset;
   const std::size_t count =
       std::min<std::size_t>(record.num_strings, limits::evt_strings_per_record);
@@ -134,7 +134,7 @@ void parse_evt_record(const byte_cursor& buffer, std::uint64_t offset, evt_recor
     record.sid = buffer.bytes_at(offset + record.usersid_offset, record.usersid_length);
   }
   read_strings(text_reader(buffer, offset + record.string_offset, text_budget), record);
-  // Without room for names behind the head, by the record's own account, there are none.
+  // If, by the record's own sizes, there is no room for names after the head, there are none.
   constexpr std::uint64_t names_at = evt_layout::record_head_bytes;
   if (size > names_at && record.data_offset > names_at) {
     read_names(text_reader(buffer, offset + names_at, text_budget), record);

@@ -1,10 +1,10 @@
 // One record of a legacy .evt log: a fixed head, then a source and a computer name, a SID, strings
 // and data at offsets that the head gives.
 //
-// In: the buffer of the whole log, and where in it a record stands. Out: an `evt_record` whose
-// texts and bytes are views into that buffer; nothing is copied or converted until somebody asks.
-// What fails its bounds is empty, and the rest of the record is still used. Bytes past the end of
-// the buffer read as zero units.
+// In: the buffer of the whole log, and the position of a record. Out: an `evt_record` whose texts
+// and bytes are views into that buffer; nothing is copied or converted until needed. A field that
+// fails its bounds is empty, and the rest of the record is still used. Bytes past the end of the
+// buffer read as zero units.
 #pragma once
 
 #include <cstddef>
@@ -28,11 +28,11 @@ inline constexpr std::uint64_t record_head_bytes = 56;
 using evt_text = std::span<const std::byte>;
 
 struct evt_record {
-  // The head as it stands in the file. Offsets are from the record's start.
+  // The head as in the file. Offsets count from the record's start.
   std::uint32_t record_size = 0;
   std::uint32_t record_num = 0;
   std::uint32_t time_generated = 0;  // seconds since 1970
-  std::uint32_t time_written = 0;    // likewise; nobody asks for it
+  std::uint32_t time_written = 0;    // likewise; not used
   std::uint32_t event_id = 0;        // with qualifiers in the high word
   std::uint16_t event_type = 0;
   std::uint16_t num_strings = 0;
@@ -53,24 +53,24 @@ struct evt_record {
   std::span<const std::byte> sid;
   std::span<const std::byte> data;
 
-  // The number that a record is selected and shown by.
+  // The number by which a record is selected and shown.
   std::uint16_t short_event_id() const { return static_cast<std::uint16_t>(event_id); }
-  // Empties everything and keeps the memory.
+  // Empties everything but keeps the memory.
   void clear();
 };
 
-// Reads the record at `offset`, whose head stands in the buffer as a whole and whose `record_size`
-// does not lead out of it. `text_budget` is what the texts of the log's records may still cost
-// (limits.h); once it is used up, texts and strings stay empty.
+// Reads the record at `offset`, whose head is wholly in the buffer and whose `record_size` does not
+// reach past it. `text_budget` is how much work the texts of the log's records may still cause
+// (limits.h); when it is used up, texts and strings stay empty.
 void parse_evt_record(const byte_cursor& buffer, std::uint64_t offset, evt_record& record,
                       std::int64_t& text_budget);
 
-// The same for a record alone, without a budget.
+// The same for a single record, without a budget.
 void parse_evt_record(const byte_cursor& buffer, std::uint64_t offset, evt_record& record);
 
 // Writes "S-1-5-21-..." for the bytes of a SID at `out`, which has room for `longest_sid_text`, and
-// returns its end: nothing when they are fewer than 12 or fewer than their count of sub-authorities
-// asks for. Of the six bytes of the authority only the last one shows, which is meant.
+// returns its end. Writes nothing if they are fewer than 12, or too few for their count of
+// sub-authorities. Only the last of the six bytes of the authority is shown, which is meant.
 char* write_sid_text(char* out, std::span<const std::byte> sid);
 
 // "S-255-255" and 255 sub-authorities of 10 digits.

@@ -6,7 +6,7 @@ namespace {
 
 namespace layout = evt_layout;
 
-// What a scan moves by where no length tells it better.
+// How far a scan moves if no length says more.
 constexpr std::uint64_t scan_step = 4;
 
 std::uint64_t step_of(std::uint32_t length) { return length != 0 ? length : scan_step; }
@@ -18,13 +18,13 @@ bool walk_evt_log(std::span<const std::byte> log, evt_sink& sink) {
   if (bytes.at<std::uint32_t>(layout::signature_at) != layout::signature) return false;
   std::int64_t text_budget = limits::evt_text_budget(log.size());
   evt_record record;
-  // The header's length is taken as it stands: 0 makes the header itself the first record.
+  // The header's length is used as it is: 0 makes the header itself the first record.
   std::uint64_t offset = bytes.at_or_zero<std::uint32_t>(0);
   while (bytes.has(offset, layout::record_head_bytes)) {
     const auto length = bytes.at_or_zero<std::uint32_t>(offset);
     const auto signature = bytes.at_or_zero<std::uint32_t>(offset + layout::signature_at);
     if (signature == layout::signature) {
-      // A record that leads out of the file ends the walk, even with more of them behind it.
+      // A record that reaches past the file ends the walk, even if more records follow.
       if (!bytes.has(offset, length)) break;
       parse_evt_record(bytes, offset, record, text_budget);
       sink.on_record(record);

@@ -15,12 +15,12 @@
 namespace zanvik {
 namespace {
 
-// One collected value on its way to a column: of a slot, or of a field of the layout.
+// One collected value on its way to a column: from a slot, or from a field of the layout.
 struct collected {
   std::string_view name;
-  std::uint16_t number = 0;  // a nested value's; 0 otherwise
+  std::uint16_t number = 0;  // of a nested value; otherwise 0
   std::size_t slot = 0;
-  const layout_field* field = nullptr;  // null for a slot's
+  const layout_field* field = nullptr;  // null for the value of a slot
 };
 
 std::vector<collected> collect_values(const record_fields& record) {
@@ -43,12 +43,13 @@ void drop_first(std::vector<collected>& list, std::string_view name) {
   if (found != list.end()) list.erase(found);
 }
 
-// A value that is a lone comma, which is what a line break becomes, is stored empty.
+// A value that is a single comma, which a line break becomes, is stored empty.
 std::string_view without_lone_comma(std::string_view text) {
   return text == "," ? std::string_view() : text;
 }
 
-// Takes the provider out of the list: the first "Provider Name", and the next as long as what was
+// Takes the provider out of the list: the first "Provider Name", and the next ones while the value
+// found is empty.
 // found is empty.
 void take_provider(const record_fields& record, std::vector<collected>& list, column_plan& plan,
                    record_container& records) {
@@ -61,7 +62,7 @@ void take_provider(const record_fields& record, std::vector<collected>& list, co
     if (each.name != "Provider Name" || !provider.empty()) return false;
     plan.provider_slot = static_cast<std::ptrdiff_t>(each.slot);
     plan.provider = nullptr;
-    // A single candidate is taken whatever it holds, so its text need not be looked at.
+    // A single candidate is used whatever it contains, so its text is not needed.
     if (candidates > 1) {
       append_column_text(provider, record, each.slot, value_form::all_data);
     }
@@ -88,14 +89,14 @@ std::string column_key(const collected& source) {
 }
 
 // Gives the plan a column for each of the values, in the order of their keys; of equal keys the
-// last stays.
+// last counts.
 void plan_columns(const record_fields& record, const std::vector<collected>& list,
                   column_plan& plan, record_container& records) {
   std::vector<std::pair<std::string, const collected*>> columns;
   columns.reserve(list.size());
   for (const collected& each : list) {
     std::string& key = columns.emplace_back(column_key(each), &each).first;
-    // What is found in slack keeps the names that stand there: meant, they tell what it was.
+    // Records found in slack keep their names: meant, they show what was there.
     if (!record.slack_search && !is_printable_name(key)) key = printable_name(key);
   }
   std::stable_sort(columns.begin(), columns.end(),
@@ -119,8 +120,8 @@ void plan_columns(const record_fields& record, const std::vector<collected>& lis
   plan.shape = records.intern_shape(std::move(shape));
 }
 
-// The provider beside named fields. That the record's own value does not count when its name
-// stands first is meant.
+// The provider beside named fields. Meant: the record's own value does not count if its name comes
+// first.
 void find_pulled_provider(const record_fields& record, std::span<const std::string> names,
                           column_plan& plan, record_container& records) {
   constexpr std::string_view name = "Provider Name";
@@ -156,7 +157,7 @@ column_plan plan_all_data(const record_fields& record, bool skip_system_fields,
       list.push_back({field.name, 0, 0, &field});
     }
   }
-  // The first "EventRecordID" stays: meant, though its fellows go.
+  // The first "EventRecordID" stays: meant, although the similar fields are removed.
   if (skip_system_fields) {
     drop_first(list, "EventID");
     drop_first(list, "SystemTime");
@@ -172,7 +173,7 @@ column_plan without_repeats(const column_plan& plan, record_container& records) 
   for (const shape_column& column : plan.shape->columns) {
     if (column.literal) continue;
     std::string name = column.name.substr(0, limits::cut_name_bytes);
-    // Names that are cut to one tell their places, and stay in order.
+    // Names that become equal when cut get numbers, and stay in order.
     if (name.size() < column.name.size()) {
       char digits[24];
       name.append(digits, write_decimal(digits, shape.columns.size(), 6));

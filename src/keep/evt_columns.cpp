@@ -11,7 +11,7 @@ namespace {
 
 constexpr char no_value = '-';
 
-// What stands in the record for the source; null for what is not a text of the record.
+// The record's text for the source; null if the source is not a text of the record.
 const evt_text* find_text(const evt_record& record, evt_value_source source) {
   switch (source.kind) {
     case evt_value::source_name:
@@ -21,7 +21,7 @@ const evt_text* find_text(const evt_record& record, evt_value_source source) {
     case evt_value::string:
       return &record.strings[source.number - 1];
     case evt_value::pulled_string:
-      // Below the count, not up to it: the last string cannot be pulled. That is meant.
+      // Below the count, not equal to it: the last string cannot be pulled. That is meant.
       if (source.number == 0 || source.number >= record.strings.size()) return nullptr;
       return &record.strings[source.number - 1];
     default:
@@ -29,7 +29,7 @@ const evt_text* find_text(const evt_record& record, evt_value_source source) {
   }
 }
 
-// Text of which the conversion said that it holds control characters.
+// For text in which the conversion found control characters.
 char* clean_text(char* begin, char* end) {
   char* out = begin;
   for (const char* in = begin; in != end; ++in) {

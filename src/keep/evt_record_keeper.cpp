@@ -28,7 +28,7 @@ void evt_record_keeper::keep(const evt_record& record) {
   kept.time = record.time;
   kept.event_id = record.short_event_id();
   kept.record_number = record.record_num;
-  kept.flags = record_inside_range;  // old records too: nothing tells them from live ones
+  kept.flags = record_inside_range;  // old records too: nothing distinguishes them
   kept.is_evtx = false;
   kept.description = description_;
   kept.extra_text = log_path_;
@@ -52,7 +52,7 @@ const evt_record_keeper::column_plan& evt_record_keeper::plan_for(const evt_reco
   std::size_t strings = record.strings.size();
   const auto key = [&] { return 2 * strings + (has_sid ? 1 : 0); };
   if (key() < plans_.size() && plans_[key()]) return *plans_[key()];
-  // Only a crafted log has that many layouts. Its further records are kept without their strings.
+  // Only a crafted log has so many layouts. Its further records are kept without their strings.
   if (strings > limits::evt_layout_columns - plan_columns_) strings = 0;
   if (key() >= plans_.size()) plans_.resize(key() + 1);
   auto& plan = plans_[key()];
@@ -80,7 +80,7 @@ evt_record_keeper::column_plan evt_record_keeper::make_plan(std::vector<evt_colu
   return plan;
 }
 
-// A command may have names of its own for strings, by their number.
+// A command may have its own names for strings, by their number.
 void evt_record_keeper::apply_labels(std::vector<evt_column>& columns) const {
   if (command_.param_labels.empty()) return;
   for (evt_column& column : columns) {

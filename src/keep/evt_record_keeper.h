@@ -1,5 +1,5 @@
-// Fills `LogRecord`s from legacy .evt records and puts them into the run's container. Records that
-// have the same columns, which the count of strings and the SID decide, share their shape.
+// Fills `LogRecord`s from legacy .evt records and adds them to the run's container. Records with
+// the same columns, which depend on the number of strings and the SID, share their shape.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ class evt_record_keeper {
   void keep(const evt_record& record);
 
  private:
-  // Columns in the order of their names, and where their values come from.
+  // Columns in the order of their names, and the sources of their values.
   struct column_plan {
     const record_shape* shape = nullptr;    // of the container
     std::vector<evt_value_source> sources;  // one for each column that is not a literal
@@ -36,7 +36,7 @@ class evt_record_keeper {
 
   const ReportCommand& command_;
   record_container& records_;
-  std::uint64_t generation_ = 0;  // of the container, for which what follows holds
+  std::uint64_t generation_ = 0;  // of the container for which the following is valid
   const std::string* description_ = nullptr;
   const std::string* log_path_ = nullptr;
   column_plan named_plan_;  // of a command that does not ask for all data

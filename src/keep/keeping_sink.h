@@ -1,5 +1,5 @@
-// The sink that keeps what a log's commands select, for the tables and timelines: for each command
-// a keeper, made when it is needed.
+// The sink that keeps what a log's commands select, for tables and timelines: a keeper for each
+// command, made when needed.
 #pragma once
 
 #include <memory>
@@ -19,8 +19,8 @@ class keeping_sink : public selection_sink {
   // The commands, the container and the plans must outlive the sink.
   keeping_sink(command_refs commands, record_container& records, plan_cache& plans);
 
-  // A record of a command that emits nothing is taken without being kept. One that has none of the
-  // fields which its command pulls is not taken.
+  // A record of a command that emits nothing is accepted but not kept. One that has none of the
+  // fields which its command pulls is not accepted.
   bool take(std::size_t command, record_fields& record) override;
   bool take(std::size_t command, const evt_record& record) override;
 
@@ -28,7 +28,7 @@ class keeping_sink : public selection_sink {
   command_refs commands_;
   record_container& records_;
   plan_cache& plans_;
-  std::vector<std::unique_ptr<record_keeper>> keepers_;  // one a command, when it is needed
+  std::vector<std::unique_ptr<record_keeper>> keepers_;  // one for each command, made when needed
   std::vector<std::unique_ptr<evt_record_keeper>> evt_keepers_;
 };
 

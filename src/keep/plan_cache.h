@@ -1,4 +1,4 @@
-// The column plans of a run, so that what a command lists of the records of a layout is worked out
+// The column plans of a run, so that what a command lists of the records of a layout is computed
 // once for all logs. Commands that list the same share their plans.
 #pragma once
 
@@ -19,14 +19,14 @@ namespace zanvik {
 // Plans by layout id, for the commands that list the same.
 class layout_plans {
  public:
-  // The plan for the layout, null when there is none; it is valid until the next `add`, `clear` or
+  // The plan for the layout, null if there is none; valid until the next `add`, `clear` or
   // `start_generation`.
   const column_plan* find(std::uint64_t layout_id) {
     recent_plan& recent = recent_[layout_id % recent_.size()];
     if (recent.layout_id != layout_id) recent = {layout_id, look_up(layout_id)};
     return recent.plan;
   }
-  // The layout has none yet. What is held may be dropped for it when that has become too much.
+  // The layout has no plan yet. Existing plans may be dropped if there are too many.
   const column_plan& add(std::uint64_t layout_id, column_plan plan);
   // Plans point into a record container: those of an earlier generation of it are dropped.
   void start_generation(std::uint64_t generation);
@@ -34,9 +34,9 @@ class layout_plans {
   std::size_t size() const { return by_layout_.size(); }
 
  private:
-  // What was found lately; most records have one of a few layouts.
+  // Recently found plans; most records have one of a few layouts.
   struct recent_plan {
-    std::uint64_t layout_id = 0;  // no layout's
+    std::uint64_t layout_id = 0;  // not the ID of any layout
     const column_plan* plan = nullptr;
   };
 
@@ -55,7 +55,7 @@ class plan_cache {
   // The plans for what the command lists; valid until `drop_if_full`.
   layout_plans& of(const ReportCommand& command);
 
-  // Starts anew when more is held than the limits allow; call it between logs.
+  // Empties the cache if it exceeds the limits; call it between logs.
   void drop_if_full();
 
  private:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view null_text = "[null]";
 
-// The text of a value that has one in its place, on one line.
+// The text of a value that was replaced by one, on one line.
 std::string replaced_column_text(std::string text, const plan_value& value, value_form form,
                                  bool& marked) {
   if (value.one_line) std::erase(text, '\n');
@@ -25,7 +25,7 @@ std::string replaced_column_text(std::string text, const plan_value& value, valu
   return text;
 }
 
-// What a record of the layout repeats of it, at most.
+// The most that a record of the layout repeats of it.
 std::size_t repeated_bytes(const record_layout& layout) {
   std::size_t bytes = 0;
   for (const std::string& name : layout.names) bytes += repeated_column_bytes + name.size();
@@ -69,7 +69,7 @@ class block_writer {
   }
 
  private:
-  // Room for a cell with a text of as many bytes.
+  // Makes room for a cell with a text of this many bytes.
   void make_room(std::size_t bytes) {
     bytes += max_cell_head;
     if (!tight_buffers && bytes <= static_cast<std::size_t>(limit_ - at_)) return;
@@ -81,7 +81,7 @@ class block_writer {
 
   std::string_view finish(char* end, bool marked) {
     char* const text = at_ + 1;
-    if (end == text + 1 && *text == ',') end = text;  // what a line break becomes
+    if (end == text + 1 && *text == ',') end = text;  // a line break becomes this
     const auto length = static_cast<std::size_t>(end - text);
     at_ = finish_cell(at_, end, marked);
     return {at_ - length, length};
@@ -94,7 +94,7 @@ class block_writer {
 
   record_arena& arena_;
   value_writer& writer_;
-  char* at_;     // where the next cell goes
+  char* at_;     // where the next cell is written
   char* begin_;  // of the cells so far
   char* limit_;
 };
@@ -119,7 +119,7 @@ bool record_keeper::keep(const record_fields& record) {
 }
 
 void record_keeper::add_slack_columns(const record_fields& record, LogRecord& kept) {
-  // A shape of its own for each set of empty slots repeats the literals of the record's shape.
+  // A separate shape for each set of empty slots would repeat the literals of the record's shape.
   if (kept.shape && !records_.repeat(kept.shape->repeated_bytes)) return;
   const bool cleaned = record.plain && record.in_slack;
   if (!cleaned && kept.shape && slot_columns_.add(kept, record, records_)) return;
@@ -129,8 +129,8 @@ void record_keeper::add_slack_columns(const record_fields& record, LogRecord& ke
   pack_columns(kept, columns, records_);
 }
 
-// With the search for slack on, a record that no slot gives an ID is asked for a field of its
-// template; what selects records is not changed by that.
+// With the search for slack on, a record whose slots give no ID is asked for a field of its
+// template; this does not change what is selected.
 std::uint64_t record_keeper::event_id_of(const record_fields& record) {
   if (record.event_id != 0 || record.plain || !record.slack_search) return record.event_id;
   const layout_field* field = find_layout_field(*record.layout, "EventID");
@@ -138,7 +138,7 @@ std::uint64_t record_keeper::event_id_of(const record_fields& record) {
   return static_cast<std::uint64_t>(id.value_or(0));
 }
 
-// Gives the record its columns; all data is more than any list of names.
+// Gives the record its columns; all data takes precedence over any list of names.
 bool record_keeper::fill(const record_fields& record, LogRecord& kept) {
   if (!command_.all_data && command_.pull.empty()) return true;
   if (record.layout->id == 0) {
@@ -170,12 +170,12 @@ LogRecord record_keeper::head_of(const record_fields& record) {
   return kept;
 }
 
-// The plan that holds for all records of the layout; where the log has repeated too much of its
-// templates already, one that repeats nothing.
+// The plan for all records of the layout; if the log has already repeated too much of its
+// templates, one that repeats nothing.
 const column_plan& record_keeper::plan_for(const record_fields& record) {
   plans_.start_generation(generation_);
   const column_plan* plan = plans_.find(record.layout->id);
-  // Before it takes memory: a shape repeats its layout, at most.
+  // Before it takes memory: a shape repeats its layout at most.
   if (!plan && !records_.can_repeat(repeated_bytes(*record.layout))) return bare_plan_for(record);
   if (!plan) {
     column_plan made = make_plan(record, records_);
@@ -252,7 +252,7 @@ void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
     }
   }
   if (!printable_names_.empty()) {
-    // A changed name may stand elsewhere in the order, and two may have become one.
+    // A changed name may be elsewhere in the order, and two may have become one.
     const auto by_name = [](const auto& a, const auto& b) { return a.first < b.first; };
     const auto same_name = [](const auto& a, const auto& b) { return a.first == b.first; };
     std::stable_sort(plain_columns_.begin(), plain_columns_.end(), by_name);
@@ -267,7 +267,7 @@ void record_keeper::fill_plain(const record_fields& record, LogRecord& kept) {
   kept.values = writer.keep();
 }
 
-// With the search for slack on, names stay as they are: what was overwritten gives many.
+// With the search for slack on, names are not changed: overwritten bytes give many.
 void record_keeper::add_plain_column(const layout_field& field, bool as_it_is) {
   if (as_it_is || is_printable_name(field.name)) {
     plain_columns_.emplace_back(field.name, &field);
@@ -276,8 +276,8 @@ void record_keeper::add_plain_column(const layout_field& field, bool as_it_is) {
   }
 }
 
-// The same for named fields. The plan has all of them as texts of this one record; only the names
-// are fit to be shared.
+// The same for named fields. The plan has all of them as texts of this record; only the names can
+// be shared.
 bool record_keeper::fill_plain_pulled(const record_fields& record, LogRecord& kept) {
   const column_plan plan = plan_pulled(record, command_.pull, plain_records_);
   if (!plan.selects) return false;

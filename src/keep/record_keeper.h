@@ -1,5 +1,5 @@
-// Fills `LogRecord`s from decoded .evtx records and puts them into the run's container: the values
-// of a record are rendered once, straight into the container's memory, in the order of its columns.
+// Fills `LogRecord`s from decoded .evtx records and adds them to the run's container: the values of
+// a record are rendered once, directly into the container's memory, in the order of its columns.
 #pragma once
 
 #include <cstdint>
@@ -28,11 +28,11 @@ class record_keeper {
   }
 
   // Gives the record, which passed the command's tests, the texts that the command's translators
-  // make. Returns whether there were any.
+  // make. Returns whether there are any.
   bool translate(record_fields& record) { return translator_ && translator_->translate(record); }
 
-  // Adds the record, which passed the command's tests. Returns false, with nothing added, when it
-  // has none of the fields that the command pulls.
+  // Adds the record, which passed the command's tests. Returns false, with nothing added, if it has
+  // none of the fields that the command pulls.
   bool keep(const record_fields& record);
 
  private:
@@ -52,16 +52,16 @@ class record_keeper {
   const ReportCommand& command_;
   record_container& records_;
   std::optional<slot_translator> translator_;
-  std::uint64_t generation_ = 0;  // of the container, for which what follows holds
+  std::uint64_t generation_ = 0;  // of the container for which the following is valid
   const std::string* description_ = nullptr;
   const std::string* log_path_ = nullptr;
   const std::string* last_provider_ = nullptr;
   layout_plans& plans_;
   column_plan own_plan_;                                       // of one record
   std::unordered_map<std::uint64_t, column_plan> bare_plans_;  // by layout
-  record_container plain_records_;                             // for plans that do not stay
+  record_container plain_records_;                             // for plans that are not kept
   std::vector<std::pair<std::string_view, const layout_field*>> plain_columns_;  // of one record
-  std::deque<std::string> printable_names_;  // those of its names that had to be changed
+  std::deque<std::string> printable_names_;  // those of its names that were changed
   std::vector<std::string_view> names_;
   value_writer writer_;
   slot_columns slot_columns_;

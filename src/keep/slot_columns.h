@@ -1,9 +1,8 @@
 // The columns "s01" and so on, which records get from the first candidate of slack on: each own
-// slot that has a text. Which of them a record has is a matter of its values, but records of a
-// shape mostly agree, so the columns are put together once for each shape and set of slots.
+// slot that has a text. Its values decide which of them a record has, but records of a shape mostly
+// agree, so the columns are computed once for each shape and set of slots.
 //
-// The plain way to the same columns is `add_slot_columns` (slack_columns.h), which tests hold this
-// against.
+// The plain way to the same columns is `add_slot_columns` (slack_columns.h); tests compare the two.
 #pragma once
 
 #include <bitset>
@@ -20,18 +19,18 @@ namespace zanvik {
 
 class slot_columns {
  public:
-  // Gives `kept` the columns of the record's own slots besides its own, in the memory of `records`,
-  // and the slots' marks. Returns false, with `kept` unchanged, for a record with more slots than
-  // tables have, as only crafted ones come to.
+  // Adds the columns of the record's own slots to those of `kept`, in the memory of `records`, and
+  // adds the slots' marks. Returns false, with `kept` unchanged, for a record with more slots than
+  // tables have; only crafted ones do.
   bool add(LogRecord& kept, const record_fields& record, record_container& records);
 
-  // Forgets what points into the container, which is to be cleared.
+  // Forgets everything that points into the container, which is about to be cleared.
   void clear() { merged_.clear(); }
 
  private:
   static constexpr std::size_t most_slots = 128;
 
-  // A slot with a text: its number among the own ones from 1, and where in `text_` that ends.
+  // A slot with a text: its number among the own ones from 1, and the end of its text in `text_`.
   struct found_slot {
     unsigned number;
     std::size_t end;
@@ -65,7 +64,7 @@ class slot_columns {
   std::string_view slot_text(std::size_t index) const;
 
   std::unordered_map<merged_key, merged_shape, key_hash> merged_;
-  std::string text_;  // of the record's slots, one behind the other
+  std::string text_;  // of the record's slots, one after the other
   std::vector<found_slot> found_;
   std::bitset<most_slots> slots_;
   std::vector<value_cell> cells_;

@@ -31,7 +31,7 @@ std::string_view level_text(bool is_evtx, std::uint32_t level) {
       return "warn";
     case 8:
       return "a-pass";
-    case 10:  // decimal, and meant: a failed audit is type 16, which so gives "unk"
+    case 10:  // decimal, and meant: a failed audit is type 16, so it gives "unk"
       return "a-fail";
     default:
       return "unk";
@@ -63,7 +63,7 @@ void append_text_cell(std::string& out, std::string_view text, std::size_t width
   }
   // Two searches for one byte each are faster than one for either.
   if (out.find('\n', begin) != std::string::npos || out.find('\r', begin) != std::string::npos) {
-    // The quotes are marked along: they are what stands behind an odd run of line ends.
+    // The quotes are marked too: they follow an odd run of line ends.
     out.replace(begin, std::string::npos, mark_line_ends(std::string_view(out).substr(begin)));
   }
   if (rules.padded) pad_from(out, begin, width);

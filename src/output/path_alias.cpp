@@ -13,7 +13,7 @@ std::string apply_alias(const output_format& format, std::string_view path) {
     if (key.size() >= path.size()) continue;
     const std::size_t found = lowered.find(key);
     if (found == std::string::npos) continue;
-    // What stood before the key is dropped, wherever in the path it was found.
+    // The text before the key is dropped, wherever the key is in the path.
     return alias + std::string(path.substr(found + key.size()));
   }
   return std::string(path);

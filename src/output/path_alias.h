@@ -1,4 +1,4 @@
-// What is shown for the path of a log where `-alias` or `-aliaspath` replaces it.
+// The text shown for the path of a log that `-alias` or `-aliaspath` replaces.
 #pragma once
 
 #include <string>
@@ -8,9 +8,9 @@
 
 namespace zanvik {
 
-// The text to show for `path`: the alias of the whole path, else of the first folder alias (in
-// order of its keys) that is found anywhere in it, followed by what stands behind; else the path
-// as it is. Keys are lower-cased, and compared without regard to ASCII case.
+// The text to show for `path`: the alias of the whole path; else that of the first folder alias (in
+// order of its keys) found anywhere in it, followed by the rest of the path; else the path itself.
+// Keys are lower-cased, and compared without regard to ASCII case.
 std::string apply_alias(const output_format& format, std::string_view path);
 
 }  // namespace zanvik

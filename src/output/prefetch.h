@@ -1,8 +1,8 @@
 // Asks the processor for memory that will be read soon.
 //
-// A group's records lie scattered among those of other groups, so that each one, and its values,
-// would be waited for: asking ahead makes a table of 150,000 rows twice as fast. Only a hint; any
-// address may come in, and nothing is read.
+// A group's records are scattered among those of other groups, so each one, and its values, would
+// cause a wait: asking ahead makes a table of 150,000 rows twice as fast. Only a hint; any address
+// may come in, and nothing is read.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace zanvik {
 
-inline constexpr std::size_t records_ahead = 12;  // how long before its turn a record is asked for
+inline constexpr std::size_t records_ahead = 12;  // how long before its turn a record is requested
 inline constexpr std::size_t values_ahead = 3;    // and its values
 inline constexpr std::size_t value_bytes_ahead = 512;
 

@@ -21,7 +21,7 @@ void row_buffer::make_room(std::size_t bytes) {
   if (tight_buffers) {
     allocate(bytes);
   } else if (bytes > size) {
-    // Twice the need, so that rows of this size are collected too.
+    // Twice the request, so that rows of this size are collected too.
     allocate(std::max(bytes * 2, default_bytes));
   }
 }

@@ -1,8 +1,8 @@
-// Collects lines and hands them to a stream in large writes.
+// Collects lines and writes them to a stream in large pieces.
 //
-// A writer asks for room, writes behind the pointer it gets, and commits the end it came to.
-// Another `slack` bytes behind the room may be overwritten, so that short copies can be of fixed
-// size. The buffer grows for a request that is larger than itself.
+// A writer requests room, writes at the pointer it gets, and commits the end. Another `slack` bytes
+// after the room may be overwritten, so that short copies can have a fixed size. The buffer grows
+// for a request that is larger than itself.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@ class row_buffer {
   row_buffer(const row_buffer&) = delete;
   row_buffer& operator=(const row_buffer&) = delete;
 
-  // Place for `bytes`, behind what was committed; valid until the next call.
+  // Place for `bytes`, after what was committed; valid until the next call.
   char* room(std::size_t bytes) {
     if (tight_buffers || bytes > static_cast<std::size_t>(limit_ - at_)) make_room(bytes);
     return at_;
@@ -36,7 +36,7 @@ class row_buffer {
     if (!text.empty()) std::memcpy(to, text.data(), text.size());
     commit(to + text.size());
   }
-  // Hands everything committed to the stream.
+  // Writes everything committed to the stream.
   void flush();
 
  private:

@@ -1,5 +1,5 @@
 // The date and the time of a record as its table shows them: in the formats of the run, or blanks
-// for a count that is no time. Make one for a whole run of tables; it remembers the last day.
+// for a count that is not a time. Make one for a whole run of tables; it remembers the last day.
 #pragma once
 
 #include <cstdint>
@@ -15,9 +15,9 @@ class time_cells {
   explicit time_cells(const output_format& format)
       : formatter_(format.descriptor), blank_(format.no_whitespace ? "" : " ") {}
 
-  // Sets date() and time(), which live until the next call.
+  // Sets date() and time(), which are valid until the next call.
   void read(std::uint64_t filetime) {
-    // The result is false for a descriptor without separator too, though the texts are there.
+    // The result is also false for a descriptor without separator, although the texts are there.
     (void)formatter_.format(filetime);
     date_ = formatter_.date();
     time_ = formatter_.time();

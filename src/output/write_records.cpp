@@ -30,8 +30,8 @@ struct group_key_hash {
   }
 };
 
-// Sorts records into groups. The groups found first get the numbers; `ranks` then says where each
-// stands among the others.
+// Sorts records into groups. Groups are numbered as they are found; `ranks` then says where each is
+// in the order.
 class grouping {
  public:
   explicit grouping(std::span<const LogRecord* const> records);
@@ -64,8 +64,7 @@ grouping::grouping(std::span<const LogRecord* const> records) {
 }
 
 std::vector<std::uint32_t> grouping::number_records(std::span<const LogRecord* const> records) {
-  constexpr std::size_t few_groups =
-      24;  // small logs have no more: looking through them is quicker
+  constexpr std::size_t few_groups = 24;  // small logs have no more: a linear search is faster
   std::unordered_map<group_key, std::uint32_t, group_key_hash> numbers;
   std::vector<std::uint32_t> result;
   result.reserve(records.size());
@@ -91,8 +90,8 @@ std::vector<std::uint32_t> grouping::number_records(std::span<const LogRecord* c
   return result;
 }
 
-// The rank of each numbered group; equal texts at two addresses would share one. Makes `begins_`
-// as long as it has to be.
+// The rank of each numbered group; equal texts at two addresses share one. Makes `begins_` as long
+// as needed.
 std::vector<std::uint32_t> grouping::rank_groups() {
   std::vector<std::uint32_t> order(keys_.size());
   for (std::uint32_t i = 0; i < order.size(); ++i) order[i] = i;

@@ -2,17 +2,17 @@
 // table for each event ID and provider, or one stream of timeline lines.
 //
 //   write_records     dispatch, called each time a set of selected records is complete
-//   write_grouped     one table a group, an empty line between them
+//   write_grouped     one table for each group, an empty line between them
 //   event_table.h     one table: its columns (table_layout.h) and its rows (row_writer.h, by the
 //                     plans of row_plan.h), which table_cache.h keeps for the next log
 //   timeline_writer.h the timelines, by the plans of timeline_fields.h; their headers and inodes in
 //                     timeline_text.h
 //   cell_text.h       the texts of single cells; path_alias.h has a log's path, time_cells.h a time
-//   row_buffer.h      where rows are put together; short_copy.h and prefetch.h make that quick
-//   write_context.h   what writers are told besides the records and the format
+//   row_buffer.h      where rows are built; short_copy.h and prefetch.h make that fast
+//   write_context.h   what writers need besides the records and the format
 //
-// No writer reports an error: a stream in a failed state swallows what follows. Nothing is kept
-// between calls but what is in `output_memory`.
+// No writer reports an error: a stream in a failed state drops what follows. Nothing is kept
+// between calls except what is in `output_memory`.
 #pragma once
 
 #include <ostream>
@@ -25,20 +25,20 @@
 
 namespace zanvik {
 
-// What the writers keep between the calls of a run. All its calls have one format and context.
+// What the writers keep between the calls of a run. All its calls have the same format and context.
 struct output_memory {
   table_cache tables;
   bool header_pending =
       true;  // of a timeline, which has one header in a run; no table leaves it on
 };
 
-// Writes the records of the container, by time within their groups, in the form that `format` asks
-// for; all bytes have reached `out` on return. An empty container writes nothing, not even a
+// Writes the records of the container, by time within their groups, in the form that `format`
+// selects; all bytes have reached `out` on return. An empty container writes nothing, not even a
 // header.
 void write_records(std::ostream& out, record_container& records, const output_format& format,
                    const write_context& context, output_memory& memory);
 
-// Writes one table a group of equal event ID and provider, in order of ID and then of the
+// Writes one table for each group of equal event ID and provider, in order of ID and then of the
 // provider's bytes. `records` are in time order and stay so within a group.
 void write_grouped(std::ostream& out, std::span<const LogRecord* const> records,
                    const output_format& format, const write_context& context, table_cache& tables);

@@ -18,7 +18,7 @@ bool read_number(std::string_view text, unsigned most, unsigned& out) {
          out <= most;
 }
 
-// Calls `use` for each part between commas; false as soon as that is.
+// Calls `use` for each part between commas; returns false as soon as that does.
 template <typename F>
 bool for_each_part(std::string_view text, F&& use) {
   for (;;) {
@@ -36,7 +36,7 @@ struct named_level {
 constexpr named_level level_names[] = {{"critical", 1},    {"error", 2}, {"warning", 3},
                                        {"information", 4}, {"info", 4},  {"verbose", 5}};
 
-// Takes a number of `digits` digits off the front, after `before` where that is not 0.
+// Removes a number of `digits` digits from the front.
 class time_parts {
  public:
   explicit time_parts(std::string_view text) : rest_(text) {}
@@ -78,7 +78,7 @@ unsigned days_in(unsigned year, unsigned month) {
 constexpr std::int64_t second = qx::ticks_per_second;
 constexpr std::int64_t minute = 60 * second;
 
-// What stands behind the date: ticks since midnight, and ticks that the last unit given takes.
+// The part after the date: ticks since midnight, and ticks that the last given unit lasts.
 bool read_time_of_day(time_parts& parts, std::int64_t& ticks, std::int64_t& unit) {
   unsigned hours = 0;
   unsigned minutes = 0;
@@ -264,7 +264,7 @@ bool event_filter::text_matches(const event_view& event, std::uint32_t field,
   return false;
 }
 
-// An event holds a value if one of the fields meant has it; without such a field it has none.
+// An event has a value if one of the named fields has it; without such a field it has none.
 bool event_filter::where_holds(const event_view& event, const known_shape& known) {
   for (std::size_t i = 0; i < conditions_.where.size(); ++i) {
     const where_condition& condition = conditions_.where[i];
@@ -277,7 +277,7 @@ bool event_filter::where_holds(const event_view& event, const known_shape& known
   return true;
 }
 
-// In whatever field: a SID, a name, or the name behind a domain and `\`.
+// In any field: a SID, a name, or the name after a domain and `\`.
 bool event_filter::has_user(const event_view& event) {
   const auto is_user = [this](std::string_view text) {
     const std::size_t slash = text.rfind('\\');

@@ -1,7 +1,7 @@
 // Which events a verb takes: conditions on any field, for whole events of either reader.
 //
-// In: conditions, as options give them; the texts are checked when they are added. Out: yes or no
-// for each event. All conditions have to hold. Fields are looked up once for each shape of events.
+// In: conditions, as options give them; their texts are checked when they are added. Out: yes or no
+// for each event. All conditions must hold. Fields are looked up once for each shape of events.
 #pragma once
 
 #include <bitset>
@@ -39,17 +39,17 @@ struct event_conditions {
   bool any() const;
 };
 
-// These read what an option says; on failure they return false, or nothing, and set no more than
-// they had.
+// These read the text of an option. On failure they return false, or nothing, and change nothing.
 //
-// "4624,4625,1000-1010", "!4634": those, without those. What is left out alone leaves all others.
+// "4624,4625,1000-1010" selects these, "!4634" all but this.
 bool read_event_ids(std::string_view text, event_conditions& out);
 // "error,warning" or numbers.
 bool read_levels(std::string_view text, event_conditions& out);
 // "NAME=PATTERN", "NAME!=PATTERN".
 bool read_where(std::string_view text, event_conditions& out);
-// ISO 8601: a date, or a date and a time, with `T` or a blank between, `Z` or an offset behind it
-// or neither, which is UTC. The FILETIME of its first tick, or of the last one that it covers.
+// ISO 8601: a date, or a date and a time with `T` or a blank between them, followed by `Z`, an
+// offset or nothing, which means UTC. The FILETIME of its first tick, or of the last one that it
+// covers.
 std::optional<std::uint64_t> read_time(std::string_view text, bool last_tick);
 
 class event_filter {

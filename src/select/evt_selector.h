@@ -1,5 +1,5 @@
-// The sink that tries each legacy .evt record against the commands of a log, in their order, and
-// hands it on with the first that selects it.
+// The sink that compares each legacy .evt record with the commands of a log, in order, and passes
+// it on with the first that selects it.
 #pragma once
 
 #include <string>
@@ -11,8 +11,8 @@
 
 namespace zanvik {
 
-// Whether the command selects the record: by number, time (both ends inclusive, a stop time of 0
-// is none), conditions, level and text. `scratch` is used for texts.
+// Whether the command selects the record: by number, time (both ends inclusive; a stop time of 0
+// means none), conditions, level and text. `scratch` is used for texts.
 bool match_evt_record(const ReportCommand& command, const evt_record& record, std::string& scratch);
 
 class evt_selector : public evt_sink {

@@ -46,7 +46,7 @@ void evtx_selector::add_condition(std::string_view term) {
   if (added.has_needle) added.needle = term.substr(bar + 1);
 }
 
-// Mostly all commands have the run's text, so the one before is the one to look at.
+// Usually all commands have the run's text, so the previous one is the first to try.
 std::size_t evtx_selector::add_search(const std::string& text) {
   if (searches_.empty() || searches_.back().search.text() != text) {
     searches_.push_back({text_search(text), 0, false});
@@ -69,18 +69,19 @@ void evtx_selector::on_record(record_fields& record) {
     const bool own_first = more_own && (!more_any || own->second < *any);
     const std::size_t command = own_first ? (own++)->second : *any++;
     if (!match_record(command, record)) continue;
-    if (sink_.take(command, record)) return;  // what is kept is kept once
+    if (sink_.take(command, record)) return;  // a record is kept once
     forget_texts();
   }
 }
 
-// The record's values may be no longer what they were when commands looked at them.
+// The record's values may have changed since commands read them.
 void evtx_selector::forget_texts() {
   ++record_count_;
   values_started_ = false;
 }
 
-// What is left to be tested of a command for this event ID, the cheap tests first: nothing is
+// What is still to be tested for a command and this event ID, cheap tests first: nothing is
+// rendered for a record that fails by its time.
 // rendered for a record that fails by its time.
 bool evtx_selector::match_record(std::size_t command, const record_fields& record) {
   if (!is_in_time(commands_[command], record.time)) return false;

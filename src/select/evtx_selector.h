@@ -1,9 +1,9 @@
-// The sink that tries each decoded .evtx record against the commands of a log, in their order, and
-// hands it on with the first that selects it.
+// The sink that compares each decoded .evtx record with the commands of a log, in order, and passes
+// it on with the first that selects it.
 //
-// Commands are found by the record's event ID, so that the others cost nothing; what several of
-// them look at is made into text once. Names and texts are looked up as in named_values.h and
-// text_search.h. Tests hold the sink against the rule itself, in tests/reference/.
+// Commands are found by the record's event ID, so others cost nothing; a value that several of them
+// test is made into text once. Names and texts are looked up as in named_values.h and
+// text_search.h. Tests compare the sink with the plain rule in tests/reference/.
 #pragma once
 
 #include <cstdint>
@@ -31,11 +31,11 @@ class evtx_selector : public record_sink {
  private:
   struct condition {
     std::size_t name = 0;     // of `values_`
-    bool has_needle = false;  // otherwise the field's being there is enough
+    bool has_needle = false;  // otherwise it is enough that the field exists
     std::string needle;
     std::unordered_map<std::uint64_t, bool> of_layouts;  // answers for long literals, by layout id
   };
-  // A text that commands search for, and the answer for the record in hand.
+  // A text that commands search for, and the answer for the current record.
   struct shared_search {
     text_search search;
     std::uint64_t record = 0;
@@ -57,14 +57,14 @@ class evtx_selector : public record_sink {
 
   command_refs commands_;
   selection_sink& sink_;
-  std::vector<std::pair<std::uint64_t, std::size_t>> by_event_id_;  // sorted: id, command
-  std::vector<std::size_t> for_any_id_;                             // rising
-  std::vector<command_test> tests_;                                 // one a command
+  std::vector<std::pair<std::uint64_t, std::size_t>> by_event_id_;  // sorted by ID, then command
+  std::vector<std::size_t> for_any_id_;                             // ascending
+  std::vector<command_test> tests_;                                 // one for each command
   std::vector<condition> conditions_;
   std::vector<shared_search> searches_;
   named_values values_;
   std::uint64_t record_count_ = 0;  // records, and changes of their values
-  bool values_started_ = false;     // for the record in hand
+  bool values_started_ = false;     // for the current record
 };
 
 }  // namespace zanvik

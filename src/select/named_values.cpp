@@ -5,7 +5,7 @@
 namespace zanvik {
 namespace {
 
-// Places that are remembered at the most; a run with more of them starts the cache anew.
+// Maximum number of remembered places; beyond this the cache is emptied.
 constexpr std::size_t places_max = std::size_t{1} << 20;
 
 }  // namespace
@@ -50,7 +50,7 @@ std::optional<std::string_view> named_values::text(std::size_t name) {
   name_state& state = names_[name];
   if (at.kind == place::unknown) at = find(*record_->layout, state.name);
   if (at.kind == place::none) return std::nullopt;
-  // By index, not by address: the layout may be another object of the same content.
+  // By index, not by address: the layout may be another object with the same content.
   if (at.kind == place::field) return record_->layout->fields[at.index].text;
   if (state.record != record_count_) {
     state.record = record_count_;

@@ -1,6 +1,6 @@
-// The values that conditions name, of one .evtx record after the other: where a name leads to is
-// looked up once for each layout, and a value's text is made once for each record, when somebody
-// asks. The answers are those of find_field (evtx_fields.h) without cleaning.
+// The values that conditions name, for one .evtx record after the other. A name is looked up once
+// for each layout, and a value's text is made at most once for each record, when needed. The
+// answers are those of find_field (evtx_fields.h) without cleaning.
 #pragma once
 
 #include <cstdint>
@@ -19,16 +19,16 @@ class named_values {
   // The number of a name; equal names have one number. All are added before the first record.
   std::size_t add(std::string_view name);
 
-  // Makes `record` the one whose values are asked for; it has to live as long as they are.
+  // Makes `record` the current one; it has to live as long as its values are used.
   void start_record(const record_fields& record);
 
-  // The id of the layout that gives the value as a literal, so that its text is the same for all
-  // records of that layout; 0 when it is the record's own. Call it after `text`.
+  // The ID of the layout that has the value as a literal, so that its text is the same for all
+  // records of that layout; 0 if the value is the record's own. Call it after `text`.
   std::uint64_t layout_of(std::size_t name) const {
     return (*places_)[name].kind == place::field ? record_->layout->id : 0;
   }
 
-  // The text of the value, valid until the next record; nothing when the record has no such field.
+  // The text of the value, valid until the next record; nothing if the record has no such field.
   std::optional<std::string_view> text(std::size_t name);
 
  private:
@@ -39,7 +39,7 @@ class named_values {
   };
   struct name_state {
     std::string name;
-    std::uint64_t record = 0;  // whose text `text` is, by `record_count_`
+    std::uint64_t record = 0;  // the record of `text`, by `record_count_`
     std::string text;
   };
 

@@ -1,11 +1,11 @@
-// The way into this folder: which records of a log its commands want.
+// The way into this folder: which records of a log its commands select.
 //
-//   evtx_selector.h     the sink that tries .evtx records against a log's commands, by the quick
+//   evtx_selector.h     the sink that compares .evtx records with a log's commands, by the quick
 //                       look-ups of named_values.h and text_search.h (events/evtx_fields.h has the
-//                       rule); evt_selector.h the same for legacy records (events/evt_fields.h)
-//   selection_sink.h    what selected records go to: keep/ keeps them, stats/ counts them
+//                       rule); evt_selector.h does it for legacy records (events/evt_fields.h)
+//   selection_sink.h    where selected records go: keep/ keeps them, stats/ counts them
 //
-// Nothing here knows what becomes of a record.
+// Nothing here knows what is done with a record.
 #pragma once
 
 // IWYU pragma: begin_exports

@@ -8,7 +8,7 @@
 namespace zanvik {
 namespace {
 
-// Every character, in lower case, that the text of a value of these types may have: numbers in
+// Every character, in lower case, that the text of a value of these types may contain: numbers in
 // either base, times, GUIDs, SIDs, "true", "false", "inf", "nan".
 constexpr std::string_view closed_text_characters = "0123456789abcdefx-+.:/ silnrtu";
 
@@ -54,7 +54,7 @@ bool text_search::slot_holds(const record_fields& record, std::size_t slot) {
   }
   const record_slot& entry = record.slots[slot];
   if (only_in_free_text_ && !is_free_text(entry.type)) return false;
-  // A unit of 2 bytes becomes 3 bytes at the most.
+  // A unit of 2 bytes becomes at most 3 bytes.
   if (entry.type == value_type::utf16 && entry.size / 2 * 3 < text_.size()) return false;
   const raw_value value = record.value(slot);
   const std::size_t bound = value_text_bound(value);

@@ -1,5 +1,5 @@
-// The search for a text in all names and values of .evtx records: what the template decides is
-// decided once for each layout, and values that cannot hold the text are not made into texts.
+// The search for a text in all names and values of .evtx records. What the template decides is
+// decided once for each layout, and values that cannot contain the text are not made into texts.
 #pragma once
 
 #include <cstdint>
@@ -23,9 +23,9 @@ class text_search {
   bool slot_holds(const record_fields& record, std::size_t slot);
 
   std::string text_;
-  bool only_in_free_text_;                             // no number, time or identifier can hold it
+  bool only_in_free_text_;  // no number, time or identifier can contain it
   std::unordered_map<std::uint64_t, bool> by_layout_;  // by layout id
-  std::uint64_t layout_id_ = 0;                        // of the record before
+  std::uint64_t layout_id_ = 0;                        // of the previous record
   bool layout_answer_ = false;
   std::string buffer_;
   value_writer writer_;

@@ -1,7 +1,7 @@
 // One table of records: header and rows, padded for reading or as CSV.
 //
 // The columns are those of all its records (table_layout.h), so a table takes two passes. Records
-// that lie outside their chunk's range are left out without `-inc_slack`, though they count for the
+// outside their chunk's range are left out without `-inc_slack`, although they count for the
 // columns; a table without rows still has its header.
 #pragma once
 

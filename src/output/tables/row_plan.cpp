@@ -6,7 +6,7 @@
 namespace zanvik {
 namespace {
 
-// Puts cells into the row from the first field column on; those past the last column vanish.
+// Adds cells to the row from the first field column on; those past the last column are dropped.
 class planner {
  public:
   planner(const table_layout& layout, const text_rules& rules, const std::string& separator)
@@ -28,7 +28,7 @@ class planner {
   row_plan finish();
 
  private:
-  // Writes what stands before the next cell; false if there is no column for it.
+  // Writes what precedes the next cell; false if there is no column for it.
   bool begin_cell() {
     if (at_ == layout_.columns.size()) return false;
     if (at_ != layout_.first_field) plan_.text += separator_;
@@ -45,13 +45,13 @@ class planner {
   const text_rules& rules_;
   const std::string& separator_;
   std::size_t at_;
-  std::size_t planned_text_ = 0;  // how much of the text belongs to steps
+  std::size_t planned_text_ = 0;  // how much of the text the steps use
   row_plan plan_;
 };
 
 row_plan planner::finish() {
   plan_.has_log_cell = begin_cell();
-  // What is passed over at the end of a block need not be read at all.
+  // Values skipped at the end of a block need not be read at all.
   while (!plan_.steps.empty() && plan_.steps.back().skipped) {
     planned_text_ -= plan_.steps.back().text_size;
     plan_.steps.pop_back();
@@ -69,7 +69,7 @@ row_plan make_row_plan(const table_layout& layout, const LogRecord& record, cons
   planner plan(layout, rules, separator);
   const std::vector<shape_column>& names = layout.naming_shape(record).columns;
   const std::vector<shape_column>& columns = record.shape->columns;
-  std::size_t next = 0;  // of the record's columns, which stand in the order of the fields
+  std::size_t next = 0;  // of the record's columns, which are in the order of the fields
   const auto pass_over = [&] {
     if (!columns[next++].literal) plan.skip_value();
   };
@@ -77,8 +77,8 @@ row_plan make_row_plan(const table_layout& layout, const LogRecord& record, cons
     while (next < names.size() && names[next].name < field.name) pass_over();
     const bool found = next < names.size() && names[next].name == field.name;
     if (!found) {
-      // A dropped column that the record lacks takes a cell too, and moves all that follow by one.
-      // It is meant: reports have always come out like that.
+      // A dropped column that the record lacks takes a cell too, and moves all later ones by one.
+      // Meant: reports have always looked like that.
       plan.add_text({});
     } else if (field.dropped) {
       pass_over();

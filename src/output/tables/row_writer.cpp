@@ -17,7 +17,7 @@ static_assert(row_buffer::slack >= 2 * stride && record_arena::slack >= 2 * stri
 
 constexpr char blanks[stride + 1] = "                                ";
 
-// Places of the columns that each table has. The date and the time may be one column.
+// Indices of the columns that every table has. The date and the time may be one column.
 constexpr std::size_t number_column = 0;
 constexpr std::size_t date_column = 2;
 constexpr std::size_t time_column = 3;
@@ -59,7 +59,8 @@ row_writer::row_writer(row_buffer& out, time_cells& times, table_plan& table,
       number_width_(layout_.columns[number_column].width),
       date_width_(layout_.columns[date_column].width),
       time_width_(format.pair_datetime ? 0 : layout_.columns[time_column].width) {
-  // A mark tells of commas, bars and line ends; for any other separator all must be looked at.
+  // A mark tells of commas, bars and line ends; for any other separator all values must be
+  // searched.
   const char separator = rules_.separator_char;
   look_at_all_ = separator != 0 && separator != ',' && separator != '|';
   fixed_room_ = fixed_cells_room + date_width_ + time_width_ + 8 * format.csv_separator.size();
@@ -96,7 +97,7 @@ const row_plan& row_writer::plan_of(const LogRecord& record) {
   const std::size_t shape = layout_.shapes.of(record);
   if (table_.rows[shape].made()) return table_.rows[shape];
   if (table_.row_bytes > most_plan_bytes) {
-    // All at once: a string that an empty one is moved to would keep its memory.
+    // In one step: a string that an empty one is moved to would keep its memory.
     table_.rows = std::vector<row_plan>(table_.rows.size());
     table_.row_bytes = 0;
   }
@@ -160,7 +161,7 @@ char* row_writer::put_marks(char* at, const LogRecord& record) {
 template <bool padded, bool quoted>
 char* row_writer::put_fields(char* at, const row_plan& plan, const char* values) {
   const char* text = plan.text.data();
-  // A length of `long_value` or more, and a mark, show in these bits of a head's first byte.
+  // A length of `long_value` or more, and a mark, are visible in these bits of a head's first byte.
   const unsigned long_way = look_at_all_ ? 0xff : 0x81;
   for (const plan_step& step : plan.steps) {
     at = put_bytes(at, text, step.text_size);
@@ -195,7 +196,7 @@ char* row_writer::put_long_cell(char* at, value_cell cell, std::size_t width) {
     append_text_cell(scratch_, text, width, rules_);
     text = scratch_;
   }
-  // The row goes on behind it, so its whole room is asked for again.
+  // The row continues after it, so its whole room is requested again.
   out_.commit(at);
   at = out_.room(std::max(text.size(), width) + row_room_);
   return put_padded(at, text, width);

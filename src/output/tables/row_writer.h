@@ -1,8 +1,8 @@
-// Writes the rows of one table of records, the fast way: what depends on the shape of a record
-// only is in its plan (row_plan.h), what seldom changes is kept as text, and the values are copied
-// from the record's block. Tests hold it against the plain way.
+// Writes the rows of one table of records, the fast way: what depends only on the shape of a record
+// is in its plan (row_plan.h), what rarely changes is kept as text, and the values are copied from
+// the record's block. Tests compare it with the plain way.
 //
-// It refers to all it is made from, which must outlive it; nothing is allocated per record.
+// It refers to everything it is made from, which must outlive it; nothing is allocated per record.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +28,7 @@ class row_writer {
   void write(const LogRecord& record);
 
  private:
-  // Plans in a table are few; if a hostile log makes them many, they are made again as needed.
+  // A table has few plans; if a crafted log makes them many, they are made again as needed.
   static constexpr std::size_t most_plan_bytes = std::size_t{16} << 20;
 
   const row_plan& plan_of(const LogRecord& record);
@@ -52,10 +52,10 @@ class row_writer {
   std::size_t number_width_;
   std::size_t date_width_;
   std::size_t time_width_ = 0;
-  bool look_at_all_ = false;    // values without a mark may hold the separator too
+  bool look_at_all_ = false;    // values without a mark may contain the separator too
   std::size_t fixed_room_ = 0;  // of the cells before the level's
 
-  std::size_t row_room_ = 0;  // what the row in hand takes without its long values
+  std::size_t row_room_ = 0;  // the size of the current row without its long values
 
   std::string scratch_;
 };

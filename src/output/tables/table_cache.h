@@ -1,6 +1,6 @@
-// What the tables of a run have in common: the columns, the header line and the row plans of a
-// table whose records are all alike depend on their shape and not on what they hold, so logs that
-// have the same kinds of records share them. All tables of one cache are of one format and context.
+// What the tables of a run share. The columns, the header line and the row plans of a table whose
+// records are all alike depend on their shape and not on their values, so logs with the same kinds
+// of records share them. All tables of one cache have the same format and context.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@
 
 namespace zanvik {
 
-// The ends of a row, which seldom change from one to the next, and what they were made for.
+// The ends of a row, which rarely change from one to the next, and what they were made for.
 struct row_ends {
   std::string caption;  // from the level's cell up to the first field
   const std::string* description = nullptr;
@@ -29,11 +29,11 @@ struct row_ends {
   const std::string* log_path = nullptr;
 };
 
-// What is worked out before a table's rows are written, or with the first row of a shape.
+// What is computed before a table's rows are written, or with the first row of a shape.
 struct table_plan {
   table_layout layout;
   std::string header;          // its line
-  std::vector<row_plan> rows;  // by the layout's number for the shape, made as needed
+  std::vector<row_plan> rows;  // by the layout's number for the shape, made when needed
   std::size_t row_bytes = 0;   // that they hold
   row_ends ends;
 };
@@ -68,7 +68,7 @@ class table_cache {
 
   std::unordered_map<key, table_plan, key_hash> plans_;
   std::uint64_t generation_ = 0;
-  table_plan own_plan_;  // of a table that is like no other
+  table_plan own_plan_;  // of a table that is unlike any other
 };
 
 }  // namespace zanvik

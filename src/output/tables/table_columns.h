@@ -12,11 +12,11 @@ namespace zanvik {
 struct table_column {
   std::string name;
   std::size_t width = 0;  // in bytes
-  bool centred = false;   // the name stands in the middle
-  bool is_time = false;   // the name stands a blank further right where fields are padded
+  bool centred = false;   // the name is in the middle
+  bool is_time = false;   // the name is one blank further right if fields are padded
 };
 
-// The header line, its line end included.
+// The header line, including its line end.
 std::string table_header(const std::vector<table_column>& columns, const output_format& format);
 
 }  // namespace zanvik

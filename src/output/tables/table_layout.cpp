@@ -11,9 +11,9 @@ namespace {
 
 constexpr std::size_t longest_measured = 599;  // a longer value does not widen its column
 constexpr std::size_t widest_field = 600;
-constexpr std::size_t overwide_field = 20;  // width of a column whose name is wider than that
+constexpr std::size_t overwide_field = 20;  // width of a column whose name is longer than that
 
-// What the first pass learns of the records.
+// What the first pass finds out about the records.
 class survey {
  public:
   survey(table_layout& layout, bool measure) : layout_(layout), measure_(measure) {}
@@ -38,7 +38,7 @@ class survey {
   // How many fields the table may have.
   std::size_t most_fields() const;
 
-  // How wide the fields of a row may be padded, in sum.
+  // How far the fields of a row may be padded in total.
   std::size_t most_padding() const;
 
   std::size_t provider_width = 13;
@@ -49,7 +49,7 @@ class survey {
     const record_shape* shape;
     bool anomalous;
     std::size_t records = 0;
-    std::vector<std::size_t> longest;  // of the values of each column, as far as they count
+    std::vector<std::size_t> longest;  // of the values of each column, if they count
   };
 
   void add_use(const LogRecord& record);
@@ -88,7 +88,7 @@ void survey::measure_values(const LogRecord& record, std::vector<std::size_t>& l
   }
 }
 
-// Sorts the fields by name and leaves one of each name, as wide as the widest.
+// Sorts the fields by name and keeps one of each name, as wide as the widest.
 void merge_by_name(std::vector<field_column>& fields) {
   std::sort(fields.begin(), fields.end(), [](const field_column& a, const field_column& b) {
     const int order = a.name.compare(b.name);
@@ -105,7 +105,7 @@ void merge_by_name(std::vector<field_column>& fields) {
   fields.resize(kept);
 }
 
-// Keeps `most` fields, those of most records; of equal ones the first.
+// Keeps `most` fields, those of most records; among equals the first.
 void drop_rarest(std::vector<field_column>& fields, std::size_t most) {
   if (fields.size() <= most) return;
   std::vector<std::size_t> counts;
@@ -122,8 +122,8 @@ void drop_rarest(std::vector<field_column>& fields, std::size_t most) {
   });
 }
 
-// It is the cells that cost, so a table of fewer records than the limit has columns may have more.
-// Not so where all records are of one shape: their layout serves tables of any length.
+// Cells are the cost, so the columns of a table with fewer records than the limit may be more. Not
+// if all records have one shape: their layout is used for tables of any length.
 std::size_t survey::most_fields() const {
   if (uses_.size() < 2) return limits::table_columns;
   std::size_t records = 0;

@@ -1,12 +1,12 @@
 // The columns of one table of records, found in a first pass over them.
 //
-// The records of a table have few shapes, so the field columns are put together from the distinct
-// shapes; only in a padded table are the values' lengths looked at, in the heads of their cells.
-// Names are views into the shapes, so a layout lives no longer than the record container.
+// The records of a table have few shapes, so the field columns are computed from the distinct
+// shapes; only for a padded table are the values' lengths read, from the heads of their cells.
+// Names are views into the shapes, so a layout must not outlive the record container.
 //
-// An anomalous record, found in slack or otherwise damaged, often lacks the template that gave
-// names to its values. Where it has as many fields as the first ordinary record, it takes on the
-// names of that one, position by position.
+// An anomalous record, found in slack or otherwise damaged, often lacks the template with the names
+// of its values. If it has as many fields as the first ordinary record, it gets the names of that
+// one, position by position.
 #pragma once
 
 #include <cstddef>
@@ -23,13 +23,13 @@
 
 namespace zanvik {
 
-// Whether any flag says more than that the record was decoded plainly and is in range.
+// Whether any flag says more than that the record was decoded normally and is in range.
 inline bool is_anomalous(const LogRecord& record) { return (record.flags & ~record_ordinary) != 0; }
 
 // Numbers the distinct pairs of a shape and whether its records are anomalous, from 0.
 class shape_index {
  public:
-  // The number of the record's pair, which is size() - 1 when it is new.
+  // The number of the record's pair, which is size() - 1 if it is new.
   std::size_t of(const LogRecord& record) {
     const bool anomalous = is_anomalous(record);
     last& recent = last_[anomalous];
@@ -55,19 +55,19 @@ struct field_column {
   std::string_view name;
   std::size_t width = 0;  // of the name or of the longest value that counts
   std::size_t records = 0;
-  bool dropped = false;  // has no column of its own
+  bool dropped = false;  // has no column
 };
 
 struct table_layout {
   std::vector<table_column> columns;  // all of the table
-  std::size_t first_field = 0;        // where the field columns begin
-  std::vector<field_column> fields;   // in byte order of their names, `table_columns` at most
+  std::size_t first_field = 0;        // index of the first field column
+  std::vector<field_column> fields;   // in byte order of their names, at most `table_columns`
   bool has_description = false;
   bool has_provider = false;
   const record_shape* name_giver = nullptr;  // shape of the first ordinary record with a field
   shape_index shapes;
 
-  // The shape that names the fields of this record, of its own number of columns.
+  // The shape that names the fields of this record, with the same number of columns.
   const record_shape& naming_shape(const LogRecord& record) const {
     const bool takes_names = is_anomalous(record) && name_giver &&
                              name_giver->columns.size() == record.shape->columns.size();

@@ -14,8 +14,8 @@ static_assert(row_buffer::slack >= stride && record_arena::slack >= stride);
 
 bool is_line_end(char c) { return c == '\r' || c == '\n'; }
 
-// Copies a value that may hold anything; returns whether there was a line end in it. Commas are
-// replaced first, whatever the separator is.
+// Copies a value with any content; returns whether it contains a line end. Commas are replaced
+// first, whatever the separator is.
 bool put_cleaned(char* at, std::string_view value, const field_style& style) {
   const bool replaces = style.separator_char != 0;
   const char separator = replaces ? style.separator_char : ',';
@@ -43,13 +43,13 @@ class field_planner {
 
   const field_style& style_;
   field_plan plan_;
-  std::size_t planned_text_ = 0;  // how much of the text belongs to steps
+  std::size_t planned_text_ = 0;  // how much of the text the steps use
 };
 
 void field_planner::add(const shape_column& column) {
   wanted_field source{{}, plan_.steps.size()};
   if (column.literal) source = {column.text, wanted_field::none};
-  // Fields without a name are none that anybody asks for.
+  // Fields without a name are never needed for a column.
   if (!column.name.empty() && column.name == style_.host_name) plan_.host = source;
   if (!column.name.empty() && column.name == style_.channel_name) plan_.channel = source;
   if (column.literal) {
@@ -65,7 +65,7 @@ void field_planner::add(const shape_column& column) {
   planned_text_ = plan_.text.size();
 }
 
-// Only the separator is replaced in a name; its commas stay with another one.
+// Only the separator is replaced in a name; its commas stay if that is another character.
 void field_planner::add_name(std::string_view name) {
   plan_.text += '[';
   for (const char c : name) {

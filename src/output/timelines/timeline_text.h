@@ -10,7 +10,7 @@
 
 namespace zanvik {
 
-// The header of the log2timeline form, which stands once in a run: 17 columns.
+// The header of the log2timeline form, once for a run: 17 columns.
 std::string timeline_header(const output_format& format);
 
 // Decimal digits, or with `base16` "0x" and at least 8 digits.
@@ -19,10 +19,10 @@ std::string inode_text(std::uint64_t value, bool base16);
 inline constexpr std::string_view body_header =
     "md5|name|inode|mode as string|uid|gid|size|access time|modify time|mft time|create time\n";
 
-// The header of the form that `format` asks for.
+// The header of the form that `format` selects.
 std::string timeline_head(const output_format& format);
 
-// Seconds since 1970, rounded down, so below zero before it; 0 for a count that is no time.
+// Seconds since 1970, rounded down, so negative before it; 0 for a count that is not a time.
 std::int64_t body_seconds(std::uint64_t filetime);
 
 // A time as far as a line of the form shows it by default: milliseconds, or the seconds of the body

@@ -54,21 +54,22 @@ class timeline_writer {
   field_plans plans_;
   field_values values_;
   cell_time_formatter times_;
-  std::size_t row_room_ = 0;  // what the row in hand takes without the list of fields
+  std::size_t row_room_ = 0;  // the size of the current row without the list of fields
 
-  // Pieces of every line, in their order, with the separators around them.
-  std::string lead_;        // from behind the time up to the source type
-  std::string event_part_;  // from behind the source type up to the host
-  std::string id_part_;     // from behind the host up to the event ID
-  std::string tail_;        // from behind the notes up to the record number
+  // Pieces of every line, in order, with the separators around them.
+  std::string lead_;        // after the time, up to the source type
+  std::string event_part_;  // after the source type, up to the host
+  std::string id_part_;     // after the host, up to the event ID
+  std::string tail_;        // after the notes, up to the record number
 
-  // What goes with the provider, and with the record being from slack, and what it was made for.
-  std::string provider_part_;  // from behind the event ID up to the list of fields
+  // Pieces that depend on the provider and on the record being from slack, and what they were made
+  // for.
+  std::string provider_part_;  // after the event ID, up to the list of fields
   std::string members_;        // of the notes, without the offset's
-  std::string notes_;          // where the offset is not shown
+  std::string notes_;          // if the offset is not shown
   const std::string* provider_ = nullptr;
   bool from_slack_ = false;
-  // From behind the list of fields up to the notes, and the path it was made for.
+  // After the list of fields up to the notes, and the path it was made for.
   std::string log_part_;
   const std::string* log_path_ = nullptr;
 
@@ -146,7 +147,7 @@ void timeline_writer::renew_log(const LogRecord& record) {
 }
 
 char* timeline_writer::put_time(char* at, std::uint64_t filetime) {
-  // False for a descriptor without separator too, though the texts are there.
+  // Also false for a descriptor without separator, although the texts are there.
   (void)times_.format(filetime);
   if (format_.pair_datetime) {
     if (!format_.no_whitespace) *at++ = ' ';
@@ -163,11 +164,11 @@ char* timeline_writer::put_desc(char* at, const field_plan& plan) {
   char* const begin = at;
   bool line_ends = false;
   at = values_.put_list(at, plan, style_, line_ends);
-  if (at != begin) --at;  // the blank behind the last field
+  if (at != begin) --at;  // the blank after the last field
   if (!line_ends) [[likely]] {
     return at;
   }
-  // Marks depend on the whole list, and are longer than what they stand for.
+  // Marks depend on the whole list, and are longer than the line ends they replace.
   const std::string marked =
       mark_line_ends(std::string_view(begin, static_cast<std::size_t>(at - begin)));
   out_.commit(begin);
@@ -210,9 +211,9 @@ class body_writer {
   field_plans plans_;
   field_values values_;
   bool allparams_;
-  std::string log_part_;  // from behind the name up to the times
+  std::string log_part_;  // after the name, up to the times
 
-  std::string provider_part_;  // from behind the event ID up to the fields
+  std::string provider_part_;  // after the event ID, up to the fields
   const std::string* provider_ = nullptr;
 };
 
@@ -228,7 +229,7 @@ void body_writer::write(const LogRecord& record) {
   char* at = put_text(out_.room(room), "0|Event ID: ");
   at = put_text(write_decimal(at, record.event_id), provider_part_);
   if (allparams_) {
-    bool line_ends = false;  // nobody asks; this form keeps them
+    bool line_ends = false;  // not needed; this form keeps them
     at = values_.put_list(put_text(at, ", "), *plan, style_, line_ends) - 2;
   }
   at = put_text(at, log_part_);

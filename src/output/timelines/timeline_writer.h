@@ -1,12 +1,11 @@
 // Writes selected records as one stream of timeline lines, the fast way: the log2timeline form or
-// the body file. In come records in time order, none of which is left out; out goes a line each
-// (none for a record without a valid time in the log2timeline form), and before the first of a run
-// the header.
+// the body file. In: all records, in time order. Out: a line for each (none for a record without a
+// valid time in the log2timeline form), and the header before the first line of a run.
 //
-// What depends on the shape of a record only is in a plan (timeline_fields.h), what goes with its
+// What depends only on the shape of a record is in a plan (timeline_fields.h), what depends on its
 // provider and its log is kept as text, and values are copied from the record's block: nothing is
-// allocated per record unless a value holds a line end. tests/reference/ has the plain way, which
-// gives the same bytes.
+// allocated per record unless a value contains a line end. tests/reference/ has the plain way,
+// which gives the same bytes.
 #pragma once
 
 #include <functional>
@@ -20,9 +19,9 @@
 
 namespace zanvik {
 
-// Writes all records, in the form that `format` asks for (the body file if it asks for both); all
-// bytes have reached `out` on return. The header goes before the first record of a run, which
-// clears `header_pending`.
+// Writes all records, in the form that `format` selects (the body file if it selects both); all
+// bytes have reached `out` on return. The header goes before the first record of a run and clears
+// `header_pending`.
 void write_timeline(std::ostream& out, std::span<const LogRecord* const> records,
                     const output_format& format, const write_context& context,
                     bool& header_pending);
