@@ -45,10 +45,12 @@ _zanvik_verb() {
     *:-l | *:--level)
       _zanvik_words 'critical error warning information verbose'
       return ;;
-    *:-o | *:--output | hunt:-r | hunt:--rules | hunt:--log-sources)
+    *:-o | *:--output | *:--from-list | hunt:-r | hunt:--rules | hunt:--log-sources)
       _zanvik_files
       return ;;
     # Values that only the examiner knows.
+    shard:-n | shard:--count | shard:--only)
+      return ;;
     *:--memory | hunt:--placeholder | hunt:--exclude-rule | hunt:--tag)
       return ;;
     *)
@@ -61,13 +63,17 @@ _zanvik_verb() {
   case $1 in
     export)
       _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir --event-time
-        --unique -q --quiet --slack $take" ;;
+        --unique -q --quiet --slack --from-list $take" ;;
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
         --exclude-rule --tag -f --format --order -o --output --raw-cells --details --list --stats
-        --slack $take" ;;
+        --slack --from-list $take" ;;
     check)
-      _zanvik_words '-h --help -f --format --chunks' ;;
+      _zanvik_words '-h --help -f --format --chunks --from-list' ;;
+    shard)
+      _zanvik_words '-h --help -n --count -o --output --only -0 --null --from-list' ;;
+    merge)
+      _zanvik_words '-h --help -o --output --from-list' ;;
   esac
 }
 
@@ -75,7 +81,7 @@ _zanvik() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
   case ${COMP_WORDS[1]} in
-    export | hunt | check)
+    export | hunt | check | shard | merge)
       if ((COMP_CWORD > 1)); then
         # Bash takes --format=csv for three words.
         if [[ $word == = ]]; then
@@ -88,7 +94,7 @@ _zanvik() {
       fi ;;
   esac
   if ((COMP_CWORD == 1)) && [[ $word != -* ]]; then
-    _zanvik_words 'export hunt check'
+    _zanvik_words 'export hunt check shard merge'
     return
   fi
   # Names of options count in any case, so the one in front does too.

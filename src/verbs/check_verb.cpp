@@ -10,13 +10,13 @@
 #include "inspect/forms/ledger_forms.h"
 #include "inspect/inspect_log.h"
 #include "source/log_finder.h"
+#include "verbs/log_options.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
 namespace {
 
-struct check_options {
-  std::vector<std::string> paths;
+struct check_options : path_options {
   std::string format = "table";
   table_options table;
 };
@@ -64,8 +64,7 @@ int run_check(int argc, char** argv) {
       "A ledger of each log: every byte has its line, and what is odd is named with its place.\n"
       "Status 0 when all logs are whole, 4 with findings, 1 when something could not be read.",
       "zanvik check");
-  app.add_option("PATH", options.paths, "logs, folders of logs, or - for standard input")
-      ->required();
+  add_path_options(app, options, "logs, folders of logs, or - for standard input");
   app.add_option("-f,--format", options.format, "table, json (one object a log) or csv")
       ->check(CLI::IsMember({"table", "json", "csv"}));
   app.add_flag("--chunks", options.table.chunks, "a row for each chunk in the table");

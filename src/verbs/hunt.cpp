@@ -298,9 +298,11 @@ int run_hunt(int argc, char** argv) {
   add_result_options(app, options);
   add_log_options(app, options.logs);
   app.get_option("--placeholder")->check(check_placeholder);
-  CLI::Option* const paths = app.get_option("PATH")->required(false);
+  options.logs.needed = false;
   app.final_callback([&] {
-    if (!options.list && paths->count() == 0) throw CLI::RequiredError("PATH");
+    if (!options.list && options.logs.paths.empty() && app.count("--from-list") == 0) {
+      throw CLI::RequiredError("PATH");
+    }
     if (options.order.order == "time" && options.format.empty() && !options.details) {
       throw CLI::ValidationError("--order", "needs --format or --details");
     }

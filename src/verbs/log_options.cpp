@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "base/console.h"
+#include "verbs/path_list.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
@@ -82,11 +83,37 @@ void add_carve_option(CLI::App& app, bool& carve) {
                "PATH is bytes of any kind: find chunks and records of logs in them, at any offset");
 }
 
+std::string path_options::read_lists() {
+  const bool input_is_log = std::find(paths.begin(), paths.end(), "-") != paths.end();
+  for (const std::string& list : lists) {
+    if (list == "-" && input_is_log) return "-: standard input is a log already";
+    if (std::string error = read_path_list(list, paths); !error.empty()) {
+      return list + ": " + error;
+    }
+  }
+  lists.clear();
+  return "";
+}
+
+void add_path_options(CLI::App& app, path_options& options, const char* what) {
+  app.add_option("PATH", options.paths, what)->type_name("");
+  CLI::Option* const lists =
+      app.add_option("--from-list", options.lists,
+                     "more paths, a line each or with NULs between; - for standard input")
+          ->allow_extra_args(false)
+          ->type_name("FILE");
+  app.parse_complete_callback([&options, lists] {
+    const std::string error = options.read_lists();
+    if (!error.empty()) throw CLI::ValidationError("--from-list", error);
+    if (options.needed && options.paths.empty() && lists->count() == 0) {
+      throw CLI::RequiredError("PATH");
+    }
+  });
+}
+
 void add_log_options(CLI::App& app, log_options& options) {
   event_conditions& take = options.conditions;
-  app.add_option("PATH", options.paths, "logs, folders of logs, or - for a log on standard input")
-      ->required()
-      ->type_name("");
+  add_path_options(app, options, "logs, folders of logs, or - for a log on standard input");
   app.add_flag("-q,--quiet", options.quiet, "no progress line");
   app.add_flag("--slack", options.slack, "records from free space too, marked");
   add_carve_option(app, options.carve);

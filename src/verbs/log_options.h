@@ -13,8 +13,20 @@ class App;
 
 namespace zanvik {
 
-struct log_options {
+// The paths that a verb is given, on its command line or in lists.
+struct path_options {
   std::vector<std::string> paths;
+  std::vector<std::string> lists;
+  bool needed = true;  // one of the two has to be there
+
+  // Adds what the lists hold to `paths`. Returns why that cannot be, or nothing.
+  [[nodiscard]] std::string read_lists();
+};
+
+// Adds PATH and --from-list; the lists are read when the command line has been parsed.
+void add_path_options(CLI::App& app, path_options& options, const char* what);
+
+struct log_options : path_options {
   bool quiet = false;
   bool slack = false;
   bool carve = false;

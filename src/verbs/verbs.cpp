@@ -1,5 +1,7 @@
 #include "verbs/verbs.h"
 
+#include <csignal>
+
 namespace zanvik {
 
 std::span<const verb> verbs() {
@@ -11,6 +13,8 @@ std::span<const verb> verbs() {
 #ifdef ZANVIK_INSPECT
       {"check", "what is missing from logs, and what was changed", run_check},
 #endif
+      {"shard", "lists of logs of about equal size, for several runs or machines", run_shard},
+      {"merge", "results of such runs as one, in order of time", run_merge},
   };
   return all;
 }
@@ -18,7 +22,10 @@ std::span<const verb> verbs() {
 std::optional<int> run_verb(int argc, char** argv) {
   if (argc < 2) return std::nullopt;
   for (const verb& known : verbs()) {
-    if (known.name == argv[1]) return known.run(argc - 1, argv + 1);
+    if (known.name != argv[1]) continue;
+    // A file that grows past a limit is an error of its own, as on a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
+    return known.run(argc - 1, argv + 1);
   }
   return std::nullopt;
 }

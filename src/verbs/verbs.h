@@ -31,6 +31,8 @@ std::span<const verb> verbs();
 std::optional<int> run_verb(int argc, char** argv);
 
 int run_export(int argc, char** argv);
+int run_shard(int argc, char** argv);
+int run_merge(int argc, char** argv);
 #ifdef ZANVIK_SIGMA
 int run_hunt(int argc, char** argv);
 #endif
