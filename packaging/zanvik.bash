@@ -62,8 +62,8 @@ _zanvik_verb() {
   fi
   case $1 in
     export)
-      _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir --event-time
-        --unique -q --quiet --slack --from-list $take" ;;
+      _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir
+        --event-time --unique -q --quiet --slack --from-list $take" ;;
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
         --exclude-rule --tag -f --format --order -o --output --raw-cells --details --list --stats
