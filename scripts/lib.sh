@@ -53,6 +53,10 @@ need_build_tools() {
   need libpcre2-dev have_header pcre2.h
   need zlib1g-dev have_header zlib.h
   need libssl-dev have_header openssl/evp.h
+  need libtsk-dev have_header tsk/libtsk.h
+  need libewf-dev have_header libewf.h
+  need libvshadow-dev have_header libvshadow.h
+  need libbfio-dev have_header libbfio.h
   # Optional, and only for some processors.
   if [[ $(uname -m) == x86_64 ]]; then need libhyperscan-dev have_header hs/hs.h; fi
 }

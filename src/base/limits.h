@@ -169,6 +169,12 @@ inline constexpr std::uint32_t carved_legacy_bytes = 256 << 10;
 inline constexpr std::int64_t carved_chunks_at_once = 64;
 inline constexpr std::uint64_t bytes_per_carved_chunk = 4096;
 
+// What is looked at in a disk image: files of one of its volumes, logs of all, and pieces of free
+// space of a volume. A disk of many terabytes has fewer.
+inline constexpr std::uint64_t files_of_a_volume = 50'000'000;
+inline constexpr std::size_t logs_of_an_image = 1'000'000;
+inline constexpr std::size_t extents_of_a_volume = 8'000'000;
+
 // Records that carving keeps in memory until all templates are known; more go to a file.
 inline constexpr std::size_t carved_bytes_in_memory = 16 << 20;
 

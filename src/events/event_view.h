@@ -40,6 +40,7 @@ struct log_source {
   log_kind kind = log_kind::evtx;
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
+  bool deleted = false;  // a file of an image that is deleted
 };
 
 // What is odd about an event.
@@ -49,6 +50,7 @@ enum event_flag : std::uint32_t {
   event_outside_range = 4,  // its number is not among those that its chunk declares
   event_no_template = 8,    // a template was not found: its values have no names
   event_carved = 16,        // found by its signature alone, in bytes that may be anything
+  event_deleted = 32,       // of a file that is deleted
 };
 
 struct event_header {

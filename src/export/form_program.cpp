@@ -25,6 +25,7 @@ void put_json_oddities(output_buffer& out, std::uint32_t flags, bool lossy) {
   if (flags & event_outside_range) out.append(",\"outside_range\":true");
   if (flags & event_no_template) out.append(",\"no_template\":true");
   if (flags & event_carved) out.append(",\"carved\":true");
+  if (flags & event_deleted) out.append(",\"deleted\":true");
   if (lossy) out.append(",\"lossy\":true");
 }
 
@@ -34,6 +35,7 @@ void put_xml_oddities(output_buffer& out, std::uint32_t flags) {
   if (flags & event_outside_range) out.append(" outside_range=\"true\"");
   if (flags & event_no_template) out.append(" no_template=\"true\"");
   if (flags & event_carved) out.append(" carved=\"true\"");
+  if (flags & event_deleted) out.append(" deleted=\"true\"");
 }
 
 void put_time(output_buffer& out, std::uint64_t filetime) {

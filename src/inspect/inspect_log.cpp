@@ -25,8 +25,11 @@ constexpr std::uint64_t date_slack = qx::ticks_per_day;
 // The time that no record of the file can be written after; 0 when the file has no date.
 std::uint64_t latest_time(const found_log& log) {
   struct stat state {};
-  if (log.is_stream || ::fstat(log.descriptor, &state) != 0 || state.st_mtime <= 0) return 0;
-  const auto seconds = static_cast<std::uint64_t>(state.st_mtime);
+  std::int64_t modified = log.modified;
+  if (log.is_stream) return 0;
+  if (!log.read_at && ::fstat(log.descriptor, &state) == 0) modified = state.st_mtime;
+  if (modified <= 0) return 0;
+  const auto seconds = static_cast<std::uint64_t>(modified);
   return qx::time(seconds, qx::type_time::unix_time).filetime() + date_slack;
 }
 
@@ -78,13 +81,13 @@ class evtx_feed {
   void read_file() {
     std::vector<std::byte> block(layout::block_bytes);
     std::byte first[8];
-    const ssize_t got_first = read_fully(log_.descriptor, first, 0);
+    const ssize_t got_first = read_fully(log_, first, 0);
     bool header = got_first != std::ssize(first) || has_header(first);
     for (std::uint64_t at = 0; at < log_.size;) {
       const std::uint64_t piece = header ? layout::file_header_bytes : layout::chunk_bytes;
       const std::uint64_t most = header ? piece : layout::block_bytes;
       const std::uint64_t wanted = std::min(most, log_.size - at);
-      const ssize_t got = read_fully(log_.descriptor, std::span(block).first(wanted), at);
+      const ssize_t got = read_fully(log_, std::span(block).first(wanted), at);
       std::uint64_t count = static_cast<std::uint64_t>(std::max<ssize_t>(got, 0));
       const bool all = count == wanted;
       if (!all) count -= count % piece;

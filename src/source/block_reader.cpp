@@ -29,6 +29,7 @@ ssize_t read_with(std::span<std::byte> buffer, F&& read_some) {
 
 // Where the data at or behind `offset` begin; the end of the file when there are none.
 std::uint64_t next_data(const found_log& log, std::uint64_t offset) {
+  if (log.read_at) return offset;
   const off_t found = ::lseek(log.descriptor, static_cast<off_t>(offset), SEEK_DATA);
   if (found >= 0) return static_cast<std::uint64_t>(found);
   return errno == ENXIO ? log.size : offset;
@@ -67,6 +68,12 @@ ssize_t read_fully(int descriptor, std::span<std::byte> buffer, std::uint64_t of
   });
 }
 
+ssize_t read_fully(const found_log& log, std::span<std::byte> buffer, std::uint64_t offset) {
+  if (!log.read_at) return read_fully(log.descriptor, buffer, offset);
+  const ssize_t got = log.read_at(buffer, offset);
+  return got < 0 ? -1 : std::min(got, std::ssize(buffer));
+}
+
 bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
                  const block_use& use) {
   std::vector<std::byte> block(block_bytes);
@@ -77,7 +84,7 @@ bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_b
     offset += (std::max(data, offset) - offset) / block_bytes * block_bytes;
     if (offset >= log.size) break;
     const std::size_t wanted = std::min<std::uint64_t>(block_bytes, log.size - offset);
-    const ssize_t got = read_fully(log.descriptor, std::span(block).first(wanted), offset);
+    const ssize_t got = read_fully(log, std::span(block).first(wanted), offset);
     if (got > 0) use(std::span(block).first(static_cast<std::size_t>(got)), offset);
     all = all && got == static_cast<ssize_t>(wanted);
     offset += wanted;
@@ -85,37 +92,52 @@ bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_b
   return all;
 }
 
-bool read_into(const found_log& log,
-               const std::function<std::span<std::byte>(std::uint64_t offset)>& room,
-               const std::function<void(std::size_t bytes)>& use) {
-  std::uint64_t offset = 0;
-  if (log.is_stream && !log.head.empty()) {
+namespace {
+
+using room_use = std::function<std::span<std::byte>(std::uint64_t offset)>;
+using count_use = std::function<void(std::size_t bytes)>;
+
+bool read_stream_into(const found_log& log, const room_use& room, const count_use& use) {
+  std::uint64_t offset = log.head.size();
+  if (!log.head.empty()) {
     std::copy(log.head.begin(), log.head.end(), room(0).begin());
     use(log.head.size());
-    offset = log.head.size();
   }
+  for (;;) {
+    const std::span<std::byte> buffer = room(offset);
+    const ssize_t got = read_fully(log.descriptor, buffer);
+    if (got < 0) return false;
+    use(static_cast<std::size_t>(got));
+    if (got < std::ssize(buffer)) return true;
+    offset += static_cast<std::uint64_t>(got);
+  }
+}
+
+bool read_part_into(const found_log& log, std::uint64_t offset, std::uint64_t end,
+                    const room_use& room, const count_use& use) {
   bool all = true;
-  while (log.is_stream || offset < log.size) {
-    if (!log.is_stream) {
-      const std::uint64_t data = next_data(log, offset);
-      if (data >= offset + least_hole_bytes) offset = data;
-      if (offset >= log.size) break;
-    }
+  while (offset < end) {
+    const std::uint64_t data = next_data(log, offset);
+    if (data >= offset + least_hole_bytes) offset = data;
+    if (offset >= end) break;
     std::span<std::byte> buffer = room(offset);
-    if (!log.is_stream && buffer.size() > log.size - offset) {
-      buffer = buffer.first(static_cast<std::size_t>(log.size - offset));
-    }
-    const ssize_t got = log.is_stream ? read_fully(log.descriptor, buffer)
-                                      : read_fully(log.descriptor, buffer, offset);
-    const auto bytes = static_cast<std::size_t>(std::max<ssize_t>(got, 0));
-    use(bytes);
-    if (log.is_stream) {
-      if (bytes < buffer.size()) return all && got >= 0;
-      offset += bytes;
-    } else {
-      all = all && bytes == buffer.size();
-      offset += buffer.size();
-    }
+    buffer = buffer.first(std::min<std::uint64_t>(buffer.size(), end - offset));
+    const ssize_t got = read_fully(log, buffer, offset);
+    use(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    all = all && got == std::ssize(buffer);
+    offset += buffer.size();
+  }
+  return all;
+}
+
+}  // namespace
+
+bool read_into(const found_log& log, const room_use& room, const count_use& use) {
+  if (log.is_stream) return read_stream_into(log, room, use);
+  if (log.parts.empty()) return read_part_into(log, 0, log.size, room, use);
+  bool all = true;
+  for (const auto& [offset, size] : log.parts) {
+    all = read_part_into(log, offset, offset + size, room, use) && all;
   }
   return all;
 }

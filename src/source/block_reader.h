@@ -17,6 +17,9 @@ namespace zanvik {
 ssize_t read_fully(int descriptor, std::span<std::byte> buffer);
 ssize_t read_fully(int descriptor, std::span<std::byte> buffer, std::uint64_t offset);
 
+// The bytes of the log at `offset`; not for streams.
+ssize_t read_fully(const found_log& log, std::span<std::byte> buffer, std::uint64_t offset);
+
 // Called with a block and its offset; the bytes may be changed and live until it returns.
 using block_use = std::function<void(std::span<std::byte>, std::uint64_t)>;
 

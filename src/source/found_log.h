@@ -1,8 +1,13 @@
 // A log that was found: open, and known by its signature; or bytes to be searched for logs.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "events/event_view.h"
@@ -17,6 +22,12 @@ struct found_log {
   std::vector<std::byte> head;  // first bytes of a stream, which cannot be read again
   bool is_stream = false;
   bool carve = false;  // taken for bytes in which logs may be, whatever they begin with
+
+  // Of a log in a disk image, in place of the descriptor: reads like pread.
+  std::function<ssize_t(std::span<std::byte> buffer, std::uint64_t offset)> read_at;
+  std::int64_t modified = 0;  // its last modification, in seconds since 1970; 0 when not known
+  // Offset and size of the parts that are meant, where not all bytes are.
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> parts;
 };
 
 }  // namespace zanvik

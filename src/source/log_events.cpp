@@ -16,7 +16,7 @@ std::uint64_t first_chunk_offset(const found_log& log) {
   std::byte start[8];
   std::span<const std::byte> head = log.head;
   if (!log.is_stream) {
-    const ssize_t got = read_fully(log.descriptor, start, 0);
+    const ssize_t got = read_fully(log, start, 0);
     head = std::span(start, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
   }
   const bool bare = byte_cursor(head).at<std::uint64_t>(0) == layout::chunk_signature;
@@ -55,6 +55,7 @@ bool log_event_reader::read(const found_log& log) {
 
 bool log_event_reader::read_evtx(const found_log& log) {
   evtx_.set_source(log.source);
+  evtx_.set_flags(log.source.deleted ? std::uint32_t{event_deleted} : 0);
   walk_settings settings;
   settings.inc_slack = slack_;
   return read_log_blocks(log, [&](std::span<std::byte> block, std::uint64_t offset) {
@@ -66,6 +67,7 @@ bool log_event_reader::read_evtx(const found_log& log) {
 
 bool log_event_reader::read_evt(const found_log& log) {
   evt_.set_source(log.source);
+  evt_.set_flags(log.source.deleted ? std::uint32_t{event_deleted} : 0);
   return read_log_blocks(log, [&](std::span<std::byte> all, std::uint64_t) {
     evt_.set_buffer(0, all.data() + all.size());
     walk_evt_log(all, evt_);

@@ -11,31 +11,14 @@
 #include <memory>
 #include <optional>
 
-#include "base/byte_cursor.h"
-#include "evt/evt_record.h"
-#include "evtx/container/chunk.h"
 #include "source/block_reader.h"
+#include "source/disk_image.h"
+#include "source/log_start.h"
 
 namespace zanvik {
 namespace {
 
 constexpr unsigned deepest_folder = 200;  // a path of that many names is longer than the system's
-constexpr std::size_t head_bytes = evtx_layout::file_header_bytes + 8;
-
-// The kind of log that begins with `head`. A log that has lost its file header shows by its first
-// chunk.
-std::optional<log_kind> kind_of(std::span<const std::byte> head) {
-  const byte_cursor bytes(head);
-  const auto first = bytes.at_or_zero<std::uint64_t>(0);
-  if (first == evtx_layout::file_signature || first == evtx_layout::chunk_signature ||
-      bytes.at<std::uint64_t>(evtx_layout::file_header_bytes) == evtx_layout::chunk_signature) {
-    return log_kind::evtx;
-  }
-  if (bytes.at<std::uint32_t>(evt_layout::signature_at) == evt_layout::signature) {
-    return log_kind::evt;
-  }
-  return std::nullopt;
-}
 
 class descriptor {
  public:
@@ -132,45 +115,103 @@ void log_finder::find_file(const std::string& path, bool named) {
     if (named) on_problem_(path, "not a file");
     return;
   }
-  std::byte head[head_bytes];
+  // A device has no size of its own.
+  const std::uint64_t size =
+      S_ISBLK(about.st_mode) ? end_of(file.get()) : static_cast<std::uint64_t>(about.st_size);
+  std::byte head[log_start_bytes];
   const ssize_t got = read_fully(file.get(), head, 0);
   if (got < 0) {
     on_problem_(path, std::strerror(errno));
     return;
   }
-  const auto kind = kind_of(std::span(head, static_cast<std::size_t>(got)));
-  if (!kind && !carve_) {
-    if (named) on_problem_(path, "not an event log");
+  const auto start = std::span<const std::byte>(head, static_cast<std::size_t>(got));
+  const auto kind = log_kind_of(start);
+  if (!kind) {
+    std::byte tail[512];
+    const bool has_tail =
+        size >= sizeof tail && read_fully(file.get(), tail, size - sizeof tail) == std::ssize(tail);
+    const auto image = image_kind_of(
+        start, has_tail ? std::span<const std::byte>(tail) : std::span<const std::byte>());
+    if (image && find_in_image(path, *image, {path, log_kind::evtx, about.st_dev, about.st_ino})) {
+      return;
+    }
+  }
+  if ((!kind && carve_ == carve_what::nothing) || carve_ == carve_what::free_space) {
+    const bool of_image = carve_ == carve_what::free_space;
+    if (named) on_problem_(path, of_image ? "not a disk image" : "not an event log");
     return;
   }
   found_log log;
   log.source = {path, kind.value_or(log_kind::evtx), about.st_dev, about.st_ino};
   log.descriptor = file.get();
-  log.size = static_cast<std::uint64_t>(about.st_size);
-  // A device has no size of its own.
-  if (S_ISBLK(about.st_mode)) log.size = end_of(file.get());
-  log.carve = carve_;
+  log.size = size;
+  log.carve = carve_ != carve_what::nothing;
   on_log_(log);
+}
+
+// Hands on what an image has. False when its bytes are wanted, and are those of the file.
+bool log_finder::find_in_image(const std::string& path, image_kind kind, const log_source& file) {
+  // The parts of a split image have the names that the library looks for.
+  const bool is_split = path.ends_with(".001");
+  if (carve_ == carve_what::everything && kind == image_kind::raw && !is_split) return false;
+  const image_use use = carve_ == carve_what::nothing      ? image_use::logs
+                        : carve_ == carve_what::everything ? image_use::bytes
+                                                           : image_use::free_space;
+  disk_image image;
+  std::string problem;
+  if (!image.open(path, kind, use, problem)) {
+    on_problem_(path, problem);
+    return true;
+  }
+  for (std::uint32_t number = 0;; ++number) {
+    const auto item = image.at(number);
+    if (!item) break;
+    const std::string name = item->path.empty() ? path : path + ":" + item->path;
+    if (item->what == image_item::problem) {
+      on_problem_(name, item->problem);
+      continue;
+    }
+    found_log log;
+    log.source = file;
+    log.source.path = name;
+    log.source.kind = item->is_legacy != 0 ? log_kind::evt : log_kind::evtx;
+    log.source.deleted = item->is_deleted != 0;
+    log.size = item->size;
+    log.modified = item->modified;
+    log.carve = use != image_use::logs;
+    log.read_at = [&image, number](std::span<std::byte> buffer, std::uint64_t offset) {
+      return image.read(number, buffer, offset);
+    };
+    if (item->what == image_item::volume) {
+      for (const image_extent& each : image.extents(number)) {
+        log.parts.emplace_back(each.offset, each.size);
+      }
+      if (log.parts.empty()) continue;
+    }
+    on_log_(log);
+  }
+  if (!image.stopped().empty()) on_problem_(path, image.stopped());
+  return true;
 }
 
 void log_finder::find_stream() {
   found_log log;
-  log.head.resize(head_bytes);
+  log.head.resize(log_start_bytes);
   const ssize_t got = read_fully(STDIN_FILENO, log.head);
   if (got < 0) {
     on_problem_("-", std::strerror(errno));
     return;
   }
   log.head.resize(static_cast<std::size_t>(got));
-  const auto kind = kind_of(log.head);
-  if (!kind && !carve_) {
+  const auto kind = log_kind_of(log.head);
+  if (!kind && carve_ != carve_what::everything) {
     on_problem_("-", "not an event log");
     return;
   }
   identify_standard_input(log.source);
   log.source.path = "-";
   log.source.kind = kind.value_or(log_kind::evtx);
-  log.carve = carve_;
+  log.carve = carve_ != carve_what::nothing;
   log.descriptor = STDIN_FILENO;
   log.is_stream = true;
   on_log_(log);

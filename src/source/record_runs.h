@@ -16,9 +16,10 @@ namespace zanvik {
 struct record_run {
   static constexpr std::uint32_t no_place = ~std::uint32_t{0};
 
-  std::uint64_t offset = 0;        // of its first byte, in the input
-  std::uint32_t place = no_place;  // where in its chunk that was; 0 with the chunk's header in front
-  std::uint32_t size = 0;          // in bytes
+  std::uint64_t offset = 0;  // of its first byte, in the input
+  std::uint32_t place =
+      no_place;            // where in its chunk that was; 0 with the chunk's header in front
+  std::uint32_t size = 0;  // in bytes
 };
 
 class run_store {

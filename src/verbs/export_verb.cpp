@@ -81,7 +81,7 @@ class export_run : public event_sink {
           done += log.size;
         },
         problem);
-    if (options_.logs.carve) finder.carve();
+    finder.carve(options_.logs.carve.what());
     if (!timeline_) form_->begin(out_);
     for (const std::string& path : options_.logs.paths) finder.find(path);
     const std::string error = write_waiting();
@@ -185,7 +185,7 @@ int run_export(int argc, char** argv) {
     if (options.form.copies && is_timeline_form(options.format)) {
       throw CLI::ValidationError("--unique", options.format + " has no place for the copies");
     }
-    if (options.logs.carve && is_timeline_form(options.format)) {
+    if (options.logs.carve.what() != carve_what::nothing && is_timeline_form(options.format)) {
       throw CLI::ValidationError("--carve", options.format + " is made of whole logs alone");
     }
   });

@@ -139,7 +139,7 @@ class hunt_run : public event_sink {
           done += log.size;
         },
         [this](const std::string& path, const std::string& what) { problem(path, what); });
-    if (options_.logs.carve) finder.carve();
+    finder.carve(options_.logs.carve.what());
     for (const std::string& path : options_.logs.paths) finder.find(path);
     seconds_hunting_ = seconds_since(start) - compiled_->seconds_compiling();
   }

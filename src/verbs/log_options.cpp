@@ -78,9 +78,15 @@ std::string nearest_option(const CLI::App& app, std::string_view misspelt) {
 
 }  // namespace
 
-void add_carve_option(CLI::App& app, bool& carve) {
-  app.add_flag("--carve", carve,
-               "PATH is bytes of any kind: find chunks and records of logs in them, at any offset");
+void carve_option::add_to(CLI::App& app) {
+  app.add_flag("--carve{all}", text_,
+               "chunks and records of logs in any bytes; =unallocated: in the free space of images")
+      ->check(CLI::IsMember({"all", "unallocated"}));
+}
+
+carve_what carve_option::what() const {
+  if (text_.empty()) return carve_what::nothing;
+  return text_ == "all" ? carve_what::everything : carve_what::free_space;
 }
 
 std::string path_options::read_lists() {
@@ -116,7 +122,7 @@ void add_log_options(CLI::App& app, log_options& options) {
   add_path_options(app, options, "logs, folders of logs, or - for a log on standard input");
   app.add_flag("-q,--quiet", options.quiet, "no progress line");
   app.add_flag("--slack", options.slack, "records from free space too, marked");
-  add_carve_option(app, options.carve);
+  options.carve.add_to(app);
   add_condition(app, "-i,--event-id", "LIST", "numbers and ranges: 4624,4625,1000-1010 or !4634",
                 read_event_ids, take);
   add_patterns(app, "-c,--channel", "PATTERN", "of this channel; * and ? stand for anything",

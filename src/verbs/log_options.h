@@ -6,12 +6,24 @@
 #include <vector>
 
 #include "select/event_conditions.h"
+#include "source/log_finder.h"
 
 namespace CLI {
 class App;
 }
 
 namespace zanvik {
+
+// --carve and --carve=unallocated.
+class carve_option {
+ public:
+  // Must outlive the parsing.
+  void add_to(CLI::App& app);
+  carve_what what() const;
+
+ private:
+  std::string text_;
+};
 
 // The paths that a verb is given, on its command line or in lists.
 struct path_options {
@@ -29,15 +41,12 @@ void add_path_options(CLI::App& app, path_options& options, const char* what);
 struct log_options : path_options {
   bool quiet = false;
   bool slack = false;
-  bool carve = false;
+  carve_option carve;
   event_conditions conditions;
 };
 
 // Adds the options to a verb's command line; `options` is filled when that is parsed.
 void add_log_options(CLI::App& app, log_options& options);
-
-// Adds --carve alone.
-void add_carve_option(CLI::App& app, bool& carve);
 
 // Parses a verb's command line. Returns 0 or, with what there is to say said, the status that ends
 // the run: `done` is set then.

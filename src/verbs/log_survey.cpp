@@ -13,7 +13,7 @@ log_survey survey_logs(const log_options& logs, const std::string& output) {
         if (is_same_file(output, log.source)) seen.output_is_input = log.source.path;
       },
       [](const std::string&, const std::string&) {});
-  if (logs.carve) finder.carve();
+  finder.carve(logs.carve.what());
   for (const std::string& path : logs.paths) {
     if (path == "-") {
       log_source input;
