@@ -76,9 +76,9 @@ ZANVIK_FUZZ_TARGET(command) {
   const exact_bytes text(in.rest());
   CommandList list;
   read_command_text(list, text_of(text.span()));
-  const log_source known{"security.evtx", "security", (flags & 1) == 0, 0};
-  log_source log = known;
-  const log_classifier classify = [&known](log_source& found, const std::string& path) {
+  const classified_log known{"security.evtx", "security", (flags & 1) == 0, 0};
+  classified_log log = known;
+  const log_classifier classify = [&known](classified_log& found, const std::string& path) {
     found = known;
     found.path = path;
     return !path.starts_with('x');

@@ -287,6 +287,38 @@ byte_vector volume(std::size_t at, std::string_view name, std::size_t size = 512
   return bytes;
 }
 
+void add_rules(const seed_folder& seeds) {
+  constexpr const char* head = "title: t\nname: n\nlogsource: {product: windows}\ndetection:\n";
+  const auto add = [&](const char* name, const std::string& detection, const char* events) {
+    seeds.add("sigma", name, {0}, head + detection + "%%\n" + events);
+  };
+  add("texts",
+      "  s:\n    A|contains|all: [b, 'c?d']\n    B|startswith: 'x*y'\n  f: {A|cased: Q}\n"
+      "  condition: s and not 1 of f*\n",
+      "A=abcxd\nB=x1y\n\nA=Q\n\n");
+  add("types",
+      "  s: [{A|re|i: 'a+(b|c)'}, {A|cidr: 10.0.0.0/8}, {A|gt: 5}, {A|exists: false}]\n"
+      "  t: {A|fieldref|endswith: B}\n  condition: [s, t]\n",
+      "A=aac\n\nA=10.1.2.3\nB=3\n\nA=0x7\n\n");
+  add("encodings",
+      "  s: {A|wide|base64offset|contains: 'cmd', A|windash|contains: ' -e', A|utf16|base64: x}\n"
+      "  k: {'|all': [one, two]}\n  condition: s or k\n",
+      "A=xYwBtAGQA /e\n\nB=one two\n");
+  add("placeholders", "  s: {A|expand: '%name%\\%'}\n  t: {A: null}\n  condition: s or t\n",
+      "A=ax%\n");
+  seeds.add("sigma", "correlation", {0},
+            std::string(head) + "  s: {A: 1}\n  condition: s\n---\ntitle: c\ncorrelation:\n"
+            "  type: value_avg\n  rules: [n]\n  group-by: [B]\n  timespan: 5m\n"
+            "  aliases: {B: {n: C}}\n  condition: {field: D, gte: 2.5}\n---\ntitle: f\n"
+            "logsource: {product: windows}\nfilter: {rules: [n], s: {B: 2}, condition: s}\n");
+  seeds.add("sigma", "aliases", {0}, "a: &a [1, 2]\nb: [*a, *a]\n---\n- {x: y}\n...\n%%\n");
+  for (int i = 0; i < 4; ++i) {
+    byte_vector bytes;
+    for (int k = 0; k < 300; ++k) append_u8(bytes, static_cast<std::uint8_t>(k * (37 + 2 * i) + i));
+    seeds.add("sigma", "alphabet_" + std::to_string(i), {1}, bytes);
+  }
+}
+
 void add_disks(const seed_folder& seeds) {
   seeds.add("disk", "ntfs", {4, 0, 0}, ntfs_sector());
   seeds.add("disk", "exfat", {0, 0, 0x80}, volume(3, "EXFAT   "));
@@ -334,6 +366,7 @@ int main(int argc, char** argv) {
     add_streams(seeds);
     add_values(seeds);
     add_texts(seeds);
+    add_rules(seeds);
     add_disks(seeds);
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "%s\n", problem.what());

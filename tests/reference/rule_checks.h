@@ -40,6 +40,8 @@ class all_ways {
     bool agree() const { return plain == quick && plain == quick_plain_literals; }
   };
   answer match(const made_event& event);
+  // Only the plain way asks what else a log source wants of its events.
+  bool comparable() const { return source_ != nullptr && source_->where.empty(); }
 
  private:
   std::vector<std::uint32_t> by_matcher(const group_matcher& matcher, group_state& state,

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <random>
 
-#include "reference/rule_checks.h"
+#include "reference/random_rules.h"
 #include "sigma/anchored_set.h"
 #include "sigma/literal_set.h"
 #include "sigma/regex.h"
@@ -96,61 +96,20 @@ TEST(searches, expressions_give_a_literal_that_they_ask_for) {
   }
 }
 
-// One random value with modifiers, of a small alphabet.
-std::string random_value(generator& random) {
-  constexpr const char* modifiers[] = {
-      "",      "|contains", "|startswith",   "|endswith", "|cased|contains", "|windash", "|re",
-      "|re|i", "|neq",      "|contains|all", "|fieldref", "|exists",         "|gt"};
-  const std::string field(1, "FGH"[random() % 3]);
-  const std::string modifier = modifiers[random() % std::size(modifiers)];
-  std::string value = "'" + random_text(random, "aAbB*?\\-/", 5) + "'";
-  if (modifier.starts_with("|re")) {
-    constexpr const char* expressions[] = {"a+b",   "^b", "[^a]b?", "(a|b)-a",
-                                           "A.*b$", "bb", "\\\\a"};
-    value = std::string("'") + expressions[random() % std::size(expressions)] + "'";
-  }
-  if (modifier == "|contains|all") value = "[" + value + ", b]";
-  if (modifier == "|fieldref") value = "G";
-  if (modifier == "|exists") value = random() % 2 ? "true" : "false";
-  if (modifier == "|gt") value = "5";
-  if (modifier.empty() && random() % 5 == 0) value = "null";
-  return "'" + field + modifier + "': " + value;
-}
-
-std::string random_rule(generator& random) {
-  constexpr const char* conditions[] = {
-      "s1 and not s2",         "s1 or s2",           "all of s*", "not s1",
-      "s3 and (s1 or not s2)", "1 of s* and not s3", "k or s2"};
-  std::string out = "title: r\nlogsource: {product: windows, service: security}\ndetection:\n";
-  for (const char* name : {"s1", "s2", "s3"}) {
-    const std::string one = random_value(random), other = random_value(random);
-    out += std::string("  ") + name + ":\n";
-    out += random() % 2 ? "    - {" + one + "}\n    - {" + other + "}\n" : "    {" + one + "}\n";
-  }
-  out += "  k: ['" + random_text(random, "aAbB-", 3) + "x', '-b']\n";
-  return out + "  condition: " + conditions[random() % std::size(conditions)] + "\n---\n";
-}
-
 TEST(searches, random_rules_match_as_the_plain_way_says) {
   generator random(7);
+  random_rules made([&] { return static_cast<std::uint32_t>(random()); });
   std::size_t matches = 0, chances = 0;
   for (int round = 0; round < 30; ++round) {
     std::string text;
-    for (int i = 0; i < 12; ++i) text += random_rule(random);
+    for (int i = 0; i < 12; ++i) text += made.rule();
     const log_source_table sources;
     rule_set set;
     load_rule_texts({{"random.yml", text}}, {}, sources, set);
     ASSERT_EQ(set.running(), 12U) << set.messages.front() << text;
     all_ways ways(set);
     for (int e = 0; e < 40; ++e) {
-      made_event event;
-      for (const char* field : {"F", "G", "H"}) {
-        for (std::size_t values = random() % 3; values > 0; --values) {
-          event.emplace_back(field, random() % 9 == 0 ? std::string(null_value)
-                                                      : random_text(random, "aAbB-/\\\\7", 7));
-        }
-      }
-      const auto answer = ways.match(event);
+      const auto answer = ways.match(made.event());
       ASSERT_TRUE(answer.agree()) << text;
       matches += answer.plain.size();
       chances += 12;
