@@ -50,7 +50,8 @@ need_build_tools() {
   need ninja-build command -v ninja
   need libcli11-dev have_header CLI/CLI.hpp
   need libyaml-cpp-dev have_header yaml-cpp/parser.h
-  need libpcre2-dev have_header pcre2.h
+  # pcre2.h itself wants to be told the width of characters.
+  need libpcre2-dev have_header pcre2posix.h
   need zlib1g-dev have_header zlib.h
   need libssl-dev have_header openssl/evp.h
   need libtsk-dev have_header tsk/libtsk.h
