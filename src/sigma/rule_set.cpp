@@ -1,7 +1,10 @@
 #include "sigma/rule_set.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <thread>
 #include <unordered_set>
 
@@ -115,6 +118,15 @@ bool list_files(const std::string& path, std::vector<std::string>& out,
   std::sort(found.begin(), found.end());
   out.insert(out.end(), found.begin(), found.end());
   return true;
+}
+
+// Folders may be given that lie in one another; a rule is there once all the same.
+void drop_repeated_files(std::vector<std::string>& files) {
+  std::set<std::pair<std::uint64_t, std::uint64_t>> known;
+  std::erase_if(files, [&](const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && !known.emplace(status.st_dev, status.st_ino).second;
+  });
 }
 
 std::vector<file_rules> read_files(const std::vector<std::string>& files,
@@ -364,6 +376,7 @@ std::string load_rules(const std::vector<std::string>& paths, const rule_choice&
   for (const std::string& path : paths) {
     if (!list_files(path, files, out.messages)) return "no such file or folder: " + path;
   }
+  drop_repeated_files(files);
   settle(read_files(files, choice.placeholders), choice, sources, out);
   if (out.rules.empty()) return "there is no rule in " + paths.front();
   return {};

@@ -1,8 +1,10 @@
 // zanvik hunt: events that Sigma rules match.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -55,11 +57,16 @@ class hunt_run : public event_sink {
     const auto start = clock::now();
     if (!read_rules()) return verb_bad_command;
     seconds_reading_ = seconds_since(start);
+    if (output_is_input()) return verb_bad_command;
     if (options_.list) {
       std::string text;
       sigma::append_rule_list(set_, text);
       out_.append(text);
       return finish(false);
+    }
+    if (set_.running() == 0) {
+      report_problem(options_.rules.front(), "no rule runs; --list says why");
+      return verb_bad_command;
     }
     matches_ = std::make_unique<sigma::rule_matches>(set_);
     correlator_ = std::make_unique<sigma::correlator>(set_);
@@ -102,6 +109,20 @@ class hunt_run : public event_sink {
       std::fprintf(stderr, "zanvik: %s\n", message.c_str());
     }
     return error.empty();
+  }
+
+  // Whether the output would take the place of a rule.
+  bool output_is_input() const {
+    std::error_code ignored;
+    if (options_.output.empty() || !std::filesystem::exists(options_.output, ignored)) return false;
+    const auto is_output = [&](const std::string& file) {
+      if (!std::filesystem::equivalent(options_.output, file, ignored)) return false;
+      report_problem(options_.output, "is one of the files to read (" + file + ")");
+      return true;
+    };
+    return is_output(options_.log_sources) ||
+           std::any_of(set_.rules.begin(), set_.rules.end(),
+                       [&](const auto& known) { return is_output(known.content.file); });
   }
 
   std::string read_log_sources(sigma::log_source_table& sources) const {

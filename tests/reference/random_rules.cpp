@@ -50,34 +50,29 @@ std::string random_rules::field_and_value() {
 }
 
 std::string random_rules::rule() {
-  constexpr const char* conditions[] = {"s1 and not s2",
-                                        "s1 or s2",
-                                        "all of s*",
-                                        "not s1",
-                                        "s3 and (s1 or not s2)",
-                                        "1 of s* and not s3",
-                                        "k or s2",
-                                        "1 of them",
-                                        "not (s1 and 1 of s*)"};
+  constexpr const char* conditions[] = {
+      "s1 and not s2",         "s1 or s2",           "all of s*", "not s1",
+      "s3 and (s1 or not s2)", "1 of s* and not s3", "k or s2",   "1 of them",
+      "not (s1 and 1 of s*)"};
   std::string out = "title: r\nlogsource: {product: windows, service: security}\ndetection:\n";
   for (const char* name : {"s1", "s2", "s3"}) {
     const std::string one = field_and_value(), other = field_and_value();
     out += std::string("  ") + name + ":\n";
-    out += next_() % 2 != 0 ? "    - {" + one + "}\n    - {" + other + "}\n"
-                            : "    {" + one + "}\n";
+    out +=
+        next_() % 2 != 0 ? "    - {" + one + "}\n    - {" + other + "}\n" : "    {" + one + "}\n";
   }
   out += "  k: ['" + text("aAbB-", 3) + "x', '-b']\n";
   return out + "  condition: " + one_of(conditions) + "\n---\n";
 }
 
 made_event random_rules::event() {
-  constexpr const char* odd[] = {null_value.data(), "7.1.2.3", "::ffff:7.1.1.1",
+  constexpr const char* odd[] = {null_value.data(),     "7.1.2.3",  "::ffff:7.1.1.1",
                                  "2024-01-02 03:04:05", "\xc3\x84", "\xff"};
   made_event out;
   for (const char* field : {"F", "G", "H"}) {
     for (std::size_t values = next_() % 3; values > 0; --values) {
-      out.emplace_back(field, next_() % 6 == 0 ? std::string(one_of(odd))
-                                               : text("aAbB-/\\\\7", 12));
+      out.emplace_back(field,
+                       next_() % 6 == 0 ? std::string(one_of(odd)) : text("aAbB-/\\\\7", 12));
     }
   }
   return out;

@@ -51,7 +51,8 @@ bool window_holds(const rule_correlation& c, hits_view window) {
   }
 }
 
-// Whether a chain of `needed` rules in their order, from the hit on, ends with the last hit's event.
+// Whether a chain of `needed` rules in their order, from the hit on, ends with the last hit's
+// event.
 bool chain_exists(hits_view hits, std::size_t from, std::size_t needed) {
   if (needed == 1) return hits[from].event == hits.back().event;
   for (std::size_t next = from + 1; next < hits.size(); ++next) {
@@ -134,9 +135,8 @@ TEST(correlation_spans, are_where_every_window_counted_anew_says) {
     c.timespan_seconds = 1 + random() % 8;
     const bool counts_rules = c.what == kind::temporal || c.what == kind::temporal_ordered;
     if (!counts_rules || random() % 2 != 0) {
-      const auto compare = c.what == kind::temporal_ordered
-                               ? static_cast<relation>(random() % 2)
-                               : static_cast<relation>(random() % 6);
+      const auto compare = c.what == kind::temporal_ordered ? static_cast<relation>(random() % 2)
+                                                            : static_cast<relation>(random() % 6);
       c.bounds.push_back({compare, static_cast<long double>(random() % 5)});
     }
     const auto hits = random_hits(random, c.rules.size());

@@ -90,6 +90,11 @@ TEST_F(hunt_runs, statuses) {
   EXPECT_EQ(run_zanvik({"hunt", "--rules", folder_.path("nowhere"), samples}).status, 2);
   EXPECT_EQ(run_zanvik({"hunt", "--rules", none, "--placeholder", "x", samples}).status, 2);
   EXPECT_EQ(run_zanvik({"hunt", "--rules", none, folder_.path("nowhere")}).status, 1);
+  // Nobody should take a hunt without rules for one without matches.
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", rules, "--tag", "nosuch", samples}).status, 2);
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", none, "-o", none, samples}).status, 2);
+  EXPECT_EQ(lines_of(run_zanvik({"hunt", "--rules", rules, "--rules", rules, samples}).out).size(),
+            6U);
   // A broken rule is told of, and the others run.
   const program_run broken =
       run_zanvik({"hunt", "--rules", folder_.write("broken.yml", "title: x\ndetection: [\n"),
