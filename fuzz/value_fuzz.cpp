@@ -1,7 +1,7 @@
 // A typed value of any type and size, in each form.
 #include <algorithm>
 
-#include "evtx/values/value_text.h"
+#include "events/cell_text.h"
 #include "fuzz_target.h"
 
 namespace zanvik::fuzz {
@@ -20,19 +20,22 @@ ZANVIK_FUZZ_TARGET(value) {
   const exact_bytes block(in.rest());
   const raw_value value = raw_value_at(byte_cursor(block.span()), 0, type, size);
   value_writer writer;
-  for (const value_form form : {value_form::plain, value_form::all_data, value_form::pulled}) {
-    // No larger than the writer says that it may need.
-    const std::size_t bound = value_text_bound(value);
-    const std::unique_ptr<char[]> buffer(new char[bound]);
-    bool marked = false;
-    const char* end = writer.write(buffer.get(), value, form, marked);
+  // No larger than the writer says that it may need.
+  const std::size_t bound = value_text_bound(value);
+  const std::unique_ptr<char[]> buffer(new char[bound]);
+  const auto text_to = [&](const char* end) {
     require(end >= buffer.get() && end <= buffer.get() + bound, "the text is within its bound");
-    const std::string_view text(buffer.get(), static_cast<std::size_t>(end - buffer.get()));
-    std::string appended;
-    append_value_text(appended, value, form);
-    require_equal(text, appended, "written and appended agree");
-    if (form == value_form::plain) continue;
-    require(!holds_any(text, "\n"), "a column's text is one line");
+    return std::string_view(buffer.get(), static_cast<std::size_t>(end - buffer.get()));
+  };
+  unsigned kinds = kind_plain;
+  std::string appended;
+  append_value_text(appended, value);
+  require_equal(text_to(writer.write(buffer.get(), value, kinds)), appended,
+                "written and appended agree");
+  for (const cell_form form : {cell_form::all_data, cell_form::pulled}) {
+    bool marked = false;
+    const auto text = text_to(write_cell_text(writer, buffer.get(), value, form, marked));
+    require(!holds_any(text, "\n"), "a cell's text is one line");
     require(marked || !holds_any(text, ",|\r\n"), "a text with a comma or a bar is marked");
   }
 }

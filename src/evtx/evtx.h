@@ -20,9 +20,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 
-#include "base/diag.h"
 #include "evtx/record_reader.h"
 
 namespace zanvik {
@@ -49,12 +47,18 @@ class chunk_visitor {
   virtual void on_slack_candidate(std::uint64_t offset, std::uint64_t area_bytes) = 0;
 };
 
-// What a walk looks at, what it tells of its progress, and to whom.
+// What a walk calls when it reaches a record, before the record is read.
+class walk_progress {
+ public:
+  virtual ~walk_progress() = default;
+  // The number in the record's header, and that of the record read before it; 0 for the first.
+  virtual void at_record(std::uint64_t number, std::uint64_t number_before) = 0;
+};
+
+// What a walk looks at.
 struct walk_settings {
   bool inc_slack = false;             // search behind damage and in free tails too (slack.h)
-  const diag_trace* trace = nullptr;  // a line a record at level 2 and above; null for none
-  bool show_status = false;           // a status line now and then
-  std::string log_path;
+  walk_progress* progress = nullptr;  // null for nobody
   reader_options reading = {};
 };
 

@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "base/console.h"
-#include "base/text.h"
 #include "evtx/container/slack.h"
 #include "evtx/evtx.h"
 
@@ -13,15 +11,6 @@ namespace layout = evtx_layout;
 
 constexpr std::uint64_t no_records = ~std::uint64_t{0};
 
-// The log's name as the status line shows it.
-std::string short_log_name(std::string_view path) {
-  constexpr std::size_t longest = 15;
-  std::string name(path);
-  replace_char(name, '%', ' ', false);
-  if (name.size() > longest) name = name.substr(0, longest) + "..";
-  return name;
-}
-
 // The walk over one block.
 class block_walk {
  public:
@@ -31,8 +20,7 @@ class block_walk {
         block_(block, base_offset),
         base_(base_offset),
         visitor_(visitor),
-        settings_(settings),
-        short_name_(short_log_name(settings.log_path)) {}
+        settings_(settings) {}
 
   void walk_chunk(std::uint64_t chunk) {
     visitor_.start_chunk(block_.bytes().subspan(static_cast<std::size_t>(chunk)), block_.size(),
@@ -49,7 +37,6 @@ class block_walk {
   bool resynchronise(std::uint64_t chunk, std::uint64_t last_good, std::uint64_t& record);
   void walk_slack(std::uint64_t chunk, std::uint64_t area);
   bool is_slack_candidate(std::uint64_t record, std::uint64_t area_end) const;
-  void tell_progress(std::uint64_t record);
 
   std::uint32_t size_of(std::uint64_t record) const {
     return block_.at_or_zero<std::uint32_t>(record + 4);
@@ -63,8 +50,6 @@ class block_walk {
   std::uint64_t base_;
   chunk_visitor& visitor_;
   const walk_settings& settings_;
-  std::string short_name_;
-  std::uint64_t shown_ = 0;
   std::uint64_t number_before_ = 0;
 };
 
@@ -78,7 +63,7 @@ std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record
   std::uint64_t last_good = 0;
   for (; counter <= last && record <= block_.size() && walked <= limits::record_walk_bytes;
        ++counter) {
-    tell_progress(record);
+    if (settings_.progress) settings_.progress->at_record(number_of(record), number_before_);
     if (!is_record_header(block_, record)) {
       if (!resynchronise(chunk, last_good, record)) break;
       walked += record - last_good;
@@ -131,19 +116,6 @@ bool block_walk::is_slack_candidate(std::uint64_t record, std::uint64_t area_end
   if ((record & 0xffff) + size > layout::chunk_bytes) return false;
   // A signature in the number: what was taken for a size is one as well.
   return (number_of(record) & 0xffffffff) != layout::record_signature;
-}
-
-void block_walk::tell_progress(std::uint64_t record) {
-  if (settings_.trace && settings_.trace->diags_on && settings_.trace->diag_level >= 2) {
-    diag_line(*settings_.trace, "%s: %lld", settings_.log_path.c_str(),
-              static_cast<long long>(number_of(record)));
-  }
-  if (!settings_.show_status) return;
-  constexpr std::uint64_t every = 17;
-  if (shown_++ % every != 0) return;
-  // Of the record before: the one in hand is not looked at yet.
-  print_status(status_width_max, "%s: %lld", short_name_.c_str(),
-               static_cast<long long>(number_before_));
 }
 
 // Hands what a reader makes of each record to a sink.

@@ -64,7 +64,7 @@ void take_provider(const record_fields& record, std::vector<collected>& list, co
     plan.provider = nullptr;
     // A single candidate is used whatever it contains, so its text is not needed.
     if (candidates > 1) {
-      append_column_text(provider, record, each.slot, value_form::all_data);
+      append_column_text(provider, record, each.slot, cell_form::all_data);
     }
     return true;
   });
@@ -191,7 +191,7 @@ column_plan without_repeats(const column_plan& plan, record_container& records) 
 column_plan plan_pulled(const record_fields& record, std::span<const std::string> names,
                         record_container& records) {
   column_plan plan;
-  plan.form = value_form::pulled;
+  plan.form = cell_form::pulled;
   plan.selects = false;
   std::string text;
   record_shape shape;

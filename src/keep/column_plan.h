@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "events/cell_text.h"
 #include "events/log_record.h"
 #include "evtx/record_fields.h"
 
@@ -28,7 +29,7 @@ struct column_plan {
   std::uint32_t level = 0;                // if that column is a literal
   bool reusable = true;  // false: valid for this record only, because a value decided it
   bool selects = true;   // false: such a record has none of the named fields
-  value_form form = value_form::all_data;  // of all values, including the provider's
+  cell_form form = cell_form::all_data;  // of all values, including the provider's
 };
 
 // The plan for a listing of all data: every named slot, every nested value under its number, every

@@ -17,10 +17,10 @@ namespace {
 constexpr std::string_view null_text = "[null]";
 
 // The text of a value that was replaced by one, on one line.
-std::string replaced_column_text(std::string text, const plan_value& value, value_form form,
+std::string replaced_column_text(std::string text, const plan_value& value, cell_form form,
                                  bool& marked) {
   if (value.one_line) std::erase(text, '\n');
-  const char* end = clean_value_text(text.data(), text.data() + text.size(), form, marked);
+  const char* end = clean_cell_text(text.data(), text.data() + text.size(), form, marked);
   text.resize(static_cast<std::size_t>(end - text.data()));
   return text;
 }
@@ -46,10 +46,10 @@ class block_writer {
         limit_(at_ + arena.room()) {}
 
   // Returns the text as it was written, valid until the next cell.
-  std::string_view add(const raw_value& raw, const plan_value& value, value_form form) {
+  std::string_view add(const raw_value& raw, const plan_value& value, cell_form form) {
     make_room(value_text_bound(raw));
     bool marked = false;
-    char* end = writer_.write(at_ + 1, raw, form, marked);
+    char* end = write_cell_text(writer_, at_ + 1, raw, form, marked);
     if (end == at_ + 1 && value.null_if_empty && raw.type == value_type::binary) {
       end = copy(end, null_text);
     }

@@ -11,6 +11,7 @@
 #include "evtx/evtx.h"
 #include "keep/keeping_sink.h"
 #include "output/write_records.h"
+#include "run/log_progress.h"
 #include "select/evt_selector.h"
 #include "select/evtx_selector.h"
 #include "stats/counting_sinks.h"
@@ -43,8 +44,8 @@ class log_walk {
         selector_(commands, selection()),
         evt_selector_(commands, selection()),
         counter_(run.statistics, run.log.channel, selector_, evt_selector_),
-        settings_{options_.inc_slack, &options_.trace, options_.show_status, run.log.path,
-                  options_.reading},
+        progress_(options_, run.log.path),
+        settings_{options_.inc_slack, progress_.if_wanted(), options_.reading},
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
                           [](const ReportCommand* command) { return command->has_hist; }))) {
@@ -159,6 +160,7 @@ class log_walk {
   evtx_selector selector_;
   evt_selector evt_selector_;
   record_counter counter_;
+  log_progress progress_;
   walk_settings settings_;
   bool is_evtx_ = false;
   std::size_t hist_count_;  // commands that count combinations of fields

@@ -59,8 +59,8 @@ bool text_search::slot_holds(const record_fields& record, std::size_t slot) {
   const raw_value value = record.value(slot);
   const std::size_t bound = value_text_bound(value);
   if (buffer_.size() < bound) buffer_.resize(bound);
-  bool marked = false;
-  const char* end = writer_.write(buffer_.data(), value, value_form::plain, marked);
+  unsigned kinds = kind_plain;
+  const char* end = writer_.write(buffer_.data(), value, kinds);
   return contains_nocase({buffer_.data(), static_cast<std::size_t>(end - buffer_.data())}, text_);
 }
 

@@ -10,11 +10,11 @@
 namespace zanvik::testing {
 namespace {
 
-std::string text_of(const slot_value& value, value_form form = value_form::plain) {
+std::string text_of(const slot_value& value) {
   const byte_cursor bytes(value.bytes);
   const auto size = value.declared_size.value_or(static_cast<std::uint16_t>(value.bytes.size()));
   std::string text = "<";  // what stands in the output must stay
-  append_value_text(text, raw_value_at(bytes, 0, value.type, size), form);
+  append_value_text(text, raw_value_at(bytes, 0, value.type, size));
   EXPECT_EQ(text[0], '<');
   return text.substr(1);
 }
@@ -150,17 +150,6 @@ TEST(value_text, binary_values_show_their_utf16_runs) {
   append_bytes(runs, bytes_of({0xff}));
   append_utf16(runs, "a, b|c");
   EXPECT_EQ(text_of(slot::binary(runs)), "Disk ;a, b|c ;");
-  EXPECT_EQ(text_of(slot::binary(runs), value_form::all_data), "Disk a, b|c ");
-  EXPECT_EQ(text_of(slot::binary(runs), value_form::pulled), "Disk, a, b|c, ");
-}
-
-TEST(value_text, one_line_forms_clean_free_text) {
-  const slot_value text = slot::utf16("\na\r\n\tb\n");
-  EXPECT_EQ(text_of(text, value_form::plain), "\na\r\n\tb\n");
-  EXPECT_EQ(text_of(text, value_form::all_data), "a:b:") << "one leading colon goes";
-  EXPECT_EQ(text_of(text, value_form::pulled), ",a,b,");
-  EXPECT_EQ(text_of(slot::utf16("::a"), value_form::all_data), ":a");
-  EXPECT_EQ(text_of(slot::utf16(""), value_form::all_data), "");
 }
 
 }  // namespace

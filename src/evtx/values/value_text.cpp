@@ -13,10 +13,6 @@
 #include "base/utf16.h"
 #include "base/utf16_write.h"
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 namespace zanvik {
 namespace {
 
@@ -103,17 +99,14 @@ char* write_multi_string(char* out, std::span<const std::byte> bytes) {
   return out;
 }
 
-char* write_binary(char* out, std::span<const std::byte> bytes, value_form form) {
-  const std::string_view behind = form == value_form::plain      ? " ;"
-                                  : form == value_form::all_data ? " "
-                                                                 : ", ";
+char* write_binary(char* out, std::span<const std::byte> bytes, std::string_view run_end) {
   constexpr std::size_t shortest_run = 4;  // characters
   char* const begin = out;
   for_each_utf16_run(bytes, shortest_run, [&](utf16_run run) {
     for (std::size_t i = 0; i < run.units; ++i) {
       *out++ = static_cast<char>(bytes[run.offset + 2 * i]);
     }
-    out = std::copy(behind.begin(), behind.end(), out);
+    out = std::copy(run_end.begin(), run_end.end(), out);
   });
   return out == begin ? write_hex_bytes(out, bytes) : out;
 }
@@ -196,7 +189,8 @@ char* write_text(char* out, std::string_view text) {
 }
 
 // Any type but UTF-16 text.
-char* write_other(char* out, const raw_value& value, value_form form, filetime_writer& times) {
+char* write_other(char* out, const raw_value& value, std::string_view run_end,
+                  filetime_writer& times) {
   const bool is_32_bits = value.size == 4;
   switch (value.type) {
     case value_type::null:
@@ -228,7 +222,7 @@ char* write_other(char* out, const raw_value& value, value_form form, filetime_w
       if (value.readable == 0) return out;
       return write_text(out, value.data[0] != std::byte{0} ? "true" : "false");
     case value_type::binary:
-      return write_binary(out, value_bytes(value), form);
+      return write_binary(out, value_bytes(value), run_end);
     case value_type::guid:
       return value.readable < 16 ? out
                                  : write_guid(out, std::span<const std::byte, 16>(value.data, 16));
@@ -250,21 +244,6 @@ char* write_other(char* out, const raw_value& value, value_form form, filetime_w
   }
 }
 
-#if defined(__SSE2__)
-constexpr std::ptrdiff_t clean_step = 16;
-
-// Copies as many characters unless a tab or a line end is among them; `out` may be up to all of
-// them before `in`. Adds `kind_separator` for a comma or a vertical bar.
-bool copy_clean(const char* in, char* out, unsigned& kinds) {
-  const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
-  const auto is = [text](char c) { return _mm_cmpeq_epi8(text, _mm_set1_epi8(c)); };
-  if (_mm_movemask_epi8(_mm_or_si128(is('\t'), _mm_or_si128(is('\r'), is('\n')))) != 0) return false;
-  if (_mm_movemask_epi8(_mm_or_si128(is(','), is('|'))) != 0) kinds |= kind_separator;
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), text);
-  return true;
-}
-#endif
-
 }  // namespace
 
 std::size_t ansi_length(const raw_value& value) {
@@ -273,67 +252,21 @@ std::size_t ansi_length(const raw_value& value) {
   return end ? static_cast<std::size_t>(static_cast<const std::byte*>(end) - value.data) : longest;
 }
 
-char* clean_value_text(char* begin, char* end, value_form form, bool& marked) {
-  const char line_feed = form == value_form::all_data ? ':' : ',';
-  unsigned kinds = kind_plain;
-  const char* in = begin;
-  char* out = begin;
-  while (in != end) {
-#if defined(__SSE2__)
-    if (end - in >= clean_step && copy_clean(in, out, kinds)) {
-      in += clean_step;
-      out += clean_step;
-      continue;
-    }
-    const char* const stop = end - in < clean_step ? end : in + clean_step;
-#else
-    const char* const stop = end;
-#endif
-    for (; in != stop; ++in) {
-      const char c = *in == '\n' ? line_feed : *in;
-      if (c == ',' || c == '|') kinds |= kind_separator;
-      *out = c;
-      out += c != '\r' && c != '\t';
-    }
-  }
-  if (form == value_form::all_data && out != begin && *begin == ':') {
-    out = std::copy(begin + 1, out, begin);
-  }
-  marked = marked || kinds != kind_plain;
-  return out;
-}
-
-char* value_writer::write_any(char* out, const raw_value& value, value_form form, bool& marked) {
-  unsigned kinds = kind_control | kind_separator;  // any
-  char* end;
+char* value_writer::write(char* out, const raw_value& value, unsigned& kinds,
+                          std::string_view run_end) {
   if (value.type == value_type::utf16 || value.type == value_type::xml) {
-    kinds = kind_plain;
     std::size_t units;
-    end = write_utf8_from_utf16(out, value_bytes(value), units, kinds);
-    if (kinds == kind_plain && (form != value_form::all_data || end == out || *out != ':')) {
-      return end;
-    }
-  } else {
-    end = write_other(out, value, form, times_);
-    if (!is_free_text(value.type)) return end;
+    return write_utf8_from_utf16(out, value_bytes(value), units, kinds);
   }
-  if (form == value_form::plain) {
-    marked = marked || kinds != kind_plain;
-    return end;
-  }
-  // Most texts hold nothing that would have to be cleaned.
-  if ((kinds & kind_control) || (end != out && *out == ':')) {
-    return clean_value_text(out, end, form, marked);
-  }
-  marked = marked || (kinds & kind_separator);
-  return end;
+  if (is_free_text(value.type)) kinds |= kind_control | kind_separator;  // nobody looks
+  return write_other(out, value, run_end, times_);
 }
 
-void append_value_text(std::string& out, const raw_value& value, value_form form) {
+void append_value_text(std::string& out, const raw_value& value) {
   const std::size_t before = out.size();
   out.resize(before + value_text_bound(value));
-  bool marked = false;
-  const char* end = value_writer().write(out.data() + before, value, form, marked);
+  unsigned kinds = kind_plain;
+  const char* end = value_writer().write(out.data() + before, value, kinds);
   out.resize(static_cast<std::size_t>(end - out.data()));
 }
 

@@ -12,10 +12,12 @@
 #include <cstring>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "base/byte_cursor.h"
 #include "base/digits.h"
 #include "base/time_writer.h"
+#include "base/utf16_write.h"
 
 namespace zanvik {
 
@@ -104,13 +106,6 @@ inline raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, st
   return {chunk.bytes().data() + at, chunk.size() - at, type, size, false};
 }
 
-// How a value is shown.
-enum class value_form {
-  plain,     // as it is; the UTF-16 runs of a binary value each with " ;" behind it
-  all_data,  // in a listing of everything: one line, line feeds become ":", one leading ":" goes
-  pulled,    // as a named column: one line, line feeds become ","
-};
-
 // Longest text of a value whose length its size does not say: a float, a time, a GUID.
 inline constexpr std::size_t fixed_text_bound = 64;
 // Length of a text of type ansi: the bytes up to the first NUL, without regard to the size.
@@ -139,34 +134,38 @@ inline std::size_t value_text_bound(const raw_value& value) {
   return size + fixed_text_bound;
 }
 
+// What stands behind each run of UTF-16 text in a binary value.
+inline constexpr std::string_view plain_run_end = " ;";
+
 // Writes values; remembers the day of the last time, since neighbours share it.
 class value_writer {
  public:
-  // Writes the text to `out` and returns its end. `marked` is set when it holds a comma, a vertical
-  // bar, a carriage return or a line feed (it may be set without), else left alone.
-  char* write(char* out, const raw_value& value, value_form form, bool& marked) {
-    // Most values are small numbers.
-    if (value.readable >= sizeof(std::uint64_t)) {
-      switch (value.type) {
-        case value_type::null:
-          *out = '0';
-          return out + 1;
-        case value_type::uint8:
-          return write_number(out, read<std::uint8_t>(value));
-        case value_type::uint16:
-          return write_number(out, read<std::uint16_t>(value));
-        case value_type::uint32:
-          if (value.size != sizeof(std::uint32_t)) break;
-          return write_number(out, read<std::uint32_t>(value));
-        case value_type::hex64:
-          out[0] = '0';
-          out[1] = 'x';
-          return write_all_hex(out + 2, read<std::uint64_t>(value));
-        default:
-          break;
-      }
+  // Writes the text to `out` and returns its end. Adds to `kinds` what kinds of characters of
+  // `text_kind` the text may hold; the text of a type that is not free text holds none of them.
+  char* write(char* out, const raw_value& value, unsigned& kinds,
+              std::string_view run_end = plain_run_end);
+
+  // The same for the small numbers that most values are; null, with nothing written, for others.
+  static char* write_small_number(char* out, const raw_value& value) {
+    if (value.readable < sizeof(std::uint64_t)) return nullptr;
+    switch (value.type) {
+      case value_type::null:
+        *out = '0';
+        return out + 1;
+      case value_type::uint8:
+        return write_number(out, read<std::uint8_t>(value));
+      case value_type::uint16:
+        return write_number(out, read<std::uint16_t>(value));
+      case value_type::uint32:
+        if (value.size != sizeof(std::uint32_t)) return nullptr;
+        return write_number(out, read<std::uint32_t>(value));
+      case value_type::hex64:
+        out[0] = '0';
+        out[1] = 'x';
+        return write_all_hex(out + 2, read<std::uint64_t>(value));
+      default:
+        return nullptr;
     }
-    return write_any(out, value, form, marked);
   }
 
  private:
@@ -182,20 +181,13 @@ class value_writer {
     return out + 1;
   }
 
-  char* write_any(char* out, const raw_value& value, value_form form, bool& marked);
-
   filetime_writer times_;
 };
 
-// The plain text, appended.
-void append_value_text(std::string& out, const raw_value& value,
-                       value_form form = value_form::plain);
+// The text, appended.
+void append_value_text(std::string& out, const raw_value& value);
 
 // Two-digit hexadecimal numbers with single blanks between, appended.
 void append_hex_bytes(std::string& out, std::span<const std::byte> bytes);
-
-// Cleans the text [begin, end) in place for a form other than `plain` and returns its new end;
-// sets `marked` as above.
-char* clean_value_text(char* begin, char* end, value_form form, bool& marked);
 
 }  // namespace zanvik
