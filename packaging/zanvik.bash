@@ -71,7 +71,7 @@ _zanvik_verb() {
     check)
       _zanvik_words '-h --help -f --format --chunks --from-list' ;;
     shard)
-      _zanvik_words '-h --help -n --count -o --output --only -0 --null --from-list' ;;
+      _zanvik_words '-h --help -n --count -o --output --only --null --from-list' ;;
     merge)
       _zanvik_words '-h --help -o --output --from-list' ;;
   esac

@@ -85,14 +85,18 @@ class export_run : public event_sink {
     if (!timeline_) form_->begin(out_);
     for (const std::string& path : options_.logs.paths) finder.find(path);
     const std::string error = write_waiting();
-    if (!error.empty()) problem("sorting", error);
+    if (!error.empty()) {
+      problem("sorting", error);
+      complete_ = false;
+    }
     if (!out_.flush()) {
       const bool named = !options_.output.empty() && options_.output != "-";
       problem(named ? options_.output : "standard output", std::strerror(out_.error()));
     }
     return status;
   }
-  bool written() const { return !out_.failed(); }
+  // Whether the output is whole: all that could be read is in it.
+  bool written() const { return complete_ && !out_.failed(); }
 
  private:
   bool read_log(const found_log& log, log_event_reader& reader) {
@@ -117,6 +121,7 @@ class export_run : public event_sink {
   progress_line progress_;
   std::unique_ptr<event_form> form_;
   ordered_events events_;
+  bool complete_ = true;
   std::unique_ptr<timeline_logs> timeline_;  // of a form that is no event_form
 };
 

@@ -66,7 +66,7 @@ TEST(shard_merge, lists_are_about_equal_and_may_be_empty) {
   }
   EXPECT_EQ(run_zanvik({"shard", "-n", "2", "a"}, here).out, "a/1\n\na/2\na/3\na/4\n");
   EXPECT_EQ(run_zanvik({"shard", "-n", "2", "--only", "2", "a"}, here).out, "a/2\na/3\na/4\n");
-  const auto many = run_zanvik({"shard", "-n", "9", "-0", "a"}, here).out;
+  const auto many = run_zanvik({"shard", "-n", "9", "--null", "a"}, here).out;
   EXPECT_EQ(std::count(many.begin(), many.end(), '\0'), 4 + 8) << "nine lists of four logs";
   // A list without a log is a run without an event.
   const auto none = run_zanvik({"export", "-f", "csv", "--from-list", "-"}, here);
