@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,7 @@ struct found_log {
 
   // Of a log in a disk image, in place of the descriptor: reads like pread.
   std::function<ssize_t(std::span<std::byte> buffer, std::uint64_t offset)> read_at;
+  std::string image;          // the path of the image
   std::int64_t modified = 0;  // its last modification, in seconds since 1970; 0 when not known
   // Offset and size of the parts that are meant, where not all bytes are.
   std::vector<std::pair<std::uint64_t, std::uint64_t>> parts;

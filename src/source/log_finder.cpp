@@ -174,6 +174,7 @@ bool log_finder::find_in_image(const std::string& path, image_kind kind, const l
     found_log log;
     log.source = file;
     log.source.path = name;
+    log.image = path;
     log.source.kind = item->is_legacy != 0 ? log_kind::evt : log_kind::evtx;
     log.source.deleted = item->is_deleted != 0;
     log.size = item->size;

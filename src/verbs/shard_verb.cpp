@@ -57,7 +57,12 @@ class shard_run {
   int run() {
     log_finder finder(
         [this](found_log& log) {
-          const std::string& path = log.source.path;
+          // An image is opened as a whole, however many logs are in it.
+          const std::string& path = log.image.empty() ? log.source.path : log.image;
+          if (!log.image.empty() && !logs_.empty() && logs_.back().path == path) {
+            logs_.back().bytes += log.size;
+            return;
+          }
           if (!options_.null && path.find('\n') != path.npos) {
             problem(path, "has a line end in its name: use --null");
           } else {

@@ -106,7 +106,7 @@ void timeline_logs::classify(const found_log& log, std::span<const std::byte> bl
         head.end(), block.begin(),
         block.begin() + std::ssize(block.first(std::min(log_file::most_bytes, block.size()))));
   } else {
-    const ssize_t got = read_fully(log.descriptor, head, 0);
+    const ssize_t got = read_fully(log, head, 0);
     head.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
   }
   // A log that is none to the classic door has no channel.
