@@ -39,6 +39,10 @@ constexpr area_row rows[area_kinds] = {
     {"empty_chunk", "empty chunks", bytes},
     {"tail", "after the last whole chunk", bytes},
     {"unread_part", "could not be read from the file", bytes},
+    {"carved_record", "records outside whole chunks", living},
+    {"carved_legacy", "legacy records", living},
+    {"carved_header", "headers of cut chunks", bytes},
+    {"other_bytes", "bytes that are no log", bytes},
     {"read_elsewhere", "read from inside other bytes", free},
 };
 

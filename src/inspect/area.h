@@ -32,6 +32,10 @@ enum class area_kind : std::uint8_t {
   empty_chunk,       // a chunk of zeros
   tail,              // behind the last whole chunk
   unread_part,       // the file could not be read there
+  carved_record,     // outside whole chunks, found by its signature
+  carved_legacy,     // the same, of a legacy log
+  carved_header,     // of a chunk that is cut or damaged
+  other_bytes,       // of an input that is no log
   read_elsewhere,    // no bytes of its own: what the reader gives from inside other areas
 };
 inline constexpr std::size_t area_kinds = static_cast<std::size_t>(area_kind::read_elsewhere) + 1;

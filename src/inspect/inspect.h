@@ -2,6 +2,7 @@
 //
 //   log_ledger.h      what comes out: facts, the account of bytes and records, chunks, findings
 //   evtx_ledger.h     makes it of an .evtx log, block by block; evt_ledger.h of a legacy one
+//   carve_ledger.h    the same of bytes that are no log
 //   chunk_walk.h      the folder's own walk over one chunk: areas that cover each byte once
 //   chunk_settle.h    which of the chunk's records the reader gave, and why not the others
 //   chunk_order.h     what chunks say together: gaps, order, copies

@@ -7,6 +7,7 @@
 
 #include "base/time_value.h"
 #include "evtx/container/chunk.h"
+#include "inspect/carve_ledger.h"
 #include "inspect/checksum.h"
 #include "inspect/event_facts.h"
 #include "inspect/evt_ledger.h"
@@ -172,7 +173,9 @@ void inspect_evt(const found_log& log, log_ledger& out) {
 void inspect_log(const found_log& log, log_ledger& out) {
   out.path = log.source.path;
   out.size = log.size;
-  if (log.source.kind == log_kind::evt) {
+  if (log.carve) {
+    inspect_carved(log, out);
+  } else if (log.source.kind == log_kind::evt) {
     inspect_evt(log, out);
   } else {
     evtx_feed(log, out).run();

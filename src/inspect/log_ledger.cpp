@@ -58,7 +58,8 @@ std::uint64_t log_account::found() const {
 
 std::uint64_t log_account::given() const {
   return line(area_kind::record_read).records + line(area_kind::record_outside).records +
-         line(area_kind::record_bare).records + line(area_kind::record_part).records;
+         line(area_kind::record_bare).records + line(area_kind::record_part).records +
+         line(area_kind::carved_record).records + line(area_kind::carved_legacy).records;
 }
 
 std::uint64_t log_account::free_records() const {

@@ -121,8 +121,7 @@ bool carver::finish() {
     const std::uint64_t end = run.offset + run.size;
     const std::uint64_t credit = end - std::min(end, read_to);
     read_to = std::max(read_to, end);
-    const std::uint32_t records = read_run(chunks_, run, bytes, credit);
-    if (watcher_) watcher_->on_run(run, records);
+    read_run(chunks_, run, bytes, credit);
   });
   return all && all_kept_;
 }
@@ -133,6 +132,7 @@ carver::outcome carver::take_chunk(std::size_t at, bool last) {
   if (there < layout::chunk_bytes && !last) return {at, true};
   const auto chunk = std::span(window_).subspan(at, std::min(there, layout::chunk_bytes));
   if (is_whole_chunk(chunk)) {
+    if (offset >= run_.offset + run_bytes_.size()) close_run();
     if (watcher_) watcher_->on_chunk(chunk, offset);
     walk_settings settings;
     settings.inc_slack = slack_;
@@ -219,11 +219,11 @@ void carver::keep_run(record_run run, std::span<const std::byte> bytes) {
   read_run(learner_, run, bytes, passed_ - learnt_);
   learnt_ = passed_;
   all_kept_ = runs_.add(run, bytes) && all_kept_;
+  if (watcher_) watcher_->on_run(run, bytes);
 }
 
-// Returns how many records it has.
-std::uint32_t carver::read_run(evtx_event_reader& reader, const record_run& run,
-                               std::span<const std::byte> bytes, std::uint64_t credit) {
+void carver::read_run(evtx_event_reader& reader, const record_run& run,
+                      std::span<const std::byte> bytes, std::uint64_t credit) {
   constexpr std::byte unknown{0xff};
   const bool placed = run.place != record_run::no_place;
   const std::uint32_t place = placed ? run.place : behind_chunk;
@@ -234,16 +234,13 @@ std::uint32_t carver::read_run(evtx_event_reader& reader, const record_run& run,
   const auto chunk = std::span<const std::byte>(fragment_);
   reader.start_fragment(placed ? chunk.first(layout::chunk_bytes) : chunk, run.offset - place,
                         credit);
-  std::uint32_t records = 0;
   const byte_cursor in(bytes);
   for (std::uint64_t at = run.place == 0 ? layout::chunk_header_bytes : 0; at < bytes.size();
        at += std::max(in.at_or_zero<std::uint32_t>(at + 4), least_record_bytes)) {
     reader.on_record(place + at);
-    ++records;
   }
   std::fill_n(fragment_.begin() + place, bytes.size(), unknown);
   std::fill_n(fragment_.begin(), layout::chunk_header_bytes, unknown);
-  return records;
 }
 
 // Charges a record that lies over another one.
@@ -262,6 +259,7 @@ carver::outcome carver::take_legacy(std::size_t at, bool last) {
   if (!bytes.has(begin, size)) return {last ? at + 4 : at, !last};
   if (bytes.at<std::uint32_t>(begin + size - 4) != size) return behind;
   const std::uint64_t offset = base_ + begin;
+  if (offset >= run_.offset + run_bytes_.size()) close_run();
   if (offset < legacy_end_ && !may_overlap(size)) return behind;
   legacy_end_ = std::max(legacy_end_, offset + size);
   const std::int64_t before = limits::evt_text_budget(passed_) - texts_read_;
@@ -270,7 +268,7 @@ carver::outcome carver::take_legacy(std::size_t at, bool last) {
   texts_read_ += before - std::max<std::int64_t>(left, 0);
   legacy_.set_buffer(offset, window_.data() + begin + size);
   legacy_.on_record(legacy_record_);
-  if (watcher_) watcher_->on_legacy_record(offset, size);
+  if (watcher_) watcher_->on_legacy_record(bytes.bytes_at(begin, size), offset);
   return behind;
 }
 

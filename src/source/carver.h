@@ -27,8 +27,9 @@ class carve_watcher {
  public:
   virtual ~carve_watcher() = default;
   virtual void on_chunk(std::span<const std::byte> chunk, std::uint64_t offset) = 0;
-  virtual void on_run(const record_run& run, std::uint32_t records) = 0;
-  virtual void on_legacy_record(std::uint64_t offset, std::uint32_t size) = 0;
+  // Records one behind the other, behind the header of their chunk when the run's place is 0.
+  virtual void on_run(const record_run& run, std::span<const std::byte> bytes) = 0;
+  virtual void on_legacy_record(std::span<const std::byte> record, std::uint64_t offset) = 0;
 };
 
 class carver {
@@ -67,8 +68,8 @@ class carver {
   bool append_to_run(std::uint64_t offset, std::span<const std::byte> record, std::uint32_t place);
   void keep_run(record_run run, std::span<const std::byte> bytes);
   void close_run();
-  std::uint32_t read_run(evtx_event_reader& reader, const record_run& run,
-                         std::span<const std::byte> bytes, std::uint64_t credit);
+  void read_run(evtx_event_reader& reader, const record_run& run, std::span<const std::byte> bytes,
+                std::uint64_t credit);
 
   log_source source_;
   log_source legacy_source_;

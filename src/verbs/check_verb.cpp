@@ -10,6 +10,7 @@
 #include "inspect/forms/ledger_forms.h"
 #include "inspect/inspect_log.h"
 #include "source/log_finder.h"
+#include "verbs/list_logs.h"
 #include "verbs/log_options.h"
 #include "verbs/verbs.h"
 
@@ -19,9 +20,12 @@ namespace {
 struct check_options : path_options {
   std::string format = "table";
   table_options table;
+  carve_option carve;
+  bool list = false;
 };
 
 int run(const check_options& options) {
+  if (options.list) return list_logs(options.paths, options.carve.what());
   int status = verb_done;
   const auto problem = [&status](const std::string& path, const std::string& what) {
     std::fprintf(stderr, "zanvik: %s: %s\n", path.c_str(), what.c_str());
@@ -50,6 +54,7 @@ int run(const check_options& options) {
         }
       },
       problem);
+  finder.carve(options.carve.what());
   for (const std::string& path : options.paths) finder.find(path);
   out.append(text);
   if (!out.flush()) problem("standard output", std::strerror(out.error()));
@@ -68,6 +73,8 @@ int run_check(int argc, char** argv) {
   app.add_option("-f,--format", options.format, "table, json (one object a log) or csv")
       ->check(CLI::IsMember({"table", "json", "csv"}));
   app.add_flag("--chunks", options.table.chunks, "a row for each chunk in the table");
+  options.carve.add_to(app);
+  add_list_option(app, options.list);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -8,6 +8,7 @@
 
 #include "export/event_form.h"
 #include "source/log_events.h"
+#include "verbs/list_logs.h"
 #include "verbs/log_options.h"
 #include "verbs/log_survey.h"
 #include "verbs/order_options.h"
@@ -27,6 +28,7 @@ struct export_options {
   form_options form;
   order_options order;
   bool event_time = false;
+  bool list = false;
 };
 
 const form_name& form_of(const export_options& options) {
@@ -126,6 +128,7 @@ class export_run : public event_sink {
 };
 
 int run(const export_options& options) {
+  if (options.list) return list_logs(options.logs.paths, options.logs.carve.what());
   const bool shows = !options.logs.quiet && progress_line::has_terminal();
   log_survey seen;
   if (shows || !options.output.empty()) seen = survey_logs(options.logs, options.output);
@@ -183,6 +186,7 @@ int run_export(int argc, char** argv) {
                "an event found more than once comes once, with the number of copies; in the order "
                "of time");
   add_log_options(app, options.logs);
+  add_list_option(app, options.list);
   app.final_callback([&] {
     if (options.form.copies && !by_time(options)) {
       throw CLI::ValidationError("--unique", "needs --order time");
