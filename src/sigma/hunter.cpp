@@ -187,12 +187,11 @@ void hunter::collect(const event_view& event, const std::vector<std::uint32_t>& 
 
 bool hunter::passes_where(const event_view& event, const event_source& source,
                           const std::vector<std::vector<std::uint32_t>>& where) {
-  for (std::size_t i = 0; i < where.size(); ++i) {
+  return evaluate(source.condition, [&](std::size_t test) {
     field_values values;
-    collect(event, where[i], values);
-    if (!field_passes(source.where[i], values, {}, scratch_)) return false;
-  }
-  return true;
+    collect(event, where[test], values);
+    return field_passes(source.where[test], values, {}, scratch_);
+  });
 }
 
 void hunter::start_log() {

@@ -39,8 +39,7 @@ event_source read_event_source(const yaml_node& node) {
   }
   if (const yaml_node* where = node.find("where")) {
     for (std::size_t i = 0; i < where->keys.size(); ++i) {
-      // A single value makes a single test.
-      read_field(where->keys[i], where->items[i], {}, out.where);
+      out.condition.parts.push_back(read_field(where->keys[i], where->items[i], {}, out.where));
     }
   }
   if (const yaml_node* fields = node.find("fields")) {

@@ -20,7 +20,8 @@ struct event_source {
   std::vector<std::string> channels;   // folded
   std::vector<std::string> providers;  // folded
   std::vector<std::uint32_t> event_ids;
-  std::vector<field_test> where;                            // all must pass
+  std::vector<field_test> where;                            // what fields are asked for
+  expression condition;                                     // over these tests; must hold
   std::vector<std::pair<std::string, std::string>> fields;  // of the rule, of the event
 
   // What a rule's field is called in these events.

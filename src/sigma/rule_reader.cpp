@@ -9,7 +9,8 @@
 namespace zanvik::sigma {
 
 rule_level level_of(std::string_view name) {
-  const auto found = std::find(level_names.begin() + 1, level_names.end(), name);
+  const auto found =
+      std::find(level_names.begin() + 1, level_names.end(), to_lower(std::string(name)));
   return found == level_names.end() ? rule_level::none
                                     : static_cast<rule_level>(found - level_names.begin());
 }

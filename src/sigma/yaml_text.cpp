@@ -41,10 +41,9 @@ class tree_builder : public YAML::EventHandler {
     finish(make(yaml_node::kind::null, mark), anchor);
   }
 
-  void OnScalar(const YAML::Mark& mark, const std::string& tag, YAML::anchor_t anchor,
+  void OnScalar(const YAML::Mark& mark, const std::string&, YAML::anchor_t anchor,
                 const std::string& value) override {
     yaml_node node = make(yaml_node::kind::text, mark);
-    node.quoted = tag != "?" && !tag.empty();
     node.text = value;
     finish(std::move(node), anchor);
   }

@@ -16,7 +16,6 @@ namespace zanvik::sigma {
 struct yaml_node {
   enum class kind : unsigned char { null, text, list, map };
   kind what = kind::null;
-  bool quoted = false;  // a text in quotes or of a block: never a number or a truth value
   std::size_t line = 1;
   std::string text;
   std::vector<yaml_node> items;  // of a list; the values of a map, in the order of `keys`

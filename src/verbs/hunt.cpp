@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/fileio.h"
+#include "base/text.h"
 #include "sigma/correlation.h"
 #include "sigma/rule_matches.h"
 #include "sigma/sigma.h"
@@ -104,7 +105,7 @@ class hunt_run : public event_sink {
     std::string error;
     if (!options_.log_sources.empty()) error = read_log_sources(sources);
     if (error.empty()) error = sigma::load_rules(options_.rules, options_.choice, sources, set_);
-    if (!error.empty()) std::fprintf(stderr, "zanvik: %s\n", error.c_str());
+    if (!error.empty()) std::fprintf(stderr, "zanvik: %s\n", printable_name(error).c_str());
     for (const std::string& message : set_.messages) {
       std::fprintf(stderr, "zanvik: %s\n", message.c_str());
     }
@@ -189,8 +190,11 @@ class hunt_run : public event_sink {
       problem("correlations",
               std::to_string(correlator_->left_out()) + " matches were too many and are left out");
     }
-    for (const std::size_t rule : correlator_->not_worked_out()) {
-      problem(set_.rules[rule].content.file, "the correlation has too many matches to look at");
+    const auto& rest = correlator_->not_worked_out();
+    if (!rest.empty()) {
+      problem(set_.rules[rest.front()].content.file,
+              std::to_string(rest.size()) + " correlations from '" +
+                  set_.rules[rest.front()].content.title + "' on have too many matches to look at");
     }
   }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "base/console.h"
+#include "base/text.h"
 #include "verbs/path_list.h"
 #include "verbs/verbs.h"
 
@@ -165,7 +166,8 @@ int parse_verb(CLI::App& app, int argc, char** argv, bool& done) {
 }
 
 void report_problem(const std::string& path, const std::string& what) {
-  std::fprintf(stderr, "zanvik: %s: %s\n", path.c_str(), what.c_str());
+  // Names and rules are anybody's text; a terminal gets no control characters of theirs.
+  std::fprintf(stderr, "zanvik: %s\n", printable_name(path + ": " + what).c_str());
 }
 
 }  // namespace zanvik

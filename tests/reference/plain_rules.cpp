@@ -15,10 +15,10 @@ bool passes(const field_test& test, const event_source& source, const event_fiel
 
 bool plain_match(const rule& detection, const event_source& source, const event_fields& event,
                  test_scratch& scratch) {
-  for (const field_test& test : source.where) {
-    if (!passes(test, source, event, scratch)) return false;
-  }
-  return evaluate(detection.condition, [&](std::size_t test) {
+  const bool is_meant = evaluate(source.condition, [&](std::size_t test) {
+    return passes(source.where[test], source, event, scratch);
+  });
+  return is_meant && evaluate(detection.condition, [&](std::size_t test) {
     return passes(detection.tests[test], source, event, scratch);
   });
 }

@@ -222,6 +222,21 @@ TEST_F(hunt_runs, sources_are_told_apart_by_channel_id_and_fields) {
             "process process any added any ");
 }
 
+TEST_F(hunt_runs, a_table_of_the_user_says_what_a_log_source_stands_for) {
+  const auto log = log_builder().chunk(
+      {record(1, {.event_id = 1, .channel = "Mine", .data = {{"Kind", slot::utf16("b")}}}),
+       record(2, {.event_id = 1, .channel = "Mine", .data = {{"Kind", slot::utf16("c")}}}),
+       record(3, {.event_id = 2, .channel = "Mine", .data = {{"Kind", slot::utf16("a")}}})});
+  const std::string table = folder_.write(
+      "sources.yml",
+      "sources:\n  - category: webserver\n    events:\n      - channel: Mine\n"
+      "        event_id: 1\n        where: {Kind: [a, b]}\n        fields: {cs-uri: Kind}\n");
+  EXPECT_EQ(hunt_titles("title: web\nlogsource: {category: webserver}\n"
+                        "detection: {s: {cs-uri|exists: true}, condition: s}\n",
+                        log, {"--log-sources", table}),
+            "web ");
+}
+
 // Failed logons of some accounts, then whatever rule is asked.
 struct correlation_case {
   const char* type;

@@ -91,7 +91,7 @@ TEST(log_sources, a_table_of_the_user_replaces_entries) {
 TEST(rule_set, options_choose_rules) {
   const std::string rules =
       detection("title: a\nid: 1\nlevel: low\nstatus: test\ntags: [attack.t1059.001]") +
-      detection("title: b\nid: 2\nlevel: high\nstatus: stable\ntags: [attack.t1003]") +
+      detection("title: b\nid: 2\nlevel: High\nstatus: stable\ntags: [attack.t1003]") +
       detection("title: c\nid: 3");
   const auto running = [&](const rule_choice& choice) {
     std::string out;
