@@ -11,14 +11,16 @@ namespace {
 // The bytes at `bytes`, in order.
 template <std::size_t count>
 char* write_hex_bytes(char* out, const std::byte* bytes) {
-  for (std::size_t i = 0; i < count; ++i) out = write_hex_pair(out, std::to_integer<std::uint8_t>(bytes[i]));
+  for (std::size_t i = 0; i < count; ++i)
+    out = write_hex_pair(out, std::to_integer<std::uint8_t>(bytes[i]));
   return out;
 }
 
 // The little-endian field at `bytes`.
 template <std::size_t count>
 char* write_hex_field(char* out, const std::byte* bytes) {
-  for (std::size_t i = count; i-- != 0;) out = write_hex_pair(out, std::to_integer<std::uint8_t>(bytes[i]));
+  for (std::size_t i = count; i-- != 0;)
+    out = write_hex_pair(out, std::to_integer<std::uint8_t>(bytes[i]));
   return out;
 }
 
@@ -35,6 +37,7 @@ char* write_filled(char* out, const char* digits, std::size_t count, unsigned mi
 
 char* write_decimal(char* out, std::uint64_t value, unsigned min_width) {
   char digits[20];
+  if (min_width <= 1) return std::to_chars(out, out + sizeof digits, value).ptr;
   const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
   return write_filled(out, digits, static_cast<std::size_t>(end - digits), min_width);
 }

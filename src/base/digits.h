@@ -15,12 +15,24 @@
 
 namespace zanvik {
 
+// The two decimal digits of each number below 100.
+inline constexpr auto decimal_pairs = [] {
+  std::array<std::array<char, 2>, 100> pairs{};
+  for (std::size_t value = 0; value < pairs.size(); ++value) {
+    pairs[value] = {static_cast<char>('0' + value / 10), static_cast<char>('0' + value % 10)};
+  }
+  return pairs;
+}();
+
+// The two digits of `value`, which is below 100; 2 bytes.
+inline char* write_decimal_pair(char* out, std::uint32_t value) {
+  std::memcpy(out, decimal_pairs[value].data(), 2);
+  return out + 2;
+}
+
 // The two digits of `value` modulo 100; 2 bytes.
 inline char* write_two_digits(char* out, std::uint32_t value) {
-  value %= 100;
-  out[0] = static_cast<char>('0' + value / 10);
-  out[1] = static_cast<char>('0' + value % 10);
-  return out + 2;
+  return write_decimal_pair(out, value % 100);
 }
 
 // Decimal digits, padded with zeros to `min_width`, never cut; at most 20 bytes or `min_width`.

@@ -24,7 +24,7 @@ struct event_instance {
 };
 
 // What a shape depends on in a value, in two bits: absent, plain, array, nested.
-inline std::uint64_t kind_bits(std::uint16_t type) {
+constexpr std::uint64_t kind_bits(std::uint16_t type) {
   return (type != value_type::null ? 1u : 0u) + (type >> 7 & 1u) +
          (type == value_type::bxml ? 2u : 0u);
 }

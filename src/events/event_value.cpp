@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <initializer_list>
 
 #include "base/digits.h"
 #include "base/time_value.h"
@@ -23,14 +24,18 @@ T read(const event_value& value) {
   return number;
 }
 
-char upper_digit(unsigned value) {
-  return static_cast<char>(value < 10 ? '0' + value : 'A' + value - 10);
-}
+// The two upper-case hexadecimal digits of each byte.
+constexpr auto upper_pairs = [] {
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::array<std::array<char, 2>, 256> pairs{};
+  for (std::size_t byte = 0; byte < pairs.size(); ++byte) {
+    pairs[byte] = {digits[byte >> 4], digits[byte & 15]};
+  }
+  return pairs;
+}();
 
 char* write_byte(char* out, std::byte byte) {
-  const auto value = std::to_integer<unsigned>(byte);
-  out[0] = upper_digit(value >> 4);
-  out[1] = upper_digit(value & 15);
+  std::memcpy(out, upper_pairs[std::to_integer<std::size_t>(byte)].data(), 2);
   return out + 2;
 }
 
@@ -39,16 +44,18 @@ char* write_bytes(char* out, std::span<const std::byte> bytes) {
   return out;
 }
 
+// Three little-endian fields, then eight bytes in their order.
 char* write_guid_value(char* out, const std::byte* bytes) {
-  // Three little-endian fields, then eight bytes in their order.
-  static constexpr std::array<std::uint8_t, guid_bytes_count> order = {
-      3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+  const auto put = [&](std::initializer_list<std::size_t> order, char behind) {
+    for (const std::size_t i : order) out = write_byte(out, bytes[i]);
+    *out++ = behind;
+  };
   *out++ = '{';
-  for (std::size_t i = 0; i < guid_bytes_count; ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) *out++ = '-';
-    out = write_byte(out, bytes[order[i]]);
-  }
-  *out++ = '}';
+  put({3, 2, 1, 0}, '-');
+  put({5, 4}, '-');
+  put({7, 6}, '-');
+  put({8, 9}, '-');
+  put({10, 11, 12, 13, 14, 15}, '}');
   return out;
 }
 
@@ -292,25 +299,27 @@ char* write_iso_time(char* out, std::uint64_t filetime) {
   const std::uint64_t calendar = 1600 + 400 * cycle + year + (month >= 10 ? 1 : 0);
   const auto ticks = filetime % qx::ticks_per_day;
   const auto seconds = static_cast<std::uint32_t>(ticks / qx::ticks_per_second);
-  auto fraction = static_cast<std::uint32_t>(ticks % qx::ticks_per_second);
-  out = write_two_digits(out, static_cast<std::uint32_t>(calendar / 100));
-  out = write_two_digits(out, static_cast<std::uint32_t>(calendar % 100));
+  const auto fraction = static_cast<std::uint32_t>(ticks % qx::ticks_per_second);
+  const std::uint32_t minutes = seconds / 60;
+  out = write_decimal_pair(out, static_cast<std::uint32_t>(calendar) / 100);
+  out = write_decimal_pair(out, static_cast<std::uint32_t>(calendar) % 100);
   *out++ = '-';
-  out = write_two_digits(out, month < 10 ? month + 3 : month - 9);
+  out = write_decimal_pair(out, month < 10 ? month + 3 : month - 9);
   *out++ = '-';
-  out = write_two_digits(out, of_year - (153 * month + 2) / 5 + 1);
+  out = write_decimal_pair(out, of_year - (153 * month + 2) / 5 + 1);
   *out++ = 'T';
-  out = write_two_digits(out, seconds / 3600);
+  out = write_decimal_pair(out, minutes / 60);
   *out++ = ':';
-  out = write_two_digits(out, seconds / 60 % 60);
+  out = write_decimal_pair(out, minutes % 60);
   *out++ = ':';
-  out = write_two_digits(out, seconds % 60);
+  out = write_decimal_pair(out, seconds % 60);
   *out++ = '.';
-  *out++ = static_cast<char>('0' + fraction / 1'000'000);
-  fraction %= 1'000'000;
-  out = write_two_digits(out, fraction / 10'000);
-  out = write_two_digits(out, fraction / 100 % 100);
-  out = write_two_digits(out, fraction % 100);
+  const std::uint32_t upper = fraction / 10'000;
+  const std::uint32_t lower = fraction % 10'000;
+  *out++ = static_cast<char>('0' + upper / 100);
+  out = write_decimal_pair(out, upper % 100);
+  out = write_decimal_pair(out, lower / 100);
+  out = write_decimal_pair(out, lower % 100);
   *out++ = 'Z';
   return out;
 }

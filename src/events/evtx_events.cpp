@@ -21,6 +21,14 @@ std::uint32_t descriptor_at(const std::byte* descriptors, std::size_t number) {
   return descriptor;
 }
 
+constexpr auto kinds_of_types = [] {
+  std::array<std::uint8_t, literal_type + 1> kinds{};
+  for (std::uint16_t type = 0; type <= literal_type; ++type) {
+    kinds[type] = static_cast<std::uint8_t>(kind_bits(type));
+  }
+  return kinds;
+}();
+
 std::uint16_t type_of(std::uint32_t descriptor) {
   const auto type = static_cast<std::uint16_t>(descriptor >> 16);
   return type < literal_type ? type : std::uint16_t{value_type::binary};
@@ -307,7 +315,7 @@ void evtx_event_reader::add_kinds(std::size_t first) {
     const event_value* const begin = slots_.data() + at;
     const event_value* value = begin + std::min(slots_a_word, slots_.size() - at);
     std::uint64_t kinds = 0;
-    while (value != begin) kinds = kinds << 2 | kind_bits((--value)->type);
+    while (value != begin) kinds = kinds << 2 | kinds_of_types[(--value)->type];
     kinds_.push_back(kinds);
   }
 }

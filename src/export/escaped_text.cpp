@@ -17,6 +17,9 @@ namespace {
 
 constexpr char32_t replacement = 0xfffd;
 
+// Characters that are written one by one before the next look for many plain ones.
+constexpr std::size_t short_run = 8;
+
 char* put(char* out, std::string_view text) {
   std::memcpy(out, text.data(), text.size());
   return out + text.size();
@@ -138,6 +141,26 @@ unsigned copy_plain(char* out, const std::byte* in, unsigned most) {
   const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special_bytes<form>(bytes)));
   return static_cast<unsigned>(__builtin_ctz(mask | 1u << most));
 }
+
+// Copies plain ASCII from the start of `text`, 16 bytes at a time while there are so many; returns
+// how many bytes.
+template <escape_form form>
+std::size_t copy_plain_bytes(char* out, std::span<const std::byte> text) {
+  constexpr std::size_t step = 16;
+  std::size_t at = 0;
+  for (; text.size() - at >= step; at += step) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + at), bytes);
+    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special_bytes<form>(bytes)));
+    if (mask != 0) return at + static_cast<unsigned>(__builtin_ctz(mask));
+  }
+  return at;
+}
+#else
+template <escape_form form>
+std::size_t copy_plain_bytes(char*, std::span<const std::byte>) {
+  return 0;
+}
 #endif
 
 // Decodes one character of UTF-8 at `at`; U+FFFD for a byte that begins none.
@@ -211,8 +234,16 @@ char* write_escaped_utf16(char* out, std::span<const std::byte> text, const std:
 
 template <escape_form form>
 char* write_escaped_ansi(char* out, std::span<const std::byte> text, bool& lossy) {
-  for (const std::byte byte : text) {
-    out = write_one<form>(out, from_ansi(std::to_integer<std::uint8_t>(byte)), lossy);
+  while (!text.empty()) {
+    const std::size_t plain = copy_plain_bytes<form>(out, text);
+    out += plain;
+    text = text.subspan(plain);
+    // What stopped it, or the end.
+    for (std::size_t i = 0; i < short_run && !text.empty(); ++i) {
+      const auto byte = std::to_integer<std::uint8_t>(text.front());
+      out = write_one<form>(out, from_ansi(byte), lossy);
+      text = text.subspan(1);
+    }
   }
   return out;
 }
@@ -220,7 +251,13 @@ char* write_escaped_ansi(char* out, std::span<const std::byte> text, bool& lossy
 template <escape_form form>
 char* write_escaped_utf8(char* out, std::string_view text, bool& lossy) {
   for (std::size_t at = 0; at < text.size();) {
-    out = write_one<form>(out, next_utf8(text, at, lossy), lossy);
+    const std::size_t plain =
+        copy_plain_bytes<form>(out, std::as_bytes(std::span(text)).subspan(at));
+    out += plain;
+    at += plain;
+    for (std::size_t i = 0; i < short_run && at < text.size(); ++i) {
+      out = write_one<form>(out, next_utf8(text, at, lossy), lossy);
+    }
   }
   return out;
 }

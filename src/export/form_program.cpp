@@ -131,8 +131,9 @@ void form_program::add(gap how, std::int32_t slot, std::string_view open, std::s
   steps_.push_back(step);
 }
 
-// The writing position of one event. Most steps have room for their constant text and for any quick
-// value, which is one comparison; the others go through the buffer.
+// Writes one event. Most steps have room for their constant text and for any quick value, which is
+// one comparison; the others go through the buffer. Each function takes the writing position and
+// returns the new one.
 class form_program::writer {
  public:
   writer(const form_program& program, output_buffer& out, const event_view& event,
@@ -147,12 +148,12 @@ class form_program::writer {
   bool run();
 
  private:
-  void constant(const form_step& step);
+  char* constant(char* at, const form_step& step);
   template <escape_form form>
-  void text(const event_value& value);
-  void json_value(const event_value& value);
-  void xml_element(const form_step& step, const event_value& value);
-  void of_slot(const form_step& step, const event_value& value);
+  char* text(char* at, const event_value& value);
+  char* json_value(char* at, const event_value& value);
+  char* xml_element(char* at, const form_step& step, const event_value& value);
+  char* of_slot(char* at, const form_step& step, const event_value& value);
   void of_event(const form_step& step);
 
   // Room that a step finds behind its constant text, beside what a copy writes too much.
@@ -168,68 +169,57 @@ class form_program::writer {
   std::string_view log_;
   bool lossy_;
   value_sink sink_;
-  char* at_ = nullptr;
 };
 
-void form_program::writer::constant(const form_step& step) {
+// What there is no room for as it stands.
+char* form_program::writer::constant(char* at, const form_step& step) {
+  out_.commit(at);
   const std::size_t bytes = std::size_t{step.text_bytes} + step.close_bytes + step_room;
   const char* const text = program_.pool_.data() + step.text;
-  if (static_cast<std::size_t>(out_.limit() - at_) < bytes) [[unlikely]] {
-    out_.commit(at_);
-    if (bytes > output_buffer::most_room) {
-      out_.append({text, step.text_bytes});
-      at_ =
-          out_.room(std::min<std::size_t>(step.close_bytes + step_room, output_buffer::most_room));
-      return;
-    }
-    at_ = out_.room(bytes);
+  if (bytes <= output_buffer::most_room) {
+    return put_constant(out_.room(bytes), text, step.text_bytes);
   }
-  at_ = put_constant(at_, text, step.text_bytes);
+  out_.append({text, step.text_bytes});
+  return out_.room(std::min<std::size_t>(step.close_bytes + step_room, output_buffer::most_room));
 }
 
 template <escape_form form>
-void form_program::writer::text(const event_value& value) {
-  if (char* const end = sink_.quick_text<form>(at_, value)) {
-    at_ = end;
-    return;
-  }
-  out_.commit(at_);
+char* form_program::writer::text(char* at, const event_value& value) {
+  if (char* const end = sink_.quick_text<form>(at, value)) return end;
+  out_.commit(at);
   sink_.text<form>(value);
-  at_ = out_.position();
+  return out_.position();
 }
 
-void form_program::writer::json_value(const event_value& value) {
-  if (char* const end = sink_.quick_json_value(at_, value)) {
-    at_ = end;
-    return;
-  }
-  out_.commit(at_);
+char* form_program::writer::json_value(char* at, const event_value& value) {
+  if (char* const end = sink_.quick_json_value(at, value)) return end;
+  out_.commit(at);
   sink_.json_value(value);
-  at_ = out_.position();
+  return out_.position();
 }
 
-void form_program::writer::xml_element(const form_step& step, const event_value& value) {
+char* form_program::writer::xml_element(char* at, const form_step& step, const event_value& value) {
   const std::string_view close = close_of(step);
-  char* const begin = at_ + 1;
+  char* const begin = at + 1;
   char* const end = close.size() <= output_buffer::most_room - step_room
                         ? sink_.quick_text<escape_form::xml_text>(begin, value)
                         : nullptr;
   if (!end) {
-    out_.commit(at_);
+    out_.commit(at);
     sink_.xml_element(value, close);
-    at_ = out_.position();
-  } else if (end != begin) {
-    *at_ = '>';
-    at_ = put_constant(end, close.data(), close.size());
-  } else {
-    std::memcpy(at_, "/>", 2);
-    at_ += 2;
+    return out_.position();
   }
+  if (end == begin) {
+    std::memcpy(at, "/>", 2);
+    return at + 2;
+  }
+  *at = '>';
+  return put_constant(end, close.data(), close.size());
 }
 
 // A gap that a value of the event fills.
-void form_program::writer::of_slot(const form_step& step, const event_value& value) {
-  out_.commit(at_);
+char* form_program::writer::of_slot(char* at, const form_step& step, const event_value& value) {
+  out_.commit(at);
   switch (step.how) {
     case gap::json_datum:
       sink_.json_datum(value);
@@ -260,7 +250,7 @@ void form_program::writer::of_slot(const form_step& step, const event_value& val
       of_event(step);
       break;
   }
-  at_ = out_.position();
+  return out_.position();
 }
 
 // A gap that something else fills.
@@ -300,49 +290,53 @@ bool form_program::writer::run() {
   const event_value* const slots = event_.slots().data();
   const event_header& header = event_.header();
   const event_value absent;
-  at_ = out_.position();
+  const char* const pool = program_.pool_.data();
+  char* at = out_.position();
   for (const form_step& step : program_.steps_) {
-    constant(step);
+    const std::size_t room = std::size_t{step.text_bytes} + step.close_bytes + step_room;
+    at = static_cast<std::size_t>(out_.limit() - at) >= room
+             ? put_constant(at, pool + step.text, step.text_bytes)
+             : constant(at, step);
     const event_value& value = step.slot >= 0 ? slots[step.slot] : absent;
     switch (step.how) {
       case gap::none:
         break;
       case gap::json_value:
-        json_value(value);
+        at = json_value(at, value);
         break;
       case gap::json_text:
-        text<escape_form::json>(value);
+        at = text<escape_form::json>(at, value);
         break;
       case gap::json_line:
-        text<escape_form::json_line>(value);
+        at = text<escape_form::json_line>(at, value);
         break;
       case gap::csv_text:
-        text<escape_form::csv>(value);
+        at = text<escape_form::csv>(at, value);
         break;
       case gap::xml_content:
-        text<escape_form::xml_text>(value);
+        at = text<escape_form::xml_text>(at, value);
         break;
       case gap::xml_attribute:
-        text<escape_form::xml_attribute>(value);
+        at = text<escape_form::xml_attribute>(at, value);
         break;
       case gap::xml_element:
-        xml_element(step, value);
+        at = xml_element(at, step, value);
         break;
       case gap::record_number:
-        at_ = write_decimal(at_, header.record_number);
+        at = write_decimal(at, header.record_number);
         break;
       case gap::file_offset:
-        at_ = write_decimal(at_, header.file_offset);
+        at = write_decimal(at, header.file_offset);
         break;
       case gap::written:
-        at_ = write_iso_time(at_, header.written);
+        at = write_iso_time(at, header.written);
         break;
       default:
-        of_slot(step, value);
+        at = of_slot(at, step, value);
         break;
     }
   }
-  out_.commit(at_);
+  out_.commit(at);
   return lossy_;
 }
 

@@ -5,6 +5,23 @@
 #include "base/digits.h"
 
 namespace zanvik {
+namespace {
+
+// Null when the value has not the size of its type.
+template <typename T>
+char* write_quick_number(char* out, const event_value& value) {
+  if (value.size != sizeof(T)) return nullptr;
+  T number;
+  std::memcpy(&number, value.data, sizeof(number));
+  if (number < 10) {
+    *out = static_cast<char>('0' + number);
+    return out + 1;
+  }
+  return number < 100 ? write_decimal_pair(out, static_cast<std::uint32_t>(number))
+                      : write_decimal(out, number);
+}
+
+}  // namespace
 
 template <escape_form form>
 bool value_sink::wide_text(std::span<const std::byte> text) {
@@ -133,9 +150,13 @@ char* value_sink::quick_json_value(char* out, const event_value& value) const {
       *out++ = '"';
       return out;
     case value_type::uint8:
+      return write_quick_number<std::uint8_t>(out, value);
     case value_type::uint16:
+      return write_quick_number<std::uint16_t>(out, value);
     case value_type::uint32:
+      return write_quick_number<std::uint32_t>(out, value);
     case value_type::uint64:
+      return write_quick_number<std::uint64_t>(out, value);
     case value_type::boolean:
       return class_of(value) == value_class::plain ? nullptr : write_plain_value(out, value);
     case value_type::guid:
