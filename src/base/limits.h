@@ -98,6 +98,10 @@ constexpr std::int64_t evt_text_budget(std::uint64_t file_bytes) {
   return static_cast<std::int64_t>(16 * file_bytes + (1 << 20));
 }
 
+// Longest record of a legacy log that is read a part at a time, for events. Real ones stay below
+// 64 KiB; the classic listing has the whole log in memory and takes any.
+inline constexpr std::uint64_t evt_record_bytes = 4 << 20;
+
 // Strings of a legacy record, each a column of its table. Windows writes up to 256; without a limit
 // one crafted record could make every row of a log 65,535 columns wide.
 inline constexpr std::size_t evt_strings_per_record = 1024;

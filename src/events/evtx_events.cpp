@@ -76,7 +76,9 @@ void evtx_event_reader::begin_chunk(const chunk_view& chunk) {
   places_.fill({});
   chunk_templates_.clear();
   // Shapes point into templates, so that they go together.
-  if (shapes_.drop_if_full() | bodies_.drop_if_full()) {
+  const bool no_shapes = shapes_.drop_if_full();
+  const bool no_bodies = bodies_.drop_if_full();
+  if (no_shapes || no_bodies) {
     shapes_.clear();
     templates_.clear();
     missing_.clear();

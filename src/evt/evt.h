@@ -1,6 +1,7 @@
 // The way into this folder, which turns a whole legacy .evt log into decoded records.
 //
 //   evt.h          the walk over the file
+//   part_walk.h    the same for a log that comes in parts
 //   evt_record.h   one record: its head, texts and SID
 //
 // The walk is a plain scan in file order. It follows none of the header's ring offsets, so

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "evt/part_walk.h"
 #include "source/block_reader.h"
 #include "source/carver.h"
 
@@ -10,6 +11,8 @@ namespace zanvik {
 namespace {
 
 namespace layout = evtx_layout;
+
+constexpr std::size_t evt_block_bytes = 1 << 20;
 
 // Where the first chunk may stand: a log may begin with it.
 std::uint64_t first_chunk_offset(const found_log& log) {
@@ -65,13 +68,33 @@ bool log_event_reader::read_evtx(const found_log& log) {
   });
 }
 
+// A window moves over the log: from the record in hand to the end of what is read.
 bool log_event_reader::read_evt(const found_log& log) {
   evt_.set_source(log.source);
   evt_.set_flags(log.source.deleted ? std::uint32_t{event_deleted} : 0);
-  return read_log_blocks(log, [&](std::span<std::byte> all, std::uint64_t) {
-    evt_.set_buffer(0, all.data() + all.size());
-    walk_evt_log(all, evt_);
-  });
+  evt_part_walk walk(evt_, log.is_stream ? 0 : log.size);
+  std::vector<std::byte> window;
+  std::uint64_t begin = 0;
+  const auto walk_window = [&](bool last) {
+    evt_.set_buffer(begin, window.data() + window.size());
+    walk.walk(window, begin, last);
+    const std::uint64_t used = std::min<std::uint64_t>(walk.position() - begin, window.size());
+    window.erase(window.begin(), window.begin() + static_cast<std::ptrdiff_t>(used));
+    begin += used;
+  };
+  const bool whole =
+      read_blocks(log, 0, evt_block_bytes, [&](std::span<std::byte> block, std::uint64_t offset) {
+        while (begin + window.size() < offset) {  // a hole of the file: zeros
+          const std::uint64_t hole = offset - begin - window.size();
+          window.resize(window.size() + std::min<std::uint64_t>(hole, evt_block_bytes));
+          walk_window(false);
+        }
+        window.insert(window.end(), block.begin(), block.end());
+        walk_window(false);
+        if (on_progress) on_progress(offset + block.size());
+      });
+  walk_window(true);
+  return whole && !walk.passed_over();
 }
 
 bool log_event_reader::carve(const found_log& log) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "collected_records.h"
+#include "evt/part_walk.h"
 
 namespace zanvik::testing {
 namespace {
@@ -111,6 +112,53 @@ TEST(evt_sweep, every_truncation) {
     }
     EXPECT_EQ(collected_log(std::span(whole.bytes()).first(size)).records.size(), complete) << size;
   }
+}
+
+// Numbers of the records, and what their texts hold, from parts of that size.
+std::string in_parts(std::span<const std::byte> log, std::size_t part_bytes) {
+  class telling_sink : public evt_sink {
+   public:
+    void on_record(const evt_record& record) override {
+      told += std::to_string(record.record_num) + "(";
+      for (const evt_text text : record.strings) append_evt_text(told, text);
+      told += ")";
+    }
+    std::string told;
+  };
+  telling_sink sink;
+  evt_part_walk walk(sink, 0);
+  for (std::size_t end = 0; end != log.size();) {
+    end = std::min(log.size(), end + part_bytes);
+    const std::size_t begin = std::min<std::size_t>(walk.position(), end);
+    walk.walk(log.subspan(begin, end - begin), begin, end == log.size());
+  }
+  return sink.told + (walk.passed_over() ? " passed over" : "");
+}
+
+TEST(evt_part_walk, finds_the_same_in_parts_of_any_size) {
+  evt_builder log;
+  for (std::uint32_t n = 1; n <= 40; ++n) {
+    log.add({.record_num = n, .strings = {std::string(n * 17, 'a'), "b"}});
+  }
+  const std::string whole = in_parts(log.bytes(), log.bytes().size());
+  EXPECT_EQ(std::count(whole.begin(), whole.end(), '('), 40);
+  for (const std::size_t part : {1u, 7u, 64u, 1000u, 9000u}) {
+    EXPECT_EQ(in_parts(log.bytes(), part), whole) << part;
+  }
+}
+
+// A record beyond the limit is said to be there; one that leads out of the log is not.
+TEST(evt_part_walk, passes_over_a_record_that_is_too_long) {
+  evt_builder log;
+  log.add({.record_num = 1}).add({.record_num = 2});
+  byte_vector bytes(log.bytes().begin(), log.bytes().end());
+  constexpr std::size_t header_bytes = 48;
+  constexpr std::uint32_t length = 5 << 20;
+  std::memcpy(bytes.data() + header_bytes, &length, sizeof(length));
+  EXPECT_EQ(in_parts(bytes, 4096), "");
+  bytes.resize(header_bytes + length);
+  bytes.insert(bytes.end(), log.bytes().begin() + header_bytes, log.bytes().end());
+  EXPECT_EQ(in_parts(bytes, 1 << 20), "1()2() passed over");
 }
 
 }  // namespace
