@@ -33,8 +33,10 @@ struct named_level {
   std::string_view name;
   unsigned level;
 };
-constexpr named_level level_names[] = {{"critical", 1},    {"error", 2}, {"warning", 3},
-                                       {"information", 4}, {"info", 4},  {"verbose", 5}};
+constexpr unsigned information = 4;
+constexpr named_level level_names[] = {{"critical", 1},       {"error", 2},
+                                       {"warning", 3},        {"information", information},
+                                       {"info", information}, {"verbose", 5}};
 
 // Removes a number of `digits` digits from the front.
 class time_parts {
@@ -154,9 +156,8 @@ bool event_conditions::any() const {
 
 bool read_event_ids(std::string_view text, event_conditions& out) {
   constexpr unsigned most = 65535;
-  std::bitset<65536> taken;
-  std::bitset<65536> left_out;
-  bool any_taken = false;
+  event_id_lists lists = out.event_id_lists_given;
+  auto& [taken, left_out, any_taken] = lists;
   const bool good = for_each_part(text, [&](std::string_view part) {
     const bool negated = part.starts_with('!');
     if (negated) part.remove_prefix(1);
@@ -174,19 +175,19 @@ bool read_event_ids(std::string_view text, event_conditions& out) {
     return true;
   });
   if (!good) return false;
-  if (!any_taken) taken.set();
-  taken &= ~left_out;
-  out.event_ids = out.event_ids ? *out.event_ids & taken : taken;
+  out.event_id_lists_given = lists;
+  out.event_ids = (any_taken ? taken : ~std::bitset<65536>()) & ~left_out;
   return true;
 }
 
 bool read_levels(std::string_view text, event_conditions& out) {
-  std::bitset<256> levels;
+  std::bitset<256> levels = out.levels.value_or(std::bitset<256>());
   const bool good = for_each_part(text, [&](std::string_view part) {
     unsigned level = 0;
     for (const named_level& known : level_names) {
       if (equal_nocase(known.name, part)) level = known.level;
     }
+    if (level == information) levels.set(0);  // as Windows shows it
     if (level == 0 && !read_number(part, 255, level)) return false;
     levels.set(level);
     return true;

@@ -24,9 +24,17 @@ struct where_condition {
   bool negated = false;
 };
 
+// Numbers of all lists that were given: any of them is taken, but for those that a `!` leaves out.
+struct event_id_lists {
+  std::bitset<65536> taken;
+  std::bitset<65536> left_out;
+  bool any_taken = false;
+};
+
 struct event_conditions {
   std::optional<std::bitset<65536>> event_ids;
-  std::vector<std::string> channels;  // patterns: one of them has to match
+  event_id_lists event_id_lists_given;  // what `event_ids` is made of
+  std::vector<std::string> channels;    // patterns: one of them has to match
   std::vector<std::string> providers;
   std::vector<std::string> computers;
   std::vector<std::string> users;

@@ -29,11 +29,13 @@ bool read_to(std::string_view text, event_conditions& out) {
 // An option whose text `read` understands; it may come again.
 void add_condition(CLI::App& app, const char* name, const char* value, const char* what,
                    condition_reader read, event_conditions& out) {
+  const std::string_view names = name;
+  const std::string shown(names.substr(names.find(',') + 1));  // the long one
   app.add_option_function<std::vector<std::string>>(
          name,
-         [read, &out, name](const std::vector<std::string>& texts) {
+         [read, &out, shown](const std::vector<std::string>& texts) {
            for (const std::string& text : texts) {
-             if (!read(text, out)) throw CLI::ValidationError(name, "cannot be: " + text);
+             if (!read(text, out)) throw CLI::ValidationError(shown, "cannot be: " + text);
            }
          },
          what)

@@ -6,13 +6,20 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace zanvik {
+namespace {
+
+constexpr const char* own_files = "/proc/self/fd";
+
+}  // namespace
 
 output_target::~output_target() {
   if (descriptor_ != STDOUT_FILENO && descriptor_ >= 0) ::close(descriptor_);
-  if (!temporary_.empty()) ::unlink(temporary_.c_str());
+  if (!temporary_.empty() && !unnamed_) ::unlink(temporary_.c_str());
 }
 
 bool output_target::open(const std::string& path, std::string& problem) {
@@ -20,25 +27,45 @@ bool output_target::open(const std::string& path, std::string& problem) {
   path_ = path;
   struct stat about {};
   const bool there = ::stat(path.c_str(), &about) == 0;
-  std::string name = path;
-  int flags = O_WRONLY | O_CLOEXEC;
-  // A device or a pipe is written as it is.
-  if (!there || S_ISREG(about.st_mode)) {
-    name += ".part-" + std::to_string(::getpid());
-    flags |= O_CREAT | O_EXCL;
+  if (there && !S_ISREG(about.st_mode)) {  // a device or a pipe is written as it is
+    descriptor_ = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  } else {
+    // A link stays, and what it leads to is replaced.
+    const std::unique_ptr<char, void (*)(void*)> target(::realpath(path.c_str(), nullptr), ::free);
+    if (target) path_ = target.get();
+    open_beside();
   }
-  descriptor_ = ::open(name.c_str(), flags, 0666);
-  if (descriptor_ < 0) {
-    problem = std::strerror(errno);
-    return false;
+  if (descriptor_ < 0) problem = std::strerror(errno);
+  return descriptor_ >= 0;
+}
+
+// A file without a name goes by itself when the run dies, however it dies. Not all file systems
+// have such files.
+void output_target::open_beside() {
+  const std::size_t slash = path_.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path_.substr(0, slash + 1);
+  temporary_ = path_ + ".part-" + std::to_string(::getpid());
+#ifdef O_TMPFILE
+  if (::access(own_files, X_OK) == 0) {
+    descriptor_ = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+    unnamed_ = descriptor_ >= 0;
   }
-  if (flags & O_CREAT) temporary_ = name;
-  return true;
+#endif
+  if (unnamed_) return;
+  descriptor_ = ::open(temporary_.c_str(), O_WRONLY | O_CLOEXEC | O_CREAT | O_EXCL, 0666);
+  if (descriptor_ < 0) temporary_.clear();
 }
 
 bool output_target::keep(std::string& problem) {
   if (temporary_.empty()) return true;
-  if (::rename(temporary_.c_str(), path_.c_str()) != 0) {
+  bool kept = true;
+  if (unnamed_) {
+    const std::string file = own_files + std::string("/") + std::to_string(descriptor_);
+    kept = ::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, temporary_.c_str(), AT_SYMLINK_FOLLOW) == 0;
+  }
+  if (kept) unnamed_ = false;
+  kept = kept && ::rename(temporary_.c_str(), path_.c_str()) == 0;
+  if (!kept) {
     problem = std::strerror(errno);
     return false;
   }

@@ -22,9 +22,12 @@ class output_target {
   [[nodiscard]] bool keep(std::string& problem);
 
  private:
+  void open_beside();
+
   int descriptor_ = 1;
   std::string path_;       // the name asked for
   std::string temporary_;  // the name it has meanwhile; empty when it is written in place
+  bool unnamed_ = false;   // it has that name only when it is whole
 };
 
 // Whether the file of that name is the log, under whatever name.

@@ -78,6 +78,10 @@ TEST(event_conditions, event_ids) {
   EXPECT_TRUE(taken("!4634", 1));
   EXPECT_FALSE(taken("!4634", 4634));
   EXPECT_FALSE(taken("1-10,!5", 5));
+  event_conditions twice;
+  EXPECT_TRUE(read_event_ids("4624,!7", twice) && read_event_ids("1-10", twice));
+  EXPECT_TRUE(twice.event_ids->test(4624) && twice.event_ids->test(6)) << "any of both lists";
+  EXPECT_FALSE(twice.event_ids->test(7)) << "but for what one of them leaves out";
   for (const char* bad : {"", "x", "1,", "5-1", "70000", "1-", "-5", "!"}) {
     event_conditions conditions;
     EXPECT_FALSE(read_event_ids(bad, conditions)) << bad;

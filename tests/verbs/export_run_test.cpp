@@ -54,7 +54,8 @@ TEST(export_run, paths_of_all_kinds) {
 // A log behind other bytes is nothing that export reads, and something that it carves.
 TEST(export_run, carving_takes_files_and_streams_of_any_bytes) {
   const scratch_dir scratch;
-  const std::string bytes = "not a log " + small_log(5) + std::string(2'000'000, 'x') + small_log(6);
+  const std::string bytes =
+      "not a log " + small_log(5) + std::string(2'000'000, 'x') + small_log(6);
   const std::string path = scratch.write("memory.dmp", bytes);
   EXPECT_EQ(run_zanvik({"export", path}).status, 1);
   const auto run = run_zanvik({"export", "--carve", path});
@@ -120,6 +121,23 @@ TEST(export_run, a_file_appears_when_it_is_whole) {
     files += entry.is_regular_file();
   }
   EXPECT_EQ(files, 1u) << "nothing stays beside it";
+}
+
+TEST(export_run, a_link_stays_and_its_target_is_replaced) {
+  const scratch_dir scratch;
+  const std::string log = scratch.write("a.evtx", small_log(1));
+  const std::string target = scratch.write("target.jsonl", "old");
+  const std::string link = scratch.path("link.jsonl");
+  ASSERT_EQ(::symlink("target.jsonl", link.c_str()), 0);
+  EXPECT_EQ(run_zanvik({"export", "-o", link, log}).status, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(lines_seen(file_text(target)), log + " 1; ");
+}
+
+TEST(export_run, a_problem_is_one_line_whatever_the_path) {
+  const auto run = run_zanvik({"export", "no\nsuch\x1b[31m"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "zanvik: no\\x0asuch\\x1b[31m: No such file or directory\n");
 }
 
 TEST(export_run, a_full_disk_is_a_problem) {
