@@ -57,7 +57,11 @@ class csv_form : public event_form {
 // Cells begin with their first piece of text, which is the one that could be a formula.
 void csv_form::write_constant(std::string_view text, bool& started, form_program& out) const {
   if (text.empty()) return;
-  if (!started) out.text(!raw_cells_ && is_formula(text) ? "\"'" : "\"");
+  if (!started) {
+    out.text(!raw_cells_ && is_formula(text) ? "\"'" : "\"");
+  } else if (!raw_cells_ && is_formula(text)) {
+    out.add(gap::csv_guard);  // the values before it may be empty
+  }
   started = true;
   out.escaped(text, escape_form::csv);
 }

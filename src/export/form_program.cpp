@@ -168,6 +168,7 @@ class form_program::writer {
   const event_view& event_;
   std::string_view log_;
   bool lossy_;
+  bool cell_empty_ = false;  // a cell that people see has begun, without a character so far
   value_sink sink_;
 };
 
@@ -234,7 +235,11 @@ char* form_program::writer::of_slot(char* at, const form_step& step, const event
       sink_.json_text_items(value);
       break;
     case gap::csv_start:
-      sink_.csv_cell_start(value);
+      out_.append("\"");
+      cell_empty_ = !sink_.csv_formula_text(value);
+      break;
+    case gap::csv_text:
+      cell_empty_ = !sink_.csv_formula_text(value);
       break;
     case gap::level_name:
       put_level(out_, value);
@@ -259,6 +264,10 @@ void form_program::writer::of_event(const form_step& step) {
   switch (step.how) {
     case gap::json_list_end:
       out_.take_back(',');
+      break;
+    case gap::csv_guard:
+      if (cell_empty_) out_.append("'");
+      cell_empty_ = false;
       break;
     case gap::time:
       put_time(out_, event_.time());
@@ -311,7 +320,8 @@ bool form_program::writer::run() {
         at = text<escape_form::json_line>(at, value);
         break;
       case gap::csv_text:
-        at = text<escape_form::csv>(at, value);
+        cell_empty_ = cell_empty_ && step.text_bytes == 0;
+        at = cell_empty_ ? of_slot(at, step, value) : text<escape_form::csv>(at, value);
         break;
       case gap::xml_content:
         at = text<escape_form::xml_text>(at, value);
@@ -331,6 +341,9 @@ bool form_program::writer::run() {
       case gap::written:
         at = write_iso_time(at, header.written);
         break;
+      case gap::csv_guard:
+        cell_empty_ = cell_empty_ && step.text_bytes == 0;
+        [[fallthrough]];
       default:
         at = of_slot(at, step, value);
         break;

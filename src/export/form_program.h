@@ -32,8 +32,9 @@ enum class gap : std::uint8_t {
   xml_element,      // all that an element holds: `>` and its text and the end tag, or `/>`
   xml_repeated,     // an element for each item of an array
   xml_attribute,    // its text, inside quotes that are there
-  csv_start,        // the quote that begins a cell, a `'` if the text would be a formula, the text
+  csv_start,        // the quote that begins a cell, a `'` if its text would be a formula, the text
   csv_text,         // its text, inside quotes that are there
+  csv_guard,        // a `'` if the cell is empty so far: constant text follows; no slot
   level_name,       // "error"
   keyword_names,    // "Audit Success", and so on, in quotes and with commas between
   // Of the event, not of a slot:

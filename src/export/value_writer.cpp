@@ -235,11 +235,7 @@ void value_sink::json_text_items(const event_value& value) {
   }
 }
 
-void value_sink::csv_cell_start(const event_value& value) {
-  // The first character tells, and there is nothing in the way of the text by then.
-  char* const at = out_.room(8);
-  *at = '"';
-  out_.commit(at + 1);
+bool value_sink::csv_formula_text(const event_value& value) {
   switch (first_character(value)) {
     case '=':
     case '+':
@@ -252,7 +248,7 @@ void value_sink::csv_cell_start(const event_value& value) {
     default:
       break;
   }
-  text<escape_form::csv>(value);
+  return text<escape_form::csv>(value);
 }
 
 char value_sink::first_character(const event_value& value) {

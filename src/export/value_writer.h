@@ -22,7 +22,9 @@ class value_sink {
   void json_items(const event_value& value);
   void json_number(const event_value& value);
   void json_text_items(const event_value& value);
-  void csv_cell_start(const event_value& value);
+  // Text at the start of a cell, behind a `'` if a spreadsheet would run it; returns whether there
+  // was any.
+  bool csv_formula_text(const event_value& value);
   void xml_element(const event_value& value, std::string_view close);
   void xml_repeated(const event_value& value, std::string_view open, std::string_view close);
 
