@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "program_run.h"
+#include "scratch_dir.h"
 
 namespace zanvik::testing {
 namespace {
@@ -38,6 +39,35 @@ std::string first_difference(const std::string& expected, const std::string& act
   const auto line = [n](const auto& lines) { return n < lines.size() ? lines[n] : "(no line)"; };
   return "line " + std::to_string(n + 1) + "\n  expected: " + line(left) +
          "\n  actual:   " + line(right);
+}
+
+// The runs go through a program that looks for verbs first, and none of them is taken for one. A
+// log that has the name of a verb is a log.
+TEST(verbs, leave_classic_runs_alone) {
+  if (run_zanvik({"export", "--help"}).status != 0) GTEST_SKIP() << "the program has no verbs";
+  for (const std::string& name : golden_names()) {
+    const auto args = lines_of(file_text((golden_folder / name / "args").string()));
+    ASSERT_FALSE(args.empty()) << name;
+    EXPECT_TRUE(args.front().starts_with('-')) << name << ": " << args.front();
+  }
+  const scratch_dir scratch;
+  const std::string log = file_text(ZANVIK_SOURCE_DIR "/samples/security.evtx");
+  scratch.write("export", log);
+  scratch.write("other", log);
+  const auto listed = [&](const char* name) {
+    auto run =
+        run_zanvik({"-csv", "-quiet", "-log", name}, {.input = "", .folder = scratch.path("")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    const std::size_t first_line = run.out.find('\n');  // has the command line
+    return first_line == std::string::npos ? run.out : run.out.substr(first_line);
+  };
+  const std::string rows = listed("other");
+  EXPECT_GT(std::count(rows.begin(), rows.end(), '\n'), 40);
+  std::string named = listed("export");
+  for (std::size_t at = 0; (at = named.find("export", at)) != std::string::npos;) {
+    named.replace(at, 6, "other");
+  }
+  EXPECT_EQ(named, rows);
 }
 
 class golden : public ::testing::TestWithParam<std::string> {};
