@@ -35,6 +35,13 @@ OTHER_RUNS = [
 ]
 
 
+EXPORT_RUNS = [
+    ("export jsonl", ["-f", "jsonl"]),
+    ("export xml", ["-f", "xml"]),
+    ("export csv", ["-f", "csv"]),
+]
+
+
 class Command:
     """One command line, its number of rows (None where there are none), and what was measured."""
 
@@ -105,6 +112,10 @@ def main():
         for label, options in OTHER_RUNS:
             argv = [program, "-log", log, *options, "-quiet"]
             commands.append(Command(label, argv, int(records)))
+        for label, options in EXPORT_RUNS:
+            commands.append(Command(label, [program, "export", *options, log], int(records)))
+        event_export = [program, "export", "--event-id", event_id, log]
+        commands.append(Command(f"export --event-id {event_id}", event_export, int(records)))
     for command in commands:
         command.run()
     for _ in range(int(runs)):

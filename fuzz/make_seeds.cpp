@@ -187,6 +187,7 @@ void add_logs(const seed_folder& seeds) {
     const byte_vector packed = zanvik::fuzz::packed_log(log.bytes());
     const auto chunk = chunk_of(packed);
     seeds.add("evtx", name, {1}, packed);
+    seeds.add("forms", name, {1}, packed);
     seeds.add("chunk", name, {1}, chunk);
     seeds.add("table", name, {1, 0, 0}, packed);
     seeds.add("table", std::string(name) + "_provider", {0, 0, 0x0b}, packed);
@@ -200,6 +201,7 @@ void add_logs(const seed_folder& seeds) {
   const auto legacy = legacy_log();
   seeds.add("evt", "listing", {1, 0, 0}, legacy.bytes());
   seeds.add("evt", "pulled", {0, 0, 0x3b}, legacy.bytes());
+  seeds.add("forms", "legacy", {0x80, 4}, legacy.bytes());
   seeds.add("run", "legacy", {0, 0xff, 0x40, 0x80}, legacy.bytes());
   seeds.add("run", "legacy_listing", {4, 0, 0, 0x80}, legacy.bytes());
 }

@@ -34,6 +34,51 @@ std::size_t for_each_event(std::span<const std::byte> log,
   return events;
 }
 
+// Records of one kind without a template differ in their texts alone. A log that makes a structure
+// for each record fills what is kept of them, and its events come out all the same.
+TEST(event_view, fragments_share_a_shape_by_their_structure) {
+  const auto event = [](std::uint64_t number, std::string provider, std::string value,
+                        std::string name) {
+    return plain_record(number, default_filetime(number), [=](bxml_builder& b) {
+      b.fragment_header().open("Event").close_start().open("System").close_start();
+      b.open_with_attributes("Provider").attribute("Name").value(provider).close_empty();
+      b.end_element().open("EventData").close_start();
+      b.open_with_attributes("Data").attribute("Name").value(name).close_start();
+      b.value(value).entity_ref("lt").value("c").end_element();
+      b.end_element().end_element().end_of_stream();
+    });
+  };
+  std::set<std::uint64_t> ids;
+  std::string seen;
+  const auto use = [&](const event_view& view) {
+    std::string scratch;
+    ids.insert(view.shape_id());
+    seen += view.text(system_member::provider_name, scratch);
+    seen += ":" + std::string(view.text(view.shape().find_datum("A"), scratch)) + " ";
+  };
+  for_each_event(
+      log_builder().chunk({event(1, "P", "x", "A"), event(2, "Q", "longer", "A")}).bytes(), use);
+  EXPECT_EQ(seen, "P:x<c Q:longer<c ");
+  EXPECT_EQ(ids.size(), 1u);
+
+  seen.clear();
+  log_builder many;
+  for (unsigned chunk = 0; chunk < 6; ++chunk) {
+    chunk_builder records;
+    for (unsigned i = 0; i < 60; ++i) {
+      records.add(event(i, "P", "x", "A" + std::to_string(60 * chunk + i)));
+    }
+    many.chunk(records);
+  }
+  std::size_t named = 0;
+  for_each_event(many.bytes(), [&](const event_view& view) {
+    std::string scratch;
+    const std::string name = "A" + std::to_string(named++);
+    EXPECT_EQ(view.text(view.shape().find_datum(name), scratch), "x<c") << name;
+  });
+  EXPECT_EQ(named, 360u);
+}
+
 TEST(event_view, fields_by_name_place_and_member) {
   const log_builder log = log_builder().chunk({record(
       7, {.event_id = 4624,
