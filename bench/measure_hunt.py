@@ -5,7 +5,8 @@
 Each LOG is one of make_log.py: chunks that are repeated in the same order. A log is refused unless
 each repetition of a chunk has the matches of the first one. Runs are interleaved with md5sum; the
 first of each is not counted. Times are the least of the runs; those of reading and compiling the
-rules and of the hunt are the program's own (--stats), of its wall clock.
+rules and of the hunt are the program's own (--stats), of its wall clock; `whole` is the wall time of
+the run, `cpu` its processor time, which other load on the machine changes less.
 """
 
 import json
@@ -19,7 +20,8 @@ CHUNK_BYTES, HEADER_BYTES = 65536, 4096
 
 
 def hunt(program, rules, log, threads, matches):
-    """One run. Returns the seconds of its parts, events, matches, and the peak memory in MiB."""
+    """One run. Returns the seconds of its parts, of the whole, and of the processor; the numbers of
+    events and matches; the peak memory in MiB."""
     argv = [program, "hunt", "-q", "--rules", rules, "--stats", "--format", "jsonl", log]
     argv += ["--threads", str(threads)] if threads else []
     reader, writer = os.pipe()
@@ -36,7 +38,9 @@ def hunt(program, rules, log, threads, matches):
         sys.exit(f"refused: {' '.join(argv)} ended with {os.waitstatus_to_exitcode(status)}: {said}")
     parts = re.search(r"rules read ([\d.]+), compiled ([\d.]+), events hunted ([\d.]+)", said)
     counts = [int(re.search(rf"^{name} +(\d+)", said, re.M)[1]) for name in ("events", "matches")]
-    return [float(part) for part in parts.groups()] + [seconds], counts, usage.ru_maxrss / 1024
+    processor = usage.ru_utime + usage.ru_stime
+    return ([float(part) for part in parts.groups()] + [seconds, processor], counts,
+            usage.ru_maxrss / 1024)
 
 
 def check_repetitions(log, matches):
@@ -59,9 +63,12 @@ def check_repetitions(log, matches):
 
 
 def md5sum(log):
+    """Wall time and processor time."""
     start = time.perf_counter()
-    subprocess.run(["md5sum", log], stdout=subprocess.DEVNULL, check=True)
-    return time.perf_counter() - start
+    nowhere = (os.POSIX_SPAWN_OPEN, 1, os.devnull, os.O_WRONLY, 0)
+    child = os.posix_spawnp("md5sum", ["md5sum", log], os.environ, file_actions=[nowhere])
+    _, _, usage = os.wait4(child, 0)
+    return time.perf_counter() - start, usage.ru_utime + usage.ru_stime
 
 
 def knows_threads(program):
@@ -81,19 +88,20 @@ def measure(program, rules, runs, log, threads):
         seconds, (events, found), memory = hunt(program, rules, log, threads, os.devnull)
         parts.append(seconds)
         peak = max(peak, memory)
-    read, compiled, hunted, whole = (min(column) for column in zip(*parts))
+    read, compiled, hunted, whole, processor = (min(column) for column in zip(*parts))
+    md5, md5_processor = (min(column) for column in zip(*yardstick))
     rules_seconds = min(part[0] + part[1] for part in parts)
     print(f"{os.path.basename(log):<36}{threads or 1:>8}{events:>9}{found:>9}"
           f"{read:8.3f}{compiled:8.3f}{rules_seconds:8.3f}{hunted:8.3f}"
           f"{max(part[2] for part in parts) - hunted:8.3f}{events / hunted:10,.0f}"
-          f"{min(yardstick):8.3f}{hunted / min(yardstick):7.2f}{whole:8.3f}{peak:7.0f}")
+          f"{md5:8.3f}{hunted / md5:7.2f}{whole:8.3f}{processor:8.3f}{md5_processor:8.3f}{peak:7.0f}")
 
 
 def main():
     program, rules, runs, logs = sys.argv[1], sys.argv[2], int(sys.argv[3]), sys.argv[4:]
     print(f"{runs} runs each after one to warm up, least of each; seconds; x: multiples of md5sum")
     print(f"{'log':<36}{'threads':>8}{'events':>9}{'matches':>9}{'read':>8}{'compile':>8}"
-          f"{'rules':>8}{'hunt':>8}{'spread':>8}{'events/s':>10}{'md5sum':>8}{'x':>7}{'whole':>8}"
+          f"{'rules':>8}{'hunt':>8}{'spread':>8}{'events/s':>10}{'md5sum':>8}{'x':>7}{'whole':>8}{'cpu':>8}{'md5 cpu':>8}"
           f"{'MiB':>7}")
     for log in logs:
         for threads in (1, 2) if knows_threads(program) else (None,):
