@@ -84,7 +84,7 @@ class hunt_run : public event_sink {
     tell_given_up(counts);
     if (lines_) {
       lines_->end();
-      if (!lines_->error().empty()) problem("temporary file", lines_->error());
+      if (!lines_->error().empty()) problem("sorting", lines_->error());
     }
     std::string text;
     if (options_.format.empty()) matches_->append_table(text);
