@@ -7,11 +7,12 @@
 //   regex.h           regular expressions, by PCRE2
 //   field_test.h      one question about one field, and its plain answer
 //   log_sources.h     which events a log source stands for; the table is log_sources.yml
+//   rule_files.h      files of rules
 //   rule_set.h        all rules of a run: what runs, and why what does not
 //   group_matcher.h   the rules of one log source as one matcher; literal_set.h and
 //                     anchored_set.h are its searches
 //   compiled_rules.h  all matchers of a run; hunter.h gives them events, event_names.h their fields
-//   correlation.h     what rules match together
+//   correlation.h     what rules match together; correlation_spans.h where a condition holds
 //   rule_matches.h    what matched, how often and when
 //
 // sigma_limits.h has what keeps rules from taking a run down.
