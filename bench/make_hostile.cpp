@@ -1,7 +1,7 @@
 // Writes the logs that bench/bounds times: make_hostile FOLDER CHUNKS
 //
-// For each trick a log FOLDER/<number>-<CHUNKS>/<name that reports go by>; standard output has a
-// line for each: path, options, name of the trick, with a tab between them.
+// For each trick it writes a log FOLDER/<number>-<CHUNKS>/<name that reports test>, and a line on
+// standard output: path, options, name of the trick, with tabs between them.
 #include <cstdlib>
 #include <exception>
 #include <filesystem>

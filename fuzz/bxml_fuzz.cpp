@@ -1,5 +1,5 @@
-// A binary XML stream, bare, with the slots of a table that stands somewhere in it, or as a record
-// that brings its templates along.
+// A binary XML stream, alone, with the slots of a table somewhere in it, or as a record with its
+// templates.
 #include "evtx/bxml/bxml_decoder.h"
 #include "evtx/bxml/slot_table.h"
 #include "evtx/templates/template_record.h"
@@ -22,7 +22,7 @@ std::size_t size_of(const std::vector<slot_entry>& slots) {
   return size;
 }
 
-// Whatever of a chunk is there, a slot's place is one in a whole chunk.
+// Even if only a part of the chunk exists, a slot's offset is one in a whole chunk.
 void require_within_chunk(const std::vector<slot_entry>& slots) {
   for (const slot_entry& slot : slots) {
     require(slot.offset <= evtx_layout::chunk_bytes, "a slot begins in the chunk");
@@ -30,7 +30,7 @@ void require_within_chunk(const std::vector<slot_entry>& slots) {
   }
 }
 
-// What a purse of a whole chunk may come to, as text.
+// How much text the work budget of a whole chunk allows.
 constexpr std::size_t most_text = 32u << 20;
 
 }  // namespace

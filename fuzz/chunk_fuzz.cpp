@@ -1,4 +1,4 @@
-// One chunk, the text of its first record, and the channel that it names.
+// One chunk, the text of its first record, and the channel in it.
 #include "evtx/channel_finder.h"
 #include "evtx/first_record.h"
 #include "two_ways.h"

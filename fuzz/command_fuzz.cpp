@@ -1,5 +1,5 @@
-// A command file's text, and its commands at work on a small log: the selector against the plain
-// rule.
+// A command file's text, and its commands applied to a small log: the selector compared with the
+// plain rule.
 #include "commands/command_build.h"
 #include "fuzz_target.h"
 #include "keep/keeping_sink.h"
@@ -32,8 +32,8 @@ std::vector<std::byte> small_chunk() {
   return {built.bytes.begin(), built.bytes.end()};
 }
 
-// Holds each record that is kept against the plain rule; it takes no command whose translators
-// change a record on the way.
+// Compares each kept record with the plain rule; refuses commands whose translators change a record
+// on the way.
 class judging_sink : public record_sink {
  public:
   judging_sink(const std::vector<ReportCommand>& commands, record_container& records)

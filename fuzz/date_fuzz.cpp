@@ -1,4 +1,4 @@
-// Dates, times and numbers out of text and back, and the quick ways of writing times against the
+// Dates, times and numbers from text and back, and the quick writers of times compared with the
 // plain ones. A choice, a count of ticks; lines: a text, a date format, a time format.
 #include <string>
 
@@ -12,7 +12,7 @@
 namespace zanvik::fuzz {
 namespace {
 
-// Whether the year is one that texts are read with, four digits and all.
+// Whether the year can be read back from text, with all four digits.
 bool is_written_with_four(const qx::time& time) {
   const auto year = time.system_time().year;
   return time.filetime() < loose_to_filetime({.year = 10000}) && year >= 1900;

@@ -1,4 +1,4 @@
-// Boot sectors, partition tables and drive layouts, and what is made of them as text.
+// Boot sectors, partition tables and drive layouts, and the text made of them.
 #include "disk/disk_layout.h"
 #include "disk/disk_text.h"
 #include "fuzz_target.h"

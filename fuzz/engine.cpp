@@ -1,5 +1,5 @@
-// The targets under the fuzzing engine: the name that the program is called by, fuzz_<parser>,
-// chooses the target.
+// The targets with the fuzzing engine: the name by which the program is called, fuzz_<parser>,
+// selects the target.
 
 #include <cstdio>
 #include <cstdlib>

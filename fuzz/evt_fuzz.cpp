@@ -6,7 +6,7 @@
 namespace zanvik::fuzz {
 namespace {
 
-// Looks at all of a record, and hands it on.
+// Reads all of a record, and passes it on.
 class looking_sink : public evt_sink {
  public:
   looking_sink(std::span<const std::byte> log, evt_sink& next) : log_(log), next_(next) {}

@@ -1,4 +1,4 @@
-// A whole .evtx log of up to three chunks: what is known from one chunk serves the next.
+// A whole .evtx log of up to three chunks: what is known from one chunk is used for the next.
 #include "two_ways.h"
 
 namespace zanvik::fuzz {

@@ -1,5 +1,5 @@
-// The terms of the file filters, the window of file times, and what else is a list in an option.
-// Lines of the input: a list of terms, a path, a time.
+// The terms of the file filters, the window of file times, and other lists in options. Lines of the
+// input: a list of terms, a path, a time.
 #include "base/file_filter.h"
 #include "base/path_text.h"
 #include "base/text_split.h"
@@ -42,7 +42,7 @@ ZANVIK_FUZZ_TARGET(filter) {
   walk_options options;
   bool undecided = false;
   (void)match_filters(options, undecided, path, filters, nullptr);
-  // A signature opens the file, so that one has to be harmless.
+  // A signature opens the file, so it must be a harmless one.
   parse_signature_filter(terms, filters);
   (void)match_filters(options, undecided, "/proc/self/comm", filters, nullptr);
   argument_list words{"zanvik", "-cmd_start_time", time, "-cmd_stop_time", path};

@@ -1,9 +1,10 @@
 // What a fuzz target is, and what targets share.
 //
-// A target is a function of one input, which a source <parser>_fuzz.cpp defines by
+// A target is a function of one input, which a source <parser>_fuzz.cpp defines with
 // ZANVIK_FUZZ_TARGET under the name of its parser. All targets are linked into one program: with
-// the fuzzing engine (engine.cpp), and without it for the kept inputs (replay.cpp). A target takes
-// any bytes and leaves no state behind. It fails by `require`, by a sanitizer, or by its time.
+// the fuzzing engine (engine.cpp), and without it for the kept inputs (replay.cpp). A target
+// accepts any bytes and leaves no state behind. It fails by `require`, by a sanitizer, or by taking
+// too long.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +24,7 @@ struct target {
 
 // All targets of the program, in no order.
 std::vector<target>& targets();
-// Null when there is none of that name.
+// Null if there is none of that name.
 const target* find_target(std::string_view name);
 
 struct registration {
@@ -37,15 +38,15 @@ struct registration {
   static const registration registered_##parser{#parser, fuzz_##parser}; \
   static void fuzz_##parser(std::span<const std::byte> bytes)
 
-// Ends the process, with a line that says what did not hold.
+// Ends the process, with a line that says which condition was false.
 void require(bool holds, std::string_view what);
-// The same for two texts that have to be equal; both are shown.
+// The same for two texts that must be equal; both are shown.
 void require_equal(std::string_view one, std::string_view other, std::string_view what);
 
-// Bytes in memory of exactly their size, so that every read past their end is seen.
+// Bytes in memory of exactly their size, so that every read past their end is noticed.
 class exact_bytes {
  public:
-  // A copy, filled with zeros to `size` when that is more.
+  // A copy, padded with zeros to `size` if that is more.
   explicit exact_bytes(std::span<const std::byte> bytes, std::size_t size = 0)
       : size_(bytes.size() < size ? size : bytes.size()), bytes_(new std::byte[size_]()) {
     if (!bytes.empty()) std::memcpy(bytes_.get(), bytes.data(), bytes.size());
@@ -58,8 +59,7 @@ class exact_bytes {
   std::unique_ptr<std::byte[]> bytes_;
 };
 
-// Takes an input apart: small choices at its front, what is to be read behind them. What is not
-// there reads as 0.
+// Splits an input: small choices at its front, then the bytes to be read. Missing bytes read as 0.
 class input {
  public:
   explicit input(std::span<const std::byte> bytes) : rest_(bytes) {}
@@ -89,9 +89,9 @@ inline std::string_view text_of(std::span<const std::byte> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// A log out of a short input: for each chunk a 16-bit count and as many bytes, which zeros fill to
+// A log from a short input: for each chunk a 16-bit count and as many bytes, padded with zeros to
 // the length of a chunk; at most `most_chunks` of them. Seeds are packed by `packed_log`.
-//   flags  what the log is like otherwise, see the constants
+//   flags  other properties of the log, see the constants
 std::vector<std::byte> unpacked_log(std::span<const std::byte> packed, std::uint8_t flags);
 inline constexpr std::uint8_t log_without_header = 2;  // chunks alone, as a later block has them
 inline constexpr std::uint8_t log_cut_short = 4;       // the last chunk is not filled

@@ -1,5 +1,5 @@
 // Writes the inputs that fuzzing starts from, a folder for each target, into the folder named on
-// the command line: make_seeds FOLDER. All are made by the tests' log builders.
+// the command line: make_seeds FOLDER. The tests' log builders make all of them.
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -20,7 +20,7 @@ class seed_folder {
  public:
   explicit seed_folder(std::filesystem::path root) : root_(std::move(root)) {}
 
-  // `choices` are the bytes in front by which a target takes its options.
+  // `choices` are the leading bytes from which a target takes its options.
   void add(const char* parser, const std::string& name, std::initializer_list<int> choices,
            std::span<const std::byte> bytes) const {
     const auto folder = root_ / parser;
@@ -43,7 +43,7 @@ event in_channel(const char* channel, std::uint32_t id, std::vector<data_field> 
   return {.event_id = id, .channel = channel, .data = std::move(data)};
 }
 
-// Eight bytes that are a time, and text behind them.
+// Eight bytes of a time, followed by text.
 byte_vector time_bytes() {
   byte_vector bytes;
   append_u64(bytes, default_filetime(1));
@@ -112,7 +112,7 @@ log_builder plain_log() {
                     [](bxml_builder& x) { plain_event(x, element_form::inline_name); })});
 }
 
-// Damage with a candidate behind it that holds nothing, and a chunk that has records without end.
+// Damage followed by an empty candidate, and a chunk that declares endless records.
 log_builder damaged_log() {
   auto log = log_builder().chunk(
       chunk_builder({record(7), record(8), raw_record(9, default_filetime(9), byte_vector(16)),
@@ -206,7 +206,7 @@ void add_logs(const seed_folder& seeds) {
   seeds.add("run", "legacy_listing", {4, 0, 0, 0x80}, legacy.bytes());
 }
 
-// A stream that begins its chunk, as the offsets in it have it.
+// A stream that begins its chunk, so that its offsets are right.
 byte_vector stream(const bxml_writer& write) {
   byte_vector bytes;
   chunk_tables tables;
@@ -233,7 +233,7 @@ void add_streams(const seed_folder& seeds) {
     seeds.add("bxml", name + "_record", {2, 0, 0}, whole);
     seeds.add("bxml", name + "_stream", {0, 0, 0}, whole);
   }
-  // A table of two slots in front, the stream that names them behind it.
+  // A table of two slots, followed by the stream that names them.
   seeds.add("bxml", "slots", {1, 0, 0}, stream([](bxml_builder& x) {
               x.slot_table({slot::uint16(7), slot::utf16("x")});
               x.fragment_header().open("A").close_start().normal_sub(0, 6).end_element();

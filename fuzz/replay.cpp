@@ -1,8 +1,8 @@
 // Runs a fuzz target over the files of a folder, without a fuzzing engine, so that inputs once
-// found to be interesting stay ordinary test cases.
+// found stay ordinary test cases.
 //   in   the target's name, and the folder; subfolders are not walked.
-//   out  status 0 when every file was run, 1 when there was none to run.
-// A target that fails does so by an abort or a sanitizer, which ends the process.
+//   out  status 0 if every file was run, 1 if there was none.
+// A target fails by an abort or a sanitizer, which ends the process.
 
 #include <cstdio>
 #include <filesystem>

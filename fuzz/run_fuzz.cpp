@@ -1,6 +1,6 @@
-// The whole run, by the entry that the program itself uses: the first bytes choose the options, the
-// rest is the log. Results go to /dev/null; the log is a file in memory, under the names of a
-// scratch folder, since the name of a log decides on its channel.
+// The whole run, by the program's own entry: the first bytes choose the options, the rest is the
+// log. Results go to /dev/null. The log is a file in memory, under names in a scratch folder,
+// because a log's name decides its channel.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -47,7 +47,7 @@ class stage {
   int log_;
 };
 
-// The words that a byte of choice stands for: bits take their flag, numbers one row of a table.
+// The words for a byte of choice: bits select flags, numbers one row of a table.
 using words = std::vector<std::string>;
 
 void add_flags(words& args, std::uint8_t bits, std::span<const char* const> names) {

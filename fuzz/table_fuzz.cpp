@@ -1,5 +1,5 @@
-// The records of up to three logs of a chunk each, selected and written as tables and timelines:
-// what is known from one log serves the next.
+// The records of up to three logs of one chunk each, selected and written as tables and timelines:
+// what is known from one log is used for the next.
 #include "keep/keeping_sink.h"
 #include "select/evtx_selector.h"
 #include "tables.h"

@@ -1,4 +1,4 @@
-// Tables and timelines of selected records: the quick writer against the plain one.
+// Tables and timelines of selected records: the quick writer compared with the plain one.
 #pragma once
 
 #include <sstream>
@@ -15,7 +15,7 @@
 
 namespace zanvik::fuzz {
 
-// An output format as the options leave it that the bits of `choice` stand for.
+// An output format that options can produce, chosen by the bits of `choice`.
 inline output_format chosen_format(std::uint16_t choice) {
   static constexpr const char* flags[] = {
       "-csv",    "-csvl2t", "-bodyfile",     "-pair_datetime", "-enable_quoted_csv_fields",
@@ -44,8 +44,8 @@ inline output_format chosen_format(std::uint16_t choice) {
   return format;
 }
 
-// Writes the records both ways, as a timeline where the format asks for it. `tables` is what the
-// quick way knows from earlier logs.
+// Writes the records both ways, as a timeline if the format says so. `tables` is what the quick way
+// knows from earlier logs.
 inline void require_tables_agree(record_container& records, const output_format& format,
                                  const write_context& context, table_cache& tables) {
   const auto ordered = records.in_time_order();

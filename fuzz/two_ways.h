@@ -1,4 +1,4 @@
-// The record readers' quick road and the plain one over the same bytes.
+// The quick path and the plain path of the record readers over the same bytes.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace zanvik::fuzz {
 
-// All that a sink sees of the log's records, as text. The walk may change `log`.
+// Everything that a sink sees of the log's records, as text. The walk may change `log`.
 inline std::string walked_text(std::span<std::byte> log, record_reader& reader, bool inc_slack) {
   walk_settings settings;
   settings.inc_slack = inc_slack;
@@ -19,7 +19,7 @@ inline std::string walked_text(std::span<std::byte> log, record_reader& reader, 
   return text;
 }
 
-// Walks the log by both roads, by the quick one twice, so that the second time all is known.
+// Walks the log by both paths, by the quick one twice, so that everything is known the second time.
 inline void require_two_ways_agree(std::span<const std::byte> log, bool inc_slack) {
   const time_formats format;
   record_reader plain(format, false);

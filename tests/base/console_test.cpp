@@ -43,7 +43,7 @@ std::string file_error(F action) {
   return file_text(path);
 }
 
-// The same for a terminal of so many columns.
+// The same for a terminal with this number of columns.
 template <typename F>
 std::string terminal_error(unsigned short columns, F action) {
   const int master = ::posix_openpt(O_RDWR | O_NOCTTY);

@@ -7,8 +7,8 @@
 namespace zanvik {
 namespace {
 
-// An entry in short: its name, with `^` for a star in front, `$` for one behind and `!` for
-// everything, and `:` with the same of its stream.
+// An entry in short: its name, with `^` for a star at the start, `$` for one at the end and `!` for
+// everything, and `:` with the same for its stream.
 std::string shape(const file_filter_entry& entry) {
   std::string text = entry.match_all ? "!" : "";
   if (entry.star_front) text += '^';

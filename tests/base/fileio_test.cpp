@@ -66,7 +66,7 @@ TEST(fileio, reads_end_where_the_file_ends) {
   EXPECT_EQ(text_of(std::span(raw).first(count)), "1234");
 }
 
-// Walks the file in blocks and gives them as "offset:bytes ".
+// Walks the file in blocks and returns them as "offset:bytes ".
 std::string blocks_of(fileio& file, std::uint64_t block_size, std::uint64_t start, bool& result) {
   std::string text;
   const std::byte* buffer = nullptr;
@@ -111,8 +111,8 @@ TEST(walk_blocks, a_file_that_shrinks_gives_what_is_left) {
   EXPECT_EQ(text, "0123 45 ");
 }
 
-// A file of a huge size with the byte 'a' first and 'z' last; empty where the file system makes
-// no holes.
+// A very large file with the byte 'a' first and 'z' last; empty if the file system does not support
+// holes.
 std::string file_with_a_hole(const scratch_dir& scratch, off_t size) {
   const std::string path = scratch.write("hole", "a");
   const int fd = ::open(path.c_str(), O_RDWR);

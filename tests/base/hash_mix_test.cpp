@@ -17,7 +17,7 @@ TEST(keyed_hash, secret_words_are_drawn) {
 }
 
 // Texts of each length around the steps of the loop, and all that differ from them in one bit, in
-// their length or in what stands before them: a byte that is not looked at would show here.
+// their length or in the part before them: a byte that is not read would be noticed here.
 TEST(keyed_hash, every_bit_and_the_length_count) {
   std::set<std::uint64_t> hashes;
   std::size_t texts = 0;
@@ -39,8 +39,8 @@ TEST(keyed_hash, every_bit_and_the_length_count) {
   EXPECT_EQ(hashes.size(), texts);
 }
 
-// Tables take the low bits or a remainder; numbers in a row, and those that differ in high bits
-// only, have to fall on different places.
+// Tables use the low bits or a remainder; consecutive numbers, and those that differ only in high
+// bits, must be at different places.
 TEST(keyed_hash, low_bits_are_spread) {
   constexpr std::size_t places = 256;
   for (const int shift : {0, 16, 40, 56}) {

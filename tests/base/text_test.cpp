@@ -64,7 +64,8 @@ bool contains_plainly(const std::string& haystack, const std::string& needle) {
 }
 
 TEST(qx_text, search_without_case_agrees_with_the_plain_one) {
-  // Every place in texts around the block size, decoys of the first letter in front and behind.
+  // Every position in texts around the block size, with decoys of the first letter before and
+  // after.
   for (std::size_t size = 0; size <= 40; ++size) {
     for (std::size_t at = 0; at <= size; ++at) {
       std::string text(size, 'n');
@@ -153,7 +154,7 @@ TEST(qx_text, lists_of_numbers_and_bytes_leave_out_what_does_not_read) {
   EXPECT_EQ(bytes, (std::vector<std::uint8_t>{10, 16, 1}));
 }
 
-// A name must neither end its line nor command the terminal, whatever a log calls it.
+// A name must not end its line or control the terminal, whatever a log calls it.
 TEST(printable_name, control_characters_come_out_as_numbers) {
   const std::pair<std::string_view, std::string_view> rows[] = {
       {"Data", "Data"},

@@ -1,4 +1,4 @@
-// Times as text, and the fast way against the plain one.
+// Times as text, and the fast way compared with the plain one.
 #include "base/time_format.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ TEST(qx_time_format, by_the_digest) {
   const std::tuple<std::string, std::string, bool, unsigned, bool, std::string, std::string>
       rows[] = {
           {"yyyy-mm-dd", "hh:mm:ss.xxx", true, 3, true, "2012-03-01", "04:05:06.123"},
-          // The full year, though two digits were asked for.
+          // The full year, although two digits were requested.
           {"mm/dd/yy", "hh:mm:ss", true, 0, true, "03/01/2012", "04:05:06"},
           {"dd-mmm-yyyy", "hh:mm:ss.xxxxxxxxx", true, 9, true, "01-Mar-2012", "04:05:06.123456700"},
           // Ten digits are nine here.
@@ -92,7 +92,7 @@ TEST(qx_time_format, default_and_value_forms) {
   EXPECT_FALSE(format_filetime_value(value, 0));
 }
 
-// Instants at which a day, a year, an epoch or the range ends, and a walk through the rest.
+// Instants at which a day, a year, an epoch or the range ends, and steps through the rest.
 std::vector<std::uint64_t> many_instants() {
   std::vector<std::uint64_t> instants = {0, 1, ~0ull, 1ull << 63, (1ull << 63) - 1};
   const auto around = [&](std::uint64_t instant) {

@@ -1,4 +1,4 @@
-// UTF-8 from UTF-16, strict UTF-8, UTF-16 text in bytes, and places of bytes and words.
+// UTF-8 from UTF-16, strict UTF-8, UTF-16 text in bytes, and positions of bytes and words.
 #include "base/utf16.h"
 
 #include <gtest/gtest.h>
@@ -50,7 +50,7 @@ TEST(qx_utf16, a_partner_behind_the_end_is_none) {
 }
 
 TEST(qx_utf16, any_place_of_the_first_other_unit) {
-  // Lengths over the blocks of eight and over the text that is taken in one go.
+  // Lengths around the blocks of eight and around the text that is converted in one step.
   for (std::size_t size : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 127u, 128u, 129u, 300u}) {
     for (std::size_t at = 0; at <= size; ++at) {
       std::u16string units(size, u'k');

@@ -13,7 +13,7 @@ constexpr builtin_report all_reports[] = {builtin_report::pw,    builtin_report:
                                           builtin_report::creds, builtin_report::partition_metadata,
                                           builtin_report::usb};
 
-// A report's letter where it lets a log pass, a dot where it does not.
+// A report's letter if it accepts a log, a dot if not.
 template <typename F>
 std::string letters(F&& passes) {
   const std::string names = "ptlscmu";
@@ -61,7 +61,7 @@ TEST(builtin_reports, gates) {
   }
 }
 
-// What a report's commands for a log come to.
+// A summary of a report's commands for a log.
 struct report_summary {
   std::size_t commands = 0;
   std::set<std::uint64_t> ids;
@@ -92,7 +92,7 @@ report_summary summary_of(builtin_report report, const classified_log& log) {
   return sum;
 }
 
-// Each line of a table comes out as a command, for the kind of log that it is meant for.
+// Each line of a table becomes a command for its kind of log.
 TEST(builtin_reports, every_line_is_a_command) {
   const classified_log evt{"a", "security", false, 0}, evtx{"a", "security", true, 0};
   const classified_log system_evt{"a", "system", false, 0}, system_evtx{"a", "system", true, 0};

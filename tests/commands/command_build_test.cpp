@@ -16,7 +16,7 @@ namespace {
 const std::uint64_t march_11 =
     system_to_filetime({.year = 2024, .month = 3, .day = 11, .hour = 10, .minute = 30});
 
-// A run over one log, and what it gives to the commands.
+// A run over one log, and what it provides to the commands.
 struct build_setup {
   build_setup() { set_date_format("yyyy-mm-dd"); }
 

@@ -1,5 +1,5 @@
-// Partitions by boot records: what tables and their chains give, and that tables which lie make the
-// walk neither leave the bytes nor stay in them.
+// Partitions by boot records: the result of tables and their chains; wrong tables must not make the
+// walk leave the bytes or run forever.
 #include "disk/disk_layout.h"
 
 #include <gtest/gtest.h>
@@ -100,7 +100,7 @@ TEST(parse_disk_layout, chains_end) {
   for (const row& r : rows) EXPECT_EQ(found(disk_bytes(4096, r.rows)), r.expected) << r.reason;
 }
 
-// Every sector a table of three partitions and a link, once around.
+// Every sector is a table of three partitions and a link, in one circle.
 TEST(parse_disk_layout, each_table_is_read_once) {
   constexpr std::size_t sectors = 127;
   std::vector<table_row> rows = {{0, 0, 5, 1, 1}};

@@ -1,5 +1,5 @@
-// Texts of binary values, by hand from the layouts. Those of file systems and tables that the tools
-// of Linux made were the same.
+// Texts of binary values, worked out by hand from the layouts. Texts for file systems and tables
+// made by Linux tools were the same.
 #include "disk/disk_text.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ byte_vector fat_sector(std::string_view name, std::uint8_t cluster_sectors, std:
   return bytes;
 }
 
-// A superblock of 24,576 blocks of 2,048 bytes, behind a boot sector with or without code.
+// A superblock of 24,576 blocks of 2,048 bytes, after a boot sector with or without code.
 byte_vector ext_volume(bool code) {
   byte_vector bytes(2048);
   if (code) put_text(bytes, 0, "\xeb\x3cloader");

@@ -1,4 +1,4 @@
-// Slots with a text in the place of their value, as the commands that come after see them.
+// Slots with a text instead of their value, as later commands see them.
 #include "disk/translated_slots.h"
 
 #include "kept_records.h"
@@ -42,7 +42,7 @@ ReportCommand command(std::int32_t index, std::vector<std::string> conditions, s
   return made;
 }
 
-// The first command looks at the bytes, makes a text of them and then has no column.
+// The first command tests the bytes, makes a text of them and then has no column.
 TEST(translated_slots, later_commands_see_the_text) {
   const std::vector<data_field> event{{"Seen", time_bytes(9)},
                                       {"T", slot::binary(byte_vector(48))}};
@@ -55,7 +55,7 @@ TEST(translated_slots, later_commands_see_the_text) {
   for (const auto& commands : seconds) EXPECT_EQ(selected({event, event}, commands), line + line);
 }
 
-// As many as there are names, and a text that tells of a failure is not counted.
+// As many as there are names; a text that reports a failure does not count.
 TEST(translated_slots, as_many_as_names) {
   const slot_value none = slot::binary(byte_vector(48));
   ReportCommand times = command(0, {}, "", {}, {{"A", as_time}, {"B", as_time}});

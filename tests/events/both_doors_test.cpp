@@ -1,5 +1,5 @@
-// Whole events against the records of the classic reader: every record that it reads is there, in
-// its order, and each of its slots and fields has the same bytes under the same name.
+// Whole events compared with the records of the classic reader: every record that it reads is
+// there, in order, and each of its slots and fields has the same bytes under the same name.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -11,7 +11,7 @@
 namespace zanvik::testing {
 namespace {
 
-// A value: where in the block it stands, how long it is, its type, and what it is called.
+// A value: its place in the block, its length, its type, and its name.
 struct seen_value {
   std::uint64_t at = 0;
   std::uint32_t size = 0;
@@ -32,8 +32,8 @@ class classic_sink : public record_sink {
     seen_record kept{record.file_offset, record.number, {}};
     for (std::size_t i = 0; i < record.slots.size(); ++i) {
       const record_slot& slot = record.slots[i];
-      // Nested binary XML is told by what is in it; a value cut at the chunk's end is as long as
-      // that says.
+      // Nested binary XML is identified by its content; a value cut at the chunk's end is as long
+      // as that content.
       if (slot.type == value_type::bxml || slot.flags != 0 || record.replaced_text(i)) continue;
       kept.values.push_back(
           {static_cast<std::uint64_t>(record.chunk->bytes.bytes().data() + slot.offset - block_),
@@ -81,12 +81,12 @@ bool same_name(const seen_value& classic, const seen_value& ours) {
          last_word(classic.name) == ours.name;
 }
 
-// `names`: whether the classic reader's names have to be ours; damage to a template's body makes
-// it name slots after what stands beside them.
+// `names`: whether the classic reader's names must be the same; damage to a template's body makes
+// it name slots after neighbouring bytes.
 void expect_values(const seen_record& classic, const seen_record& ours, bool names,
                    const std::string& what) {
   for (const seen_value& value : classic.values) {
-    // A type that is none is shown as bytes.
+    // An unknown type is shown as bytes.
     const std::uint16_t type = value.type < literal_type ? value.type : std::uint16_t{value_type::binary};
     const auto is_same = [&](const seen_value& mine) {
       return mine.at == value.at && mine.size == value.size && mine.type == type &&

@@ -1,5 +1,5 @@
-// The view: fields by name, by place and as System members, shapes that events share, and what is
-// left of events that are damaged or made to cost much.
+// The view: fields by name, by position and as System members, shapes that events share, and the
+// result for events that are damaged or crafted to be slow or large.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -125,7 +125,7 @@ TEST(event_view, events_of_a_kind_share_a_shape) {
 
 TEST(event_view, without_its_template_an_event_has_its_values) {
   log_builder log = log_builder().chunk({record(1), record(2)});
-  // The second record's definitions stand in the first; its id is made to lead elsewhere.
+  // The second record's definitions are in the first; its ID is changed to lead elsewhere.
   log.poke_u32(log.content_offset(0, 1) + 10, 60000);
   std::size_t damaged = 0;
   for_each_event(log.bytes(), [&](const event_view& event) {
@@ -150,7 +150,7 @@ TEST(event_view, a_value_that_leads_out_of_its_chunk_is_cut) {
                  [](const event_view& event) { EXPECT_TRUE(event.header().flags & event_cut); });
 }
 
-// One slot of 60,000 bytes that a template shows thousands of times, in each of many records.
+// One slot of 60,000 bytes that a template uses thousands of times, in each of many records.
 TEST(event_view, a_slot_shown_over_and_over_is_paid_for) {
   const template_definition definition{"0a0b0c0d-0000-0000-0000-000000000003", [](bxml_builder& b) {
                                          b.fragment_header().open("Event").close_start();

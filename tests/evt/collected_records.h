@@ -1,4 +1,4 @@
-// Walks a legacy log and gives its records in words, so that a test can compare them at once.
+// Walks a legacy log and returns its records as text, so that a test can compare them in one step.
 //
 // Each walk is over a buffer of the log's exact size, which the sanitizers watch.
 #pragma once
@@ -51,7 +51,7 @@ struct collected_log : evt_sink {
   }
 };
 
-// The only record of a log that holds it alone.
+// The only record of a log with one record.
 inline collected_record collected(const evt_record_fields& fields) {
   const collected_log log(evt_builder().add(fields).bytes());
   return log.records.size() == 1 ? log.records.front() : collected_record{};

@@ -32,8 +32,8 @@ TEST(evt_record, head_names_sid_strings_and_data) {
   EXPECT_EQ(collected({.time_generated = 0xffffffff}).head.time, filetime(2106, 2, 7, 6, 28, 15));
 }
 
-// Heads are of 56 bytes, "S" and "C" and their ends of 8: the SID stands at 64, strings at 64 or
-// 76, their end gives the size.
+// Heads have 56 bytes, "S" and "C" with their ends 8: the SID is at 64, strings at 64 or 76, and
+// their end gives the size.
 TEST(evt_record, what_fails_its_bounds_costs_itself_alone) {
   const evt_record_fields sound{
       .source = "S", .computer = "C", .sid = "S-1-5-18", .strings = {"x"}};
@@ -87,7 +87,7 @@ TEST(evt_record, long_strings_move_on_by_one_unit) {
             (strings{letters(600), letters(599), letters(598)}));
 }
 
-// Zero units are not taken off what remains, so each string read leaves it 2 bytes too high.
+// Zero units are not subtracted from the rest, so each string read leaves it 2 bytes too large.
 TEST(evt_record, strings_are_read_beyond_the_record) {
   // 12 bytes stand at "ab", and 8 remain at the repeated length, 76: "L".
   const auto one_more =
@@ -99,7 +99,7 @@ TEST(evt_record, strings_are_read_beyond_the_record) {
       collected({.source = "S", .computer = "C", .strings = {"ab"}, .num_strings = 9});
   EXPECT_EQ(many.strings.size(), 9u);
   EXPECT_EQ(many.strings.back(), "");
-  // 20 bytes from the string on: 8 remain behind it, 4 when the lengths of both records (84: "T")
+  // 20 bytes from the string on: 8 remain after it, 4 when the lengths of both records (84: "T")
   // are read, which are two units of the next one's signature.
   const evt_record_fields greedy{
       .source = "S", .computer = "C", .strings = {"abcdef"}, .num_strings = 9};
@@ -115,7 +115,7 @@ TEST(evt_record, names_have_limits) {
   const auto record = collected({.source = long_name, .computer = "C"});
   EXPECT_EQ(record.source, long_name);
   EXPECT_EQ(record.computer, std::string(500, 'n'));
-  // A size of 58 leaves one unit to the source, not to its length.
+  // A size of 58 leaves one unit for the source, but not for its length.
   const auto small = collected({.source = "SRC", .computer = "PC", .record_size = 58});
   EXPECT_EQ(small.source, "S");
   EXPECT_EQ(small.computer, "PC");

@@ -1,4 +1,4 @@
-// The scan over a whole log: where it starts, what it takes, how it goes on and where it ends.
+// The scan over a whole log: where it starts, what it accepts, how it continues and where it ends.
 #include <gtest/gtest.h>
 
 #include "collected_records.h"
@@ -19,14 +19,14 @@ evt_builder three_records() {
 }
 
 TEST(evt_walk, records_come_in_file_order_from_both_sides_of_the_cursor) {
-  // The newest records stand in front of the cursor, old ones behind it.
+  // The newest records are before the cursor, old ones after it.
   auto wrapped = evt_builder().add({.record_num = 9}).add({.record_num = 10}).cursor();
   wrapped.add({.record_num = 3}).add({.record_num = 4}).add({.record_num = 4});
   EXPECT_EQ(walked(wrapped), (numbers{9, 10, 3, 4, 4}));
   // A cursor without a length is stepped over by 4.
   wrapped.poke_u32(wrapped.record_offset(2) - 40, 0);
   EXPECT_EQ(walked(wrapped), (numbers{9, 10, 3, 4, 4}));
-  // One with a wrong length leads behind the next record's head.
+  // One with a wrong length leads past the next record's head.
   wrapped.poke_u32(wrapped.record_offset(2) - 40, 48);
   EXPECT_EQ(walked(wrapped), (numbers{9, 10, 4, 4}));
 }
@@ -86,7 +86,7 @@ TEST(evt_walk, only_the_signature_makes_a_log) {
   }
 }
 
-// What one record says of itself is not to cost more than the log allows.
+// What a record says about itself must not cost more than the log allows.
 TEST(evt_walk, crafted_strings_are_cut_short) {
   evt_builder log;
   const std::string letters(30000, 'a');

@@ -1,5 +1,4 @@
-// The token decoder over streams that stand alone in a chunk: what text it composes and which
-// fields it finds.
+// The token decoder over single streams in a chunk: the text it composes and the fields it finds.
 #include "evtx/bxml/bxml_decoder.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +10,7 @@ namespace {
 
 constexpr std::size_t stream_at = 0x200;
 
-// The composed text, and behind it "[name]=value " for each field.
+// The composed text, followed by "[name]=value " for each field.
 std::string decode(const byte_vector& chunk, std::vector<slot_entry>* slots = nullptr,
                    std::uint64_t position = stream_at) {
   exact_buffer bytes(chunk);
@@ -31,7 +30,7 @@ std::string decode(const byte_vector& chunk, std::vector<slot_entry>* slots = nu
   return seen;
 }
 
-// A chunk with the stream, zeros behind it.
+// A chunk with the stream, followed by zeros.
 byte_vector chunk_with(const bxml_writer& stream) {
   byte_vector chunk(stream_at);
   chunk_tables tables;
@@ -41,7 +40,7 @@ byte_vector chunk_with(const bxml_writer& stream) {
   return chunk;
 }
 
-// An open element with id, whose name's entry is at `name`; its size is as good as any.
+// An open element with ID, whose name's entry is at `name`; any size will do.
 byte_vector element_at_offset(std::uint32_t name, std::uint8_t token = 1) {
   byte_vector bytes;
   append_u8(bytes, token);
@@ -120,7 +119,7 @@ TEST(decode_bxml, elements_and_names_in_all_layouts) {
 }
 
 TEST(decode_bxml, bounds_of_names_and_values) {
-  // What stands before is kept whatever follows.
+  // What precedes it is kept, whatever follows.
   const auto behind_a_field = [](byte_vector bytes) {
     return [bytes](bxml_builder& x) {
       x.fragment_header().text_element("Level", "4").raw(bytes);
@@ -185,7 +184,7 @@ TEST(decode_bxml, tokens_that_end_the_stream_leave_the_fields_before) {
       x.raw(bytes_of({token, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
       x.text_element("Task", "1").end_of_stream();
     };
-    // An element is begun in the text before its layout is looked for.
+    // An element is begun in the text before its layout is determined.
     const std::string begun = token == 0x21 ? "\n<" : "";
     EXPECT_EQ(decode(chunk_with(stream)), "\n<Level>\"4\"</Level>" + begun + " [Level]=4") << token;
   }

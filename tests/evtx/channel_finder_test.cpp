@@ -21,7 +21,7 @@ std::string shown(const found_channel& found) {
   return found.text ? *found.text : found.closed ? "(none)" : "(open)";
 }
 
-// A template whose text has the channel behind the values of slots 0 and 1.
+// A template whose text has the channel after the values of slots 0 and 1.
 std::vector<std::byte> chunk_of(std::vector<slot_value> values, std::string name = "Channel") {
   const template_definition definition{"11111111-2222-3333-4455-667788990011",
                                        [name](bxml_builder& b) {
@@ -33,7 +33,7 @@ std::vector<std::byte> chunk_of(std::vector<slot_value> values, std::string name
   return bytes_of(chunk_builder({template_record(1, 133000000000000000, definition, values)}));
 }
 
-// One finder for all, as a run has one for all logs.
+// One finder for all, like the one of a run.
 TEST(channel_finder, says_what_the_whole_text_says) {
   struct row {
     const char* reason;

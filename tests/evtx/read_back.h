@@ -57,7 +57,7 @@ class keeping_sink : public record_sink {
       append_slot_text(line, record, i);
       kept.all += line + " @" + std::to_string(slot.offset) + " " + std::to_string(slot.type) +
                   " " + std::to_string(slot.flags);
-      // How long nested binary XML is shows nowhere; the two roads count it differently.
+      // The length of nested binary XML is shown nowhere; the two paths count it differently.
       if (slot.type != value_type::bxml) kept.all += " " + std::to_string(slot.size);
       kept.all += "\n";
       kept.slots.push_back(std::move(line));

@@ -98,7 +98,7 @@ text32 from_utf16(std::vector<unsigned char> bytes, bool& lossy) {
   return out;
 }
 
-// Constant text came from UTF-16: its only damage are surrogates, as 3 bytes each.
+// Constant text came from UTF-16: its only damage is surrogates, as 3 bytes each.
 text32 from_utf8(const std::string& text, bool& lossy) {
   text32 out;
   for (std::size_t i = 0; i < text.size();) {
@@ -606,7 +606,7 @@ class xml_writer {
     bool only_empty_pieces = true;
     for (const node* part : parts) {
       content += part->is_piece ? escaped(*part, false) : element(*part);
-      // Several pieces, or an element that shows nothing, are content all the same.
+      // Several pieces, or an element that shows nothing, still count as content.
       only_empty_pieces = only_empty_pieces && part->is_piece &&
                           (part->slot.type == 0 ? part->constant.empty() : parts.size() == 1);
     }
@@ -615,7 +615,7 @@ class xml_writer {
   }
 
  private:
-  // Names beyond ASCII come from damage alone; which characters are letters is the form's to know.
+  // Names beyond ASCII come only from damage; which characters are letters is up to the form.
   std::string tag(const std::string& name) {
     for (const char c : name) {
       if (static_cast<unsigned char>(c) >= 0x80) return xml_name(name, event_.lossy);

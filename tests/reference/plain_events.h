@@ -1,8 +1,8 @@
-// Events the plain, direct way: the decoded tokens of each record made into a small tree of texts,
-// and the tree written out. Nothing is kept from one record to the next.
+// Events the plain, direct way: the decoded tokens of each record become a small tree of texts, and
+// the tree is written. Nothing is kept from one record to the next.
 //
-// In: a block of an .evtx log, as a walk goes through it. Out: for each record the line of JSON and
-// the XML that the forms have to give. Limits are not looked at: it is for logs that keep them.
+// In: a block of an .evtx log, as a walk reads it. Out: for each record the line of JSON and the
+// XML that the forms must write. Limits are not tested: it is for logs within them.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
-// Tables and timelines of records by the plain way, cell by cell: what tests and fuzz targets hold
-// the writers of src/output/ against. Slow, short to read, and with little in common with the fast
-// way but the texts of single cells. The same records, options and context give the same bytes.
+// Tables and timelines of records the plain way, cell by cell: tests and fuzz targets compare the
+// writers of src/output/ with it. Slow, short to read, and with little in common with the fast way
+// except the texts of single cells. The same records, options and context give the same bytes.
 #pragma once
 
 #include <ostream>
@@ -12,13 +12,13 @@
 
 namespace zanvik {
 
-// One table for each event ID and provider, an empty line between them; without `output_csv` the
-// empty lines alone. `records` are in time order.
+// One table for each event ID and provider, an empty line between them; without `output_csv` only
+// the empty lines. `records` are in time order.
 void write_plain_tables(std::ostream& out, std::span<const LogRecord* const> records,
                         const output_format& format, const write_context& context);
 
-// A line for each record, in the form that `format` asks for (the body file if it asks for both),
-// and the header while it is pending, which the first record ends.
+// A line for each record, in the form that `format` selects (the body file if it selects both), and
+// the header while it is pending, until the first record.
 void write_plain_timeline(std::ostream& out, std::span<const LogRecord* const> records,
                           const output_format& format, const write_context& context,
                           bool& header_pending);

@@ -1,5 +1,5 @@
-// The plain way to match rules: each rule, each field, one after the other. The compiled matcher is
-// held against it.
+// The plain way to match rules: each rule, each field, one after the other. Tests compare the
+// compiled matcher with it.
 #pragma once
 
 #include <string_view>
@@ -8,12 +8,12 @@
 
 namespace zanvik::sigma {
 
-// An event as the plain matcher asks for it.
+// An event as the plain matcher needs it.
 class event_fields {
  public:
   virtual ~event_fields() = default;
-  // The values of the field that rules call `name`; of all fields when it is empty. Valid as long
-  // as the event is.
+  // The values of the field that rules call `name`; of all fields if it is empty. Valid as long as
+  // the event.
   virtual const field_values& values(std::string_view name) const = 0;
 };
 

@@ -75,7 +75,7 @@ void plain_table::survey(std::span<const LogRecord* const> records) {
     provider_width_ = std::max(provider_width_, record->provider->size());
   }
   widths_ = widths[names.empty()];
-  // Anomalous records with as many fields take on the names.
+  // Anomalous records with as many fields get the names.
   for (std::size_t i = 0; i < records.size(); ++i) {
     if (!anomalous(*records[i]) || fields_[i].size() != names.size()) continue;
     column_map renamed = names;
@@ -154,13 +154,13 @@ std::string plain_table::row(const LogRecord& record, std::size_t number) {
   for (const auto& entry : widths_) {
     const auto found = fields.find(entry.first);
     if (found == fields.end()) {
-      add_text({});  // of a dropped column too: the cells behind it move, which is meant
+      add_text({});  // for a dropped column too: the cells after it move, which is meant
     } else if (!is_dropped(entry.first)) {
       add_text(found->second);
     }
   }
   add_text(apply_alias(format_, *record.extra_text));
-  cells.resize(columns_.size());  // what moved past the end is lost
+  cells.resize(columns_.size());  // what moved past the end is dropped
   std::string line;
   for (const std::string& cell : cells) {
     if (&cell != &cells.front()) line += format_.csv_separator;

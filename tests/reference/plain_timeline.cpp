@@ -46,7 +46,7 @@ std::string notes_of(const LogRecord& record, const output_format& format,
 // Date and time as the first one or two columns.
 std::string time_columns(std::uint64_t filetime, const output_format& format) {
   std::string date, time;
-  // False for a descriptor without separator too, though the texts are there.
+  // Also false for a descriptor without separator, although the texts are there.
   (void)format_with_descriptor(date, time, qx::time(filetime, qx::type_time::filetime),
                                format.descriptor);
   const std::string blank = format.no_whitespace ? "" : " ";
@@ -55,7 +55,7 @@ std::string time_columns(std::uint64_t filetime, const output_format& format) {
 }
 
 // Not every column is cleaned: a separator in `user`, `host`, `sourcetype` or `format`, and a line
-// end in `short` or `filename`, come out raw, which is meant. The host is the record's own
+// end in `short` or `filename`, are written unchanged, which is meant. The host is the record's own
 // computer, or empty.
 std::string timeline_line(const LogRecord& record, const output_format& format,
                           const write_context& context) {
@@ -92,14 +92,14 @@ std::string timeline_line(const LogRecord& record, const output_format& format,
   return format.row_newline ? line + '\n' : line;
 }
 
-// Line ends in the name stay as they are, so that a name with one breaks its line in two: meant,
-// the form knows no way to keep them.
+// Line ends in the name are kept, so a name with one breaks its line in two: meant, the form cannot
+// keep them.
 std::string body_line(const LogRecord& record, const write_context& context) {
   std::string name = "Event ID: " + std::to_string(record.event_id);
   if (!record.provider->empty()) name += '-' + *record.provider;
   if (context.allparams) {
     name += ", " + field_list(columns_of(record), "], ");
-    cut_last(name, 2);  // of the ", " in front where there is no field
+    cut_last(name, 2);  // of the ", " before it if there is no field
   }
   replace_char(name, '|', ';', false);
   std::string line = "0|" + name + '|' + std::to_string(context.log_reserved) + "||0|0|0";

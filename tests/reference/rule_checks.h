@@ -1,4 +1,4 @@
-// Rules on events that a test makes up, by every way there is to match them.
+// Matches rules with events made by a test, in every way that exists.
 #pragma once
 
 #include <map>
@@ -14,7 +14,7 @@
 
 namespace zanvik::sigma {
 
-// Fields with their values. A value `null_value` is there and has none.
+// Fields with their values. A value `null_value` exists and is empty.
 using made_event = std::vector<std::pair<std::string, std::string>>;
 inline constexpr std::string_view null_value = "\x01null";
 
@@ -29,8 +29,8 @@ class made_fields : public event_fields {
   field_values all_, none_;
 };
 
-// The detections of a rule set that run, each matched against events of its first source by the
-// plain way, and by compiled matchers with either engine for literals.
+// The detections of a rule set that run, each matched with events of its first source by the plain
+// way, and by compiled matchers with either engine for literals.
 class all_ways {
  public:
   explicit all_ways(const rule_set& set);

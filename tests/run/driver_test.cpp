@@ -1,4 +1,4 @@
-// Whole runs of the built program: exit status and what it says on both outputs.
+// Whole runs of the built program: exit status and both outputs.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -31,7 +31,7 @@ TEST(driver, help_in_any_place_is_all_that_happens) {
     EXPECT_EQ(run.out, "") << word;
     EXPECT_EQ(::access(out.c_str(), F_OK), -1) << word;
   }
-  // The version is asked for in the same way; help goes first.
+  // The version works the same way; help takes precedence.
   const auto run = run_zanvik({"-out", out, "-string", "--VERSION", "-log", "a.evtx"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, usage.substr(0, usage.find('\n') + 1));

@@ -1,4 +1,4 @@
-// Files and outputs that fail under the program.
+// Files and outputs that fail while the program uses them.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -49,7 +49,7 @@ TEST(failing_files, what_can_be_read_of_a_log_comes_out_without_a_word) {
       {"error", second + 1, "1 2 "},
       {"error", second + 65536 + 65535, "1 2 3 4 "},
       {"error", second + 2 * 65536, "1 2 3 4 5 6 "},
-      {"bad", second + 512, "1 2 101 102 ", 51},  // what is left is in the next block
+      {"bad", second + 512, "1 2 101 102 ", 51},  // the rest is in the next block
   };
   ::setenv("LD_PRELOAD", ZANVIK_FAILING_READS, 1);
   ::setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
@@ -67,8 +67,8 @@ TEST(failing_files, what_can_be_read_of_a_log_comes_out_without_a_word) {
   ::unsetenv("ZANVIK_TEST_READS");
 }
 
-// By name: one that went away, one that is a circle of links, one that fails at its first byte, a
-// folder. In a folder: links stand for files that went away after they were listed.
+// By name: one that was removed, one that is a circle of links, one that fails at its first byte, a
+// folder. In a folder: links stand for files that were removed after they were listed.
 TEST(failing_files, a_log_that_went_away_costs_itself_alone) {
   const scratch_dir scratch;
   const std::string log = written_log(scratch);
@@ -111,7 +111,7 @@ TEST(failing_files, results_that_are_cut_short_are_told_of) {
             "prob writing results: standard output, they are cut short: No space left on device");
 }
 
-// A file may have 700 bytes: what stands in it is the beginning of what a whole run writes.
+// A file may have 700 bytes: its content is the start of what a whole run writes.
 TEST(failing_files, a_limit_on_the_size_of_files_is_a_full_disk) {
   const scratch_dir scratch;
   const std::string log = written_log(scratch);
@@ -130,7 +130,7 @@ TEST(failing_files, a_limit_on_the_size_of_files_is_a_full_disk) {
   EXPECT_EQ(file_text(scratch.path("r")), whole.substr(0, 700));
 }
 
-// As `| head` does it: the reader takes a little and goes; nothing is said.
+// As with `| head`: the reader takes a little and exits; there is no message.
 TEST(failing_files, a_reader_that_goes_is_no_error) {
   const scratch_dir scratch;
   log_builder log;
@@ -157,7 +157,7 @@ TEST(failing_files, a_reader_that_goes_is_no_error) {
   EXPECT_EQ(std::string(taken, sizeof(taken)), "\"cmdline:z");
 }
 
-// While it waits for names. What it holds back is lost; what was written is a whole line.
+// While it waits for names. What it holds back is lost; what was written ends with a whole line.
 TEST(failing_files, signals_end_the_run) {
   const scratch_dir scratch;
   for (const int signal : {SIGINT, SIGTERM}) {
@@ -167,7 +167,7 @@ TEST(failing_files, signals_end_the_run) {
     const pid_t child = ::fork();
     if (child == 0) {
       ::dup2(names[0], STDIN_FILENO);
-      ::signal(signal, SIG_DFL);  // a shell's background jobs ignore the keyboard's
+      ::signal(signal, SIG_DFL);  // a shell's background jobs ignore signals from the keyboard
       ::alarm(60);
       ::execl(ZANVIK_PROGRAM, "zanvik", "-pipe", "-quiet", "-out", results.c_str(), nullptr);
       ::_exit(127);

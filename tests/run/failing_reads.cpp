@@ -1,6 +1,6 @@
-// Put in front of the program's C library: reads fail at one sector ("bad"), or from an offset on
-// ("error"), as of a disk that is bad there, or they end ("end"), as of a file that was cut while
-// it was read. ZANVIK_TEST_READS is one of the words with the offset behind it.
+// Placed before the program's C library: reads fail at one sector ("bad"), or from an offset on
+// ("error"), like those of a bad disk, or they end ("end"), like those of a file that is cut while
+// it is read. ZANVIK_TEST_READS is one of these words followed by the offset.
 #include <dlfcn.h>
 #include <unistd.h>
 

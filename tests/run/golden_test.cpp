@@ -1,10 +1,10 @@
-// Whole runs of the built program against expected output: a folder of tests/golden a run, with
-// `args`, one argument a line, and `expected`, all of standard output. The program runs in the
-// source folder under the name "zanvik".
+// Whole runs of the built program compared with expected output: each run is a folder of
+// tests/golden with `args`, one argument per line, and `expected`, all of standard output. The
+// program runs in the source folder under the name "zanvik".
 //
 // The expected files are worked out by hand from the rules of the tables, never copied from the
-// program. When a run differs, what it wrote is kept as <name>.actual in the working folder of the
-// test, for a look with diff.
+// program. If a run differs, its output is kept as <name>.actual in the working folder of the test,
+// for diff.
 #include <gtest/gtest.h>
 
 #include <algorithm>

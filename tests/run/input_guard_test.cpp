@@ -1,5 +1,5 @@
-// Outputs that would overwrite what the run reads: whole runs, which must leave everything as it
-// was, and runs beside them that must not be refused.
+// Outputs that would overwrite what the run reads: whole runs that must leave everything unchanged,
+// and similar runs that must not be refused.
 #include "run/input_guard.h"
 
 #include <gtest/gtest.h>

@@ -16,7 +16,7 @@ namespace {
 using namespace zanvik::testing;
 using namespace std::string_literals;
 
-log_probe probe;  // one for all tests, as a run has one for all logs
+log_probe probe;  // one for all tests, like the one of a run
 const std::string evtx_head = "ElfFile\0........"s;
 const std::string evt_head = "\x30\0\0\0LfLe........"s;
 
@@ -103,7 +103,7 @@ TEST(classify_log, template_offset_beyond_the_head_is_refused) {
   LogEntry entry;
   log.poke_u32(place, 0x11001);
   EXPECT_FALSE(classify_log(entry, scratch.write("a.evtx", text_of(log.bytes())), probe));
-  log.poke_u32(place, 0x11000);  // still let through; the record then has no channel
+  log.poke_u32(place, 0x11000);  // still accepted; the record then has no channel
   EXPECT_TRUE(classify_log(entry, scratch.write("a.evtx", text_of(log.bytes())), probe));
 }
 

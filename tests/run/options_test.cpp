@@ -1,4 +1,4 @@
-// What the option passes make of a command line.
+// The result of the option passes for a command line.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -15,7 +15,7 @@ using testing::scratch_dir;
 
 constexpr std::uint64_t all_ones = std::numeric_limits<std::uint64_t>::max();
 
-// Parses the words behind a program name; the words that nobody took are left in it.
+// Parses the words after a program name; unknown words are left in it.
 struct parsed {
   explicit parsed(argument_list words) : list(std::move(words)) {
     list.insert(list.begin(), "/bin/zanvik.real");

@@ -1,4 +1,4 @@
-// Partition metadata in whole runs, by the built-in report and by command files, and what becomes
+// Partition metadata in whole runs, by the built-in report and by command files, and the handling
 // of a record whose values were made into text.
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ log_builder log_of_one() {
   return log_builder().chunk({record(1, content)});
 }
 
-// What the run says of the one record, by column. The values hold no tab.
+// The output for the one record, by column. No value contains a tab.
 std::map<std::string, std::string> cells_of(const program_run& run) {
   std::vector<std::vector<std::string>> lines;
   for (const std::string& line : lines_of(run.out)) {
@@ -53,7 +53,7 @@ std::map<std::string, std::string> cells_of(const program_run& run) {
   return cells;
 }
 
-// Options, the line of a command file if any, and what must be among the cells.
+// Options, the line of a command file if any, and cells that must be present.
 TEST(partition_metadata, in_whole_runs) {
   const std::string id = "!cmd, -enum_evtxlog, -id, 1006, -name, x, ";
   const std::string when = "!cmd, -enum_evtxlog, -conditions, ";

@@ -1,10 +1,10 @@
-// Runs the built program and gives what can be seen of the run: exit status and both outputs.
+// Runs the built program and returns what can be seen of the run: exit status and both outputs.
 //
 //   const auto run = run_zanvik({"-log", path, "-csv"});
 //   EXPECT_EQ(run.status, 0);
 //
-// The program is called by the name "zanvik", reads `input` on its standard input, and is stopped
-// after a minute.
+// The program is called as "zanvik", reads `input` on its standard input, and is stopped after a
+// minute.
 #pragma once
 
 #include <fcntl.h>
@@ -29,10 +29,10 @@ struct program_run {
 struct run_setup {
   std::string input{};
   std::string folder{};  // working folder; empty: the test's
-  int out_fd = -1;       // standard output, if it is not to be caught
+  int out_fd = -1;       // standard output, if it is not to be captured
 };
 
-// In the child: `target` becomes the file at `path`, or `fd` when that is one.
+// In the child: `target` becomes the file at `path`, or `fd` if that is one.
 inline void redirect(int target, const std::string& path, int flags, int fd = -1) {
   if (fd == -1) fd = ::open(path.c_str(), flags, 0600);
   if (fd == -1 || ::dup2(fd, target) == -1) ::_exit(126);
@@ -64,7 +64,7 @@ inline program_run run_zanvik(const std::vector<std::string>& args, const run_se
   return {status, file_text(out), file_text(err)};
 }
 
-// What stands between the separators; a line end behind the last line makes no line.
+// The texts between the separators; a line end after the last line makes no line.
 inline std::vector<std::string> split(const std::string& text, char separator) {
   std::vector<std::string> parts;
   std::istringstream in(text);

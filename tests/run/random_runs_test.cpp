@@ -1,6 +1,6 @@
-// Random logs and command lines: what the built program writes against the plain way to it. Each
-// record is decoded by the plain road, held against the commands by the rule itself, kept with
-// nothing known from other records, and written cell by cell.
+// Random logs and command lines: the output of the built program compared with the plain way. Each
+// record is decoded by the plain path, compared with the commands by the plain rule, kept without
+// knowledge from other records, and written cell by cell.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -176,7 +176,7 @@ std::string any_commands(chooser& choose) {
   return lines;
 }
 
-// Keeps what the first command selects, each record with caches of its own.
+// Keeps what the first command selects, each record with its own caches.
 class plain_sink : public record_sink {
  public:
   plain_sink(const command_refs& commands, record_container& records)
@@ -215,7 +215,7 @@ class plain_sink : public record_sink {
   record_container& records_;
 };
 
-// The commands of the run for the log in hand: those of the command file, else a listing.
+// The commands of the run for the current log: those of the command file, else a listing.
 CommandSet commands_of(log_run& run) {
   const evt_output_options& options = run.options;
   CommandSet set;
@@ -247,7 +247,7 @@ CommandSet commands_of(log_run& run) {
   return set;
 }
 
-// What the program should write behind its first two lines.
+// The output that the program should write after its first two lines.
 std::string plain_results(std::vector<std::string> words) {
   words.insert(words.begin(), "zanvik");
   evt_output_options options;

@@ -1,5 +1,5 @@
-// The built program over the real logs beside the source folder: as many records as they hold, and
-// what was read off their bytes before. Whole rows stand in tests/golden/real_*.
+// The built program with the real logs beside the source folder: it must find all their records,
+// and content that was read from their bytes by hand. Whole rows are in tests/golden/real_*.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -44,7 +44,7 @@ TEST_F(real_logs, show_as_many_records_as_they_hold) {
     std::erase_if(digits, [](char c) { return c < '0' || c > '9'; });
     if (digits.empty()) continue;
     const std::string name = cells[1].substr(2, cells[1].size() - 4);
-    // Records outside the declared range are not shown; one log has some.
+    // Records outside the declared range are not shown; one log has such records.
     const std::size_t hidden = name.find("TerminalServices") == std::string::npos ? 0 : 98;
     EXPECT_EQ(rows_in(listing(name, {})), std::stoul(digits) - hidden) << name;
     ++logs;
@@ -53,8 +53,8 @@ TEST_F(real_logs, show_as_many_records_as_they_hold) {
   EXPECT_EQ(rows_in(listing("legacy/SysEvent.Evt", {})), 6500u);
 }
 
-// Counted by a script of some lines, apart from this program: it walks the headers, scans the free
-// tails, and asks whether the template that a record names is there.
+// Counted by a short script, independent of this program: it walks the headers, scans the free
+// tails, and tests whether the template of a record exists.
 TEST_F(real_logs, slack_holds_as_many_as_a_scan_of_their_bytes_finds) {
   const std::string remote = "win7/Microsoft-Windows-TerminalServices-RemoteConnectionManager";
   const std::pair<std::string, std::size_t> rows[] = {{"damaged/bad_chunk_magic.evtx", 81},
@@ -67,7 +67,7 @@ TEST_F(real_logs, slack_holds_as_many_as_a_scan_of_their_bytes_finds) {
   }
 }
 
-// Read off hex dumps: header, slot table and values of records in slack and in a legacy log.
+// Read from hex dumps: header, slot table and values of records in slack and in a legacy log.
 TEST_F(real_logs, rows_say_what_the_bytes_say) {
   const std::tuple<const char*, std::vector<std::string>, const char*, const char*> rows[] = {
       {"win7/Microsoft-Windows-TerminalServices-RemoteConnectionManager%4Operational.evtx",

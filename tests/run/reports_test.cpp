@@ -1,5 +1,5 @@
-// Whole runs of reports: what each one finds in the samples. A record is told by its event ID and
-// the report's caption.
+// Whole runs of reports: what each one finds in the samples. A record is identified by its event ID
+// and the report's caption.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -18,7 +18,7 @@ const std::filesystem::path source_dir = ZANVIK_SOURCE_DIR;
 
 using captions = std::map<std::string, int>;  // "4723 caption" and how often
 
-// Columns 2 and 6 of the rows of a CSV run; the columns before them hold no comma.
+// Columns 2 and 6 of the rows of a CSV run; the columns before them contain no comma.
 captions captions_of(const std::string& out) {
   captions found;
   for (const std::string& line : lines_of(out)) {
@@ -86,7 +86,7 @@ TEST(reports, of_the_samples) {
         {{"7 error", 1}, {"13 shutdown", 2}, {"1074 restart asked for", 2}}}});
 }
 
-// Channels that no sample has: drivers, devices, partitions.
+// Channels without a sample: drivers, devices, partitions.
 TEST(reports, of_channels_by_their_first_record) {
   const scratch_dir scratch;
   const auto log = [&](const char* name, const char* channel, std::uint32_t id, const char* field) {

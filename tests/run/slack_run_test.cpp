@@ -78,8 +78,8 @@ TEST(slack_run, what_shows_with_and_without_the_option) {
   EXPECT_EQ(names_of(listed(path, false)),
             (std::vector{"7@" + at(0, 0), "8@" + at(0, 1), "12@" + at(1, 0)}))
       << "9000 is read, but its number is none of its chunk's; damage ends the chunk";
-  // The lost record is replaced in the count by the first of the tail, so that this one counts as
-  // declared; its number is not, so it has the mark all the same.
+  // In the count, the first record of the tail replaces the lost one, so it counts as declared; but
+  // its number is not declared, so it has the mark.
   EXPECT_EQ(names_of(listed(path, true)),
             (std::vector{"7@" + at(0, 0), "8@" + at(0, 1) + "*", "9000@" + at(0, 2) + "*",
                          "11@" + at(0, 4), "3@" + at(0, 5) + "*", "11@" + at(0, 6) + "*",
@@ -99,7 +99,8 @@ TEST(slack_run, slot_columns_end_with_the_block_of_the_candidate) {
   log.write(path);
   const auto rows = listed(path, true);
   ASSERT_EQ(rows.size(), 52u);
-  // All rows are in one table, whose columns the ordinary records give; s04 is the event ID's slot.
+  // All rows are in one table, whose columns come from the ordinary records; s04 is the slot of the
+  // event ID.
   const auto run = run_zanvik({"-log", path, "-quiet", "-csv", "-show_offsets", "-inc_slack"});
   const auto header_at = run.out.find("Record#");
   const auto header =

@@ -11,7 +11,7 @@
 namespace zanvik::testing {
 namespace {
 
-// Runs the program with -stats and gives the statistics file's text.
+// Runs the program with -stats and returns the text of the statistics file.
 std::string statistics_of(std::vector<std::string> args, const std::string& input = "") {
   const scratch_dir scratch;
   const std::string path = scratch.path("stats");
@@ -20,7 +20,7 @@ std::string statistics_of(std::vector<std::string> args, const std::string& inpu
   return file_text(path);
 }
 
-// What stands behind `head` in each line that begins with it.
+// The text after `head` in each line that begins with it.
 std::vector<std::string> lines_behind(const std::string& text, const std::string& head) {
   std::vector<std::string> found;
   for (const std::string& line : lines_of(text)) {
@@ -41,7 +41,7 @@ std::vector<std::uint64_t> totals_of(const std::string& statistics) {
   return totals;
 }
 
-// Two logs and a file that is none, by rising name.
+// Two logs and a file that is not a log, by ascending name.
 struct three_files {
   three_files() {
     log_builder().chunk({record(1), record(2)}).write(scratch.path("a.evtx"));

@@ -1,5 +1,5 @@
-// Runs over logs whose names come one at a time: whole runs of the built program, and the catch
-// around each log.
+// Runs over logs whose names arrive one at a time: whole runs of the built program, and the
+// handling of exceptions around each log.
 #include "run/stream_run.h"
 
 #include <gtest/gtest.h>
@@ -20,12 +20,12 @@ std::string text_of(const byte_vector& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// A log of one record that tells its computer.
+// A log with one record that names its computer.
 std::string log_from(const std::string& computer) {
   return text_of(log_builder().chunk({record(1, {.computer = computer})}).bytes());
 }
 
-// The computers named in the rows of a CSV listing of such logs, in their order.
+// The computers in the rows of a CSV listing of such logs, in order.
 lines computers(const std::string& out) {
   lines found;
   for (auto at = out.find(",pc-"); at != out.npos; at = out.find(",pc-", at + 1)) {
@@ -91,7 +91,7 @@ TEST(stream_run, names_on_standard_input_win_over_a_folder_and_have_no_window) {
   EXPECT_EQ(computers(run.out), lines{"b"});
 }
 
-// What one log leaves to the next is knowledge, never content.
+// What is kept from one log to the next is knowledge, never content.
 TEST(stream_run, logs_come_out_together_as_each_alone) {
   const std::string samples = std::string(ZANVIK_SOURCE_DIR) + "/samples/";
   const lines logs{samples + "security.evtx", samples + "odd.evtx", samples + "system.evtx",
@@ -146,7 +146,7 @@ TEST(stream_run, an_exception_costs_one_log) {
   evt_output_options options;
   options.walk.enum_dir = scratch.path("");
   options.show_status = false;
-  options.trace.open("/dev/full");  // a trace that fails at each line, and says so
+  options.trace.open("/dev/full");  // a trace that fails at each line, with an exception
   options.trace.diag_stream->exceptions(std::ios::badbit);
   ::testing::internal::CaptureStderr();
   std::ostringstream results;

@@ -1,5 +1,5 @@
-// Runs with `-strict`: what is reported, in lines of standard error, and the status; and that the
-// same run without it says nothing of it.
+// Runs with `-strict`: what is reported, one line each on standard error, and the status; the same
+// run without it reports nothing.
 #include <gtest/gtest.h>
 
 #include "log_builder.h"

@@ -1,8 +1,8 @@
-// The timelines as programs read them that nobody here wrote: `mactime` of The Sleuth Kit and
-// Python's csv module. A test whose tool is missing is skipped and says so.
+// The timelines as read by other people's programs: `mactime` of The Sleuth Kit and Python's csv
+// module. A test whose tool is missing is skipped and says so.
 //
-// The logs are those of samples/, one made here of values that are hard on a reader of rows, and,
-// if the environment names a folder in ZANVIK_LOGS, all logs below it.
+// The logs are those of samples/, one made here of values that are difficult for readers of rows,
+// and, if the environment names a folder in ZANVIK_LOGS, all logs below it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -36,7 +36,7 @@ std::string output_of(const scratch_dir& scratch, const std::string& command) {
   return file_text(out);
 }
 
-// Values with every mark that a reader of rows goes by, and none that the forms cannot keep.
+// Values with every mark that readers of rows use, and none that the forms cannot keep.
 constexpr const char* hard_values[] = {"say \"yes, please\"",
                                        "\"quoted\"",
                                        "\"",
@@ -80,8 +80,8 @@ void sort_unique(std::vector<std::string>& lines) {
   lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
 }
 
-// "2013-01-01 02:00:00Z Event ID: 7-P" for each line of the log's timeline: what a body file must
-// come to, from the other form.
+// "2013-01-01 02:00:00Z Event ID: 7-P" for each line of the log's timeline: what mactime must show
+// for the body file, computed from the other form.
 std::vector<std::string> expected_names(const std::string& log) {
   std::vector<std::string> names;
   const auto run = run_zanvik(
@@ -98,7 +98,7 @@ std::vector<std::string> expected_names(const std::string& log) {
   return names;
 }
 
-// What a field holds that a CSV writer has put in quotes.
+// The content of a field that a CSV writer has put in quotes.
 std::string unquoted(const std::string& field) {
   std::string text;
   for (std::size_t i = 1; i + 1 < field.size(); ++i) {
@@ -133,8 +133,8 @@ TEST(timeline_consumers, mactime_gives_every_body_line_its_time_and_name) {
   EXPECT_GT(total, 0u);
 }
 
-// Reads a timeline as CSV, behind the line that says how it was made and the empty one, and prints
-// of each row its count of columns, the last one, and "desc".
+// Reads a timeline as CSV, after the line that says how it was made and the empty one, and prints
+// for each row its number of columns, the last one, and "desc".
 const char read_csv[] = R"(import csv, sys
 with open(sys.argv[1], newline="", encoding="utf-8", errors="surrogateescape") as rows:
     for row in list(csv.reader(rows))[2:]:
@@ -148,8 +148,8 @@ TEST(timeline_consumers, python_gets_hard_values_as_far_as_the_form_keeps_them) 
       scratch.write("l2t.csv", run_zanvik({"-log", hard_log(scratch), "-csvl2t", "-quiet"}).out);
   const auto rows =
       lines_of(output_of(scratch, "python3 " + scratch.write("read.py", read_csv) + ' ' + csv));
-  // As a Python literal without its quotes. Commas are what this form replaces; collected columns
-  // have a colon for a line end.
+  // As a Python literal without its quotes. This form replaces commas; collected columns have a
+  // colon for a line end.
   const char* const kept[] = {
       "say \"yes; please\"", "\"quoted\"", "\"", "one:two:three", "line:", "a;b;;c", "a|b||c", "'",
       "{\"k\":\"v;w\"}",     "\\\\"};

@@ -1,5 +1,5 @@
-// Logs that were made to cost more than they are: every run ends, and twice the log is at most
-// twice the output. bench/bounds has what they cost in time and memory.
+// Logs that were crafted to be slow or large: every run ends, and twice the log gives at most twice
+// the output. bench/bounds measures their time and memory.
 #include <gtest/gtest.h>
 
 #include "hostile_builder.h"
@@ -26,7 +26,7 @@ TEST(work_bounds, output_grows_no_faster_than_the_log) {
   constexpr std::size_t most_for_a_byte = 48;
   for (const hostile_trick& trick : hostile_tricks()) {
     SCOPED_TRACE(trick.name);
-    if (trick.options.empty()) continue;  // padding takes much room, and no other road
+    if (trick.options.empty()) continue;  // padding takes much room, but no other path
     const std::size_t once = output_of(trick, chunks);
     const std::size_t twice = output_of(trick, 2 * chunks);
     EXPECT_LE(twice, 2 * once + once / 10);

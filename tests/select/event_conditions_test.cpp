@@ -1,4 +1,4 @@
-// Conditions on whole events: what options say, and which events they take.
+// Conditions on whole events: the texts of options, and the events they select.
 #include "select/event_conditions.h"
 
 #include <gtest/gtest.h>

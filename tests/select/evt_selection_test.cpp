@@ -1,4 +1,4 @@
-// What a command makes of a legacy record: whether it selects it, and which columns it keeps.
+// What a command does with a legacy record: whether it selects it, and which columns it keeps.
 #include "events/evt_fields.h"
 #include "evt_builder.h"
 #include "kept_records.h"
@@ -16,7 +16,7 @@ const evt_record_fields logon{.record_num = 5,
                               .sid = "S-1-5-21-7",
                               .strings = {"alice", "DOM", "Win", "logon.exe"}};
 
-// The records that commands keep of a legacy log, by rising time.
+// The records that commands keep of a legacy log, by ascending time.
 struct kept_evt_records {
   kept_evt_records(std::span<const std::byte> log, const std::vector<ReportCommand>& commands) {
     plan_cache plans;
@@ -189,7 +189,7 @@ TEST(evt_selection, first_command_takes_the_record) {
   EXPECT_EQ(columns_text(first), "");
 }
 
-// Records of equal counts share a shape, which is made anew when the container starts anew.
+// Records with equal counts share a shape, which is made again after the container is reset.
 TEST(evt_selection, shapes_are_shared) {
   record_container records;
   const std::vector<ReportCommand> commands{listing()};
@@ -208,8 +208,8 @@ TEST(evt_selection, shapes_are_shared) {
   }
 }
 
-// Every count of strings makes a layout of its own, and zeros are as many empty strings as one
-// likes: half a million columns for a log of 2 MB, of which half must do.
+// Every number of strings makes its own layout, and zeros are as many empty strings as one likes:
+// half a million columns for a log of 2 MB, of which half must be enough.
 TEST(evt_selection, crafted_layouts_are_bounded) {
   evt_builder log;
   const byte_vector zeros(2200);

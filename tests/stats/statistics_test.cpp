@@ -61,7 +61,7 @@ TEST(statistics, a_log_without_records_says_so) {
 TEST(statistics, rows_by_event_id_with_their_times) {
   LogStatistics stats;
   init_statistics(stats, "x.evtx", "system", true, 0, "mm/dd/yy", "hh:mm:ss");
-  // IDs that fall on one place of the counters' short cut: 64 apart.
+  // IDs with the same place in the counters' short cut: 64 apart.
   count_record(stats, 74, noon + 2 * second);
   count_record(stats, 10, noon);
   count_record(stats, 74, noon + second);
@@ -112,7 +112,7 @@ TEST(statistics, combinations_by_command_and_key) {
             "\n");
 }
 
-// A command may ask for the long form of an ID, of which a legacy record has the low half.
+// A command may use the long form of an ID, of which a legacy record has the low half.
 TEST(statistics, a_legacy_id_has_sixteen_bits) {
   record_container records;
   for (const bool is_evtx : {false, true}) {

@@ -154,7 +154,7 @@ bxml_builder& bxml_builder::text_element(std::string_view name, std::string_view
   return value(text).end_element();
 }
 
-// The offset of the name's entry; at a name's first use the entry stands right behind it.
+// The offset of the name's entry; at a name's first use the entry follows directly.
 void bxml_builder::name_offset(std::string_view name) {
   const auto known = tables_.name_offsets.find(name);
   if (known != tables_.name_offsets.end()) {

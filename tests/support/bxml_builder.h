@@ -1,10 +1,10 @@
-// Binary XML, token by token, written straight to its place in a chunk.
+// Binary XML, token by token, written directly to its place in a chunk.
 //
-// In: calls in document order. Out: bytes at the end of the chunk under construction, so that
-// every offset is right by itself: a name or a template definition stands at its first use and is
-// referred to afterwards. The sizes of elements, attribute lists, definitions and nested values are
-// filled in when the thing ends. A call sequence that is no document gives bytes that are none.
-// The chunk's bytes and tables must outlive the builder.
+// In: calls in document order. Out: bytes at the end of the chunk under construction, so every
+// offset is right: a name or a template definition is written at its first use and referred to
+// afterwards. The sizes of elements, attribute lists, definitions and nested values are filled in
+// when they end. Calls that do not make a document give bytes that are not one. The chunk's bytes
+// and tables must outlive the builder.
 #pragma once
 
 #include <array>
@@ -17,8 +17,8 @@
 
 namespace zanvik::testing {
 
-// What a chunk knows of its names and templates: where each stands, and the two tables of its
-// header, whose buckets hold the item written last; older ones hang behind it by link words.
+// What a chunk knows about its names and templates: the offset of each, and the two tables of its
+// header. A bucket has the item written last; older ones are linked from it.
 struct chunk_tables {
   std::map<std::string, std::uint32_t, std::less<>> name_offsets;
   std::map<std::string, std::uint32_t, std::less<>> template_offsets;  // by the GUID's 16 bytes
@@ -28,7 +28,7 @@ struct chunk_tables {
 
 struct template_definition {
   std::string guid;  // text; the template id is its first field
-  bxml_writer body;  // everything between the definition's head and the next thing
+  bxml_writer body;  // everything between the definition's head and what follows
 };
 
 enum class element_form { with_id, without_id, inline_name };
@@ -54,7 +54,7 @@ class bxml_builder {
                                      std::uint16_t id = 0xffff) {
     return open_element(name, form, id, true);
   }
-  // The more-data flag of each attribute but the last is set by itself.
+  // Sets the more-data flag of each attribute but the last.
   bxml_builder& attribute(std::string_view name);
   bxml_builder& inline_attribute(std::string_view name);
   bxml_builder& close_start();
@@ -78,11 +78,11 @@ class bxml_builder {
   bxml_builder& text_element(std::string_view name, std::string_view attribute_name,
                              std::string_view attribute_value, std::string_view text);
 
-  // An instance head, the definition when this chunk has none of that GUID yet, the slot table.
+  // An instance head, the definition if this chunk has none with that GUID yet, and the slot table.
   bxml_builder& template_instance(const template_definition& definition,
                                   const std::vector<slot_value>& slots,
                                   instance_head head = instance_head::with_fragment);
-  // The parts of it, for tests that put them together otherwise.
+  // Its parts, for tests that combine them differently.
   bxml_builder& instance_head_only(instance_head head, std::uint32_t template_id,
                                    std::uint32_t chunk_offset);
   bxml_builder& definition(const template_definition& definition);
@@ -90,9 +90,9 @@ class bxml_builder {
 
  private:
   struct element_places {
-    std::size_t size_at;             // where the element's size stands
-    std::size_t attributes_size_at;  // where the attribute list's size stands, 0 for none
-    std::size_t last_attribute_at;   // the token of the last attribute, 0 for none
+    std::size_t size_at;             // offset of the element's size
+    std::size_t attributes_size_at;  // offset of the attribute list's size, 0 for none
+    std::size_t last_attribute_at;   // offset of the last attribute's token, 0 for none
   };
 
   bxml_builder& open_element(std::string_view name, element_form form, std::uint16_t id,
@@ -109,7 +109,7 @@ class bxml_builder {
   std::vector<element_places> elements_;
 };
 
-// The hash that a name's entry carries; its low six bits choose the bucket.
+// The hash in a name's entry; its low six bits select the bucket.
 std::uint16_t name_hash(std::string_view utf8);
 
 }  // namespace zanvik::testing

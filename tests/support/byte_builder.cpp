@@ -28,7 +28,7 @@ void set_integer(byte_vector& bytes, std::size_t offset, T value) {
   }
 }
 
-// The next code point of well-formed UTF-8, which `rest` then has lost.
+// The next code point of well-formed UTF-8, which is removed from `rest`.
 std::uint32_t next_code_point(std::string_view& rest) {
   const auto lead = static_cast<unsigned char>(rest.front());
   const std::size_t length = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;

@@ -1,8 +1,8 @@
 // Little-endian writing for the log builders: appending, patching, text and time in file form.
 //
 // In: plain values, UTF-8 text, dates. Out: bytes at the end of a byte_vector. Nothing here checks
-// what it writes: a test that wants nonsense gets nonsense. Only mistakes of the test's own code
-// (a bad GUID text, an offset outside the bytes) stop the program, by std::logic_error.
+// what it writes: a test that wants nonsense gets nonsense. Only mistakes in the test's own code (a
+// bad GUID text, an offset outside the bytes) stop the program, with std::logic_error.
 #pragma once
 
 #include <cstddef>
@@ -30,12 +30,12 @@ void append_bytes(byte_vector& out, std::span<const std::byte> bytes);
 void append_zeros(byte_vector& out, std::size_t count);
 // UTF-16LE of a UTF-8 text, without a NUL; code points past U+FFFF become surrogate pairs.
 void append_utf16(byte_vector& out, std::string_view utf8);
-// The same with a zero unit behind it.
+// The same followed by a zero unit.
 void append_utf16z(byte_vector& out, std::string_view utf8);
 // Number of UTF-16 code units that append_utf16 writes.
 std::size_t utf16_units(std::string_view utf8);
 
-// Overwrite in place; the bytes must be there.
+// Overwrite in place; the bytes must exist.
 void set_u8(byte_vector& bytes, std::size_t offset, std::uint8_t value);
 void set_u16(byte_vector& bytes, std::size_t offset, std::uint16_t value);
 void set_u32(byte_vector& bytes, std::size_t offset, std::uint32_t value);
@@ -58,7 +58,8 @@ std::uint64_t filetime(int year, int month, int day, int hour = 0, int minute = 
 std::uint32_t unix_seconds(int year, int month, int day, int hour = 0, int minute = 0,
                            int second = 0);
 
-// The bytes of a file in the making: what every builder of a whole file offers a test for damage.
+// The bytes of a file under construction: what every builder of a whole file offers to tests that
+// damage it.
 class file_bytes {
  public:
   const byte_vector& bytes() const { return bytes_; }
@@ -71,9 +72,9 @@ class file_bytes {
   void poke_u32(std::size_t offset, std::uint32_t value) { set_u32(bytes_, offset, value); }
   void poke_u64(std::size_t offset, std::uint64_t value) { set_u64(bytes_, offset, value); }
   void poke_bytes(std::size_t offset, std::span<const std::byte> bytes);
-  // Cuts the file, or lengthens it with zeros.
+  // Cuts the file, or extends it with zeros.
   void truncate(std::size_t size) { bytes_.resize(size); }
-  // Writes the file; throws std::runtime_error when that fails.
+  // Writes the file; throws std::runtime_error if that fails.
   void write(const std::string& path) const;
 
  protected:

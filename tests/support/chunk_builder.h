@@ -1,8 +1,8 @@
-// One 64 KiB chunk of an .evtx log: records one behind the other, then header, tables and CRCs.
+// One 64 KiB chunk of an .evtx log: records one after the other, then header, tables and CRCs.
 //
-// In: record_builder values, each the number, time and content of a record. Out: 65,536 bytes with
-// everything a reader may check in order, unless the test overrides it. Records that do not fit
-// stop the program by std::logic_error.
+// In: record_builder values, each the number, time and content of a record. Out: 65,536 bytes in
+// which everything that a reader may check is right, unless the test overrides it. Records that do
+// not fit stop the program with std::logic_error.
 #pragma once
 
 #include <initializer_list>
@@ -15,19 +15,20 @@ namespace zanvik::testing {
 
 inline constexpr std::size_t chunk_bytes = 65536;
 
-// A record in waiting: the head's fields and what writes its binary XML once its place is known.
+// A record to be written: the head's fields, and the function that writes its binary XML when its
+// place is known.
 struct record_builder {
   std::uint64_t number = 0;
   std::uint64_t filetime = 0;
   bxml_writer content{};
   std::optional<std::uint32_t>
-      declared_size{};  // put into both size fields instead of the true one
+      declared_size{};  // put into both size fields instead of the true size
 };
 
 // A record with a template instance.
 record_builder template_record(std::uint64_t number, std::uint64_t filetime,
                                template_definition definition, std::vector<slot_value> slots);
-// A record of plain binary XML; `content` writes the fragment header too, if it is to have one.
+// A record of plain binary XML; `content` also writes the fragment header, if there is one.
 record_builder plain_record(std::uint64_t number, std::uint64_t filetime, bxml_writer content);
 // A record whose content is just these bytes.
 record_builder raw_record(std::uint64_t number, std::uint64_t filetime, byte_vector content);
@@ -39,9 +40,9 @@ class chunk_builder {
   explicit chunk_builder(std::vector<record_builder> records) : records_(std::move(records)) {}
 
   chunk_builder& add(record_builder record);
-  // A record behind the last declared one: in the free space, as a reused chunk leaves it.
+  // A record after the last declared one: in the free space, as in a reused chunk.
   chunk_builder& slack(record_builder record);
-  // Raw bytes at the start of the free space, behind the slack records.
+  // Raw bytes at the start of the free space, after the slack records.
   chunk_builder& free_tail(byte_vector bytes);
   // The logical numbers in the header, instead of those of the first and the last record.
   chunk_builder& declare(std::uint64_t first, std::uint64_t last);

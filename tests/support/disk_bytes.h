@@ -1,4 +1,4 @@
-// Boot records, boot sectors and drive layouts in the making, for tests of what is read of them.
+// Boot records, boot sectors and drive layouts under construction, for tests of their readers.
 #pragma once
 
 #include <string_view>
@@ -19,7 +19,7 @@ struct table_row {
   std::uint32_t count;
 };
 
-// A disk of that many bytes, signed at the end of its first sector.
+// A disk of that size, signed at the end of its first sector.
 inline byte_vector disk_bytes(std::size_t size, const std::vector<table_row>& rows,
                               std::size_t sector_size = 512) {
   byte_vector bytes(size);

@@ -2,8 +2,8 @@
 //
 //   auto log = evt_builder().add({.event_id = 6005, .source = "EventLog"}).cursor();
 //
-// In: records with as many fields as the test cares for. Out: a valid file; offsets and lengths in
-// a record's head can be overridden before, or poked afterwards.
+// In: records with as many fields as the test needs. Out: a valid file; offsets and lengths in a
+// record's head can be overridden before, or changed afterwards.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,7 @@
 namespace zanvik::testing {
 
 struct evt_record_fields {
-  std::uint32_t record_num = 0;               // 0: one more than the record before
+  std::uint32_t record_num = 0;               // 0: one more than the previous record
   std::uint32_t time_generated = 1705305600;  // 2024-01-15 08:00:00 UTC
   std::uint32_t event_id = 6005;
   std::uint16_t event_type = 4;
@@ -45,7 +45,7 @@ class evt_builder : public file_bytes {
   evt_builder& cursor();
   evt_builder& raw(std::span<const std::byte> bytes);
 
-  // Offset in the file of the record, counted from 0 in file order.
+  // Offset of the record in the file; records count from 0 in file order.
   std::size_t record_offset(std::size_t record) const { return record_offsets_.at(record); }
   std::size_t record_count() const { return record_offsets_.size(); }
 

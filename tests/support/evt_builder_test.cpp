@@ -1,6 +1,6 @@
-// What no sample holds against bytes worked out by hand, so that a reader's test does not rest on a
-// builder's slip. The samples were read back once by a decoder written apart from the builders, and
-// samples_test holds these to their bytes.
+// Cases that no sample has, compared with bytes worked out by hand, so that a reader's test does
+// not depend on a mistake in a builder. The samples were read back once by a separately written
+// decoder, and samples_test compares them with their bytes.
 #include "evt_builder.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ std::string hex(std::span<const std::byte> bytes) {
   return text;
 }
 
-// Hexadecimal text as `hex` gives it, from one with blanks between its parts.
+// Hexadecimal text as `hex` returns it, from one with blanks between its parts.
 std::string packed(std::string text) {
   std::erase(text, ' ');
   return text;

@@ -1,4 +1,4 @@
-// Events of logs in memory, in a form, and the logs that tests of whole events go through.
+// Events of logs in memory, in a form, and the logs that tests of whole events use.
 #pragma once
 
 #include <cstdlib>
@@ -17,7 +17,7 @@
 
 namespace zanvik::testing {
 
-// Bytes in memory of their exact size, so that every read past their end is seen.
+// Bytes in memory of exactly their size, so that every read past their end is noticed.
 class own_bytes {
  public:
   explicit own_bytes(std::span<const std::byte> bytes)
@@ -31,7 +31,7 @@ class own_bytes {
   std::unique_ptr<std::byte[]> bytes_;
 };
 
-// Writes what it is given in a form.
+// Writes the events that it gets in a form.
 class writing_sink : public event_sink {
  public:
   explicit writing_sink(std::string_view form) : out_(text_) {
@@ -56,7 +56,7 @@ class writing_sink : public event_sink {
   std::unique_ptr<event_form> form_;
 };
 
-// The block of an .evtx log in a form. The same reader may serve many blocks.
+// The block of an .evtx log in a form. The same reader may be used for many blocks.
 inline std::string exported(std::span<const std::byte> block, std::string_view form,
                             bool slack = false, std::uint64_t base = 0) {
   own_bytes bytes(block);
@@ -73,7 +73,7 @@ inline std::string exported(const file_bytes& log, std::string_view form) {
   return exported(log.bytes(), form);
 }
 
-// Chunks of all samples, each a block of its own.
+// Chunks of all samples, each a separate block.
 inline std::vector<byte_vector> sample_chunks() {
   std::vector<byte_vector> chunks;
   for (const log_builder& log : {security_sample(), system_sample(), odd_sample()}) {

@@ -13,7 +13,7 @@ constexpr std::uint32_t signature = 0x2a2a;
 
 byte_vector bytes_of_chunk(const chunk_builder& chunk) { return chunk.build().bytes; }
 
-// A record of nothing but its 24 bytes of header, with a size of the test's choice.
+// A record of only its 24 bytes of header, with any size.
 void append_head(byte_vector& out, std::uint32_t size, std::uint64_t number) {
   append_u32(out, signature);
   append_u32(out, size);
@@ -21,7 +21,7 @@ void append_head(byte_vector& out, std::uint32_t size, std::uint64_t number) {
   append_u64(out, default_filetime(number % 1000));
 }
 
-// A chunk of these bytes behind its header, announced to hold records without end.
+// A chunk with these bytes after its header, which declares endless records.
 byte_vector raw_chunk(const byte_vector& content) {
   byte_vector bytes = bytes_of_chunk(chunk_builder().declare(1, ~std::uint64_t{1}));
   set_u64(bytes, 16, 1);
@@ -44,8 +44,8 @@ void append_instance(byte_vector& out, std::uint32_t id, std::uint32_t definitio
   append_u32(out, definition);
 }
 
-// Records of 62 bytes whose definitions end at one chain, so that this is the slot table of all.
-// In it every slot is of size 0, so that all of a table lie over one another.
+// Records of 62 bytes whose definitions end at one chain, so this is the slot table of all. Every
+// slot in it has size 0, so all slots of a table overlap.
 byte_vector records_over(const byte_vector& chain) {
   constexpr std::size_t record_bytes = 24 + 14 + 24;
   const std::size_t chain_at = chunk_bytes - chain.size() - 64;
@@ -72,7 +72,7 @@ void append_table(byte_vector& out, unsigned count, std::uint16_t size, std::uin
   }
 }
 
-// Each table holds 96 times the next one, 24 deep.
+// Each table contains the next one 96 times, 24 deep.
 byte_vector nested_tables(unsigned) {
   byte_vector chain;
   for (int depth = 0; depth < 24; ++depth) {
@@ -88,8 +88,8 @@ byte_vector empty_slots(unsigned) {
   return records_over(chain);
 }
 
-// Values of nothing but ends of elements, a substitution, an end: wherever one begins it comes to
-// the same table, of 96 values that begin one byte behind one another.
+// Values of only ends of elements, a substitution and an end: wherever one begins, it reaches the
+// same table, with 96 values that each begin one byte later.
 byte_vector plain_in_plain(unsigned) {
   byte_vector out;
   append_head(out, 60000, 1);
@@ -141,7 +141,7 @@ byte_vector signatures_in_slack(unsigned) {
   return bytes_of_chunk(chunk_builder({record(1)}).free_tail(out));
 }
 
-// Candidates every 16 bytes, each a text that runs through half of the chunk.
+// Candidates every 16 bytes, each a text that runs through half the chunk.
 byte_vector texts_in_slack(unsigned) {
   byte_vector out;
   while (out.size() < 63000) {
@@ -152,7 +152,7 @@ byte_vector texts_in_slack(unsigned) {
   return bytes_of_chunk(chunk_builder({record(1)}).free_tail(out));
 }
 
-// Good records, each of which leads into one chain of bad ones, behind which the search leads back
+// Good records, each of which leads into one chain of bad ones, after which the search leads back
 // to the next good one.
 byte_vector round_and_round(unsigned) {
   byte_vector out;
@@ -189,7 +189,7 @@ byte_vector long_names(unsigned) {
   })}));
 }
 
-// Attributes of an element with such a name, which each field of theirs repeats.
+// Attributes of an element with such a name, which each of their fields repeats.
 byte_vector long_prefixes(unsigned) {
   return bytes_of_chunk(chunk_builder({plain_record(1, default_filetime(1), [](bxml_builder& b) {
     b.fragment_header().open_with_attributes(std::string(15000, 'n'));
@@ -198,7 +198,7 @@ byte_vector long_prefixes(unsigned) {
   })}));
 }
 
-// The same in a template, whose slots are named so.
+// The same in a template whose slots have such names.
 byte_vector long_slot_names(unsigned) {
   const template_definition own{some_guid, [](bxml_builder& b) {
                                   b.fragment_header().open_with_attributes(std::string(10000, 'n'));
@@ -212,7 +212,7 @@ byte_vector long_slot_names(unsigned) {
       1, default_filetime(1), own, std::vector<slot_value>(96, slot::utf16("v")))}));
 }
 
-// One event whose every column has a name of its own, and many without any.
+// One event in which every column has its own name, and many have none.
 byte_vector wide_table(unsigned number) {
   chunk_builder chunk;
   chunk.add(plain_record(1, default_filetime(1), [number](bxml_builder& b) {
@@ -249,7 +249,7 @@ byte_vector many_templates(unsigned number) {
   return bytes_of_chunk(chunk);
 }
 
-// A chunk of as many records of one template as it takes.
+// A chunk with as many records of one template as fit.
 byte_vector records_of(const template_definition& definition, unsigned count) {
   chunk_builder chunk;
   for (unsigned i = 0; i < count; ++i) {
@@ -258,7 +258,7 @@ byte_vector records_of(const template_definition& definition, unsigned count) {
   return bytes_of_chunk(chunk);
 }
 
-// Records of a body that is not recognised, since a token of it has a flag that it never has.
+// Records of a body that is not recognised, because a token in it has an unusual flag.
 byte_vector unrecognised_body(unsigned) {
   return records_of({some_guid,
                      [](bxml_builder& b) {
@@ -270,7 +270,7 @@ byte_vector unrecognised_body(unsigned) {
                     700);
 }
 
-// A body that cites one long name thousands of times.
+// A body that uses one long name thousands of times.
 byte_vector cited_names(unsigned) {
   return records_of({some_guid,
                      [](bxml_builder& b) {
@@ -281,7 +281,7 @@ byte_vector cited_names(unsigned) {
                     300);
 }
 
-// A body with a literal that long names make, for each record to show.
+// A body with a literal made by long names, which each record shows.
 byte_vector long_literal(unsigned) {
   return records_of({some_guid,
                      [](bxml_builder& b) {
@@ -303,7 +303,7 @@ byte_vector template_variants(unsigned number) {
                     700);
 }
 
-// One body of many literals, and records with every count of slots: a layout for each.
+// One body with many literals, and records with every number of slots: a layout for each.
 byte_vector layout_for_each_count(unsigned) {
   const template_definition own{some_guid, [](bxml_builder& b) {
                                   b.fragment_header();
@@ -321,8 +321,8 @@ byte_vector layout_for_each_count(unsigned) {
   return bytes_of_chunk(chunk);
 }
 
-// Records of a few bytes under a template with long literals, each event with a table of its own:
-// literals would stand in every row, names in every header.
+// Records of a few bytes under a template with long literals, each event with its own table:
+// literals would be in every row, names in every header.
 byte_vector long_literals(unsigned number) {
   const template_definition own{some_guid, [](bxml_builder& b) {
                                   b.fragment_header();
@@ -341,7 +341,7 @@ byte_vector long_literals(unsigned number) {
   return bytes_of_chunk(chunk);
 }
 
-// What grows when line ends are marked.
+// Texts that line-end marks make longer.
 byte_vector line_ends(unsigned) {
   std::string text;
   while (text.size() < 3000) text += "\n\r\n";
@@ -352,7 +352,7 @@ byte_vector line_ends(unsigned) {
   return bytes_of_chunk(chunk);
 }
 
-// Extended tables that name one another, one in each sector.
+// Extended tables that refer to one another, one in each sector.
 byte_vector partition_chains(unsigned) {
   constexpr std::uint32_t sectors = 110;
   std::vector<table_row> rows = {{0, 0, 5, 1, 1}};
@@ -370,7 +370,7 @@ byte_vector legacy_log(unsigned chunks) {
   const std::string letters(500, 'a');
   log.add({.strings = std::vector<std::string>(1100, "x")});  // makes the rows of all wide
   while (log.size() < std::size_t{chunks} * chunk_bytes) {
-    // Heads one behind the other; the strings of all lie behind the last.
+    // Heads one after the other; the strings of all follow the last.
     log.add({.source = "s", .computer = "c", .num_strings = 0xffff, .string_offset = 8});
     if (log.record_count() % 64 == 0) log.add({.strings = {letters}, .num_strings = 0xffff});
   }

@@ -1,4 +1,5 @@
-// What commands keep of a log, and its columns in words, so that a test can compare them at once.
+// What commands keep of a log, and its columns as text, so that a test can compare them in one
+// step.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +10,8 @@
 
 namespace zanvik::testing {
 
-// "name=value; name=value" by rising name. An unmarked cell must hold nothing that needs care.
+// "name=value; name=value" by ascending name. An unmarked cell must contain nothing that needs
+// care.
 inline std::string columns_text(const LogRecord& record) {
   std::string text;
   cell_reader values(record.values);
@@ -21,7 +23,7 @@ inline std::string columns_text(const LogRecord& record) {
   return text;
 }
 
-// The records that commands keep of an .evtx log, by rising time.
+// The records that commands keep of an .evtx log, by ascending time.
 struct kept_records {
   kept_records(std::span<const std::byte> log, const std::vector<ReportCommand>& commands,
                bool inc_slack = false) {
@@ -52,7 +54,7 @@ inline ReportCommand listing() {
   return command;
 }
 
-// A template with one element a slot, so that any names can be given.
+// A template with one element per slot, so that any names can be given.
 inline template_definition named_slots(const char* guid, std::vector<std::string> names,
                                        const bxml_writer& before = {}) {
   return {guid, [=](bxml_builder& x) {

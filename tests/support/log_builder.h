@@ -3,8 +3,8 @@
 //   auto log = log_builder().chunk({record(7), record(8)}).chunk({record(9)});
 //   log.poke_u32(log.record_offset(0, 1) + 4, 9);
 //
-// In: chunks. Out: a file header of 4,096 bytes and the chunks, valid until a test damages it; the
-// damage is done to the finished bytes, and no CRC is mended behind it unless asked for.
+// In: chunks. Out: a file header of 4,096 bytes and the chunks, valid until a test damages it.
+// Damage is done to the finished bytes, and no CRC is corrected afterwards unless requested.
 #pragma once
 
 #include <vector>
@@ -22,7 +22,7 @@ class log_builder : public file_bytes {
 
   log_builder& chunk(const chunk_builder& chunk);
 
-  // Offsets in the file; chunks and records count from 0, slack records behind the declared ones.
+  // Offsets in the file; chunks and records count from 0, slack records after the declared ones.
   std::size_t chunk_offset(std::size_t chunk) const;
   std::size_t record_offset(std::size_t chunk, std::size_t record) const;
   // The record's binary XML.

@@ -72,7 +72,7 @@ std::vector<data_field> awkward_texts() {
           {"Bell", slot::utf16("a\ab")}};
 }
 
-// <System> with literal values, as a record without a template has them.
+// <System> with literal values, as in a record without a template.
 void plain_system(bxml_builder& xml, element_form form, const char* event_id, const char* time) {
   xml.open("System", form).close_start();
   xml.open_with_attributes("Provider", form).attribute("Name").value("Fabrikam-Plain");
@@ -118,7 +118,7 @@ void binary_data(bxml_builder& xml) {
   xml.end_element();
 }
 
-// Every name stands in its own token, none in the chunk's tables.
+// Every name is in its own token, none in the chunk's tables.
 void inline_named_event(bxml_builder& xml) {
   constexpr element_form form = element_form::inline_name;
   xml.fragment_header().open("Event", form).close_start().open("System", form).close_start();
@@ -130,7 +130,7 @@ void inline_named_event(bxml_builder& xml) {
   xml.value("inline").end_element().end_element().end_element().end_of_stream();
 }
 
-// The nested slot holds plain binary XML where a template instance usually stands.
+// The nested slot has plain binary XML instead of a template instance.
 record_builder plain_nested(std::uint64_t number) {
   event content = odd_event(711, 11);
   content.form = payload_form::user_data;

@@ -1,5 +1,5 @@
-// The logs in samples/ are what the code makes, byte for byte: a sample that somebody edited, or a
-// builder that changed what it writes, shows here. `make_samples samples` writes them anew.
+// The logs in samples/ are what the code makes, byte for byte: an edited sample, or a builder that
+// changed what it writes, is noticed here. `make_samples samples` writes them again.
 #include <gtest/gtest.h>
 
 #include <cstring>

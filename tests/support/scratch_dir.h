@@ -1,4 +1,4 @@
-// A folder of a test's own, removed with all that is in it at the end of its scope.
+// A folder for one test, removed with its content at the end of its scope.
 #pragma once
 
 #include <cstdlib>
@@ -25,9 +25,9 @@ class scratch_dir {
     std::filesystem::remove_all(path_, ignored);
   }
 
-  // The path of `name` in the folder, whether there is such a file or not.
+  // The path of `name` in the folder, whether or not such a file exists.
   std::string path(std::string_view name) const { return (path_ / name).string(); }
-  // Makes the file and returns its path.
+  // Creates the file and returns its path.
   std::string write(std::string_view name, std::string_view bytes) const {
     std::ofstream(path_ / name, std::ios::binary).write(bytes.data(), std::ssize(bytes));
     return path(name);
@@ -37,7 +37,7 @@ class scratch_dir {
   std::filesystem::path path_;
 };
 
-// The bytes of a file; none when it cannot be read.
+// The bytes of a file; none if it cannot be read.
 inline std::string file_text(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};

@@ -33,7 +33,7 @@ const account help_desk = user("helpdesk", 1110);
 const account backup = user("svc-backup", 1120);
 const account administrator = user("Administrator", 500);
 
-// Where a logon comes from and how.
+// The origin of a logon.
 struct origin {
   std::uint32_t logon_type;
   std::string process;
@@ -71,7 +71,7 @@ origin from_desktop(const std::string& address, int port) {
 // The log under construction: each call adds one record.
 class security_log {
  public:
-  // Sets the time of the next records; each record moves it on by a quarter of a second.
+  // Sets the time of the next records; each record advances it by a quarter of a second.
   security_log& at(int day, int hour, int minute, int second) {
     now_ = filetime(2024, 3, day, hour, minute, second, 1'234'567);
     return *this;

@@ -1,8 +1,8 @@
-// Values for the slots of a template record, one function a type.
+// Values for the slots of a template record, one function for each type.
 //
-// In: a value in the form the test thinks in. Out: a slot_value, the type code and the bytes that
-// go into the record's slot table. A nested binary XML value has no bytes yet, since those depend
-// on where in the chunk they come to stand: it carries the function that writes them.
+// In: a value in the form that is natural for a test. Out: a slot_value, the type code and the
+// bytes for the record's slot table. A nested binary XML value has no bytes yet, because they
+// depend on its place in the chunk: it has the function that writes them.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,8 @@ using bxml_writer = std::function<void(bxml_builder&)>;
 struct slot_value {
   std::uint16_t type = 0;
   byte_vector bytes{};
-  bxml_writer nested{};                          // for type 33; writes in place of `bytes`
-  std::optional<std::uint16_t> declared_size{};  // put into the descriptor instead of the true one
+  bxml_writer nested{};                          // for type 33; writes instead of `bytes`
+  std::optional<std::uint16_t> declared_size{};  // put into the descriptor instead of the true size
 };
 
 namespace slot {
@@ -56,7 +56,7 @@ slot_value hex64(std::uint64_t value);                                  // 21
 slot_value bxml(bxml_writer writer);                                    // 33
 slot_value multi_utf16(std::initializer_list<std::string_view> texts);  // 129, each with a NUL
 slot_value raw(std::uint16_t type, byte_vector bytes);
-// Any value with a size in its descriptor that is not its own.
+// Any value with a wrong size in its descriptor.
 slot_value with_declared_size(slot_value value, std::uint16_t size_bytes);
 
 }  // namespace slot
