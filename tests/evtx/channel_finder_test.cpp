@@ -70,7 +70,7 @@ TEST(channel_finder, says_what_the_whole_text_says) {
   }
 }
 
-// Every byte of the record damaged in its turn, behind sound logs of the same template.
+// Every byte of the record damaged in turn, after sound logs of the same template.
 TEST(channel_finder, says_it_of_damaged_records_too) {
   channel_finder finder;
   auto chunk = bytes_of(chunk_builder({record(1, {.channel = "Setup"})}));

@@ -1,5 +1,5 @@
-// How the names, attributes, values and references of one element become fields, with names as
-// records of Windows have them.
+// How the names, attributes, values and references of one element become fields, with names that
+// records of Windows have.
 #include <gtest/gtest.h>
 
 #include <map>

@@ -1,4 +1,4 @@
-// Chunks that were made to cost more than they are: each ends, in what the chunk's purse allows.
+// Chunks that were crafted to be slow or large: each ends within the work budget of the chunk.
 #include <gtest/gtest.h>
 
 #include "evtx/first_record.h"
@@ -28,17 +28,17 @@ record_builder honest_plain(std::uint64_t number) {
   });
 }
 
-// A stream that no longer may cost anything ends where it stands, its fragment header unread.
+// A stream whose budget is used up ends where it is, before its fragment header is read.
 TEST(hostile_chunk, a_used_up_purse_ends_the_streams_behind_it) {
   EXPECT_EQ(numbers_of({greedy_names(1), honest_plain(2), honest_plain(3)}),
             std::vector<std::uint64_t>{});
   EXPECT_EQ(numbers_of({honest_plain(2), honest_plain(3)}), (std::vector<std::uint64_t>{2, 3}));
-  // The next chunk has a purse of its own.
+  // The next chunk has its own budget.
   const auto log = log_builder().chunk({greedy_names(1)}).chunk({honest_plain(2)});
   EXPECT_EQ(record_numbers(walk(log)), std::vector<std::uint64_t>{2});
 }
 
-// An element's name is repeated by the field of each of its attributes: 2,000 of 15,000 characters.
+// Each attribute's field repeats its element's name: 2,000 fields of 15,000 characters.
 TEST(hostile_chunk, names_that_are_repeated_are_paid_for) {
   const auto repeated = plain_record(1, some_time, [](bxml_builder& b) {
     b.fragment_header().open_with_attributes(std::string(15000, 'n'));
@@ -48,7 +48,8 @@ TEST(hostile_chunk, names_that_are_repeated_are_paid_for) {
   EXPECT_EQ(numbers_of({repeated, honest_plain(2)}), std::vector<std::uint64_t>{});
 }
 
-// The same where templates are decoded: what is left of the purse names nothing, and ends.
+// The same where templates are decoded: when the budget is used up, the rest gets no names and
+// ends.
 TEST(hostile_chunk, a_used_up_purse_ends_the_bodies_behind_it) {
   const template_definition greedy{"11111111-2222-3333-4455-667788990011", [](bxml_builder& b) {
                                      b.fragment_header();
@@ -64,7 +65,8 @@ TEST(hostile_chunk, a_used_up_purse_ends_the_bodies_behind_it) {
             (std::vector<std::uint64_t>{1, 2}));
 }
 
-// A body that names one value of 38,000 bytes over and over: hexadecimal of all would be 680 MB.
+// A body that uses one value of 38,000 bytes again and again: all of it in hexadecimal would be 680
+// MB.
 TEST(hostile_chunk, the_text_of_a_first_record_stays_in_proportion) {
   const template_definition definition{"11111111-2222-3333-4455-667788990011", [](bxml_builder& b) {
                                          b.fragment_header().open("UserData").close_start();

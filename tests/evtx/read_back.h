@@ -1,7 +1,7 @@
 // Reads logs back through the walk and keeps what a sink can see of each record.
 //
-// In: the bytes of a log, which are put into a heap buffer of exactly their size, so that a read
-// past their end is seen. Out: one `read_record` for each record that reached the sink.
+// In: the bytes of a log, copied to a heap buffer of exactly their size, so that a read past their
+// end is noticed. Out: one `read_record` for each record that reached the sink.
 #pragma once
 
 #include <algorithm>

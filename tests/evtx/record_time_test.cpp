@@ -13,7 +13,7 @@ struct time_sink : record_sink {
   std::vector<std::uint64_t> times;
 };
 
-// The time that the one record of a log is given.
+// The time that the only record of a log gets.
 std::uint64_t time_of(record_builder record, bool event_time, bool quick = true) {
   const auto log = log_builder().chunk({std::move(record)});
   exact_buffer block(log.bytes());

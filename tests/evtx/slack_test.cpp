@@ -1,4 +1,4 @@
-// Records where none is declared: behind damage, and in the free tails of chunks.
+// Records where none is declared: after damage, and in the free tails of chunks.
 #include "evtx/container/slack.h"
 
 #include <gtest/gtest.h>
@@ -11,8 +11,8 @@
 namespace zanvik::testing {
 namespace {
 
-// What a test sees of a record: "9" was walked to, "9s" is a candidate of a slack pass; with "+"
-// when a candidate was tried before it in its block.
+// What a test sees of a record: "9" was reached by the walk, "9s" is a candidate of a slack pass;
+// with "+" if a candidate was tried before it in its block.
 using names = std::vector<std::string>;
 
 class naming_sink : public record_sink {
@@ -41,7 +41,7 @@ naming_sink sink_after(const std::vector<std::span<std::byte>>& blocks, bool inc
   for (const auto block : blocks) walk_evtx_block(block, 0, reader, sink, settings);
   return sink;
 }
-// A log's chunks as one block, which a run reads from behind the file header.
+// A log's chunks as one block, which a run reads after the file header.
 std::span<const std::byte> chunks_of(const file_bytes& log) {
   return std::span(log.bytes()).subspan(file_header_bytes);
 }
@@ -80,8 +80,8 @@ TEST(resynchronising, the_walk_goes_on_behind_a_damaged_record) {
 }
 
 TEST(resynchronising, a_refused_candidate_puts_the_search_off_the_grid_of_the_records) {
-  // Behind a refused hit the search goes on four bytes further in steps of eight, so it misses all
-  // later records, which lie on multiples of eight; the slack pass then finds them.
+  // After a rejected hit the search continues four bytes further in steps of eight, so it misses
+  // all later records, which are at multiples of eight; the slack pass then finds them.
   const std::tuple<const char*, std::size_t, std::size_t, std::uint64_t, bool, names, names>
       rows[] = {
           {"no time", 2, 16, 0, true, {"7"}, {"7", "9s", "10s"}},
@@ -118,7 +118,7 @@ TEST(resynchronising, a_record_that_leaves_its_chunk_is_cut_to_it) {
 }
 
 // Record 8 cannot be decoded and leads to a bad header, from which the search leads to 8 again:
-// only the counter would end that, and it is announced to run through all numbers there are.
+// only the counter would end that, and it is declared to run through all numbers.
 TEST(resynchronising, that_leads_round_and_round_ends) {
   const std::uint64_t all = ~std::uint64_t{0};
   auto log = log_builder().chunk(
@@ -189,7 +189,7 @@ TEST(slack_pass, later_chunks_of_the_block_know_that_a_candidate_was_tried) {
       log_builder().chunk(chunk_builder({record(1)}).free_tail(lone_head)).chunk({record(2)});
   expect_found(tried, {"1", "2"}, {"1", "2+"}, "one was tried and gave nothing");
 
-  // The reader of the run goes on to the next block with a clean state.
+  // The reader of the run continues with the next block in a clean state.
   exact_buffer first(chunks_of(tried));
   const auto four = four_records();
   exact_buffer second(chunks_of(four));
@@ -198,8 +198,8 @@ TEST(slack_pass, later_chunks_of_the_block_know_that_a_candidate_was_tried) {
 }
 
 TEST(slack_pass, a_template_must_stand_within_as_many_bytes_as_are_searched) {
-  // The chunk is full but for its last bytes, and the record there brings its own template, which
-  // so stands further from the chunk's start than the tail is long: it is read without one.
+  // The chunk is full except for its last bytes. The record there has its own template, which is
+  // thus further from the chunk's start than the tail is long: it is read without one.
   const event full{.data = {{"Bulk", slot::binary(byte_vector(30000))}}};
   const auto late = template_record(3, default_filetime(3),
                                     {"0badf00d-1111-2222-3333-444455556666",

@@ -1,4 +1,4 @@
-// Slot tables, and the templates that records find for them.
+// Slot tables, and the templates found for records.
 #include "evtx/bxml/slot_table.h"
 
 #include <gtest/gtest.h>
@@ -79,7 +79,7 @@ TEST(slot_table, nested_plain_streams_become_user_data) {
   ASSERT_EQ(result.slots.size(), 2u);
   EXPECT_EQ(result.slots[0].name, "UserData");
   EXPECT_EQ(result.slots[0].text, "\n<A>\"b\"</A>");
-  // One that gives nothing is passed over, and what follows is read from its place.
+  // A slot that gives nothing is skipped, and what follows is read from its place.
   const parsed shifted = parse({nothing, slot::uint8(6)});
   ASSERT_EQ(shifted.slots.size(), 1u);
   EXPECT_EQ(shifted.slots[0].offset, 0x400u + 4 + 8);
@@ -113,7 +113,7 @@ const std::uint64_t when = filetime(2024, 1, 2);
 
 using slot_lines = std::vector<std::string>;
 
-// Slots of the last record, the same by both roads.
+// Slots of the last record, the same by both paths.
 slot_lines last_slots(const file_bytes& log) {
   const auto quick = walk(log, true);
   const auto plain = walk(log, false);
@@ -125,7 +125,7 @@ slot_lines last_slots(const file_bytes& log) {
 
 TEST(record_template, is_found_by_the_guid_of_its_definition) {
   const template_definition first = naming(guid_a, "First");
-  // The definition stands in the first record, which has no values of its own and is lost.
+  // The definition is in the first record, which has no values of its own and is lost.
   auto log = log_builder().chunk(
       {plain_record(1, when, [&](bxml_builder& x) { x.raw(byte_vector(8)).definition(first); }),
        template_record(2, when, first, {slot::uint16(5)})});
@@ -160,7 +160,7 @@ TEST(record_template, that_a_record_brings_serves_those_behind_it) {
   ASSERT_EQ(record_numbers(records), (std::vector<std::uint64_t>{1, 2, 3}));
   EXPECT_EQ(records[0].slots, slot_lines{"Own=5"});
   EXPECT_EQ(records[1].slots, slot_lines{"Own=6"});
-  // A definition of the first chunk is none of the second's.
+  // A definition of the first chunk is not one of the second.
   log.poke_u32(log.content_offset(1, 0) + 10, 0x210);
   EXPECT_EQ(record_numbers(walk(log)), (std::vector<std::uint64_t>{1, 2}));
 }

@@ -1,5 +1,5 @@
-// What is known of templates never shows in a result: a chunk reads the same whatever was read
-// before it, and on either road.
+// Knowledge about templates never shows in a result: a chunk reads the same whatever was read
+// before it, and by either path.
 #include <gtest/gtest.h>
 
 #include "evtx/templates/template_bodies.h"
@@ -13,7 +13,7 @@ namespace {
 constexpr const char* some_guid = "11111111-2222-3333-4455-667788990011";
 constexpr std::uint64_t some_time = 133000000000000000;
 
-// The records of each block, read one after the other by one reader.
+// The records of each block, read by one reader, one block after the other.
 std::vector<std::vector<std::string>> read_in_turn(std::vector<byte_vector> blocks, bool quick) {
   const time_formats format;
   record_reader reader(format, quick);
@@ -46,7 +46,7 @@ TEST(template_store, crafted_chunks_read_the_same_behind_each_other_and_on_both_
   }
 }
 
-// A body at a place of the test's choice, in a chunk where these bytes stand behind it.
+// A body at a given offset, in a chunk where these bytes follow it.
 struct placed_body {
   byte_vector chunk;
   std::uint32_t definition = 0;
@@ -59,7 +59,7 @@ placed_body place_body(const bxml_writer& body, const std::vector<std::string>& 
   placed.chunk.resize(1000);
   chunk_tables tables;
   bxml_builder writer(placed.chunk, tables);
-  // Names of elements that stand in the chunk already.
+  // Names of elements that are in the chunk already.
   for (const std::string& name : names_before) writer.open(name).close_empty();
   placed.definition = writer.position();
   writer.definition({some_guid, body});
@@ -135,7 +135,7 @@ TEST(template_bodies, a_body_that_makes_its_decoder_look_elsewhere_is_not_recogn
   }
 }
 
-// A record behind damage is cut to its chunk, which may change a byte of a literal that was read
+// A record after damage is cut to its chunk, which may change a byte of a literal that was read
 // before.
 TEST(template_bodies, a_changed_byte_makes_another_body_unless_no_decoder_sees_it) {
   template_bodies bodies;

@@ -1,5 +1,5 @@
-// The quick road against the plain one, record by record, over sound and damaged logs; and the walk
-// over every truncation and every changed byte of a small log.
+// The quick path compared with the plain one, record by record, over sound and damaged logs; and
+// the walk over every truncation and every changed byte of a small log.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -13,8 +13,8 @@
 namespace zanvik::testing {
 namespace {
 
-// Nothing, with the first record that differs told, when the two roads do not agree; else the
-// number of records.
+// The number of records, or nothing, after printing the first record that differs, if the two paths
+// do not agree.
 std::optional<std::size_t> agreed(std::span<const std::byte> bytes, const std::string& what) {
   const auto quick = walk(bytes, true);
   const auto plain = walk(bytes, false);
@@ -40,8 +40,8 @@ std::vector<std::filesystem::path> logs_in(const std::filesystem::path& folder) 
   return logs;
 }
 
-// A chunk of what events look like: named, unnamed and user data, both nested heads, values of
-// many types, a plain record.
+// A chunk of typical events: named, unnamed and user data, both nested heads, values of many types,
+// a plain record.
 log_builder mixed_log() {
   const event named{.data = {{"Text", slot::utf16("a\nb")}, {"Bytes", slot::binary({})}}};
   event classic = named;
@@ -58,7 +58,7 @@ log_builder mixed_log() {
                               })});
 }
 
-// The least that has a definition in a record and one nested, and a record that refers to both.
+// The smallest chunk with a definition in a record, a nested one, and a record that refers to both.
 log_builder small_log() {
   event user{.form = payload_form::user_data, .data = {{"A", slot::utf16("a")}}};
   user.nested_head = instance_head::bare;
@@ -96,7 +96,7 @@ TEST(two_ways, give_one_answer_over_logs_with_random_damage) {
     const std::size_t end = used_end(log);
     for (unsigned i = 0; i < 1 + random() % 40; ++i) {
       const std::size_t at = file_header_bytes + random() % (end - file_header_bytes);
-      // Small numbers, high bytes and bytes from elsewhere hurt more than noise.
+      // Small numbers, high bytes and bytes from elsewhere do more damage than noise.
       const unsigned kind = random() % 4;
       damaged[at] = kind == 0   ? std::byte(random() % 4)
                     : kind == 1 ? std::byte{0xff}
@@ -107,7 +107,7 @@ TEST(two_ways, give_one_answer_over_logs_with_random_damage) {
   }
 }
 
-// Where the names of a chunk's templates stand behind their own offsets.
+// The offsets of the names that follow their own offsets in a chunk's templates.
 std::vector<std::size_t> name_offsets_of(const log_builder& log, std::size_t chunk,
                                          std::size_t end) {
   const std::size_t begin = log.chunk_offset(chunk);
@@ -118,8 +118,8 @@ std::vector<std::size_t> name_offsets_of(const log_builder& log, std::size_t chu
   return places;
 }
 
-// The bodies of a later chunk are taken for those of an earlier one only when they are: with each
-// byte of it changed, and with each name's offset led to another name.
+// Bodies of a later chunk count as those of an earlier one only if they are equal: with each byte
+// changed, and with each name's offset changed to another name.
 TEST(two_ways, give_one_answer_over_damage_behind_a_sound_chunk) {
   event user{.form = payload_form::user_data, .data = {{"A", slot::utf16("a")}}};
   user.nested_head = instance_head::bare;

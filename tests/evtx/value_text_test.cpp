@@ -89,8 +89,8 @@ TEST(value_text, renders_each_type) {
   for (const auto& [reason, value, text] : rows) EXPECT_EQ(text_of(value), text) << reason;
 }
 
-// A number's text has room for 37 bytes with the one that ends it: one of 36 characters is whole,
-// one of 37 loses its last, one of 38 is "0".
+// A number's text has room for 37 bytes including the one that ends it: 36 characters fit, of 37
+// the last is lost, 38 give "0".
 TEST(value_text, floats_lose_what_their_buffer_has_no_room_for) {
   const auto integer = [](int digits) {  // a power of two with that many digits
     double value = 1;

@@ -48,7 +48,7 @@ TEST(chunk_walk, signatures_decide_what_is_read) {
     EXPECT_EQ(walk_evtx_block(log.span(), 0, reader, sink, {}), result) << reason;
     EXPECT_EQ(record_numbers(sink.records), expected) << reason;
   }
-  // In a block that starts with its first chunk that chunk's loss is the loss of all.
+  // In a block that starts with its first chunk, the loss of that chunk is the loss of all.
   auto log = two_chunks();
   log.poke_u8(log.chunk_offset(0), 'e');
   EXPECT_EQ(record_numbers(walk(log.span().subspan(file_header_bytes))), numbers{});
@@ -99,8 +99,8 @@ TEST(chunk_walk, a_size_may_lead_into_the_next_chunk) {
   const auto far = static_cast<std::uint32_t>(log.record_offset(1, 0) - second);
   log.poke_u32(second + 4, far);
   log.poke_u64(log.chunk_offset(0) + 32, 9);
-  // The record there is met twice: by way of the first chunk, where its values are out of reach,
-  // and in its own chunk.
+  // The record there is reached twice: from the first chunk, where its values are out of reach, and
+  // in its own chunk.
   const auto records = walk(log);
   ASSERT_EQ(record_numbers(records), (numbers{7, 8, 9, 9}));
   EXPECT_TRUE(records[2].slots.empty());

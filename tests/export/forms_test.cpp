@@ -1,4 +1,4 @@
-// What each form makes of events: values of all types, odd names, hostile text.
+// The output of each form for events: values of all types, odd names, hostile text.
 #include <gtest/gtest.h>
 
 #include "evt_builder.h"
@@ -12,7 +12,7 @@ std::string json_of(event content) {
   return exported(log_builder().chunk({record(7, std::move(content))}), "jsonl");
 }
 
-// The text behind `mark` up to `end`.
+// The text after `mark` up to `end`.
 std::string part(const std::string& text, std::string_view mark, std::string_view end) {
   const std::size_t at = text.find(mark);
   if (at == std::string::npos) return "no " + std::string(mark) + " in " + text;
@@ -88,8 +88,8 @@ TEST(forms, json_says_what_it_could_not_hold) {
   EXPECT_FALSE(lossy(slot::raw(1, bytes_of({1, 0}))));
 }
 
-// Texts of any length around the blocks in which they are copied, with what needs an escape at each
-// place of them, at the very end of memory.
+// Texts of every length around the blocks in which they are copied, with a character to escape at
+// each position, at the very end of memory.
 TEST(forms, text_of_any_length) {
   for (std::size_t length = 0; length < 70; ++length) {
     for (std::size_t mark = 0; mark <= length; ++mark) {
@@ -147,7 +147,7 @@ TEST(forms, system_members_as_windows_leaves_them_out) {
             R"({"#attributes":{"UserID":"S-1-5-18"}})");
 }
 
-// A template whose names and texts are made to break a document.
+// A template whose names and texts are meant to break a document.
 TEST(forms, hostile_names_stay_well_formed) {
   const template_definition definition{
       "0a0b0c0d-0000-0000-0000-000000000001", [](bxml_builder& b) {

@@ -1,5 +1,6 @@
-// The forms against the plain way, which makes a tree of each record by itself: over the samples,
-// over damaged copies of them, and over the real logs where they lie beside the source folder.
+// The forms compared with the plain way, which makes a separate tree of each record: over the
+// samples, over damaged copies of them, and over the real logs if they are beside the source
+// folder.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -17,7 +18,7 @@ std::string without_frame(const std::string& xml) {
   return xml.substr(head.size(), xml.size() - head.size() - tail.size());
 }
 
-// Where the texts part, for the message.
+// Where the texts differ, for the message.
 std::string difference(const std::string& fast, const std::string& plain) {
   std::size_t at = 0;
   while (at < fast.size() && at < plain.size() && fast[at] == plain[at]) ++at;
@@ -50,7 +51,7 @@ std::size_t agree(std::span<const std::byte> block, bool slack, const std::strin
   walk_evtx_block(once_more.span(), 0, fast.xml_reader, settings);
   const std::string json = fast.json.take();
   const std::string xml = without_frame(fast.xml.take());
-  // What cannot be held is said behind the event, which the plain way has no words for.
+  // Characters that cannot be held are reported after the event, which the plain way does not do.
   std::string told;
   for (std::size_t at = 0; at < xml.size();) {
     constexpr std::string_view lossy = "<?zanvik lossy=\"true\"?>";
@@ -72,7 +73,7 @@ TEST(export_two_ways, samples) {
   EXPECT_GT(events, 80u);
 }
 
-// Bytes changed where events are; the seed is fixed, so that a failure comes again.
+// Bytes changed where events are; the seed is fixed, so that a failure can be repeated.
 TEST(export_two_ways, damaged_samples) {
   std::mt19937 random(7);
   const auto chunks = sample_chunks();
@@ -97,7 +98,7 @@ TEST(export_two_ways, real_logs) {
     std::ifstream in(entry.path(), std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(in), {}};
     const auto log = std::as_bytes(std::span(bytes));
-    // A chunk each is enough to see the shapes of a log, and keeps the test short.
+    // A few chunks are enough to see the shapes of a log, and keep the test short.
     for (std::size_t at = file_header_bytes; at + chunk_bytes <= log.size();
          at += 7 * chunk_bytes) {
       if (std::memcmp(log.data() + at, "ElfChnk", 8) != 0) continue;

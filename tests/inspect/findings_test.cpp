@@ -1,4 +1,5 @@
-// Each finding, made by a builder: what was done to a sound log, and all that the ledger then says.
+// Each finding, made by a builder: the change to a sound log, and everything that the ledger then
+// says.
 #include <functional>
 
 #include "ledger_of.h"
@@ -8,7 +9,7 @@ namespace {
 
 using names = std::set<std::string>;
 
-// Where the finding of the row is to be; -1 where the row does not say.
+// Where the finding of the row should be; -1 if the row does not say.
 struct place {
   std::int64_t offset = -1;
   std::int64_t chunk = -1;
@@ -53,7 +54,7 @@ struct evtx_row {
 
 constexpr std::int64_t chunk0 = 4096, chunk1 = chunk0 + 65536, chunk2 = chunk1 + 65536;
 
-// A sound log after `damage`, with the checksums of header and chunks in order again.
+// A sound log after `damage`, with the checksums of header and chunks corrected.
 std::function<log_builder()> forged(std::function<void(log_builder&)> damage) {
   return [damage] {
     log_builder log = sound_log();
@@ -63,7 +64,7 @@ std::function<log_builder()> forged(std::function<void(log_builder&)> damage) {
     return log;
   };
 }
-// The same with the checksums left as they were.
+// The same with the old checksums.
 std::function<log_builder()> damaged(std::function<void(log_builder&)> damage) {
   return [damage] {
     log_builder log = sound_log();
@@ -348,8 +349,8 @@ TEST(findings, of_an_evtx_log) {
   }
 }
 
-// The size of record 1 is raised over record 2, whose own header still stands there, and numbers,
-// counts and checksums are put in order, so that no other sign is left.
+// The size of record 1 is increased over record 2, whose own header is still there, and numbers,
+// counts and checksums are corrected, so that no other sign is left.
 TEST(findings, a_record_inside_another_one) {
   log_builder log = log_builder().chunk({record(1), record(2), record(3)});
   const std::size_t outer = log.record_offset(0, 0);

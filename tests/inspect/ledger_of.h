@@ -1,4 +1,4 @@
-// The ledger of a log that a test made, and what it says in few words.
+// The ledger of a log that a test made, in short form.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ inline std::set<std::string> names_of(const log_ledger& ledger) {
   return names;
 }
 
-// Makes the checksums of a chunk fit its bytes again, as a careful forger would.
+// Corrects the checksums of a chunk, as a careful forger would.
 inline void mend_chunk(log_builder& log, std::size_t chunk) {
   const std::size_t at = log.chunk_offset(chunk);
   const auto bytes = std::span<const std::byte>(log.bytes()).subspan(at, chunk_bytes);

@@ -84,7 +84,7 @@ TEST(account, free_space_is_told_apart) {
   EXPECT_EQ(account.bytes(), log.size());
 }
 
-// Every byte changed, one after the other, and every length: the sum stays the size of the log.
+// Every byte changed in turn, and every length: the sum is always the size of the log.
 TEST(account, sums_up_whatever_is_damaged) {
   const auto sound = log_builder().chunk(chunk_builder{record(1), record(2)}.slack(record(3)));
   const std::size_t end = sound.record_offset(0, 2) + 600;
@@ -108,7 +108,7 @@ TEST(account, sums_up_whatever_is_damaged) {
 }
 
 TEST(account, a_legacy_ring_that_wraps) {
-  // The newest record leads over the file's end, and goes on behind the header.
+  // The newest record reaches past the file's end, and continues after the header.
   const byte_vector wrapped = evt_record_bytes({.record_num = 3, .event_id = 3});
   evt_builder log;
   log.raw(std::span(wrapped).subspan(wrapped.size() - 16));
@@ -131,7 +131,7 @@ TEST(account, a_legacy_ring_that_wraps) {
   EXPECT_EQ(ledger.account.declared, 3u);
 }
 
-// What a finding may mean stands in the documentation, each by its name.
+// The documentation explains each finding by its name.
 TEST(documentation, has_every_finding_and_line_of_the_account) {
   const std::string page = file_text(ZANVIK_SOURCE_DIR "/docs/integrity.md");
   const auto has = [&page](std::string_view name) {
@@ -153,7 +153,7 @@ TEST(forms, hold_any_text) {
   append_json_text(json, "a\"\\\n\x1b\xff\xc3\xa4\xed\xa0\x80");
   EXPECT_EQ(json,
             "\"a\\\"\\\\\\u000a\\u001b\xef\xbf\xbd\xc3\xa4\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\"");
-  // A computer name that would be a formula, and one that writes over the terminal.
+  // A computer name that would be a formula, and one that controls the terminal.
   const auto log = log_builder().chunk(
       {record(1, {.computer = "=cmd|'calc'!A0"}), record(2, {.computer = "a\x1b[2J\nb,\"c"})});
   const std::string csv = csv_of(log);
@@ -166,8 +166,8 @@ TEST(forms, hold_any_text) {
   EXPECT_NE(table.find("a?[2J?b,\"c"), std::string::npos);
 }
 
-// What `check` counts as read is what `export` gives, with free space and without; over damaged
-// logs too.
+// What `check` counts as read is what `export` shows, with free space and without; also for damaged
+// logs.
 TEST(check_run, agrees_with_export) {
   const scratch_dir scratch;
   auto damaged = log_builder()

@@ -1,4 +1,4 @@
-// What pull lists make of a record.
+// The columns that pull lists make of a record.
 #include "kept_records.h"
 
 namespace zanvik {
@@ -6,7 +6,7 @@ namespace {
 
 using namespace zanvik::testing;
 
-// The columns that a pull list makes of the one record of a log; provider and level in front.
+// The columns that a pull list makes of the only record of a log; provider and level come first.
 std::string pulled(const record_builder& record, std::vector<std::string> pull) {
   ReportCommand command;
   command.pull = std::move(pull);

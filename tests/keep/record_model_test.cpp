@@ -34,7 +34,7 @@ const event logon{.event_id = 4624,
                   .user_sid = "S-1-5-18",
                   .data = {{"LogonType", slot::uint32(3)}, {"Path", slot::utf16("\na\r\n\tb,c")}}};
 
-// Templates that give their slots the same names, of which one has two of them nested.
+// Templates that give their slots the same names, one of them with two nested.
 TEST(all_data, a_nested_value_is_not_taken_for_an_own_one_of_its_name) {
   const auto names = [](std::uint16_t first_slot) {
     return [first_slot](bxml_builder& b) {
@@ -56,7 +56,7 @@ TEST(all_data, a_nested_value_is_not_taken_for_an_own_one_of_its_name) {
 
 TEST(all_data, columns_are_slots_and_fields_by_their_names) {
   const auto log = log_builder().chunk({record(7, logon)});
-  // Line feeds become ":", one leading ":" goes.
+  // Line feeds become ":", one leading ":" is removed.
   const std::string data =
       "01:LogonType=3; 02:Path=a:b,c; Channel=Application; Computer=WS7; "
       "Correlation ActivityID=0; Correlation RelatedActivityID=0; Event xmlns="
@@ -170,7 +170,7 @@ TEST(plain_records, have_a_time_of_their_own_and_the_collector_s) {
     EXPECT_EQ(record->event_id, 41u);
     EXPECT_EQ(record->level, 3u);
   }
-  // The record's own time is what a time window looks at.
+  // A time window uses the record's own time.
   ReportCommand late = listing();
   late.start_time = filetime(2024, 1, 1);
   EXPECT_EQ(select(log, {late}).numbers, numbers{2});

@@ -1,4 +1,4 @@
-// What marks records from slack, and their columns.
+// The marks of records from slack, and their columns.
 #include "keep/slack_columns.h"
 
 #include "kept_records.h"

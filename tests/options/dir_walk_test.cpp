@@ -16,7 +16,7 @@ namespace {
 using testing::scratch_dir;
 using lines = std::vector<std::string>;
 
-// A scratch folder that is filled in a few words: a name that ends in `/` is a folder.
+// A scratch folder that is filled from a list: a name that ends in `/` is a folder.
 class tree : public scratch_dir {
  public:
   explicit tree(const lines& names) {

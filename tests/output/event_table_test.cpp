@@ -1,4 +1,4 @@
-// Tables as they must come out, their lines written by hand.
+// Tables, their expected lines written by hand.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -39,7 +39,7 @@ TEST(event_table, quoted_texts_and_bare_numbers) {
       "7,1,2013-01-01,02:00:00.000,\"info\",\"P\",\"\",\"\",\"\",\"\",\"\",\"System.evtx\"\n");
 }
 
-// What stands behind the odd run comes twice, a closing quote too.
+// The text after the odd run appears twice, including a closing quote.
 TEST(event_table, lf_cr_lf_leaves_a_raw_line_feed) {
   const std::vector<test_record> given = {test_record(1, {{"a", "x\n\r\n"}})};
   output_format quoted = csv_format();
@@ -57,8 +57,8 @@ TEST(event_table, tab_separated_values_keep_commas_and_bars) {
             "7\t1\t2013-01-01\t 02:00:00.000\tinfo\tP\tx,y|z\tSystem.evtx\n");
 }
 
-// Of 3,000 names that one of 2,049 records has, 2,047 stay, and the one that all others have. A
-// table of few records keeps all names. A padded one is not padded any further than its limit.
+// Of 3,000 names in one of 2,049 records, 2,047 stay, and the one that all others have. A table of
+// few records keeps all names. A padded one is not padded beyond its limit.
 TEST(event_table, columns_of_the_fewest_records_are_left_out) {
   std::vector<test_record> given(2048, test_record(1, {{"zz", "last"}}));
   std::vector<test_field> many;
@@ -94,7 +94,7 @@ TEST(event_table, base16_reaches_the_offset_alone) {
             "7,16,2013-01-01, 02:00:00.000,0x1200,*,info,P,System.evtx\n");
 }
 
-// The dropped column takes a cell in a record that lacks it: all behind it move to the right.
+// The dropped column takes a cell in a record that lacks it: all later ones move to the right.
 TEST(event_table, a_missing_dropped_field_shifts_the_row) {
   const std::vector<test_record> given = {
       test_record(1, {{"A", "1"}, {"EventID", "77"}, {"Provider Name", "P"}, {"Z", "9"}}),
@@ -204,8 +204,8 @@ TEST(event_table, captions) {
   EXPECT_EQ(table_text({damaged}, csv_format()).find("name"), std::string::npos);
 }
 
-// 1,000 kinds of records with 1,000 columns between them: what is worked out for their rows would
-// come to 60 MB, and is dropped with its memory each time that it comes to 16 MiB.
+// 1,000 kinds of records with 1,000 columns together: what is computed for their rows would need 60
+// MB, and is dropped with its memory each time it reaches 16 MiB.
 TEST(event_table, row_plans_give_their_memory_back) {
   record_container records;
   for (int i = 0; i < 1000; ++i) {

@@ -1,4 +1,4 @@
-// Records put into a container in a few words, and output formats as the options leave them.
+// Puts records into a container in a few words, and makes output formats that options can give.
 #pragma once
 
 #include <initializer_list>
@@ -24,7 +24,7 @@ struct test_field {
   bool literal = false;  // stands in the shape
 };
 
-// A record to be; `add_to` copies what it points to into the container.
+// A record to be made; `add_to` copies what it points to into the container.
 struct test_record {
   LogRecord record;
   std::string provider = "P";
@@ -95,7 +95,7 @@ inline output_format csv_format() {
   return format;
 }
 
-// What write_records gives for the records, in the order given.
+// The output of write_records for the records, in the given order.
 inline std::string table_text(const std::vector<test_record>& given, output_format format,
                               const write_context& context = {}) {
   record_container records;
@@ -106,7 +106,7 @@ inline std::string table_text(const std::vector<test_record>& given, output_form
   return out.str();
 }
 
-// A line whose cells are told one by one.
+// A line whose cells are given one by one.
 inline std::string line(std::string_view separator, std::initializer_list<std::string_view> cells) {
   std::string text;
   for (const std::string_view cell : cells) {
@@ -116,8 +116,8 @@ inline std::string line(std::string_view separator, std::initializer_list<std::s
   return text + '\n';
 }
 
-// Makes records of few shapes or many, with texts that are short, long, empty, and full of what has
-// to be replaced.
+// Makes records of few or many shapes, with texts that are short, long, empty, and full of
+// characters to replace.
 class record_maker {
  public:
   explicit record_maker(unsigned seed) : random_(seed) {}

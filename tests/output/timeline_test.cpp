@@ -1,4 +1,4 @@
-// Timeline lines as they must come out, written by hand, and the fast way against the plain one.
+// Timeline lines, written by hand, and the fast way compared with the plain one.
 #include <gtest/gtest.h>
 
 #include "record_tables.h"
@@ -45,7 +45,7 @@ test_record service_record() {
       .from("Service Control Manager");
 }
 
-// The columns behind the time of service_record(), from a run without further options.
+// The columns after the time of service_record(), from a run without further options.
 const char service_columns[] =
     "UTC,M..B,EVTX,system,Event Logged,,PC-1,Event ID: 7036 : Service Control Manager,"
     "[Channel:System] [Computer:PC-1] [param1:a;b|c],2,System.evtx,0,"
@@ -121,7 +121,7 @@ TEST(timeline, separators_and_line_ends_in_texts) {
       test_record(1, {{"Computer", "x,y"}, {"a,b", "1,2|3"}, {"c", "\r"}, {"d", "p\r\nq"}})
           .from("A,\nB");
   record.path = "a,\nb.evtx";
-  // The list is marked as a whole: beside the CR LF, the lone CR stays raw.
+  // The list is marked as a whole: beside the CR LF, the lone CR is kept.
   const std::string rest = "2,a;\nb.evtx,0,{\"Provider\":\"A;[LF]B\"},zanvik (morvane),Record# 7\n";
   EXPECT_NE(
       table_text({record}, timeline_format(), of_log())

@@ -1,4 +1,4 @@
-// Dispatch and grouping, path aliases, levels; and the fast tables against the plain ones.
+// Dispatch and grouping, path aliases, levels; and the fast tables compared with the plain ones.
 #include "output/write_records.h"
 
 #include <gtest/gtest.h>
@@ -100,7 +100,7 @@ std::string plain_text(record_container& records, const output_format& format,
   return out.str();
 }
 
-// A format with any of what options can change about tables.
+// A format with any changes that options can make to tables.
 output_format any_format(record_maker& make) {
   output_format format = make.one_in(2) ? csv_format() : padded_format();
   static const char* const separators[] = {" | ", ",", "|", "\t", "; ", ""};
@@ -144,7 +144,7 @@ TEST(fast_and_plain, agree_on_large_tables) {
     if (i > 890 && i % 4 == 3) record.fields[0].value.assign(400'000, i % 8 == 3 ? ',' : 'b');
     const std::string own = std::string("C").append(std::to_string(i));
     record.fields.push_back({own, std::string(i % 3 ? 20 : 30'000, 'c'), true});
-    // Short cells behind a long one, which need the room that it had when the row began.
+    // Short cells after a long one, which need the room that there was when the row began.
     for (char c = 'a'; c <= 'z'; ++c) record.fields.push_back({{c}, std::string(60, c)});
     record.add_to(records);
   }
