@@ -29,7 +29,7 @@ record_builder honest_plain(std::uint64_t number) {
 }
 
 // A stream whose budget is used up ends where it is, before its fragment header is read.
-TEST(hostile_chunk, a_used_up_purse_ends_the_streams_behind_it) {
+TEST(hostile_chunk, a_used_up_budget_ends_the_streams_behind_it) {
   EXPECT_EQ(numbers_of({greedy_names(1), honest_plain(2), honest_plain(3)}),
             std::vector<std::uint64_t>{});
   EXPECT_EQ(numbers_of({honest_plain(2), honest_plain(3)}), (std::vector<std::uint64_t>{2, 3}));
@@ -50,7 +50,7 @@ TEST(hostile_chunk, names_that_are_repeated_are_paid_for) {
 
 // The same where templates are decoded: when the budget is used up, the rest gets no names and
 // ends.
-TEST(hostile_chunk, a_used_up_purse_ends_the_bodies_behind_it) {
+TEST(hostile_chunk, a_used_up_budget_ends_the_bodies_behind_it) {
   const template_definition greedy{"11111111-2222-3333-4455-667788990011", [](bxml_builder& b) {
                                      b.fragment_header();
                                      for (int i = 0; i < 300; ++i) b.open(std::string(15000, 'n'));

@@ -29,7 +29,7 @@ std::vector<std::vector<std::string>> read_in_turn(std::vector<byte_vector> bloc
   return read;
 }
 
-TEST(template_store, crafted_chunks_read_the_same_behind_each_other_and_on_both_roads) {
+TEST(template_store, crafted_chunks_read_the_same_after_each_other_and_by_both_paths) {
   std::vector<byte_vector> chunks;
   std::vector<std::vector<std::string>> alone;
   for (const hostile_trick& trick : hostile_tricks()) {
