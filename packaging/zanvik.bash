@@ -33,9 +33,6 @@ _zanvik_verb() {
     hunt:--status)
       _zanvik_words 'stable test experimental deprecated unsupported'
       return ;;
-    hunt:--order)
-      _zanvik_words time
-      return ;;
     *:--order)
       _zanvik_words 'log time'
       return ;;
