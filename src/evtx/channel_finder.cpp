@@ -15,7 +15,7 @@ constexpr std::string_view closing = "</channel>";
 constexpr std::uint64_t first_bxml =
     evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes;
 
-// Stands for the value of a slot in an outline, with the slot's number behind it in two digits.
+// Stands for the value of a slot in an outline, followed by the slot's number in two digits.
 constexpr char mark = '\x01';
 constexpr std::size_t mark_bytes = 3;
 static_assert(limits::slots_per_table <= 100);
@@ -28,7 +28,7 @@ std::size_t marked_slot(std::string_view text) {
   return static_cast<std::size_t>(text[1] - '0') * 10 + static_cast<std::size_t>(text[2] - '0');
 }
 
-// A body's text in lower case, with marks for the values of its slots or with nothing for them.
+// A body's text in lower case, with marks instead of the values of its slots, or without them.
 std::string body_text(const chunk_view& chunk, const template_ref& ref, std::size_t slot_count,
                       bool with_marks) {
   std::vector<slot_entry> slots(slot_count);
@@ -43,15 +43,15 @@ std::string body_text(const chunk_view& chunk, const template_ref& ref, std::siz
   return to_lower(text);
 }
 
-// Whether no value at the mark can become part of a tag that is looked for.
+// Whether no value at the mark can become part of a tag that is searched for.
 bool stands_apart(std::string_view text, std::size_t mark_at) {
   const auto bracket = text.rfind('<', mark_at);
   return bracket == std::string_view::npos ||
          text.substr(bracket, mark_at - bracket).find_first_of(">\"=") != std::string_view::npos;
 }
 
-// Whether the value's text holds no '<': numbers and the like, and texts without one in the bytes
-// that they are made from.
+// Whether the value's text contains no '<': numbers and the like, and texts made from bytes without
+// one.
 bool is_tagless(const chunk_view& chunk, const slot_entry& slot) {
   if (slot.composed || slot.type == value_type::ansi || slot.type == value_type::bxml) return false;
   if (slot.type >= value_type::int8 && slot.type <= value_type::boolean) return true;
@@ -91,12 +91,12 @@ std::optional<found_channel> channel_finder::find_quickly(std::span<const std::b
   if (!ref || !table || !body_matches(view, *ref)) return std::nullopt;
   if (bodies_.drop_if_full() || outlines_.size() > limits::cached_layouts) outlines_.clear();
   const std::uint32_t body = bodies_.identify(view, ref->definition, ref->size_record, ref->guid);
-  constexpr unsigned depth = 1;  // one further down, children are counted and not read
+  constexpr unsigned depth = 1;  // one level down, children are counted and not read
   if (body == 0 || !parse_substitution_array(view, *table, slots_, depth)) return std::nullopt;
   return channel_by(outline_of(view, *ref, body, slots_.size()), view);
 }
 
-// The channel that the outline and the values in `slots_` make.
+// The channel from the outline and the values in `slots_`.
 std::optional<found_channel> channel_finder::channel_by(const outline& known,
                                                         const chunk_view& view) const {
   if (!known.certain) return std::nullopt;
@@ -105,7 +105,7 @@ std::optional<found_channel> channel_finder::channel_by(const outline& known,
     if (!is_tagless(view, slots_[slot])) return std::nullopt;
     value_bytes += slots_[slot].size;
   }
-  // Far from where the whole record would be cut short.
+  // Far from where the whole record would be cut.
   if (value_bytes > evtx_layout::chunk_bytes) return std::nullopt;
   std::string text = known.before;
   if (known.value) {

@@ -1,9 +1,9 @@
-// The channel that a log's first record names, by which a log of unknown name is classified: the
-// text between "<channel>" and "</channel>", in any case, in the XML-like text of the record.
+// The channel in a log's first record, which classifies a log of unknown name: the text between
+// "<channel>" and "</channel>", in any case, in the XML-like text of the record.
 //
-// That text is mostly the template's: where in it the channel stands, and which values come before
-// its end, is worked out once for a template body and serves all logs of a run. A record for which
-// that is not certain is rendered whole; tests hold the two ways together.
+// Most of that text comes from the template: where the channel is in it, and which values precede
+// its end, is computed once for a template body and used for all logs of a run. If that is not
+// certain for a record, the whole record is rendered; tests compare the two ways.
 #pragma once
 
 #include <cstddef>
@@ -22,10 +22,10 @@
 
 namespace zanvik {
 
-// What the text of a record says of the channel.
+// What the text of a record says about the channel.
 struct found_channel {
   bool closed = true;               // false: the element is opened and never closed
-  std::optional<std::string> text;  // lower case; nothing when there is no such element
+  std::optional<std::string> text;  // lower case; nothing if there is no such element
 };
 
 // Looks for the channel in a record's text.
@@ -33,16 +33,16 @@ found_channel channel_in_text(std::string text);
 
 class channel_finder {
  public:
-  // The channel of the first record of `chunk`, its 65,536 bytes, whose signature the caller has
-  // checked.
+  // The channel of the first record of `chunk`, its 65,536 bytes; the caller has checked the
+  // signature.
   found_channel find(std::span<const std::byte> chunk);
 
  private:
-  // A body's text up to the end of the channel: the values in it by their slots, and the channel
+  // A body's text up to the end of the channel: the slots of the values in it, and the channel
   // itself as text with at most one value.
   struct outline {
     bool certain = false;
-    std::vector<std::size_t> slots;    // whose texts come before the channel's end
+    std::vector<std::size_t> slots;    // whose texts precede the channel's end
     std::string before, after;         // the channel's text around its value
     std::optional<std::size_t> value;  // its slot
   };

@@ -1,8 +1,8 @@
 // A decoded .evtx record as a sink gets it: header, slots, and the layout that names them.
 //
-// Slots are where the values are, not their texts: a text is made when somebody asks. What the
-// record's templates alone decide (slot names, fields that stand in the template itself) is in the
-// layout, which records of one template share. All of it is valid during the sink's call only.
+// Slots say where the values are; their texts are made only when needed. What the record's
+// templates alone decide (slot names, fields in the template itself) is in the layout, which
+// records of one template share. All of it is valid only during the sink's call.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@
 namespace zanvik {
 
 // A value of the record's own slot table, or of a table nested in one of its slots. A record's
-// slots are in the order of their table, children right behind the slot they belong to.
+// slots are in the order of their table; children directly follow their slot.
 struct record_slot {
   std::uint32_t offset = 0;  // of the value in the chunk
   std::uint16_t size = 0;    // bytes
@@ -26,7 +26,7 @@ struct record_slot {
   std::uint16_t child = 0;   // number among the slot's children, from 1; 0 for an own slot
 };
 
-// A field that the token stream itself gave.
+// A field of the token stream itself.
 struct layout_field {
   std::string name;
   std::uint16_t type = 0;
@@ -35,19 +35,19 @@ struct layout_field {
   bool operator==(const layout_field&) const = default;
 };
 
-// What the templates of a record decide. Equal ids are equal layouts for the whole run; 0 is a
-// layout of one record, as one without templates has.
+// What the templates of a record decide. Equal IDs are equal layouts for the whole run; 0 is a
+// layout of a single record, such as one without templates.
 struct record_layout {
   std::uint64_t id = 0;
-  std::vector<std::string> names;            // of the slots, empty where a slot has none
+  std::vector<std::string> names;            // of the slots, empty if a slot has none
   std::vector<std::uint16_t> child_numbers;  // `record_slot::child` of the slots
   std::vector<layout_field> fields;          // by name, each name once
   std::int32_t event_id_slot = -1;           // the first slot named "EventID" in any case
   std::int32_t time_slot = -1;               // of its TimeCreated, see record_time.h
 };
 
-// The slot's text where it is not made from its value: composed from nested binary XML, or put in
-// its place by a translator.
+// The slot's text if it is not made from its value: composed from nested binary XML, or inserted by
+// a translator.
 struct slot_text {
   std::size_t slot = 0;
   std::string text;
@@ -66,10 +66,10 @@ struct record_fields {
   bool plain = false;         // decoded without a template
   bool in_slack = false;      // a candidate from the free tail of its chunk
   bool slack_search = false;  // slack is searched in this walk
-  bool after_slack = false;   // such a candidate was tried before it in the block, or is it
+  bool after_slack = false;   // such a candidate was tried before it in the block, or it is one
   std::span<const record_slot> slots;
   const record_layout* layout = nullptr;
-  std::vector<slot_text> slot_texts;  // by rising slot; almost always empty
+  std::vector<slot_text> slot_texts;  // by ascending slot; almost always empty
 
   const std::string& slot_name(std::size_t slot) const { return layout->names[slot]; }
   raw_value value(std::size_t slot) const {
@@ -78,14 +78,13 @@ struct record_fields {
     value.full_sid = chunk->full_sids;
     return value;
   }
-  // The text that stands in place of the slot's value, or null.
+  // The text that replaces the slot's value, or null.
   const std::string* replaced_text(std::size_t slot) const;
 };
 
-// The first slot of that name, in any case; -1 when there is none.
+// The first slot of that name, in any case; -1 if there is none.
 std::ptrdiff_t find_slot(const record_layout& layout, std::string_view name);
-// The field of that name, exactly, else the first of that name in any case; null when there is
-// none.
+// The field of exactly that name, else the first of that name in any case; null if there is none.
 const layout_field* find_layout_field(const record_layout& layout, std::string_view name);
 
 // The slot's plain text, appended.

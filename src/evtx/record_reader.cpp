@@ -14,7 +14,7 @@
 namespace zanvik {
 namespace {
 
-// The text of the field of that name, exactly, else of the first of that name in any case.
+// The text of the field of exactly that name, else of the first of that name in any case.
 std::string field_text(const field_map& fields, std::string_view name) {
   const auto exact = fields.find(name);
   if (exact != fields.end()) return exact->second.text;
@@ -82,7 +82,7 @@ bool record_reader::read_template(std::uint64_t bxml, const instance_head& head)
       if (quick_) {
         take_quick_record();
       } else {
-        // What it costs is what the quick road costs, which has been paid.
+        // It costs the same as on the quick path, which has been charged.
         work_budget unlimited = work_budget::unlimited();
         unlimited.body_bytes = limits::layout_bytes;
         if (!decode_template_record(bxml, head, unlimited)) return false;
@@ -114,7 +114,7 @@ bool record_reader::decode_template_record(std::uint64_t bxml, const instance_he
   return true;
 }
 
-// Looked for among the slots; only a record that has none is asked for a field of its template.
+// Searched among the slots; only if a record has none is a field of its template used.
 void record_reader::find_event_id() {
   if (record_.layout->event_id_slot < 0) {
     const layout_field* field =
@@ -139,7 +139,7 @@ void record_reader::use_own_time() {
   if (const std::uint64_t own = time_created(record_)) record_.time = own;
 }
 
-// The header's time, which is when a collector wrote the record, as a field of its own.
+// The header's time, which is when a collector wrote the record, as a separate field.
 void record_reader::add_collector_time(field_map& fields) const {
   std::string date;
   std::string time;
@@ -156,7 +156,7 @@ bool record_reader::read_plain(std::uint64_t bxml, std::uint64_t limit) {
   field_pool_.release();
   field_map fields(&field_pool_);
   decode_bxml(nullptr, &fields, cursor, limit);
-  // A record that could not be paid for to its end would be shown as something it is not.
+  // A record whose budget ran out in the middle would be misread.
   if (fields.empty() || *cursor.budget <= 0) return false;
   record_.plain = true;
   record_.event_id = static_cast<std::uint32_t>(std::atol(field_text(fields, "EventID").c_str()));

@@ -1,8 +1,8 @@
 // From a record's header and binary XML to `record_fields`: records with a template by the quick
-// road or the plain one, records without by the token decoder.
+// path or the plain one, records without by the token decoder.
 //
-// One reader serves a run. Per chunk it keeps the chunk's work budget; what is known of templates
-// is in its `template_store`. The record it gives lives until the next one is read.
+// A run has one reader. For each chunk it keeps the chunk's work budget; knowledge about templates
+// is in its `template_store`. The record that it returns is valid until the next one is read.
 #pragma once
 
 #include <array>
@@ -17,40 +17,40 @@
 
 namespace zanvik {
 
-// What a reader may do beyond what it does by default.
+// Options of a reader, off by default.
 struct reader_options {
-  // A record's time is its own TimeCreated where it has a valid one. By default it is the time in
-  // the record's header, which exports leave empty in the first record; only a record without
-  // templates goes by its own.
+  // A record's time is its own TimeCreated if it has a valid one. By default it is the time in the
+  // record's header, which exports leave empty in the last record; only a record without templates
+  // uses its own.
   bool event_time = false;
-  // SIDs of any length have a text. By default those of two or more sub-authorities show nothing.
+  // SIDs of any length have a text. By default those with two or more sub-authorities are empty.
   bool full_sids = false;
 };
 
 class record_reader {
  public:
   // `formats` gives the form of a collector's time in records without a template; it must outlive
-  // the reader. `quick` false decodes the templates anew for every record: the reference that tests
-  // compare with.
+  // the reader. `quick` false decodes the templates again for every record: the reference for
+  // tests.
   explicit record_reader(const time_formats& formats, bool quick = true)
       : formats_(formats), quick_(quick), quick_records_(store_) {}
   record_reader(const record_reader&) = delete;
   record_reader& operator=(const record_reader&) = delete;
 
-  // Starts a chunk: `bytes` from its first byte to the end of the block, `bound` the size of the
+  // Starts a chunk: `bytes` is from its first byte to the end of the block, `bound` the size of the
   // block, `file_offset` the chunk's.
   void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                    std::uint64_t file_offset);
   const chunk_view& chunk() const { return chunk_; }
 
-  // Reads the record at chunk offset `offset`, whose header is there. Null when nothing usable is
-  // in it.
+  // Reads the record at chunk offset `offset`, whose header exists. Null if nothing in it is
+  // usable.
   record_fields* read(std::uint64_t offset);
   // The same for a candidate in the free tail of the chunk, of which `area_bytes` are searched.
   record_fields* read_slack(std::uint64_t offset, std::uint64_t area_bytes);
-  // Holds from the next chunk on.
+  // Takes effect with the next chunk.
   void set_options(const reader_options& options) { options_ = options; }
-  // Records show whether slack is searched, and whether a candidate was tried before them.
+  // Records say whether slack is searched, and whether a candidate was tried before them.
   void set_slack_state(bool slack_search, bool after_slack) {
     record_.slack_search = slack_search;
     record_.after_slack = after_slack;

@@ -9,7 +9,7 @@
 namespace zanvik {
 namespace {
 
-// The name of the value, in a slot as in a field.
+// The name of the value, for slots and fields.
 constexpr std::string_view time_created_name = "TimeCreated SystemTime";
 
 // "2012-03-01T12:34:56.1234567Z", or the form of a FILETIME value, which has a blank for the T.
@@ -39,8 +39,8 @@ std::uint64_t filetime_from_slot(const record_fields& record, std::size_t slot) 
 
 }  // namespace
 
-// A slot that must be there is named after the attribute alone; so may be a datum of an event's
-// own, but that stands in a nested template.
+// A slot that must exist is named after the attribute alone. So may be a datum of the event itself,
+// but that is in a nested template.
 std::ptrdiff_t find_time_slot(const record_layout& layout) {
   if (const auto slot = find_slot(layout, time_created_name); slot >= 0) return slot;
   const auto slot = find_slot(layout, "SystemTime");

@@ -1,7 +1,7 @@
 // The time that a record itself gives as its TimeCreated.
 //
-// In: a record whose layout and slots are filled. Out: a FILETIME, or 0 when the record has no
-// TimeCreated, or one that is no valid time.
+// In: a record with its layout and slots. Out: a FILETIME, or 0 if the record has no TimeCreated,
+// or an invalid one.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace zanvik {
 
-// The slot that holds it, -1 when none does.
+// The slot that has it, -1 if none does.
 std::ptrdiff_t find_time_slot(const record_layout& layout);
 
 std::uint64_t time_created(const record_fields& record);

@@ -57,8 +57,8 @@ class block_walk {
 std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record) {
   auto counter = block_.at_or_zero<std::uint64_t>(chunk + layout::first_logical_record_at);
   const auto last = block_.at_or_zero<std::uint64_t>(chunk + layout::nth_logical_record_at);
-  // Nothing but the block's end and the counter stops a record size that leaves the chunk. What is
-  // walked is counted, not where it is: resynchronising may lead back to the same records again.
+  // Only the block's end and the counter stop a record size that reaches past the chunk. The bytes
+  // walked are counted, not the position: resynchronising may lead back to the same records.
   std::uint64_t walked = record - chunk;
   std::uint64_t last_good = 0;
   for (; counter <= last && record <= block_.size() && walked <= limits::record_walk_bytes;
@@ -78,8 +78,9 @@ std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record
   return record;
 }
 
-// Finds the next sound record behind the last good one. No record is good yet at a chunk's first
-// one: the search then starts at the block's first byte, which is none, and fails; that is meant.
+// Finds the next sound record after the last good one. At a chunk's first record there is no good
+// one yet: the search then starts at the block's first byte, which is not a record, and fails; that
+// is meant.
 bool block_walk::resynchronise(std::uint64_t chunk, std::uint64_t last_good,
                                std::uint64_t& record) {
   const std::uint64_t chunk_end = chunk + layout::chunk_bytes;
@@ -95,8 +96,8 @@ bool block_walk::resynchronise(std::uint64_t chunk, std::uint64_t last_good,
   return true;
 }
 
-// The free tail of the chunk, from `area` on: each place with a signature is tried, records inside
-// records and ones that were read already among them.
+// The free tail of the chunk, from `area` on: each position with a signature is tried, including
+// records inside records and ones that were read already.
 void block_walk::walk_slack(std::uint64_t chunk, std::uint64_t area) {
   const std::uint64_t area_end = chunk + layout::chunk_bytes;
   if (area >= area_end) return;
@@ -112,9 +113,9 @@ bool block_walk::is_slack_candidate(std::uint64_t record, std::uint64_t area_end
   if (!block_.has(record, layout::record_header_bytes)) return false;
   const std::uint64_t size = size_of(record);
   if (size > area_end - record) return false;
-  // The low 16 bits of the position are where in its chunk it is.
+  // The low 16 bits of the position are the offset in its chunk.
   if ((record & 0xffff) + size > layout::chunk_bytes) return false;
-  // A signature in the number: what was taken for a size is one as well.
+  // A signature in the number: what was read as a size is one too.
   return (number_of(record) & 0xffffffff) != layout::record_signature;
 }
 

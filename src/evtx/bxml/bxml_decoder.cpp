@@ -23,7 +23,7 @@ bxml_result bxml_decode::run() {
     first = false;
     const std::uint64_t before = position_;
     run_fragment();
-    if (position_ == before) break;  // nothing was consumed, nor would it be the next time
+    if (position_ == before) break;  // nothing was consumed, and nothing would be the next time
   }
   flush();
   // A stream that ends inside an open EventData does not take this step.
@@ -38,8 +38,8 @@ void bxml_decode::fill_system(std::uint64_t begin) {
   result_.any_fields = result_.any_fields || !fields.empty();
 }
 
-// The head of the stream: a template instance is consumed here. Returns false when there is one
-// that cannot be read.
+// The start of the stream: a template instance is consumed here. Returns false if there is one that
+// cannot be read.
 bool bxml_decode::start() {
   if (const auto head = fragment_instance_in(chunk_, position_, chunk_.bound)) {
     const auto consumed = template_instance(*head, position_);
@@ -53,8 +53,8 @@ bool bxml_decode::start() {
     position_ += consumed;
     return consumed != 0;
   }
-  // An open element behind four bytes that are no fragment header is nothing special: there is no
-  // template instance to be found in front of it, so the stream is read as headerless.
+  // An open element after four bytes that are not a fragment header is not special: there is no
+  // template instance before it, so the stream is read as one without a header.
   headerless_ = true;
   template_body_ = false;
   return true;
@@ -67,12 +67,12 @@ void bxml_decode::run_fragment() {
   bool last_was_end = false;
   while (position_ < bytes_.size()) {
     if (after_substitution_ && last_was_end) {
-      // The values of a template that was read in place. With slots at hand, or in a template's
+      // The values of a template that was read in place. If slots are given, or in a template's
       // body, they are known already and the stream ends.
       if (cursor_.slots || template_body_) return;
       const auto length = walk_slot_table(position_);
       consume(length);
-      end_of_stream_ = length == 0;  // behind the table the stream goes on with a fragment
+      end_of_stream_ = length == 0;  // after the table the stream continues with a fragment
       return;
     }
     const auto token = bytes_.at_or_zero<std::uint8_t>(position_);
@@ -135,8 +135,8 @@ bool bxml_decode::dispatch(std::uint8_t token) {
   }
 }
 
-// Makes fields of the items in hand. Each attribute's field repeats the name of the element, and
-// costs it: one long name could stand in front of thousands.
+// Makes fields of the current items. Each attribute's field repeats the name of the element and is
+// charged for it: one long name could precede thousands.
 void bxml_decode::flush() {
   if (slot_named_ || items_.size() < 2) return;
   if (!spend(items_.front().text.size() * (items_.size() / 2 - 1))) return;
@@ -199,7 +199,7 @@ bool bxml_decode::value_text(std::uint8_t token) {
   const counted_text value =
       counted_text_at(chunk_, position_ + 4, *units, fits, 4, chunk_.memory->texts);
   if (!spend(4 + 2 * value.units_read)) return false;
-  // Meant: an empty text, and one that leads out of the block, is written and gives no item.
+  // Meant: an empty text, and one that reaches past the block, is written but gives no item.
   write("\"");
   write(value.text);
   write("\"");
@@ -209,7 +209,7 @@ bool bxml_decode::value_text(std::uint8_t token) {
   return true;
 }
 
-// A value that follows an attribute's value is told from it.
+// A value that follows an attribute's value is different from that.
 void bxml_decode::push_value(std::string_view text, std::uint8_t token) {
   std::uint16_t word = token;
   if (!items_.empty() && items_.back().word == token_value) word |= word_second_value;
@@ -230,7 +230,7 @@ bool bxml_decode::attribute(std::uint8_t token) {
   return true;
 }
 
-// Pushes a reference as a chained item, and chains a value that stands before it.
+// Pushes a reference as a chained item, and chains a value before it.
 void bxml_decode::push_reference(std::string_view reference, std::uint8_t token) {
   const auto word = static_cast<std::uint16_t>(token | data_bit() | word_chained);
   if (!items_.empty() && (items_.back().word & token_value) == token_value) {
@@ -267,9 +267,9 @@ bool bxml_decode::entity_reference(std::uint8_t token) {
   return true;
 }
 
-// A template instance behind the start of a stream; those at the start are read by `start`. Meant:
-// the form with a fragment header is expected, so a bare token goes through only when the byte four
-// further on happens to be one.
+// A template instance after the start of a stream; those at the start are read by `start`. Meant:
+// the form with a fragment header is expected, so a bare token passes only if the byte four further
+// on happens to be one.
 bool bxml_decode::instance_inside() {
   if (!is_token(bytes_.at_or_zero<std::uint8_t>(position_ + 4), token_template_instance)) {
     return false;

@@ -1,11 +1,10 @@
 // The binary XML decoder: walks one stream inside a chunk, composes XML-like text and collects
-// name-value fields where the caller wants them, and names the slots that substitutions refer to.
+// name-value fields if the caller wants them, and names the slots that substitutions refer to.
 //
 // It never trusts a count: text is bounded before it is read, an unknown token ends the stream, and
-// what was read up to there stays. Nested streams are decoded by the same function, at most
-// `limits::nesting_depth` deep and within the chunk's work budget. The budget is charged for bytes
-// that are looked at, wherever they stand: a token without a name that stands in it, a name or
-// value up to its NUL.
+// what was read before it is kept. Nested streams are decoded by the same function, at most
+// `limits::nesting_depth` deep and within the chunk's work budget. The budget is charged for the
+// bytes that are read, wherever they are: a token without its name, a name or value up to its NUL.
 //
 // Records of known templates do not come here one by one: quick_records.h runs this decoder once
 // for each template.
@@ -23,13 +22,13 @@
 
 namespace zanvik {
 
-// One value of a substitution array, with what decoding found out about it.
+// One value of a substitution array, and what decoding found out about it.
 struct slot_entry {
-  std::uint32_t offset = 0;  // of the value in the chunk; an empty value has one, too, and size 0
+  std::uint32_t offset = 0;  // of the value in the chunk; an empty value has one too, and size 0
   std::uint16_t size = 0;    // bytes
   std::uint16_t type = 0;    // see value_text.h
   std::uint32_t flags = 0;   // `slot_cut`
-  std::string name;          // what the template's body calls it; empty until it does
+  std::string name;          // the name in the template's body; empty until it is read
   bool composed = false;     // `text` is the text of nested plain binary XML
   std::string text;
   std::vector<slot_entry> children;  // values of a nested template
@@ -40,19 +39,19 @@ inline constexpr std::uint32_t slot_cut = 2;  // the value was cut at the chunk'
 struct field_value {
   std::uint16_t type = 0;
   std::string text;
-  std::uint64_t repeats = 0;  // keys "name [1]" to "name [repeats]" are taken
+  std::uint64_t repeats = 0;  // keys "name [1]" to "name [repeats]" are used
 };
-// Its nodes may come from memory of the reader's.
+// Its nodes may use memory of the reader.
 using field_map = std::pmr::map<std::string, field_value, std::less<>>;
 
 // Where a decode starts and in which mode.
 struct bxml_cursor {
   const chunk_view& chunk;
   std::uint64_t position = 0;                // chunk offset
-  std::vector<slot_entry>* slots = nullptr;  // to be named and written; null for a bare stream
+  std::vector<slot_entry>* slots = nullptr;  // to be named and written; null if there are none
   // The stream is a template's body: its nested slots are decoded elsewhere.
   bool template_body = false;
-  // What the bytes walked are taken from; a member of the chunk's budget.
+  // Charged for the bytes walked; a member of the chunk's budget.
   std::int64_t* budget = nullptr;
   unsigned depth = 0;  // of this stream in others
 };
@@ -60,13 +59,13 @@ struct bxml_cursor {
 inline constexpr std::uint64_t no_limit = std::numeric_limits<std::uint64_t>::max();
 
 struct bxml_result {
-  std::uint64_t element_bytes = 0;  // sum of the element sizes seen, 0 when there was no element
-  bool any_fields = false;          // the stream gave fields, wanted or not
+  std::uint64_t element_bytes = 0;  // sum of the element sizes seen, 0 if there was no element
+  bool any_fields = false;          // the stream has fields, wanted or not
 };
 
 // Decodes the stream at `cursor.position`, of at most `limit` bytes (`no_limit`: the block).
-//   text    grows by the composed text; null when nobody wants it.
-//   fields  cleared, then filled; null when nobody wants them.
+//   text    is extended by the composed text; null if not needed.
+//   fields  cleared, then filled; null if not needed.
 bxml_result decode_bxml(std::string* text, field_map* fields, const bxml_cursor& cursor,
                         std::uint64_t limit = no_limit);
 
@@ -81,12 +80,12 @@ struct data_counters {
   unsigned current_data_index = 0;
 };
 
-// Turns the items of one element (oldest first; there are two or more) into fields, and empties
+// Makes fields of the items of one element (oldest first; there are at least two), and empties
 // `items`. `no_slots`: the stream has no slot table.
 void flush_items(std::vector<element_item>& items, field_map& fields, data_counters& counters,
                  bool no_slots);
 
-// Takes system fields that `fields` lacks from the slot table of a stream that starts at `start`
+// Adds system fields that `fields` lacks from the slot table of a stream that starts at `start`
 // with a fragment header and template instance, by the order of the standard system template.
 void fill_system_from_slots(field_map& fields, const chunk_view& chunk, std::uint64_t start);
 

@@ -69,7 +69,7 @@ std::size_t chained_run(const item_list& items) {
   return static_cast<std::size_t>(first_unchained - items.rbegin());
 }
 
-// Gives the decode's unnamed data its number the first time it is asked for.
+// Gives the decode's unnamed data its number when first needed.
 unsigned current_index(data_counters& counters) {
   if (counters.current_data_index == 0) counters.current_data_index = ++counters.data_index;
   return counters.current_data_index;
@@ -128,7 +128,7 @@ void flush_data_pair(item_list& items, field_map& fields, data_counters& counter
   std::string value(take_newest(items));
   const std::string_view name = take_newest(items);
   if (name == "Data") {
-    // Meant: all unnamed data of a decode gathers in one field.
+    // Meant: all unnamed data of a decode is in one field.
     std::string key = numbered_key(current_index(counters), name);
     insert_or_append(fields, std::move(key), mark_line_ends(value), type);
     return;

@@ -36,7 +36,7 @@ std::string_view text_arena::keep(const char* end) {
 }
 
 std::string_view text_arena::add_utf16(std::span<const std::byte> bytes, std::size_t& units_read) {
-  // A text may end long before its bytes do; only what it needs is asked for.
+  // A text may end long before its bytes do; only what it needs is reserved.
   constexpr std::size_t short_text = 128;
   const std::size_t units = bytes.size() / 2;
   if (units > short_text) {

@@ -1,8 +1,8 @@
 // Memory that the decodes of one reader share, so that a stream is read without an allocation: the
-// names of the chunk in hand, each made into UTF-8 once; the texts of the record in hand; and the
-// stacks of nested streams.
+// names of the current chunk, each converted to UTF-8 once; the texts of the current record; and
+// the stacks of nested streams.
 //
-// A view into `names` lives until the next `start_chunk`, one into `texts` until the next
+// A view into `names` is valid until the next `start_chunk`, one into `texts` until the next
 // `start_record`.
 #pragma once
 
@@ -20,7 +20,7 @@ namespace zanvik {
 
 struct chunk_view;
 
-// Texts one behind the other in a few large pieces, which are kept for the next record.
+// Texts one after the other in a few large pieces, which are kept for the next record.
 class text_arena {
  public:
   // The UTF-16 text at `bytes`, up to a NUL, as UTF-8. `units_read` counts its units.
@@ -43,13 +43,13 @@ class text_arena {
   std::size_t room_ = 0;
 };
 
-// A name or text with a count of UTF-16 units, as it stands in the chunk.
+// A name or text with a count of UTF-16 units, as in the chunk.
 struct counted_text {
-  std::string_view text;         // empty when its length fails its bound or it is not all there
+  std::string_view text;         // empty if its length fails its bound or it does not fully exist
   std::uint64_t units = 0;       // as counted
-  std::uint64_t units_read = 0;  // looked at: a NUL ends a text before its count does
-  std::uint64_t length = 0;      // that it takes up, with its head and the optional NUL behind it
-  bool present = false;          // its head is there
+  std::uint64_t units_read = 0;  // units read: a NUL may end a text before its count does
+  std::uint64_t length = 0;      // of the whole, with its head and the optional NUL after it
+  bool present = false;          // its head exists
 };
 
 // The name entries of one chunk by their offsets.
@@ -89,7 +89,7 @@ class bxml_memory {
   void start_record() {
     if (!texts.empty()) texts.clear();
   }
-  // The stacks of a stream at this depth, empty. Valid while no deeper stream is entered twice.
+  // The stacks of a stream at this depth, empty. Valid until a deeper stream is entered twice.
   bxml_stacks& stacks_at(std::size_t depth);
 
  private:

@@ -31,8 +31,8 @@ bool bxml_decode::substitution(bool optional) {
 }
 
 // Names the slot after the newest item, which is used up: an optional substitution takes the
-// element as a prefix, a normal one only under `Provider`. Returns false, with nothing named, when
-// the prefix would cost more than is left.
+// element as a prefix, a normal one only under `Provider`. Returns false, with nothing named, if
+// the prefix would exceed the budget.
 bool bxml_decode::name_slot(std::uint32_t number, bool optional) {
   std::string name;
   if (items_.size() > 1) {
@@ -46,12 +46,12 @@ bool bxml_decode::name_slot(std::uint32_t number, bool optional) {
   items_.pop_back();
   if (!cursor_.slots || number >= cursor_.slots->size()) return true;
   (*cursor_.slots)[number].name = std::move(name);
-  slot_named_ = true;  // holds back the next flush
+  slot_named_ = true;  // delays the next flush
   return true;
 }
 
-// Writes the value of a slot, or decodes it when it is nested binary XML. Returns false when the
-// text would cost more than is left: a body may name one long value over and over.
+// Writes the value of a slot, or decodes it if it is nested binary XML. Returns false if the text
+// would exceed the budget: a body may name one long value again and again.
 bool bxml_decode::write_slot(slot_entry& slot, bool optional) {
   if (slot.type == value_type::bxml) {
     // A body's nested slots are decoded with their own template later, except for user data.
@@ -89,12 +89,12 @@ void bxml_decode::decode_nested(std::uint64_t at, std::vector<slot_entry>* slots
   decode_bxml(text_, nullptr, nested);
 }
 
-// Returns the length to step over: the head, and of a definition that stands right behind it the
-// head as well, so that the decode goes on in the body. 0 when the definition is not there.
+// Returns the length to skip: the head, and also the head of a definition that directly follows it,
+// so that the decode continues in the body. 0 if the definition does not exist.
 std::uint64_t bxml_decode::template_instance(const instance_head& head, std::uint64_t at) {
   const auto link = bytes_.at<std::uint32_t>(head.definition);
   if (!link) return 0;
-  // A link word from 1 to 28 marks a head that cannot be used; it is not stepped over.
+  // A link word from 1 to 28 marks a head that cannot be used; it is not skipped.
   const bool usable = *link == 0 || *link > 28;
   if (head.definition == at + head.length) {
     return head.length + (usable ? evtx_layout::definition_head_bytes : 0);
@@ -103,8 +103,8 @@ std::uint64_t bxml_decode::template_instance(const instance_head& head, std::uin
   return head.length;
 }
 
-// Steps over a slot table for which there are no slots, decoding the nested streams among its
-// values. Returns its length, 0 when it is refused.
+// Skips a slot table for which there are no slots, decoding the nested streams among its values.
+// Returns its length, 0 if it is refused.
 std::uint64_t bxml_decode::walk_slot_table(std::uint64_t at) {
   const auto count = bytes_.at<std::uint32_t>(at);
   if (!count) return 0;

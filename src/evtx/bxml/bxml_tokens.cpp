@@ -5,7 +5,7 @@
 namespace zanvik {
 namespace {
 
-// A bound that a size fails only when the size fits in 32 bits.
+// A bound that a size exceeds only if the size fits in 32 bits.
 bool within(std::uint64_t value, std::uint64_t size) {
   return size > std::numeric_limits<std::uint32_t>::max() || value <= size;
 }
@@ -26,7 +26,7 @@ bool names_within(const chunk_view& chunk, std::uint32_t size, std::uint32_t nam
   return within(size, chunk.bound) && within(std::uint64_t{name} + 10, chunk.bound);
 }
 
-// Layouts as bxml_tokens.h has them, tried in this order; the first whose bounds hold is taken.
+// Layouts as in bxml_tokens.h, tried in this order; the first whose bounds hold is used.
 element_head element_head_at(const chunk_view& chunk, std::uint64_t offset) {
   const byte_cursor& bytes = chunk.bytes;
   const auto token = bytes.at<std::uint8_t>(offset);
@@ -47,21 +47,21 @@ element_head element_head_at(const chunk_view& chunk, std::uint64_t offset) {
   return {};
 }
 
-// A token of `head` bytes that names its name by a chunk offset. The name stands right behind the
-// head when the offset says so, and belongs to the token then.
+// A token of `head` bytes that refers to its name by a chunk offset. If the offset says that the
+// name directly follows the head, it belongs to the token.
 named_token token_by_offset(const chunk_view& chunk, std::uint64_t offset, std::uint64_t head,
                             std::uint32_t name_offset) {
   named_token token;
   token.name = chunk.memory->names.at(chunk, name_offset);
   token.length = token.head_length = head;
   if (name_offset == offset + head) {
-    if (!token.name.present) return {};  // the rest of the token is not there
+    if (!token.name.present) return {};  // the rest of the token does not exist
     token.length += token.name.length;
   }
   return token;
 }
 
-// A token of `head` bytes with an inline name behind it.
+// A token of `head` bytes followed by an inline name.
 named_token token_with_name(const chunk_view& chunk, std::uint64_t offset, std::uint64_t head,
                             std::int64_t bound) {
   named_token token;
@@ -120,7 +120,7 @@ counted_text counted_text_at(const chunk_view& chunk, std::uint64_t offset, std:
   std::size_t units_read = 0;
   found.text = texts.add_utf16(chunk.bytes.bytes_at(offset, 2 * units), units_read);
   found.units_read = units_read;
-  // Two zero bytes behind the text belong to it.
+  // Two zero bytes after the text belong to it.
   if (chunk.bytes.at<std::uint16_t>(offset + 2 * units) == 0) found.length += 2;
   return found;
 }
@@ -152,7 +152,7 @@ named_token element_at(const chunk_view& chunk, std::uint64_t offset) {
       token = token_by_offset(chunk, offset, 9, head.name);
       break;
     case element_form::inline_name:
-      // Meant: the bound comes from the element's size where the others take an offset.
+      // Meant: the bound comes from the element's size where the others use an offset.
       token = token_with_name(chunk, offset, 5, units_behind(chunk.bound, head.size) - 4);
       if (token.length == 0) return {};
       break;

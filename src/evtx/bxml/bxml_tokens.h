@@ -1,22 +1,22 @@
-// The tokens of binary XML: recognisers, and the layouts of what stands behind a token byte.
+// The tokens of binary XML: recognisers, and the layouts of what follows a token byte.
 //
-// A token byte holds its number in the low four bits; 0x40 means that more data follows. Every
-// function takes the chunk and a chunk offset, reads through the chunk's cursor and reports what
-// is not all there as not recognised. Lengths are in bytes.
+// A token byte has its number in the low four bits; 0x40 means that more data follows. Every
+// function takes the chunk and a chunk offset, reads through the chunk's cursor, and reports a
+// token that does not fully exist as not recognised. Lengths are in bytes.
 //
-// On-disk layouts, the token byte first; an "offset" leads to a name entry in the chunk, 4 bytes:
+// On-disk layouts, the token byte first; an "offset" points to a name entry in the chunk, 4 bytes:
 //   open element         id 2, size of the element 4, offset; or without the id; or size, inline
-//                        name. Behind the name, with 0x40, the size of the attributes 4
+//                        name. After the name, with 0x40, the size of the attributes 4
 //   value                type 1, count of units 2, UTF-16
 //   attribute, entity    offset; or inline name
 //   character reference  code 2
 //   substitution         number of the slot 2, type 1
-//   template instance    version 1, template id 4, chunk offset of the definition 4; a fragment
-//                        header mostly stands before it
+//   template instance    version 1, template id 4, chunk offset of the definition 4; usually
+//                        preceded by a fragment header
 //   fragment header      1, 1, 0
 // A name entry is a link to the next one 4, a hash 2 and a count of units 2, then UTF-16; an inline
-// name is the same without the link. A name that is used here for the first time stands right
-// behind its offset.
+// name is the same without the link. A name that is used for the first time directly follows its
+// offset.
 #pragma once
 
 #include <cstdint>
@@ -47,7 +47,8 @@ enum bxml_token : std::uint8_t {
 };
 inline constexpr std::uint8_t token_more = 0x40;
 
-// True for a byte that the recognisers take: bit 0x20 is not accepted, 0x40 is the more-data flag.
+// True for a byte that the recognisers accept: bit 0x20 is not accepted, 0x40 is the more-data
+// flag.
 inline bool is_acceptable(std::uint8_t byte) { return byte < 32 || (byte >= 64 && byte < 96); }
 inline bool is_token(std::uint8_t byte, bxml_token token) {
   return (byte & 0x1f) == token && is_acceptable(byte);
@@ -62,7 +63,7 @@ struct instance_head {
 
 // The head of a fragment header and template instance at `offset`; its template id is not 0.
 std::optional<instance_head> fragment_instance_at(const chunk_view& chunk, std::uint64_t offset);
-// The same, with a definition not above `size`, which is not tested when it exceeds 32 bits.
+// The same, with a definition not above `size`, which is not tested if it exceeds 32 bits.
 std::optional<instance_head> fragment_instance_in(const chunk_view& chunk, std::uint64_t offset,
                                                   std::uint64_t size);
 // The head of a template instance without fragment header.
@@ -71,21 +72,21 @@ std::optional<instance_head> bare_instance_at(const chunk_view& chunk, std::uint
 std::optional<instance_head> nested_instance_at(const chunk_view& chunk, std::uint64_t offset);
 
 // The name entry (link, hash, count, UTF-16 name) at `offset`, its text added to `texts`. The name
-// is read when its count keeps within the block.
+// is read if its count stays within the block.
 counted_text name_entry_at(const chunk_view& chunk, std::uint64_t offset, text_arena& texts);
-// The inline name (hash, count, UTF-16 name) at `offset`, read when its count is at most `bound`.
+// The inline name (hash, count, UTF-16 name) at `offset`, read if its count is at most `bound`.
 counted_text inline_name_at(const chunk_view& chunk, std::uint64_t offset, std::int64_t bound);
-// UTF-16 text of `units` at `offset`, read when `read` is set; `head_length` bytes stand before it.
+// UTF-16 text of `units` at `offset`, read if `read` is set; `head_length` bytes precede it.
 counted_text counted_text_at(const chunk_view& chunk, std::uint64_t offset, std::uint64_t units,
                              bool read, std::uint64_t head_length, text_arena& texts);
 
 // An open start element, an attribute or an entity reference.
 struct named_token {
   counted_text name;
-  std::uint64_t length = 0;       // of the whole token; 0 when no layout takes it
-  std::uint64_t head_length = 0;  // of the token without a name that stands in it
+  std::uint64_t length = 0;       // of the whole token; 0 if no layout accepts it
+  std::uint64_t head_length = 0;  // of the token without a name inside it
   std::uint32_t element_size = 0;
-  bool name_past_end = false;  // a name by offset that would run past the bound: ends the stream
+  bool name_past_end = false;  // a name by offset that would reach past the bound: ends the stream
 };
 
 named_token element_at(const chunk_view& chunk, std::uint64_t offset);

@@ -11,7 +11,7 @@
 namespace zanvik {
 namespace {
 
-// Past this offset no value is looked at: the chunk and a file header's length.
+// Past this offset no value is read: the chunk and a file header's length.
 constexpr std::uint64_t data_offset_max = evtx_layout::file_header_bytes + evtx_layout::chunk_bytes;
 constexpr unsigned children_depth = 2;  // a record's slots and their children
 
@@ -23,7 +23,7 @@ struct descriptor {
 // The head of a slot table: its count and where the values start.
 class table_head {
  public:
-  // Refused (false) when it is not there, too long, or more than the chunk may still cost.
+  // Refused (false) if it does not exist, is too long, or would exceed the chunk's budget.
   bool read(const chunk_view& chunk, std::uint64_t table) {
     const auto count = chunk.bytes.at<std::uint32_t>(table);
     if (!count || *count > limits::slots_per_table) return false;
@@ -46,7 +46,7 @@ class table_head {
   std::uint32_t count_ = 0;
 };
 
-// Makes the slot of a value that is nested plain binary XML. False when the value gives nothing.
+// Makes the slot of a value that is nested plain binary XML. False if the value gives nothing.
 bool read_plain_slot(const chunk_view& chunk, std::uint64_t value, unsigned depth,
                      slot_entry& slot) {
   slot.offset = static_cast<std::uint32_t>(value);
@@ -56,8 +56,8 @@ bool read_plain_slot(const chunk_view& chunk, std::uint64_t value, unsigned dept
   return decode_plain_value(chunk, value, depth, &slot.text);
 }
 
-// Adds the slot of a value that is no binary XML, cut at the chunk's end. False, with nothing
-// added, when it would cost more than is left.
+// Adds the slot of a value that is not binary XML, cut at the chunk's end. False, with nothing
+// added, if it would exceed the budget.
 bool add_slot(const chunk_view& chunk, std::uint64_t value, descriptor entry,
               std::vector<slot_entry>& slots) {
   slot_entry slot;
@@ -76,7 +76,7 @@ bool add_slot(const chunk_view& chunk, std::uint64_t value, descriptor entry,
   return true;
 }
 
-// Adds a slot whose children come from the table at `table`; none when that is refused.
+// Adds a slot whose children come from the table at `table`; none if that is refused.
 void add_nested_slot(const chunk_view& chunk, std::uint64_t value, std::uint64_t table,
                      descriptor entry, std::vector<slot_entry>& slots, unsigned depth) {
   slot_entry slot;
@@ -160,8 +160,8 @@ bool parse_template_slots(const chunk_view& chunk, std::uint64_t table,
     if (entry.type == value_type::bxml) {
       const auto instance = nested_instance_at(chunk, value);
       if (!instance) {
-        // Meant: what gives nothing is passed over without moving on, so that the values behind
-        // it are read from the wrong place.
+        // Meant: a value that gives nothing is skipped without moving on, so later values are read
+        // from the wrong place.
         if (!decode_plain_value(chunk, value, depth, nullptr)) continue;
       } else {
         if (instance->definition > chunk.bound) continue;  // meant as well
@@ -189,7 +189,7 @@ bool parse_substitution_array(const chunk_view& chunk, std::uint64_t table,
   if (head.count() == 0) return true;
   std::uint64_t value = head.values();
   if (value >= evtx_layout::chunk_bytes) return false;
-  // Deeper slots are seen by nobody; whether their table is good is all that counts.
+  // Deeper slots are never shown; it only matters whether their table is good.
   if (depth >= children_depth) return true;
   for (std::uint32_t i = 0; i < head.count() && value < evtx_layout::chunk_bytes; ++i) {
     const descriptor entry = head[i];

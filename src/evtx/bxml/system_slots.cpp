@@ -1,4 +1,4 @@
-// System fields by the order of the standard system template, for streams whose body gave none.
+// System fields by the order of the standard system template, for streams whose body has none.
 #include <array>
 #include <string>
 #include <string_view>
@@ -19,7 +19,7 @@ struct system_field {
   int group;
 };
 
-// Version asks for eight bytes, which no one-byte version has: meant, as is its being last.
+// Version requires eight bytes, which no one-byte version has: meant, as is its being last.
 constexpr std::array<system_field, 12> system_fields{{
     {"Level", 1, value_type::uint8, 0},
     {"Opcode", 1, value_type::uint8, 0},
@@ -50,7 +50,7 @@ std::string system_text(const chunk_view& chunk, std::uint64_t value, const syst
   return text;
 }
 
-// The first field of the next size group, past the end behind the last.
+// The first field of the next size group, past the end after the last.
 std::size_t next_group(std::size_t field) {
   const int group = system_fields[field].group;
   while (field < system_fields.size() && system_fields[field].group == group) ++field;

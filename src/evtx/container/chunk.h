@@ -2,8 +2,8 @@
 //
 // Layout, all integers little-endian: a file header of 4,096 bytes whose first 8 are "ElfFile\0";
 // then chunks of 65,536 bytes, each with a header of 512 bytes ("ElfChnk\0", record numbers, 64
-// string offsets, 32 template offsets) and records behind it, each of 24 bytes of header, binary
-// XML and a copy of its size. Offsets in binary XML count from the chunk's first byte.
+// string offsets, 32 template offsets) followed by records, each of 24 bytes of header, binary XML
+// and a copy of its size. Offsets in binary XML count from the chunk's first byte.
 #pragma once
 
 #include <cstdint>
@@ -54,30 +54,30 @@ struct work_budget {
   std::int64_t body_bytes = limits::body_bytes_per_chunk;
   std::int64_t layout_bytes = limits::layout_bytes_per_chunk;
 
-  // For work that another budget has been charged for.
+  // For work that was charged to another budget.
   static work_budget unlimited() {
     constexpr auto most = std::numeric_limits<std::int64_t>::max();
     return {most, most, most, most, most};
   }
 
-  // Takes `bytes` from one of them; false once it is used up.
+  // Takes `bytes` from one of them; false when it is used up.
   static bool spend(std::int64_t& left, std::uint64_t bytes) {
     left = bytes > static_cast<std::uint64_t>(left) ? 0 : left - static_cast<std::int64_t>(bytes);
     return left > 0;
   }
 };
 
-// A chunk in its block. `bytes` runs from the chunk's first byte to the end of the block, so a read
-// may leave the chunk but never the block; `bound` is the size of the whole block, which is what
-// the offsets in binary XML are compared with (more than can be read in any chunk but the first:
-// an offset in between passes its bound and then finds nothing).
+// A chunk in its block. `bytes` is from the chunk's first byte to the end of the block, so a read
+// may leave the chunk but never the block. `bound` is the size of the whole block; offsets in
+// binary XML are compared with it. It is more than can be read in any chunk but the first: an
+// offset in between passes its bound and then finds nothing.
 struct chunk_view {
   byte_cursor bytes;
   std::uint64_t bound = 0;
   std::uint64_t file_offset = 0;  // of the chunk
   work_budget* budget = nullptr;  // never null while records are decoded
-  bxml_memory* memory = nullptr;  // nor is this
-  bool full_sids = false;         // how its SIDs show, see reader_options
+  bxml_memory* memory = nullptr;  // never null either
+  bool full_sids = false;         // how SIDs are shown, see reader_options
 };
 
 }  // namespace zanvik

@@ -1,7 +1,7 @@
-// A hash table of what one chunk names: entries in order of arrival, found by a keyed hash.
+// A hash table for one chunk: entries in order of arrival, found by a keyed hash.
 //
-// It is emptied for each chunk, so it clears only as many places as a usual chunk fills, and gives
-// back what an unusual one made it grow to.
+// It is emptied for each chunk, so it clears only as many places as a usual chunk fills, and frees
+// the memory that an unusual one needed.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 namespace zanvik {
 
-// `usual_places` is a power of two; up to half of the places are taken.
+// `usual_places` is a power of two; up to half of the places are used.
 template <typename Entry, std::size_t usual_places>
 class chunk_table {
  public:
@@ -40,7 +40,7 @@ class chunk_table {
     }
   }
 
-  // Adds an entry that is not there yet. Valid until the next `add`.
+  // Adds an entry that does not exist yet. Valid until the next `add`.
   Entry& add(std::uint64_t hash, Entry added) {
     if (2 * (entries_.size() + 1) > places_.size()) grow();
     entries_.emplace_back(hash, std::move(added));

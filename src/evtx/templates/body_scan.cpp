@@ -11,18 +11,18 @@ constexpr std::uint64_t name_head_bytes = 8;  // link, hash, count
 constexpr std::uint64_t name_link_bytes = 4;
 constexpr std::uint64_t name_units_at = 6;
 constexpr std::uint64_t name_offset_bytes = 4;
-constexpr std::uint64_t field_with_id = 7;  // where an element with an id has its name's offset
+constexpr std::uint64_t field_with_id = 7;  // offset of its name in an element with an id
 
-// Names that one body cites, in bytes, each as often as it is cited. Comparing a copy looks at all
-// of them. Bodies of real logs cite some 3,000 bytes.
+// Maximum bytes of names in one body, each counted as often as it is used. Comparing a copy reads
+// all of them. Bodies of real logs use some 3,000 bytes.
 constexpr std::uint64_t most_name_bytes = evtx_layout::chunk_bytes;
 
-// An element without an id is told from one with an id by its name's offset, as long as the size
-// and offset that are read there in vain lie beyond the block.
+// An element without an id differs from one with an id in its name's offset, as long as the size
+// and offset that are first tried lie past the block.
 constexpr std::uint64_t least_offset_without_id = evtx_layout::chunk_header_bytes;
 constexpr std::uint64_t largest_block_without_id = least_offset_without_id << 16;
 
-// Whether a name entry lies so far inside the chunk that every bound on it holds, in any block.
+// Whether a name entry is so far inside the chunk that every bound on it holds, in any block.
 bool name_fits(std::uint64_t offset, std::uint64_t name_bytes) {
   return offset <= evtx_layout::chunk_bytes &&
          name_head_bytes + name_bytes + 2 <= evtx_layout::chunk_bytes - offset;
@@ -56,7 +56,7 @@ bool is_copy(const body_copy& copy, const chunk_view& chunk, std::uint64_t body)
   };
   for (const name_place& place : copy.places) {
     if (!same_up_to(place.field) || !is_same_name(copy, place, chunk, body)) return false;
-    // Past the offset, and past the chain link of a name that stands here.
+    // Past the offset, and past the chain link of a name that is here.
     at = place.field + name_offset_bytes + (place.here ? name_link_bytes : 0);
   }
   return same_up_to(bytes.size());
@@ -94,7 +94,7 @@ bool body_scan::scan_token(std::uint8_t token) {
     case token_attribute:
       return scan_name(offset_head, 1, false, 0);
     case token_entity_reference:
-      // Two zero bytes tell the layout with an offset from the one with an inline name.
+      // Two zero bytes distinguish the layout with an offset from the one with an inline name.
       if (chunk_->bytes.at_or_zero<std::uint16_t>(at_ + 3) != 0) return false;
       return scan_name(offset_head, 1, false, 0);
     case token_value:
@@ -131,13 +131,13 @@ bool body_scan::scan_element(std::uint8_t token) {
 bool body_scan::scan_value() {
   constexpr std::uint64_t head = 4;
   const std::uint64_t length = head + 2u * chunk_->bytes.at_or_zero<std::uint16_t>(at_ + 2);
-  if (length + 2 > end_ - at_) return false;  // the decoder looks for a NUL behind the text
+  if (length + 2 > end_ - at_) return false;  // the decoder looks for a NUL after the text
   const bool has_nul = chunk_->bytes.at_or_zero<std::uint16_t>(at_ + length) == 0;
   return take(length + (has_nul ? 2 : 0));
 }
 
-// A token of `head` bytes with a name, whose offset stands `field` bytes into it, and `tail` bytes
-// behind the name.
+// A token of `head` bytes with a name, whose offset is at byte `field`, and `tail` bytes after the
+// name.
 bool body_scan::scan_name(std::uint64_t head, std::uint64_t field, bool without_id,
                           std::uint64_t tail) {
   const byte_cursor& bytes = chunk_->bytes;
@@ -176,7 +176,7 @@ bool body_scan::scan_name(std::uint64_t head, std::uint64_t field, bool without_
   return true;
 }
 
-// Takes `length` bytes as they are.
+// Copies `length` bytes unchanged.
 bool body_scan::take(std::uint64_t length) {
   if (length > end_ - at_) return false;
   note(at_, length);

@@ -9,9 +9,9 @@
 namespace zanvik {
 namespace {
 
-// What the value of a slot costs, as `value_source_bytes` says for values inside their chunk, in
-// one word: a mask for its size, a fixed cost behind it, and a bit for types that take more than
-// that (binary XML, and texts whose size their bytes tell).
+// The cost of a slot's value, as `value_source_bytes` gives it for values inside their chunk, in
+// one word: a mask for its size, a fixed cost after it, and a bit for types that cost more (binary
+// XML, and texts whose length depends on their bytes).
 constexpr std::uint32_t sized_cost = 0xffff;
 constexpr unsigned fixed_cost_shift = 16;
 constexpr std::uint32_t special_cost = 0x80000000;
@@ -40,7 +40,7 @@ const known_template* quick_records::first_template(const chunk_view& chunk, std
   return ref && size ? store_.enter(chunk, head.definition, *size, *ref) : nullptr;
 }
 
-// The nested template instance at `value` and the values behind it.
+// The nested template instance at `value` and the values after it.
 bool quick_records::read_nested_template(const chunk_view& chunk, std::uint64_t value,
                                          const instance_head& head) {
   if (head.definition > chunk.bound) return false;
@@ -58,7 +58,7 @@ bool quick_records::read_nested_template(const chunk_view& chunk, std::uint64_t 
   if (first_of_guid != head.template_id) return false;  // it names no template
   std::uint64_t table = value + head.length;
   if (head.definition == table) {
-    // User data is decoded where it stands and then by the catalogue: these must be the same.
+    // User data is decoded in place and then by the catalogue: these must be the same.
     if (known->ref.definition != head.definition) return false;
     table += evtx_layout::definition_head_bytes + known->size_record;
   }
@@ -67,8 +67,8 @@ bool quick_records::read_nested_template(const chunk_view& chunk, std::uint64_t 
   return walk_table<true>(chunk, table);
 }
 
-// The plain binary XML at `value`. Such a value is tried as a slot table as well, which a first
-// word that is no count rules out.
+// The plain binary XML at `value`. Such a value is also tried as a slot table, which its first word
+// must rule out.
 bool quick_records::read_plain_value(const chunk_view& chunk, std::uint64_t value) {
   if (key_.plain_slot != 0) return false;
   const auto first = chunk.bytes.at<std::uint32_t>(value);
@@ -91,10 +91,10 @@ bool quick_records::read_nested(const chunk_view& chunk, std::uint64_t value, st
   return true;
 }
 
-// Adds the values of a slot table to `slots_`. False when the table is not an ordinary one.
+// Adds the values of a slot table to `slots_`. False if the table is not an ordinary one.
 template <bool children>
 bool quick_records::walk_table(const chunk_view& chunk, std::uint64_t table) {
-  constexpr std::uint64_t least_bytes = 8;  // of a table, an empty one included
+  constexpr std::uint64_t least_bytes = 8;  // of a table, including an empty one
   if (table > evtx_layout::chunk_bytes - least_bytes) return false;
   const auto count = chunk.bytes.at<std::uint32_t>(table);
   if (!count || *count > limits::slots_per_table) return false;
@@ -146,7 +146,7 @@ quick_records::answer quick_records::read(const chunk_view& chunk, std::uint64_t
   key_.first_body = known->body;
   if (!walk_table<false>(chunk, table)) return answer::unusual;
   if (!work_budget::spend(chunk.budget->slot_bytes, cost_)) return answer::too_much;
-  // A text that could not be paid for to its end would show as something it is not.
+  // A text whose budget ran out in the middle would be misread.
   if (key_.plain_slot != 0 && chunk.budget->plain_bytes <= 0) return answer::too_much;
   const auto found = store_.layout_for(chunk, key_);
   layout_ = found.layout;

@@ -1,11 +1,10 @@
-// The quick road of a template record: which templates it is made from is looked up, what they
-// decide is worked out once (template_store.h), and of the record itself only the slot table is
-// walked.
+// The quick path of a template record: its templates are looked up, what they decide is computed
+// once (template_store.h), and of the record itself only the slot table is read.
 //
-// It takes ordinary records only: one template, at most one nested template in one slot, at most
-// one slot of plain binary XML, every value inside the chunk. For these it gives exactly what
-// template_record.h gives; everything else it leaves to that. Which road a record takes, and what
-// that costs, depends on its chunk alone. Tests hold the two together, record by record.
+// It accepts only ordinary records: one template, at most one nested template in one slot, at most
+// one slot of plain binary XML, every value inside the chunk. For these it returns exactly what
+// template_record.h returns; all others it leaves to that. Which path a record takes, and what that
+// costs, depends on its chunk alone. Tests compare the two, record by record.
 #pragma once
 
 #include <array>
@@ -25,16 +24,16 @@ class quick_records {
   enum class answer {
     ordinary,  // `slots`, `layout` and, with a slot of plain binary XML, `plain` are set
     unusual,   // for template_record.h
-    too_much,  // more than the records of a chunk may cost together: lost
+    too_much,  // the work budget of the chunk is used up: the record is lost
   };
   // Reads the record whose binary XML starts at `bxml` with `head`. New templates of the record are
-  // added to the store's catalogue, as the plain way does.
+  // added to the store's catalogue, as in the plain way.
   answer read(const chunk_view& chunk, std::uint64_t bxml, const instance_head& head);
 
-  // Of the record read last, until the next one is read.
+  // Of the last record, until the next one is read.
   std::span<const record_slot> slots() const { return std::span(slots_).first(slot_count_); }
   const record_layout* layout() const { return layout_; }
-  // The composed text of the slot of plain binary XML, if there is one; the text may be taken.
+  // The composed text of the slot of plain binary XML, if there is one; the caller may move it.
   std::string* plain_text() { return key_.plain_slot != 0 ? &plain_text_ : nullptr; }
   std::size_t plain_slot() const { return plain_slot_; }
 
@@ -52,7 +51,7 @@ class quick_records {
   std::array<record_slot, 2 * std::size_t{limits::slots_per_table}> slots_;
   std::size_t slot_count_ = 0;
   layout_key key_;
-  std::uint64_t cost_ = 0;  // of the record in hand, in bytes of its slot tables
+  std::uint64_t cost_ = 0;  // of the current record, in bytes of its slot tables
   const record_layout* layout_ = nullptr;
   std::string plain_text_;
   std::size_t plain_slot_ = 0;  // among all slots

@@ -32,7 +32,7 @@ std::uint32_t template_bodies::identify(const chunk_view& chunk, std::uint64_t d
   return number;
 }
 
-// A body beyond what may be held gets a number of its own each time, and is not kept.
+// A body beyond the limits gets a new number each time, and is not kept.
 std::uint32_t template_bodies::number_of_normal_form() {
   const auto bytes = scan_.normal_form();
   const std::uint64_t hash = keyed_hash(bytes);

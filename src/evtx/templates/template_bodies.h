@@ -1,12 +1,12 @@
-// Template bodies of a run, so that a body that comes again in a later chunk is known for what it
-// is without being decoded.
+// Template bodies of a run: a body that appears again in a later chunk is recognised without being
+// decoded.
 //
 // Windows writes each template into every chunk that uses it. Two copies are the same template if
-// their tokens, texts and names match, wherever the names stand: in the body at the first use in
-// the chunk, or at an earlier place of it. Copies whose names stand in the same places are compared
-// byte by byte, except for name offsets and chain links. Any other copy is scanned once, into a
-// normal form without sizes and offsets, and found by that. A body with anything unusual in it, or
-// whose decoding would look at a byte outside of it, is not recognised.
+// their tokens, texts and names match, wherever the names are: in the body at the first use in the
+// chunk, or at an earlier place in the chunk. Copies with their names in the same places are
+// compared byte by byte, ignoring name offsets and chain links. Any other copy is scanned once into
+// a normal form without sizes and offsets, and found by that. A body with anything unusual in it,
+// or whose decoding would read a byte outside it, is not recognised.
 #pragma once
 
 #include <cstdint>
@@ -21,23 +21,23 @@ namespace zanvik {
 
 class template_bodies {
  public:
-  // A number from 1 that two definitions share only when their bodies are decoded alike; 0 when the
-  // body is not recognised. Numbers are never used again. `definition` is the chunk offset of a
-  // definition that has that GUID. Looks at no more than a small multiple of `size_record` bytes.
+  // A number from 1 that two definitions share only if their bodies are decoded alike; 0 if the
+  // body is not recognised. Numbers are never reused. `definition` is the chunk offset of a
+  // definition with that GUID. Reads at most a small multiple of `size_record` bytes.
   std::uint32_t identify(const chunk_view& chunk, std::uint64_t definition,
                          std::uint32_t size_record, const guid_bytes& guid);
 
-  // What the last call cost, in bytes of the chunk that it looked at. It depends on the chunk alone,
+  // The cost of the last call, in bytes of the chunk that it read. It depends on the chunk alone,
   // not on what was known before.
   std::uint64_t bytes_read() const { return bytes_read_; }
 
-  // Starts anew when more is held than the limits allow; call it between chunks. True when bodies
-  // get new numbers from now on.
+  // Empties the store if it exceeds the limits; call it between chunks. True if bodies get new
+  // numbers from now on.
   bool drop_if_full();
 
  private:
   // Copies with one GUID and size that are compared before a body is scanned. More than a few are
-  // seldom met; the oldest makes room.
+  // rare; a new one replaces the oldest.
   static constexpr std::size_t copies_compared = 4;
   struct copy_list {
     body_copy copies[copies_compared];

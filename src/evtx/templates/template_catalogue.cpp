@@ -49,8 +49,8 @@ const template_ref* resolve_first_reference(template_catalogue& catalogue, const
   if (const template_ref* known = catalogue.find(*guid)) return known;
   auto ref = definition_at(chunk, definition, template_id);
   if (!ref) return nullptr;
-  // Meant: a definition that stands elsewhere and is in no table is looked for here all the same,
-  // and its record then has no names.
+  // Meant: a definition that is elsewhere and in no table is still expected here, and its record
+  // then has no names.
   ref->definition = bxml + evtx_layout::fragment_instance_bytes;
   catalogue.add(*ref);
   return catalogue.find(*guid);

@@ -7,7 +7,7 @@
 namespace zanvik {
 namespace {
 
-// The nested template of a record: the last one that its slots name, as the catalogue has it.
+// The nested template of a record: the last one in its slots, as in the catalogue.
 const template_ref* resolve_second_reference(template_catalogue& catalogue, const chunk_view& chunk,
                                              std::uint64_t table) {
   std::vector<template_ref> nested;

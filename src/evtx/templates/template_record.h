@@ -1,6 +1,6 @@
 // Records with a template, the plain way: their slots and the bodies that name them, decoded for
-// this one record. It takes whatever a record holds; quick_records.h has the quick road for the
-// ordinary ones and leaves the others to this.
+// this one record. It accepts any record; quick_records.h has the quick path for ordinary ones and
+// leaves the others to this.
 #pragma once
 
 #include <cstdint>
@@ -14,20 +14,20 @@
 
 namespace zanvik {
 
-// What a record's templates gave: slots with names and children, and the fields of the bodies.
+// The result of a record's templates: slots with names and children, and the fields of the bodies.
 struct template_content {
   std::vector<slot_entry> slots;
   field_map fields;
 };
 
 // Decodes the body of the template at `ref`: names `slots`, clears and fills `fields`, appends the
-// composed text to `text` unless it is null. Returns false when the definition there does not have
+// composed text to `text` unless it is null. Returns false if the definition there does not have
 // the size that the reference states.
 bool decode_template_body(const chunk_view& chunk, const template_ref& ref,
                           std::vector<slot_entry>& slots, field_map& fields, std::string* text);
 
-// Reads the record whose binary XML starts at `bxml` with the instance `head`. Adds the templates
-// that it brings to the catalogue. Nothing when no template can be found for it.
+// Reads the record whose binary XML starts at `bxml` with the instance `head`. Adds its templates
+// to the catalogue. Nothing if no template can be found for it.
 std::optional<template_content> read_template_record(template_catalogue& catalogue,
                                                      const chunk_view& chunk, std::uint64_t bxml,
                                                      const instance_head& head, std::string* text);
@@ -35,8 +35,7 @@ std::optional<template_content> read_template_record(template_catalogue& catalog
 // Moves the fields to the layout's, in their order; leaves none.
 void move_fields(field_map& fields, record_layout& layout);
 
-// The content as a record's slots, texts and layout (whose id is 0), in the order that records
-// have them.
+// The content as a record's slots, texts and layout (whose ID is 0), in the order of records.
 void flatten_content(template_content&& content, std::vector<record_slot>& slots,
                      std::vector<slot_text>& texts, record_layout& layout);
 

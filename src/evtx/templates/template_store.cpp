@@ -22,7 +22,7 @@ bool same_content(const record_layout& a, const record_layout& b) {
   return a.names == b.names && a.child_numbers == b.child_numbers && a.fields == b.fields;
 }
 
-// What a layout costs: the bytes that it holds.
+// The cost of a layout: the bytes in it.
 std::uint64_t cost_of(const record_layout& layout) {
   std::uint64_t bytes =
       layout.names.size() * sizeof(std::string) + layout.fields.size() * sizeof(layout_field);
@@ -94,7 +94,7 @@ template_store::layout_answer template_store::find_layout(const chunk_view& chun
   if (chunk.budget->body_bytes <= 0 || chunk.budget->layout_bytes <= 0) {
     return {answer::too_much, nullptr};
   }
-  // By the numbers of the bodies, wherever they stand.
+  // By the numbers of the bodies, wherever they are.
   layout_key bodies = key;
   bodies.first = key.first_body;
   bodies.second = key.second_body;
@@ -111,8 +111,8 @@ template_store::layout_answer template_store::find_layout(const chunk_view& chun
   return {answer::found, &layout->layout};
 }
 
-// Whether the bodies are still what they were recognised as: a record that was found behind damage
-// may have been cut in the middle of them since.
+// Whether the bodies are still as they were when recognised: a record found after damage may have
+// been cut in the middle of them since.
 bool template_store::is_unchanged(const chunk_view& chunk, const layout_key& key) {
   const auto number_at = [&](std::uint64_t definition) {
     const template_ref ref = reference_to(chunk, definition);

@@ -1,9 +1,9 @@
-// What is known of templates: the definitions of the chunk in hand, the bodies of the run, and the
-// layouts that records of these have.
+// Knowledge about templates: the definitions of the current chunk, the bodies of the run, and the
+// layouts of their records.
 //
-// Work is done once for a run and paid for once in each chunk: a definition costs its size, a
-// layout the texts that it holds, whether it was made now or found from an earlier log. So what a
-// chunk may still cost, and with it every result, depends on the chunk alone.
+// Work is done once for a run and charged once in each chunk: a definition costs its size, a layout
+// the texts in it, whether it was made now or found from an earlier log. So the remaining budget of
+// a chunk, and with it every result, depends on the chunk alone.
 #pragma once
 
 #include <cstdint>
@@ -16,12 +16,12 @@
 
 namespace zanvik {
 
-// A template as a record names it: by the chunk offset of a definition.
+// A template as a record refers to it: by the chunk offset of a definition.
 struct known_template {
   std::uint32_t definition = 0;
   std::uint32_t size_record = 0;  // of the definition named
-  template_ref ref;               // what the catalogue has for its GUID
-  std::uint32_t body = 0;         // number of the body at `ref`, 0 when that is not recognised
+  template_ref ref;               // the catalogue's entry for its GUID
+  std::uint32_t body = 0;         // number of the body at `ref`, 0 if it is not recognised
 };
 
 // Everything that decides the layout of an ordinary record.
@@ -40,14 +40,14 @@ struct layout_key {
 
 class template_store {
  public:
-  // Forgets the chunk before. Drops what earlier chunks taught when that is too much.
+  // Forgets the previous chunk. Drops knowledge from earlier chunks if it exceeds the limits.
   void start_chunk(const chunk_view& chunk);
   template_catalogue& catalogue() { return catalogue_; }
 
-  // The template whose definition stands there, if a record of this chunk named it before. Valid
-  // until the next `enter`.
+  // The template whose definition is there, if a record of this chunk named it before. Valid until
+  // the next `enter`.
   const known_template* find(std::uint32_t definition);
-  // Notes it. Null when the definition at `ref` does not have the size that `ref` states.
+  // Adds it. Null if the definition at `ref` does not have the size that `ref` states.
   const known_template* enter(const chunk_view& chunk, std::uint32_t definition,
                               std::uint32_t size_record, const template_ref& ref);
 
@@ -94,9 +94,9 @@ class template_store {
   std::uint64_t last_id_ = 0;
 };
 
-// What `key` says of a record, decoded at once and by nobody's budget but `budget`'s body bytes.
-// The two bodies are decoded over empty slots: the names that they give do not depend on values.
-// False when the first definition does not have the size that is stated for it.
+// Decodes what `key` says about a record at once, charged only to the body bytes of `budget`. The
+// two bodies are decoded over empty slots: the names in them do not depend on values. False if the
+// first definition does not have the stated size.
 bool decode_key(const chunk_view& chunk, const layout_key& key, record_layout& layout);
 
 }  // namespace zanvik

@@ -16,7 +16,7 @@
 namespace zanvik {
 namespace {
 
-// Bytes that the reader's number texts hold at the most, with the one that ends them.
+// Maximum bytes of the reader's number texts, including the one that ends them.
 constexpr std::size_t number_buffer_bytes = 37;
 
 template <typename T>
@@ -53,7 +53,7 @@ char* write_float(char* out, const raw_value& value) {
     *out++ = '0';
     return out;
   }
-  // A text that fills the buffer loses its last character to the end mark.
+  // A text that fills the buffer loses its last character to the terminator.
   const auto kept =
       std::min<std::size_t>(static_cast<std::size_t>(length), number_buffer_bytes - 1);
   std::memcpy(out, text, kept);
@@ -68,7 +68,7 @@ char* write_hex_bytes(char* out, std::span<const std::byte> bytes) {
   return out;
 }
 
-// Bytes that the value really has: its size, or less at the end of the block.
+// Bytes that the value really has: its size, or fewer at the end of the block.
 std::span<const std::byte> value_bytes(const raw_value& value) {
   return {value.data, std::min<std::size_t>(value.size, value.readable)};
 }
@@ -79,7 +79,7 @@ char* write_ansi(char* out, const raw_value& value) {
   return out + length;
 }
 
-// Strings each ended by a NUL: empty ones stay, and there is none behind the last NUL.
+// Strings, each ended by a NUL: empty ones are kept, and there is none after the last NUL.
 char* write_multi_string(char* out, std::span<const std::byte> bytes) {
   std::size_t at = 0;
   bool first = true;
@@ -130,8 +130,8 @@ char* write_filetime(char* out, const raw_value& value, filetime_writer& times) 
   return times.write(out, filetime);
 }
 
-// Meant: a text only for identifiers of up to 12 bytes, that is with one sub-authority; longer ones
-// show nothing.
+// Meant: only identifiers of up to 12 bytes, with one sub-authority, have a text; longer ones are
+// empty.
 char* write_sid(char* out, const raw_value& value) {
   constexpr std::size_t longest = 12;
   if (value.readable < 2) return out;
@@ -152,8 +152,8 @@ char* write_sid(char* out, const raw_value& value) {
   return out;
 }
 
-// The SID as Windows shows it. Nothing when its sub-authorities do not lie within the value: they
-// also bound the text, 11 characters for 4 bytes.
+// The SID as Windows shows it. Nothing if its sub-authorities are not inside the value: they also
+// limit the text, to 11 characters for 4 bytes.
 char* write_full_sid(char* out, const raw_value& value) {
   constexpr std::size_t head_bytes = 8;  // revision, count, authority
   const auto bytes = value_bytes(value);

@@ -1,8 +1,8 @@
 // Typed values: from the bytes of a slot to the text that selection compares and output prints.
 //
-// Rendering cannot fail: a type that is not rendered, and a value whose bytes are not there, give
-// the empty text. Texts are written to a caller's buffer of `value_text_bound` bytes, since this
-// is the hot path of the program; the appending forms are for everybody else.
+// Rendering cannot fail: a type that is not rendered, and a value whose bytes do not exist, give
+// the empty text. Texts are written to a caller's buffer of `value_text_bound` bytes, because this
+// is the hot path of the program; the appending forms are for all other code.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@
 
 namespace zanvik {
 
-// Type codes of a slot's descriptor, those with a meaning here.
+// Type codes of a slot's descriptor that have a meaning here.
 namespace value_type {
 enum code : std::uint16_t {
   null = 0,
@@ -53,7 +53,7 @@ enum code : std::uint16_t {
 };
 }  // namespace value_type
 
-// The types whose text may hold anything; the texts of all others are made of digits, letters and
+// The types whose text may contain anything; the texts of all others consist of digits, letters and
 // punctuation that needs no care.
 inline bool is_free_text(std::uint16_t type) {
   return type == value_type::utf16 || type == value_type::xml || type == value_type::ansi ||
@@ -66,7 +66,7 @@ enum class value_source : std::uint8_t {
   fixed,     // a few bytes, whatever its size says
   sized,     // as many bytes as its size says
   to_nul,    // the bytes up to a NUL, whatever its size says
-  composed,  // binary XML: a stream of its own
+  composed,  // binary XML: a separate stream
 };
 
 // By type code.
@@ -89,17 +89,17 @@ inline value_source source_of(std::uint16_t type) {
   return type < value_sources.size() ? value_sources[type] : value_source::none;
 }
 
-// A value in its block: `data` is readable for `readable` bytes, to the block's end, since some
+// A value in its block: `data` is readable for `readable` bytes, to the block's end, because some
 // types are read without regard to `size`.
 struct raw_value {
   const std::byte* data = nullptr;
   std::size_t readable = 0;
   std::uint16_t type = 0;
   std::uint16_t size = 0;
-  bool full_sid = false;  // a SID shows whole, whatever its length
+  bool full_sid = false;  // show a SID whole, whatever its length
 };
 
-// The value of `size` bytes at chunk offset `offset`; what lies past the end is not readable.
+// The value of `size` bytes at chunk offset `offset`; bytes past the end are not readable.
 inline raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, std::uint16_t type,
                               std::uint16_t size) {
   const std::size_t at = offset < chunk.size() ? static_cast<std::size_t>(offset) : chunk.size();
@@ -108,13 +108,13 @@ inline raw_value raw_value_at(const byte_cursor& chunk, std::uint64_t offset, st
 
 // Longest text of a value whose length its size does not say: a float, a time, a GUID.
 inline constexpr std::size_t fixed_text_bound = 64;
-// Length of a text of type ansi: the bytes up to the first NUL, without regard to the size.
+// Length of a text of type ANSI: the bytes up to the first NUL, without regard to the size.
 std::size_t ansi_length(const raw_value& value);
 
-// What a value of fixed width costs, in bytes looked at.
+// The cost of a value of fixed width, in bytes read.
 inline constexpr std::size_t fixed_source_bytes = 8;
 
-// Bytes of the file that are looked at to make the value's text, but for composed ones.
+// Bytes of the file that are read to make the value's text, except for composed ones.
 inline std::size_t value_source_bytes(const raw_value& value) {
   switch (source_of(value.type)) {
     case value_source::fixed:
@@ -128,7 +128,7 @@ inline std::size_t value_source_bytes(const raw_value& value) {
   }
 }
 
-// Bytes of buffer that `value_writer::write` may need for the value.
+// Maximum bytes of buffer that `value_writer::write` needs for the value.
 inline std::size_t value_text_bound(const raw_value& value) {
   const std::size_t size = value.type == value_type::ansi ? ansi_length(value) : 3u * value.size;
   return size + fixed_text_bound;
