@@ -1,4 +1,4 @@
-// A log as the classic door has classified it: what reports and timelines go by.
+// A log as classified by the classic door: what reports and timelines use.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,9 @@ namespace zanvik {
 
 struct classified_log {
   std::string path;
-  std::string channel;      // lower case; what the log is called where its channel is not known
+  std::string channel;      // lower case; the name of the log if its channel is not known
   bool is_evtx = true;      // otherwise the legacy kind
-  std::uint64_t inode = 0;  // 0 where the log is no file of a file system that has them
+  std::uint64_t inode = 0;  // 0 if the file system has no inodes, or the log is not a file
 };
 
 }  // namespace zanvik

@@ -1,16 +1,16 @@
-// What all events of one kind have in common: the tree of elements that their templates make, and
-// the fields that people ask for, each with the slots that its value comes from.
+// What all events of one kind share: the tree of elements from their templates, and the named
+// fields, each with the slots that its value comes from.
 //
 // Two events have the same shape if they are made from the same templates, nested in the same
-// slots, and the same slots are absent, arrays or nested. Whatever follows from that is worked out
-// once for the shape: a form's constant text, a rule's fields. Records of a kind share it, so a
-// consumer keeps what it works out in a vector, by `index`, and compares the `id`:
+// slots, and the same slots are absent, arrays or nested. Everything that follows from this is
+// computed once for the shape: a form's constant text, a rule's fields. Records of a kind share it,
+// so a consumer keeps its results in a vector, by `index`, and compares the `id`:
 //
 //   auto& known = mine[shape.index];                        // grown as needed
 //   if (known.id != shape.id) known = work_out(shape);      // the first event of its kind
 //
-// Ids are never given twice in a run; an index is, so that a long run stays small. A shape lives
-// during the call that hands out its event, its index until its id changes.
+// IDs are never reused in a run. Indices are, so that a long run stays small. A shape is valid
+// during the call that passes its event, its index until its ID changes.
 #pragma once
 
 #include <cstdint>
@@ -39,7 +39,7 @@ struct event_attribute {
   value_parts value;
 };
 
-// What an element holds, in its order: elements, pieces of text, processing instructions.
+// The content of an element, in order: elements, pieces of text, processing instructions.
 struct event_item {
   enum class kind : std::uint8_t { element, part, instruction };
   kind what = kind::part;
@@ -78,17 +78,17 @@ enum class system_member : std::uint8_t {
   count
 };
 inline constexpr std::size_t system_members = static_cast<std::size_t>(system_member::count);
-// The name that people use for it: "EventID", "UserID".
+// The usual name: "EventID", "UserID".
 std::string_view name_of(system_member member);
 
 enum class field_group : std::uint8_t { system, data, other };
 
-// A value of the event with a name: of System, a Data (or Binary) element, or any other leaf.
+// A named value of the event: of System, a Data (or Binary) element, or any other leaf.
 struct event_field {
   field_group group = field_group::other;
   std::string name;   // of the datum, the leaf element or the attribute; empty if it has none
   std::string path;   // from below the root: "UserData/EventXML/Param1", "System/Provider@Name"
-  value_parts parts;  // what its text is made of, one behind the other
+  value_parts parts;  // the pieces of its text, one after the other
   std::uint32_t position = 0;  // among the data, from 0
 };
 
@@ -96,14 +96,14 @@ class event_shape {
  public:
   std::uint64_t id = 0;
   std::uint32_t index = 0;  // small; see above
-  bool once = false;        // no second event will have it: nothing learnt is worth keeping
+  bool once = false;        // no other event will have it: results for it are not worth keeping
   bool no_template = false;
   bool cut = false;
-  // Tree and fields are made when a view is asked for them; both may be given up between events.
+  // Tree and fields are made when first needed; both may be dropped between events.
   bool has_tree = false;
   bool has_fields = false;
   std::size_t new_bytes = 0;  // made since the last account
-  // Slots that the templates show over and over, and how often.
+  // Slots that the templates use again and again, and how often.
   std::vector<std::pair<std::uint32_t, std::uint32_t>> overused;
   std::uint64_t source_bytes = 0;   // of the templates
   std::uint64_t paid_in_chunk = 0;  // for the reader's account
@@ -120,17 +120,17 @@ class event_shape {
   std::int32_t find_datum(std::string_view name) const;
   // The datum at that position.
   std::int32_t datum_at(std::uint32_t position) const;
-  // Numbers of all fields that somebody may mean by `name`: a System member by its name here, a
-  // datum or leaf by its name, anything by its path; in any case.
+  // Numbers of all fields that `name` may mean: a System member by its name here, a datum or leaf
+  // by its name, anything by its path; in any case.
   std::vector<std::uint32_t> find_all(std::string_view name) const;
 
-  // Gives up tree and fields.
+  // Drops tree and fields.
   void make_hollow();
 
   // Fills `fields` from the tree.
   void list_fields();
 
-  // About what the tree takes up.
+  // Approximate size of the tree.
   std::size_t tree_bytes() const;
 
  private:

@@ -21,7 +21,7 @@ std::uint64_t hash_of(std::span<const std::uint64_t> key) {
   return hash;
 }
 
-// Ids of shapes are told apart across all readers of a run.
+// IDs of shapes are unique across all readers of a run.
 std::uint64_t next_id() {
   static std::atomic<std::uint64_t> last = 0;
   return ++last;
@@ -32,7 +32,7 @@ std::uint64_t next_id() {
 event_shapes::event_shapes() : table_(first_places) {}
 
 // The key: for each instance its template and table, then the kinds of all slots. False for an
-// event that no other can share a shape with.
+// event that cannot share a shape with another.
 bool event_shapes::make_key(std::span<const event_instance> instances,
                             std::span<const std::uint64_t> kinds) {
   key_.resize(2 * instances.size() + kinds.size());

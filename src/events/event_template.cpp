@@ -22,7 +22,8 @@ void find_event_id_slot(event_template& out) {
         in_content = depth == 3 && matched == 3;
         break;
       case kind::end_element:
-        // The first EventID counts; another one, or a part beside it, makes it no longer alone.
+        // The first EventID counts; with another one, or a part beside it, the slot is not the
+        // whole of it.
         --depth;
         if (matched > depth) matched = depth;
         in_content = false;

@@ -1,9 +1,9 @@
-// What one template, or one piece of binary XML that stands by itself, says about an event: a flat
-// list of tokens in document order, with all texts in one pool.
+// What one template, or one separate piece of binary XML, says about an event: a flat list of
+// tokens in document order, with all texts in one pool.
 //
-// In: binary XML (template_compiler.h), or what the legacy reader makes up for its records. Out:
-// tokens that always nest: every open element has its end, attributes stand between an element's
-// opening and the end of its start tag. Entities and character references are text by now.
+// In: binary XML (template_compiler.h), or what the legacy reader makes for its records. Out:
+// tokens that always nest: every open element has its end, and attributes are between an element's
+// opening and the end of its start tag. Entities and character references have become text.
 // Templates live as long as the cache that they are in.
 #pragma once
 
@@ -19,7 +19,7 @@ enum class template_token_kind : std::uint8_t {
   attribute,      // the text is its name; its value's pieces follow, up to the next of these
   end_start_tag,  // the element's content follows
   text,           // a piece of constant text
-  slot,           // a piece that the record brings
+  slot,           // a piece from the record
   pi_target,      // a processing instruction; `pi_data` may follow
   pi_data,
   end_element,
@@ -27,7 +27,7 @@ enum class template_token_kind : std::uint8_t {
 
 struct template_token {
   template_token_kind kind = template_token_kind::text;
-  bool optional = false;   // of a slot: what encloses it is left out when the value is absent
+  bool optional = false;   // of a slot: what encloses it is left out if the value is absent
   std::uint16_t slot = 0;  // number in the record's table
   std::uint32_t text = 0;  // where its text begins in the pool
   std::uint32_t text_bytes = 0;
@@ -36,12 +36,12 @@ struct template_token {
 };
 
 struct event_template {
-  std::uint64_t id = 0;  // equal ids are equal templates; never given twice in a run
-  bool once = false;     // made for one record or chunk: nothing learnt for it is worth keeping
+  std::uint64_t id = 0;  // equal IDs are equal templates; never reused in a run
+  bool once = false;     // made for one record or chunk: results for it are not worth keeping
   bool missing = false;  // stands in for a template that was not found
   bool cut = false;      // the binary XML broke off
   std::uint32_t source_bytes = 0;   // of the binary XML
-  std::int32_t event_id_slot = -1;  // the slot that alone is Event/System/EventID; -1 for none
+  std::int32_t event_id_slot = -1;  // the slot that is all of Event/System/EventID; -1 for none
   std::vector<template_token> tokens;
   std::string pool;
 
@@ -53,20 +53,20 @@ struct event_template {
 // Sets `event_id_slot` from the tokens.
 void find_event_id_slot(event_template& out);
 
-// Builds a template token by token and keeps its nesting in order.
+// Builds a template token by token and keeps its nesting correct.
 class template_writer {
  public:
   explicit template_writer(event_template& out) : out_(out) {}
 
   // Deeper elements than the limit are refused.
   [[nodiscard]] bool open(std::string_view name);
-  // Ignored where no start tag is open.
+  // Ignored if no start tag is open.
   void attribute(std::string_view name);
   void end_start_tag();
   void text(std::string_view piece);
   void slot(std::uint16_t number, bool optional);
   void instruction(std::string_view target, std::string_view data);
-  // Ignored where nothing is open.
+  // Ignored if nothing is open.
   void close();
   void close_all();
   bool in_start_tag() const { return in_start_tag_; }

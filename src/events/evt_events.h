@@ -1,8 +1,8 @@
 // Events of a legacy .evt log: its records as Windows shows them, with the System members that they
 // have, their strings as unnamed data and their bytes as Binary.
 //
-// In: records of walk_evt_log. Out: an event for each, with the same kind of shape as the others
-// have. Level, Task and Keywords are what Windows makes of the record's type and category.
+// In: records of walk_evt_log. Out: an event for each, with the same kind of shape as other events.
+// Level, Task and Keywords are derived from the record's type and category, as Windows does it.
 #pragma once
 
 #include <map>
@@ -18,7 +18,7 @@ namespace zanvik {
 class evt_event_reader : public evt_sink {
  public:
   explicit evt_event_reader(event_sink& sink) : sink_(sink) {}
-  // The log that the next records are of; both must outlive their events.
+  // The log of the next records; both must outlive their events.
   void set_source(const log_source& source) { source_ = &source; }
   // `base_offset` is that of the record's buffer in the log; memory ends at `readable_end`.
   void set_buffer(std::uint64_t base_offset, const std::byte* readable_end) {
@@ -26,7 +26,7 @@ class evt_event_reader : public evt_sink {
     readable_end_ = readable_end;
   }
 
-  // Of all events from now on.
+  // For all events from now on.
   void set_flags(std::uint32_t flags) { flags_ = flags; }
 
   void on_record(const evt_record& record) override;
@@ -34,7 +34,7 @@ class evt_event_reader : public evt_sink {
  private:
   const event_template& template_for(std::size_t strings, bool data);
 
-  // What a record's own bytes do not hold in the form that events have it.
+  // Values that the record's own bytes do not have in the form of events.
   struct made_values {
     std::uint16_t event_id;
     std::uint16_t qualifiers;

@@ -30,7 +30,7 @@ bool evt_field_value(const evt_record& record, std::string_view name, std::strin
     value.clear();
     append_decimal(value, record.event_type);
   } else if (value == "string") {
-    // Nothing between them: a condition may hold across the seam of two strings, which is meant.
+    // Nothing between them: a condition may match across the border of two strings, which is meant.
     value.clear();
     for (const evt_text string : record.strings) append_evt_text(value, string);
   } else {
@@ -51,8 +51,8 @@ bool evt_term_matches(const evt_record& record, std::string_view term, std::stri
 
 bool evt_record_contains(const evt_record& record, std::string_view text, std::string& scratch) {
   sid_to_text(scratch, record.sid);
-  // The second test has its arguments the other way round, and an empty SID is in every text: so a
-  // search passes all records that have no SID. It is meant, reports rely on it.
+  // The second test has its arguments the other way round, and every text contains an empty SID, so
+  // a search passes all records without a SID. Meant: reports rely on it.
   if (contains_nocase(scratch, text) || contains_nocase(text, scratch)) return true;
   if (text_contains(record.source_name, text, scratch)) return true;
   if (text_contains(record.computer_name, text, scratch)) return true;

@@ -1,9 +1,9 @@
 // Events of an .evtx log: the visitor that makes an event of each record that a walk finds.
 //
 // In: chunks and record offsets, from walk_evtx_block. Out: an event for each record, in the order
-// of the log, as far as it can be read: without its template it has its values, without any it has
-// its header. Templates and shapes are kept for the whole run and serve all logs of it; what an
-// event holds depends on its chunk alone. Work is bounded for each chunk (limits.h).
+// of the log, as far as it can be read: without its template it has its values, without any values
+// its header. Templates and shapes are kept for all logs of the run; what an event contains depends
+// on its chunk alone. Work is bounded for each chunk (limits.h).
 #pragma once
 
 #include <array>
@@ -33,13 +33,13 @@ class evtx_event_reader : public chunk_visitor {
   evtx_event_reader(const evtx_event_reader&) = delete;
   evtx_event_reader& operator=(const evtx_event_reader&) = delete;
 
-  // The log that the next chunks are of; it must outlive its events.
+  // The log of the next chunks; it must outlive its events.
   void set_source(const log_source& source) { source_ = &source; }
 
-  // Events whose id is plainly not among these are not handed on; null for all.
+  // Events whose ID is certainly not among these are not passed on; null for all.
   void take_event_ids(const event_id_set* ids) { event_ids_ = ids; }
 
-  // Of all events from now on.
+  // For all events from now on.
   void set_flags(std::uint32_t flags) { flags_ = flags; }
 
   // Templates of chunks are added to the library, which must outlive the reader.
@@ -47,9 +47,9 @@ class evtx_event_reader : public chunk_visitor {
 
   void start_chunk(std::span<const std::byte> bytes, std::uint64_t bound,
                    std::uint64_t file_offset) override;
-  // A part of a chunk, in a chunk whose other bytes are all ones: a template that is not all there
-  // is taken from the library. The work that its records may cause grows by the share that
-  // `credit` bytes have of a chunk's, up to that of one chunk.
+  // A part of a chunk, in a chunk whose other bytes are all ones: a template that does not fully
+  // exist is taken from the library. The work budget for its records grows by the share that
+  // `credit` bytes are of a chunk, up to that of one chunk.
   void start_fragment(std::span<const std::byte> chunk, std::uint64_t file_offset,
                       std::uint64_t credit);
   bool on_record(std::uint64_t offset) override;
@@ -97,10 +97,10 @@ class evtx_event_reader : public chunk_visitor {
   const event_id_set* event_ids_ = nullptr;
   std::uint32_t flags_ = 0;
   template_library* library_ = nullptr;
-  bool fragment_ = false;  // the chunk in hand is a part of one
+  bool fragment_ = false;  // the current chunk is a part of one
   work_budget budget_;
   bxml_memory memory_;
-  // Bytes of templates that the chunk's events may still be made of; of those whose shape is not
+  // Bytes of templates that the chunk's events may still use; and of those whose shape is not
   // known.
   std::int64_t expansion_ = limits::expanded_bytes_per_chunk;
   std::int64_t new_shapes_ = limits::new_shape_bytes_per_chunk;
@@ -112,8 +112,8 @@ class evtx_event_reader : public chunk_visitor {
   template_bodies bodies_;
   std::map<std::uint64_t, owned_template> templates_;  // by the id of `bodies_`
   std::map<std::uint32_t, owned_template> missing_;
-  std::vector<owned_template> chunk_templates_;  // of this chunk alone
-  // Fragments of the event in hand, kept for their memory.
+  std::vector<owned_template> chunk_templates_;  // of this chunk only
+  // Fragments of the current event, kept for their memory.
   struct own_fragment {
     event_template body;
     fragment_texts texts;
@@ -125,7 +125,7 @@ class evtx_event_reader : public chunk_visitor {
   event_shapes shapes_;
   std::uint64_t chunk_number_ = 0;  // of all that were read
 
-  // The event in hand.
+  // The current event.
   bool cut_ = false;
   bool plain_ = false;  // a part of it is binary XML without a template
   std::vector<event_instance> instances_;

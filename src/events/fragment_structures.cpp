@@ -5,7 +5,7 @@
 namespace zanvik {
 namespace {
 
-// Ids of these templates are told apart from those of all others.
+// Keeps the IDs of these templates apart from those of all others.
 constexpr std::uint64_t first_id = std::uint64_t{1} << 63;
 
 template <typename T>

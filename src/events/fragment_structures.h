@@ -1,8 +1,8 @@
-// The structures of fragments that stand in records without a template: records of one kind differ
-// in their texts alone, which are slots (template_compiler.h), and share a template by that.
+// The structures of fragments in records without a template: records of one kind differ only in
+// their texts, which are slots (template_compiler.h), so they share a template.
 //
 // In: a fragment's template. Out: the same one each time, for the whole run. A log that makes a
-// structure for each record fills the limits (limits.h) and gets no more of them.
+// structure for each record reaches the limits (limits.h), and no more are kept for it.
 #pragma once
 
 #include <cstdint>
@@ -16,9 +16,9 @@ namespace zanvik {
 
 class fragment_structures {
  public:
-  // The kept template that equals `body`; null when it is new and there is no room for it.
+  // The kept template that equals `body`; null if it is new and there is no room for it.
   const event_template* find(const event_template& body);
-  // All use of the templates must have ended.
+  // No template may be in use any more.
   void clear();
 
  private:

@@ -58,9 +58,9 @@ void record_container::add(const LogRecord& record) {
 
 std::span<const LogRecord* const> record_container::in_time_order() {
   const auto earlier = [](const LogRecord* a, const LogRecord* b) { return a->time < b->time; };
-  // Logs are mostly in order already.
+  // Logs are usually in order already.
   if (std::is_sorted(records_.begin(), records_.end(), earlier)) return records_;
-  // The times stand beside the records while these are sorted, since looking each one up costs
+  // The times are beside the records while these are sorted, because looking each one up costs
   // more.
   std::vector<std::pair<std::uint64_t, const LogRecord*>> timed;
   timed.reserve(records_.size());

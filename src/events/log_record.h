@@ -1,10 +1,10 @@
 // `LogRecord`, the one parsed record that both readers' selections fill and that statistics and
-// writers consume, and the container of a run's selected records.
+// writers use, and the container of a run's selected records.
 //
-// A record is small: its columns' names, and the values that its template holds as literals,
-// stand once in a shared `record_shape`; its own values stand in a packed block (value_block.h).
-// Strings are shared too. Everything a record points to belongs to the `record_container` that it
-// is in, and lives until that is cleared.
+// A record is small: its columns' names, and the values that its template has as literals, are in a
+// shared `record_shape`; its own values are in a packed block (value_block.h). Strings are shared
+// too. Everything a record points to belongs to its `record_container`, and is valid until that is
+// cleared.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@
 
 namespace zanvik {
 
-// One column of a record: its name, and its value where that is the same for all records.
+// One column of a record: its name, and its value if that is the same for all records.
 struct shape_column {
   std::string name;
   bool literal = false;  // `text` is the value; otherwise it is the next cell of the block
@@ -34,12 +34,12 @@ struct shape_column {
   bool operator==(const shape_column&) const = default;
 };
 
-// What a column costs where it is repeated, besides its name and its literal: its separators, and
+// The cost of a column where it is repeated, besides its name and its literal: its separators, and
 // its place in a shape.
 inline constexpr std::size_t repeated_column_bytes = 16;
 
-// The columns of a record, in byte order of their names, each name once. The record's block holds
-// one cell for each column that is not a literal, in the same order.
+// The columns of a record, in byte order of their names, each name once. The record's block has one
+// cell for each column that is not a literal, in the same order.
 struct record_shape {
   std::vector<shape_column> columns;
   std::size_t value_count = 0;     // columns that are not literals
@@ -53,7 +53,7 @@ enum record_flag : std::uint32_t {
   record_outside_range = 0x08,   // the number lies outside the chunk's declared range
   record_inside_range = 0x40,    // the number lies inside it
 };
-// All that a record may have whose template and place in the log are as they should be.
+// All flags that a normal record may have.
 inline constexpr std::uint32_t record_ordinary = record_plain_or_slack | record_inside_range;
 // Any of these puts a star in the column "del".
 inline constexpr std::uint32_t record_starred = 0x3f;
@@ -74,12 +74,12 @@ struct LogRecord {
   const char* values = nullptr;              // the block; null when shape->value_count is 0
 };
 
-// A record's columns with their values, one by one: for whoever wants them without haste.
+// A record's columns with their values, one by one: for code that need not be fast.
 using column_map = std::map<std::string, std::string>;
 column_map columns_of(const LogRecord& record);
 
-// The selected records of a run: an ordered multimap from time to record in its behaviour (equal
-// times in order of insertion), a vector that is sorted when somebody asks in its form.
+// The selected records of a run. It behaves like an ordered multimap from time to record (equal
+// times in order of insertion), but is a vector that is sorted when needed.
 class record_container {
  public:
   record_container();
@@ -95,28 +95,28 @@ class record_container {
   // The record added last; there is one.
   const LogRecord& last() const { return *records_.back(); }
 
-  // The records by rising time, equal times in order of insertion. Valid until the next `add` or
+  // The records by ascending time, equal times in order of insertion. Valid until the next `add` or
   // `clear`.
   std::span<const LogRecord* const> in_time_order();
 
-  // Forgets the records and all they point to: shapes, strings and blocks.
+  // Forgets the records and everything they point to: shapes, strings and blocks.
   void clear();
-  // Forgets the records and their blocks. Shapes and strings stay, for the next records are likely
-  // to share them, until they are more than the limits allow: then this is `clear`.
+  // Forgets the records and their blocks. Shapes and strings are kept, because the next records
+  // probably share them, until they exceed the limits: then this is `clear`.
   void clear_records();
-  // Changes with each `clear`, so that a cache of shapes or strings can tell that they are gone.
+  // Changes with each `clear`, so that a cache of shapes or strings notices that they are gone.
   std::uint64_t generation() const { return generation_; }
 
-  // The container's own copy of a text or a shape; equal ones are one object, so that they can be
+  // The container's own copy of a text or a shape; equal ones are one object, so they can be
   // compared by address.
   const std::string* intern_text(std::string_view text);
   const record_shape* intern_shape(record_shape shape);
-  // The same for a shape without literals: the names of its columns, in their order.
+  // The same for a shape without literals: the names of its columns, in order.
   const record_shape* intern_names(std::span<const std::string_view> names);
   record_arena& arena() { return arena_; }
 
-  // What records repeat of their templates is counted against the bytes of their log, as far as
-  // these have been read. Without a log there is no limit.
+  // What records repeat of their templates is counted and compared with the size of their log, as
+  // far as it has been read. Without a log there is no limit.
   void start_log() { repeats_left_ = limits::repeated_bytes_at_least; }
   void add_log_bytes(std::uint64_t bytes) {
     repeats_left_ += limits::repeated_bytes_per_byte * static_cast<std::int64_t>(bytes);

@@ -30,7 +30,7 @@ void record_arena::grow(std::size_t bytes) {
                                          : whole_pages(std::max(bytes + slack, later_piece));
   piece added(static_cast<char*>(small ? std::malloc(size) : std::aligned_alloc(large_page, size)));
   if (!added) throw std::bad_alloc();
-  if (!small) (void)::madvise(added.get(), size, MADV_HUGEPAGE);  // no more than a wish
+  if (!small) (void)::madvise(added.get(), size, MADV_HUGEPAGE);  // only a hint
   pieces_.push_back(std::move(added));
   if (pieces_.size() == 1) first_bytes_ = size - slack;
   next_ = pieces_.back().get();
@@ -42,7 +42,7 @@ void record_arena::move_along(std::size_t used, std::size_t bytes) {
   grow(used + bytes);
   if (used == 0) return;
   std::memcpy(next_, begin, used);
-  if (tight_buffers) pieces_.erase(pieces_.end() - 2);  // it held nothing else
+  if (tight_buffers) pieces_.erase(pieces_.end() - 2);  // it was empty
 }
 
 }  // namespace zanvik

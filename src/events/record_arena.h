@@ -1,6 +1,6 @@
 // Memory for the kept records of a log and their values, in a few large pieces: reserved by an
 // upper bound, kept by what was used. A log of a million records would otherwise spend as long on
-// fresh pages as on rows; large pages, where the system has them, are fetched 512 at a time.
+// new pages as on rows; large pages, where the system has them, are fetched 512 at a time.
 #pragma once
 
 #include <cstddef>
@@ -14,28 +14,28 @@ namespace zanvik {
 
 class record_arena {
  public:
-  // Bytes behind everything kept that may be read, though they mean nothing.
+  // Bytes after everything kept that may be read, though they mean nothing.
   static constexpr std::size_t slack = 64;
 
-  // Room for `bytes` in a row, valid until the next `reserve`; nothing is kept before `keep`.
+  // Contiguous room for `bytes`, valid until the next `reserve`; nothing is kept before `keep`.
   char* reserve(std::size_t bytes) {
     if (tight_buffers || bytes > room_) grow(bytes);
     return next_;
   }
-  // Room for `bytes` more behind the first `used` bytes of what was reserved, which it moves along.
-  // Returns where the first of the used bytes stands now.
+  // Room for `bytes` more after the first `used` bytes of what was reserved, which it moves along.
+  // Returns the new address of the first used byte.
   char* extend(std::size_t used, std::size_t bytes) {
     if (tight_buffers || used + bytes > room_) move_along(used, bytes);
     return next_;
   }
-  // How much of what was reserved last, or moved along, may be used.
+  // How much of what was last reserved, or moved along, may be used.
   std::size_t room() const { return room_; }
   // Keeps the first `bytes` of what was reserved.
   void keep(std::size_t bytes) {
     next_ += bytes;
     room_ -= bytes;
   }
-  // Keeps nothing but the memory that the next log is sure to need.
+  // Keeps nothing except the memory that the next log certainly needs.
   void clear();
 
  private:

@@ -1,12 +1,12 @@
-// The tree of a shape: the templates' tokens, with nested templates in their places and what is
-// absent left out.
+// The tree of a shape: the templates' tokens, with nested templates in their places and absent
+// parts left out.
 #include "base/limits.h"
 #include "events/event_shapes.h"
 
 namespace zanvik {
 namespace {
 
-// How often a template may show one slot before that has to be paid for, record by record.
+// How often a template may use one slot before this is charged, record by record.
 constexpr unsigned cheap_uses = 4;
 
 class tree_builder {
@@ -121,7 +121,7 @@ void tree_builder::add_slot(const event_instance& instance, const template_token
   const event_value& value = slots_[slot];
   ++uses_[slot];
   if (value.is_nested() && value.child != 0) {
-    // An instance stands in one place; what shows it again shows nothing.
+    // An instance is in one place; where it is used again, it shows nothing.
     if (uses_[slot] == 1 && !in_attribute_ && depth < limits::nesting_depth) {
       expand(value.child, depth + 1);
     }
@@ -142,7 +142,7 @@ void tree_builder::add_part(value_part part) {
   content().push_back(item);
 }
 
-// An attribute that is nothing but an absent optional value is left out, as Windows leaves it out.
+// An attribute with only an absent optional value is left out, as Windows leaves it out.
 void tree_builder::end_attribute() {
   if (!in_attribute_) return;
   in_attribute_ = false;

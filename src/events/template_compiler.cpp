@@ -15,7 +15,7 @@ constexpr std::uint8_t token_cdata = 7;
 constexpr std::uint8_t token_pi_target = 10;
 constexpr std::uint8_t token_pi_data = 11;
 constexpr std::uint8_t type_text = 1;
-// What a fragment that has no table names as a slot: there is none of that number.
+// The slot number for a fragment without a table: there is no such slot.
 constexpr std::uint16_t no_slot = 0xffff;
 
 // The character that an entity stands for; an unknown one keeps its spelling.
@@ -39,7 +39,7 @@ class compiler {
         writer_(out),
         texts_(texts) {}
 
-  // True when the stream came to its own end.
+  // True if the stream reached its own end.
   bool run() {
     if (chunk_.bytes.at<std::uint32_t>(at_) == expected_fragment) at_ += 4;
     while (at_ < end_) {
@@ -151,7 +151,7 @@ class compiler {
     return step(found.length);
   }
 
-  // A piece of text; pieces with nothing between them are one.
+  // A piece of text; pieces with nothing between them are joined.
   void add_text(std::string_view piece) {
     const bool full = texts_ && texts_->ends.size() == limits::slots_per_event_table;
     if (!texts_ || keeps_text_ || (full && !in_text_)) return writer_.text(piece);
@@ -207,7 +207,7 @@ class compiler {
   fragment_texts* texts_;
   unsigned depth_ = 0;
   unsigned system_depth_ = 0;  // of the System element that is open; 0 for none
-  bool in_text_ = false;       // the text before is one of `texts_`, and goes on
+  bool in_text_ = false;       // the previous text is one of `texts_`, and continues
   bool keeps_text_ = false;    // an attribute is open whose text stays in the template
 };
 

@@ -1,9 +1,8 @@
-// Templates by what records name them with, for records that stand without their chunk.
+// Templates by what records refer to them with, for records without their chunk.
 //
-// In: templates that chunks brought, each under its GUID. Out: the one template that a record can
-// mean by the first 4 bytes of a GUID, or nothing. What is kept is bounded; templates that come
-// after that are not there. A library serves one input, so that what a record shows depends on that
-// input alone.
+// In: templates from chunks, each under its GUID. Out: the one template that a record can mean by
+// the first 4 bytes of a GUID, or nothing. What is kept is bounded; later templates are not kept. A
+// library is for one input, so what a record shows depends on that input alone.
 #pragma once
 
 #include <cstdint>
@@ -19,12 +18,12 @@ namespace zanvik {
 
 class template_library {
  public:
-  // Takes a copy. One that broke off or is known already is not taken.
+  // Stores a copy. One that is cut or known already is not stored.
   void add(const guid_bytes& guid, const event_template& body);
 
-  // The template that fits a record with so many slots: of all that begin with that id, and have
-  // that GUID where it is known, the only one that needs exactly as many, else the only one that
-  // needs fewer. Lives as long as the library.
+  // The template that fits a record with this many slots: among all that begin with that ID, and
+  // have that GUID if it is known, the only one that needs exactly as many, else the only one that
+  // needs fewer. Valid as long as the library.
   const event_template* find(std::uint32_t template_id, const std::optional<guid_bytes>& guid,
                              std::uint32_t slots) const;
 

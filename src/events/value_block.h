@@ -1,9 +1,9 @@
 // The packed values of one kept record.
 //
-// A block is a row of cells. A cell is a head, an LEB128 number that holds the length in bytes
-// times 2 plus 1 when the text is `marked`, and then the text. An unmarked text holds no comma, no
-// vertical bar, no carriage return and no line feed, so that a writer may copy it as it stands.
-// Blocks live in a record_arena, so a copy may run past a cell's end.
+// A block is a row of cells. A cell is a head, an LEB128 number with the length in bytes times 2
+// plus 1 if the text is `marked`, and then the text. An unmarked text contains no comma, no
+// vertical bar, no carriage return and no line feed, so a writer may copy it unchanged. Blocks are
+// in a record_arena, so a copy may run past a cell's end.
 #pragma once
 
 #include <cstddef>
@@ -18,12 +18,12 @@ struct value_cell {
   bool marked = false;
 };
 
-// Whether a text has to be marked.
+// Whether a text needs a mark.
 inline bool needs_mark(std::string_view text) {
   return text.find_first_of(",|\r\n") != std::string_view::npos;
 }
 
-// Walks the cells of a block. The caller knows their count (`record_shape::value_count`).
+// Walks the cells of a block. The caller knows their number (`record_shape::value_count`).
 class cell_reader {
  public:
   explicit cell_reader(const char* block) : at_(block) {}
@@ -47,7 +47,7 @@ class cell_reader {
   const char* at_;
 };
 
-// Longest head of a cell, in bytes.
+// Maximum size of a cell's head, in bytes.
 inline constexpr std::size_t max_cell_head = 10;
 
 // Writes a cell's head to `out`, which has room for `max_cell_head` bytes; returns its end.
@@ -61,8 +61,8 @@ inline char* write_cell_head(char* out, std::size_t length, bool marked) {
   return out;
 }
 
-// Puts the head in front of a cell's text, which was written to `cell + 1` and ends at `end`; the
-// text moves when its head is longer than the one byte that most have. Returns the cell's end.
+// Puts the head before a cell's text, which was written to `cell + 1` and ends at `end`; the text
+// moves if its head is longer than the usual one byte. Returns the cell's end.
 inline char* finish_cell(char* cell, char* end, bool marked) {
   char* const text = cell + 1;
   const auto length = static_cast<std::size_t>(end - text);

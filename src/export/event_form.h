@@ -1,11 +1,11 @@
 // The way into this folder, which writes whole events in forms that other tools read.
 //
-//   event_form.h    a form; one file a form makes it: json_form.cpp, xml_form.cpp ...
-//   form_program.h  constant text and gaps, worked out once for each shape of events
-//   value_writer.h  a value into a gap; escaped_text.h text as a form wants it
+//   event_form.h    a form; each form is made in one file: json_form.cpp, xml_form.cpp ...
+//   form_program.h  constant text and gaps, computed once for each shape of events
+//   value_writer.h  a value in a gap; escaped_text.h text as a form needs it
 //   output_buffer.h where the bytes go
 //
-// In: event views. Out: a document of the form, well-formed whatever the events hold. To add a
+// In: event views. Out: a document of the form, well-formed whatever the events contain. To add a
 // form, add a file and its row to the table in event_form.cpp.
 #pragma once
 
@@ -33,11 +33,11 @@ class event_form {
   virtual void write(output_buffer& out, const event_view& event) = 0;
   virtual void end(output_buffer&) {}
 
-  // A time as far as an event's text shows it: events that are equal in it may be told apart by
-  // nothing else. Rises with the FILETIME.
+  // A time as precise as an event's text shows it: the text does not distinguish events that are
+  // equal in it. Rises with the FILETIME.
   virtual std::uint64_t shown_time(std::uint64_t filetime) const { return filetime; }
-  // Puts the number of copies into the text that `write` gave of one event, if the form has a place
-  // for it.
+  // Inserts the number of copies into the text that `write` made of one event, if the form has a
+  // place for it.
   virtual void add_copies(std::string& /*event*/, std::uint64_t /*copies*/) const {}
 };
 
@@ -45,12 +45,12 @@ struct form_name {
   std::string_view name;
   std::string_view what;  // for the help
   std::unique_ptr<event_form> (*make)(const form_options&);
-  bool by_time = false;  // usually in one order of time
+  bool by_time = false;  // in one order of time by default
 };
-// All forms; the first is the usual one.
+// All forms; the first is the default.
 std::span<const form_name> form_names();
 
-// Puts `text` before `end`, with which the event's text ends.
+// Inserts `text` before `end`, with which the event's text ends.
 void put_before(std::string& event, std::string_view end, std::string_view text);
 
 std::unique_ptr<event_form> make_json_form(const form_options&);

@@ -1,8 +1,8 @@
-// What a form does for all events of one shape: constant text, already as the form wants it, with
-// gaps between where an event's own values go.
+// What a form writes for all events of one shape: constant text, already as the form needs it, with
+// gaps between for an event's own values.
 //
 // A form builds the program from the tree of the shape, once; writing an event is then a walk over
-// the steps. A gap names a slot and how its value is written; the type is the value's own.
+// the steps. A gap names a slot and how its value is written; the type is that of the value.
 #pragma once
 
 #include <cstdint>
@@ -19,17 +19,17 @@
 namespace zanvik {
 
 enum class gap : std::uint8_t {
-  none,             // constant text alone
+  none,             // only constant text
   json_value,       // with its type: 12, "text", true, null, ["a","b"]
   json_datum,       // the same, and an array of one item is that item
-  json_items,       // the same for each item of an array, each with a comma behind it
-  json_list_end,    // takes back a comma; no slot
+  json_items,       // the same for each item of an array, each followed by a comma
+  json_list_end,    // removes a comma; no slot
   json_text,        // its text, inside quotes that are there
   json_line,        // the same in one line
   json_number,      // a whole or broken number, else null
-  json_text_items,  // its text, or the text of each item, in quotes and with a comma behind
+  json_text_items,  // its text, or the text of each item, in quotes and followed by a comma
   xml_content,      // its text
-  xml_element,      // all that an element holds: `>` and its text and the end tag, or `/>`
+  xml_element,      // the rest of an element: `>` and its text and the end tag, or `/>`
   xml_repeated,     // an element for each item of an array
   xml_attribute,    // its text, inside quotes that are there
   csv_start,        // the quote that begins a cell, a `'` if its text would be a formula, the text
@@ -70,7 +70,7 @@ class form_program {
   }
   void add(gap how, std::int32_t slot = -1, std::string_view open = {},
            std::string_view close = {});
-  // What was built holds for the event at hand alone.
+  // The program is valid for the current event only.
   void set_once() { once_ = true; }
   bool once() const { return once_; }
   // What the gap xml_string writes.
@@ -78,7 +78,7 @@ class form_program {
   void set_lossy(bool lossy) { lossy_ = lossy_ || lossy; }
   void finish() { add(gap::none); }
 
-  // Writes the event. `log` is the path as the form wants it. Returns whether anything was lost.
+  // Writes the event. `log` is the path as the form needs it. Returns whether anything was lost.
   bool write(output_buffer& out, const event_view& event, std::string_view log,
              bool log_lossy) const;
 

@@ -60,7 +60,7 @@ void tree_writer::member(std::string_view name, bool& first) {
   out_.text("\":");
 }
 
-// The text of parts now: of a name that only the record knows.
+// The text of parts now, for a name that only the record has.
 std::string tree_writer::value_of(const value_parts& parts) const {
   std::string text;
   if (constant_text(parts, text)) return text;
@@ -70,7 +70,7 @@ std::string tree_writer::value_of(const value_parts& parts) const {
   return text;
 }
 
-// Writes a member for each element and instruction. `first` is false where some stand before them.
+// Writes a member for each element and instruction. `first` is false if there are some before them.
 // Returns whether there are any members now.
 bool tree_writer::write_members(const std::vector<event_item>& items, json_names& names,
                                 bool first) {

@@ -1,4 +1,4 @@
-// Members of JSON objects, for forms that are made of an event's fields rather than of its tree.
+// Members of JSON objects, for forms made of an event's fields rather than of its tree.
 #pragma once
 
 #include <string>
@@ -17,14 +17,14 @@ class json_members {
   void open_object(std::string_view name = {});
   void close_object();
 
-  // A member's name, with what belongs before it; its value comes next.
+  // A member's name, with what precedes it; its value comes next.
   void name(std::string_view name);
-  // A name that something else will write.
+  // Reserves a name that other code will write.
   void reserve(std::string_view name) { (void)open_.back().names.take(name); }
   void constant(std::string_view name, std::string_view text);
   void gap_text(std::string_view name, gap how, std::int32_t slot = -1);  // in quotes
   void gap_bare(std::string_view name, gap how, std::int32_t slot = -1);
-  // Left out where the event has no such member.
+  // Left out if the event has no such member.
   void text(std::string_view name, system_member member);
   void number(std::string_view name, system_member member);
   // The text of a field, in quotes.

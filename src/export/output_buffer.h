@@ -1,8 +1,8 @@
 // Bytes on their way to a file descriptor, through one large buffer and write(2).
 //
-// A form asks for room, writes into it and says where it stopped. The last byte written always
-// stays at hand, so that a form may take it back. After an error nothing more is written; the
-// errno stays. The descriptor belongs to the caller and has to outlive the buffer.
+// A form requests room, writes into it and commits the end. The last byte written is always kept,
+// so that a form may remove it. After an error nothing more is written; the errno is kept. The
+// descriptor belongs to the caller and has to outlive the buffer.
 #pragma once
 
 #include <cstddef>
@@ -20,26 +20,26 @@ class output_buffer {
   output_buffer(const output_buffer&) = delete;
   output_buffer& operator=(const output_buffer&) = delete;
 
-  // The most that may be asked for at once.
+  // Maximum room that may be requested at once.
   static constexpr std::size_t most_room = 512 << 10;
 
-  // Where at least `bytes` may be written; `commit` says up to where they were.
+  // Where at least `bytes` may be written; `commit` says how far they were.
   char* room(std::size_t bytes) {
     if (static_cast<std::size_t>(end_ - at_) < bytes) flush_all_but_one();
     return at_;
   }
   void commit(char* end) { at_ = end; }
-  // For writers that hold the position themselves, from one `commit` to the next: where to
-  // write, and where the room ends.
+  // For writers that keep the position themselves, from one `commit` to the next: where to write,
+  // and where the room ends.
   char* position() const { return at_; }
   char* limit() const { return end_; }
   void append(std::string_view text);
-  // Takes back the last byte if it is `last`.
+  // Removes the last byte if it is `last`.
   void take_back(char last) {
     if (at_ != begin_.get() && at_[-1] == last) --at_;
   }
 
-  // Writes all there is. False when that, or a write before it, failed.
+  // Writes everything. False if that, or an earlier write, failed.
   bool flush();
   bool failed() const { return error_ != 0; }
   int error() const { return error_; }

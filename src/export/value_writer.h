@@ -1,4 +1,4 @@
-// Values of events into an output buffer, in the ways that forms need them.
+// Values of events into an output buffer, in the ways that forms need.
 #pragma once
 
 #include <cstring>
@@ -12,7 +12,7 @@ namespace zanvik {
 
 class value_sink {
  public:
-  // `lossy` is set when a character cannot be held.
+  // `lossy` is set if a character cannot be held.
   value_sink(output_buffer& out, const std::byte* readable_end, bool& lossy)
       : out_(out), readable_end_(readable_end), lossy_(lossy) {}
 
@@ -32,8 +32,8 @@ class value_sink {
   template <escape_form form>
   bool text(const event_value& value);
 
-  // The same for values that most events are made of, written at `out`, which has `quick_room`
-  // bytes: the end, or null, with nothing lost, for a value that is not so plain.
+  // The same for the values that most events consist of, written at `out`, which has `quick_room`
+  // bytes: returns the end, or null, with nothing lost, for any other value.
   static constexpr std::size_t quick_room = 8192;
   char* quick_json_value(char* out, const event_value& value) const;
   template <escape_form form>

@@ -1,4 +1,4 @@
-// XML: what Windows itself shows for the events, in one document.
+// XML: the events as Windows shows them, in one document.
 #include <string>
 
 #include "export/event_form.h"
@@ -28,7 +28,7 @@ class xml_form : public event_form {
 
   void end(output_buffer& out) override { out.append("</Events>\n"); }
 
-  // Into the instruction before the event, whose path holds no `>`.
+  // Into the instruction before the event, whose path contains no `>`.
   void add_copies(std::string& event, std::uint64_t copies) const override {
     event.insert(event.find("?>"), " copies=\"" + std::to_string(copies) + '"');
   }

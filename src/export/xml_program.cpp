@@ -40,8 +40,8 @@ class xml_builder {
   form_program& out_;
 };
 
-// A prefix would need its declaration in reach, which nested templates do not promise: only the
-// declarations themselves keep their colon.
+// A prefix would need its declaration, which nested templates may not have: only the declarations
+// themselves keep their colon.
 std::string xml_builder::name(std::string_view text) {
   bool lossy = false;
   std::string good = xml_name(text, lossy);
@@ -63,7 +63,7 @@ std::string xml_builder::attribute_name(const event_attribute& attribute) {
   const bool declares = attribute.name.starts_with(declaration);
   const bool constant = constant_text(attribute.value, value);
   if (!declares) return name(attribute.name);
-  // Empty ones, and the two that XML keeps for itself, are refused by readers.
+  // Readers refuse empty ones, and the two that XML keeps for itself.
   const bool good = constant && !value.empty() && !value.starts_with("http://www.w3.org/XML") &&
                     !value.starts_with("http://www.w3.org/2000/xmlns");
   const std::string_view prefix = attribute.name.substr(declaration.size());
@@ -131,7 +131,7 @@ void xml_builder::write_attributes(const event_element& element) {
   }
 }
 
-// Kept as an instruction where XML allows it; a `?>` in its data would end it.
+// Kept as an instruction if XML allows it; a `?>` in its data would end it.
 void xml_builder::write_instruction(const event_item& item) {
   std::string target = name(item.target);
   std::string data;

@@ -12,7 +12,7 @@ namespace zanvik {
 namespace {
 
 constexpr std::size_t write_bytes = std::size_t{256} << 10;
-// Smaller buffers make a disk seek for every few items.
+// With smaller buffers a disk would seek for every few items.
 constexpr std::uint64_t least_buffer = std::uint64_t{64} << 10;
 constexpr std::uint64_t largest_buffer = std::uint64_t{4} << 20;
 // An item in the file: its key, its size, its bytes.
@@ -61,7 +61,7 @@ class external_sorter::run_writer {
   std::string buffer_;
 };
 
-// Items of a run, in order. Bytes are looked at only when the item's turn has come, so that one
+// Items of a run, in order. Bytes are read only when the item's turn has come, so that only one
 // large item is in memory at a time, in `large`, which all inputs share.
 class external_sorter::run_input : public sorted_input {
  public:
@@ -117,7 +117,7 @@ external_sorter::external_sorter(const sort_settings& settings)
                     sizeof(entry) * sizeof(entry)),
       folder_(settings.folder) {}
 
-// Memory that was never written to costs nothing, so all of it is asked for at once.
+// Memory that is never written to costs nothing, so all of it is requested at once.
 bool external_sorter::allocate() {
   if (memory_) return true;
   memory_.reset(new (std::nothrow) char[memory_bytes_]);
@@ -126,7 +126,7 @@ bool external_sorter::allocate() {
 
 bool external_sorter::add(const sort_key& key, std::string_view bytes) {
   if (!error_.empty() || !allocate()) return false;
-  // The buffer that runs are written through belongs to the memory too.
+  // The buffer through which runs are written is part of the memory.
   const std::size_t all = memory_bytes_ - write_bytes;
   const auto room = [&] { return all - used_ - count_ * sizeof(entry); };
   const std::size_t wanted = bytes.size() + sizeof(entry);
@@ -149,12 +149,12 @@ bool external_sorter::add(const sort_key& key, std::string_view bytes) {
 void external_sorter::sort_entries() {
   const auto before = [](const entry& a, const entry& b) {
     if (a.key != b.key) return a.key < b.key;
-    // As they came in; one without bytes shares its offset with the one behind it.
+    // In order of arrival; one without bytes shares its offset with the next.
     return a.offset != b.offset ? a.offset < b.offset : a.bytes < b.bytes;
   };
   entry* const first = entries();
   entry* const last = first + count_;
-  // What came in order stands in reverse.
+  // What arrived in order is stored in reverse.
   std::reverse(first, last);
   if (!std::is_sorted(first, last, before)) std::sort(first, last, before);
 }

@@ -1,12 +1,11 @@
-// Puts items into the order of their keys, as many as the disk has room for, within a fixed amount
-// of memory.
+// Sorts items by their keys, as many as the disk has room for, within a fixed amount of memory.
 //
-// Items are collected in one stretch of memory. When that is full they are sorted and written to a
-// temporary file as a run. In the end the runs are merged; if there are more than memory allows
-// buffers for, in several passes. Without a run nothing touches the disk.
+// Items are collected in one block of memory. When it is full they are sorted and written to a
+// temporary file as a run. At the end the runs are merged; if there are more than there are buffers
+// in memory, in several passes. Without a run the disk is not used.
 //
-// In: items in any order. Out: all of them, equal keys in the order they came in. An item that is
-// larger than the memory is taken all the same, and is in memory alone while it is handed out.
+// In: items in any order. Out: all of them, equal keys in the order of arrival. An item larger than
+// the memory is accepted, and is alone in memory while it is passed on.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +24,7 @@ struct sort_settings {
   std::uint64_t memory_bytes = std::uint64_t{512} << 20;
   std::string folder;  // of temporary files; empty for TMPDIR
 };
-// Less is taken for this much.
+// Smaller values are raised to this.
 inline constexpr std::uint64_t least_sort_memory = std::uint64_t{1} << 20;
 
 class external_sorter {
@@ -34,14 +33,14 @@ class external_sorter {
   external_sorter(const external_sorter&) = delete;
   external_sorter& operator=(const external_sorter&) = delete;
 
-  // False after an error; what follows is not taken then.
+  // False after an error; later items are then dropped.
   [[nodiscard]] bool add(const sort_key& key, std::string_view bytes);
-  // Hands out all items and forgets them. False after an error and when `use` ended the work.
+  // Passes on all items and forgets them. False after an error, or if `use` ended the work.
   [[nodiscard]] bool finish(const item_use& use);
 
-  // What went wrong, in words; empty when nothing did.
+  // The error in words; empty if there was none.
   const std::string& error() const { return error_; }
-  // Runs that were written, those of passes between included.
+  // Number of runs written, including those of merging passes.
   std::uint64_t runs_written() const { return runs_written_; }
 
  private:

@@ -1,6 +1,6 @@
-// What items are ordered by: three numbers, the first of them first. Whoever makes the key says
-// what they are (a time, the number of a log, ...). Items with equal keys keep the order they came
-// in.
+// The key of an item: three numbers, the first one counts first. The code that makes the key
+// decides what they are (a time, the number of a log, ...). Items with equal keys keep their order
+// of arrival.
 #pragma once
 
 #include <array>
@@ -17,7 +17,7 @@ struct sort_key {
   auto operator<=>(const sort_key&) const = default;
 };
 
-// Takes an item, whose bytes live during the call. False ends the work.
+// Takes an item, whose bytes are valid during the call. False ends the work.
 using item_use = std::function<bool(const sort_key& key, std::string_view bytes)>;
 
 }  // namespace zanvik

@@ -19,7 +19,7 @@ class input_heap {
 
   bool empty() const { return heap_.empty(); }
   sorted_input& top() { return *heap_.front().input; }
-  // Moves the top input on.
+  // Moves the top input to its next item.
   void advance() {
     entry& first = heap_.front();
     if (first.input->next()) {

@@ -12,19 +12,19 @@ class sorted_input {
  public:
   virtual ~sorted_input() = default;
 
-  // Moves to the next item, the first one at first. False at the end and after an error, which the
-  // input remembers.
+  // Moves to the next item, or first to the first one. False at the end and after an error, which
+  // the input remembers.
   [[nodiscard]] virtual bool next() = 0;
   const sort_key& key() const { return key_; }
-  // The bytes of the item, which live until the next call of `next` or `bytes` of any input.
+  // The bytes of the item, valid until the next call of `next` or `bytes` of any input.
   virtual std::string_view bytes() = 0;
 
  protected:
   sort_key key_;
 };
 
-// Hands out the items of all inputs by rising keys; of equal keys those of an earlier input first.
-// False when `use` ended the work. Whether an input broke off is to be asked of the inputs.
+// Passes on the items of all inputs by ascending keys; of equal keys those of an earlier input
+// first. False if `use` ended the work. Ask the inputs whether one of them ended early.
 bool merge_inputs(std::span<sorted_input* const> inputs, const item_use& use);
 
 }  // namespace zanvik

@@ -18,7 +18,7 @@ bool temporary_file::create(const std::string& folder) {
     folder_ = usual != nullptr && *usual != '\0' ? usual : "/tmp";
   }
   descriptor_ = ::open(folder_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-  // Not every file system has files that never get a name.
+  // Not every file system has files without a name.
   if (descriptor_ < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
     std::string name = folder_ + "/zanvik-XXXXXX";
     descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);

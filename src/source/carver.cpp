@@ -18,7 +18,7 @@ namespace layout = evtx_layout;
 constexpr std::size_t room_bytes = 1 << 20;
 constexpr std::uint32_t least_record_bytes = layout::record_header_bytes + 4;
 
-// Of a chunk's header, which has its own checksum last but for the tables.
+// Size of a chunk's header without its tables; its own checksum is last.
 constexpr std::uint64_t header_size_at = 40;
 constexpr std::uint64_t free_space_at = 48;
 constexpr std::uint64_t data_checksum_at = 52;
@@ -26,10 +26,10 @@ constexpr std::uint64_t header_checksum_at = 124;
 constexpr std::uint64_t summed_front_bytes = 120;
 constexpr std::uint32_t header_size = 128;
 
-// A run without a place is put behind the chunk, where no offset of a true record leads.
+// A run without a place is put at the end of the chunk, where no offset of a true record leads.
 constexpr std::uint32_t behind_chunk = layout::chunk_bytes;
 
-// Where in its chunk a record stood, by the template that it brings.
+// Where in its chunk a record was, by its template.
 std::uint32_t place_of(std::span<const std::byte> record) {
   constexpr std::uint64_t instance = layout::record_header_bytes + 4;
   constexpr std::uint64_t definition = instance + layout::bare_instance_bytes;
@@ -46,8 +46,7 @@ std::uint32_t place_of(std::span<const std::byte> record) {
   return fits ? static_cast<std::uint32_t>(at - definition) : record_run::no_place;
 }
 
-// Whether bytes that nothing announced are a record: a time that can be one, and the header of
-// binary XML.
+// Whether bytes that nothing declared are a record: a plausible time, and the header of binary XML.
 bool looks_like_record(std::span<const std::byte> record) {
   const byte_cursor bytes(record);
   return is_plausible_record_header(bytes, 0) &&
@@ -80,7 +79,7 @@ std::span<std::byte> carver::room(std::uint64_t offset) {
     held_ = next_ = 0;
     base_ = offset;
   }
-  // What may be needed again: the length of a legacy record stands before its signature.
+  // Bytes that may be needed again: the length of a legacy record precedes its signature.
   const std::size_t done = next_ < 4 ? 0 : next_ - 4;
   if (window_.empty()) window_.resize(room_bytes);
   if (done != 0) std::memmove(window_.data(), window_.data() + done, held_ - done);
@@ -97,7 +96,7 @@ void carver::take(std::size_t bytes) {
   scan(false);
 }
 
-// Goes on with the search; `last` when the bytes in hand are the last ones.
+// Continues the search; `last` if the current bytes are the last ones.
 void carver::scan(bool last) {
   const auto bytes = std::span<const std::byte>(window_).first(held_);
   for (;;) {
@@ -188,7 +187,7 @@ carver::outcome carver::take_record(std::size_t at, bool last) {
   return behind;
 }
 
-// Adds a record to the open run when it goes on from there, in the same chunk.
+// Adds a record to the open run if it continues it, in the same chunk.
 bool carver::append_to_run(std::uint64_t offset, std::span<const std::byte> record,
                            std::uint32_t place) {
   const std::size_t before = run_bytes_.size();
@@ -213,7 +212,7 @@ void carver::close_run() {
   run_bytes_.clear();
 }
 
-// Learns the templates of a run and keeps it for the end.
+// Reads the templates of a run and keeps it for the end.
 void carver::keep_run(record_run run, std::span<const std::byte> bytes) {
   run.size = static_cast<std::uint32_t>(bytes.size());
   read_run(learner_, run, bytes, passed_ - learnt_);
@@ -229,7 +228,7 @@ void carver::read_run(evtx_event_reader& reader, const record_run& run,
   const std::uint32_t place = placed ? run.place : behind_chunk;
   if (fragment_.empty()) fragment_.assign(2 * layout::chunk_bytes, unknown);
   std::copy(bytes.begin(), bytes.end(), fragment_.begin() + place);
-  // Any number is one that the chunk may have declared.
+  // The chunk may have declared any number.
   if (place != 0) std::memset(fragment_.data() + layout::first_logical_record_at, 0, 8);
   const auto chunk = std::span<const std::byte>(fragment_);
   reader.start_fragment(placed ? chunk.first(layout::chunk_bytes) : chunk, run.offset - place,
@@ -243,7 +242,7 @@ void carver::read_run(evtx_event_reader& reader, const record_run& run,
   std::fill_n(fragment_.begin(), layout::chunk_header_bytes, unknown);
 }
 
-// Charges a record that lies over another one.
+// Charges a record that overlaps another one.
 bool carver::may_overlap(std::uint64_t size) {
   overlapped_ += static_cast<std::int64_t>(size);
   return overlapped_ <= limits::carved_overlap_bytes + static_cast<std::int64_t>(passed_);

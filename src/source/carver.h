@@ -1,14 +1,13 @@
-// Events from bytes that are no log: an image, memory, free space, a file of whatever kind.
+// Events from bytes that are not a log: an image, memory, free space, any file.
 //
-// In: bytes from front to back, read into the carver's own room. Out: events, each with its offset
+// In: bytes from start to end, read into the carver's own buffer. Out: events, each with its offset
 // in the input and marked as carved. Chunks that are whole by structure and both checksums, and
-// legacy records whose two sizes agree, come at once, in the order of the input. What is left of
-// other chunks, and records that stand alone, come when the end is reached, in the order of the
-// input too: by then all templates are known that the input has. One without its template has its
-// header and its values.
+// legacy records whose two sizes agree, come at once, in the order of the input. The rest of other
+// chunks, and single records, come at the end, also in the order of the input: by then all
+// templates in the input are known. A record without its template has its header and its values.
 //
-// Nothing is looked for inside a whole chunk. Memory is bounded (limits.h); work is in proportion
-// to the input, however its records lie over one another.
+// The inside of a whole chunk is not searched. Memory is bounded (limits.h); work is in proportion
+// to the input, even if its records overlap.
 #pragma once
 
 #include <cstddef>
@@ -34,26 +33,26 @@ class carve_watcher {
 
 class carver {
  public:
-  // `slack`: records from the free space of whole chunks too. All must outlive the carver.
+  // `slack`: also records from the free space of whole chunks. All must outlive the carver.
   carver(event_sink& sink, const log_source& input, bool slack);
 
   // Events with other ids may be left out.
   void take_event_ids(const event_id_set* ids) { chunks_.take_event_ids(ids); }
   void set_watcher(carve_watcher* watcher) { watcher_ = watcher; }
 
-  // Room for the bytes that stand at `offset` of the input. Those that do not go on where the last
-  // ones ended are taken for the start of something else.
+  // Room for the bytes at `offset` of the input. Bytes that do not continue the previous ones are
+  // treated as the start of something else.
   std::span<std::byte> room(std::uint64_t offset);
-  // So many bytes are in the room now.
+  // The room now contains this many bytes.
   void take(std::size_t bytes);
-  // Hands out the rest. False when a record could not be kept for that.
+  // Passes on the rest. False if a record could not be kept for that.
   [[nodiscard]] bool finish();
 
  private:
   class no_sink : public event_sink {
     void on_event(const event_view&) override {}
   };
-  // What a hit tells of where to go on; `more` when the bytes behind it are not there yet.
+  // Where to continue after a hit; `more` if the bytes after it are not there yet.
   struct outcome {
     std::size_t next = 0;
     bool more = false;
@@ -83,8 +82,8 @@ class carver {
   evt_record legacy_record_;
 
   std::vector<std::byte> window_;  // bytes that are not done with
-  std::size_t held_ = 0;           // of them
-  std::size_t next_ = 0;           // where the search goes on
+  std::size_t held_ = 0;           // bytes in it
+  std::size_t next_ = 0;           // where the search continues
   std::uint64_t base_ = 0;         // offset of the window
 
   record_run run_;  // open; without bytes when none is

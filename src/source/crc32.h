@@ -1,4 +1,4 @@
-// CRC-32 as the headers of .evtx logs hold it, by zlib. The only file that knows that library.
+// CRC-32 as in the headers of .evtx logs, by zlib. The only file that uses that library.
 #pragma once
 
 #include <cstddef>

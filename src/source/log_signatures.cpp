@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::size_t step = 64;
 
-// Whether the first two bytes of a signature stand at one of the first 64 places. Compilers make
-// vector instructions of this: no branch, and a count that is constant.
+// Whether the first two bytes of a signature are at one of the first 64 positions. Compilers make
+// vector instructions of this: no branch, and a constant count.
 bool may_hold(const std::byte* bytes) {
   unsigned char found = 0;
   for (std::size_t i = 0; i < step; ++i) {

@@ -1,4 +1,4 @@
-// zanvik check: is a log whole, was somebody at it, and where are its bytes?
+// zanvik check: is a log whole, was it changed, and what is each of its bytes?
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>

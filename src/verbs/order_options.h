@@ -1,4 +1,4 @@
-// The options that say in which order events come, and what the sorting may take.
+// The options for the order of events, and the resources for sorting.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ class Option;
 namespace zanvik {
 
 struct order_options {
-  std::string order;  // "log" or "time"; empty for what is usual
+  std::string order;  // "log" or "time"; empty for the default
   sort_settings sorting;
 
   bool by_time(bool usual) const { return order.empty() ? usual : order == "time"; }

@@ -8,7 +8,7 @@
 
 namespace zanvik {
 
-// The XML has all values with their names; the values' own bytes tell apart what shows alike.
+// The XML has all values with their names; the values' own bytes distinguish those that read alike.
 event_identity::value event_identity::of(const event_view& event) {
   const form_program& program =
       programs_.of(event, [&](form_program& fresh) { build_event_xml(event, fresh); });
@@ -22,7 +22,7 @@ event_identity::value event_identity::of(const event_view& event) {
   const std::uint64_t head[] = {event.header().record_number, event.time()};
   mix(std::as_bytes(std::span(head)));
   for (const event_value& slot : event.slots()) {
-    // Nested binary XML has its values in slots of their own, and offsets into its chunk.
+    // Nested binary XML has its values in separate slots, and offsets into its chunk.
     if (slot.is_nested()) continue;
     const std::uint32_t kind[] = {slot.type, slot.size};
     mix(std::as_bytes(std::span(kind)));
@@ -36,7 +36,7 @@ ordered_events::ordered_events(event_form& form, output_buffer& out, const order
     : form_(form), out_(out), render_(rendered_) {
   if (!by_time) return;
   sort_settings settings = options.sorting;
-  // While one hands out its events the other takes them.
+  // While one passes on its events the other collects them.
   if (unique) settings.memory_bytes /= 2;
   by_time_ = std::make_unique<external_sorter>(settings);
   if (unique) by_identity_ = std::make_unique<external_sorter>(settings);
@@ -66,7 +66,7 @@ void ordered_events::sort(const event_view& event) {
   }
 }
 
-// Events of one identity stand together, in the order in which they were read.
+// Equal events are next to each other, in the order in which they were read.
 bool ordered_events::count_copies() {
   std::optional<sort_key> identity;
   sort_key first_key;

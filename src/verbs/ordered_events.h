@@ -1,12 +1,12 @@
-// Events of a form in the order that was asked for: log by log as they are read, or all in one
-// order of time.
+// Events of a form in the requested order: log by log as they are read, or all in one order of
+// time.
 //
-// In one order of time, events whose lines show the same time are in the order of their logs, those
-// of one log by their full time and then by position. So results of some logs can be merged by what
-// their lines show. Events wait as the bytes that the form makes of them.
+// In one order of time, events whose lines show the same time are in the order of their logs;
+// events of one log are ordered by their full time, then by position. So results of separate runs
+// can be merged by what their lines show. Events wait as the bytes that the form makes of them.
 //
-// With `unique`, events that are the same in channel, computer, record number, time and all values
-// come out once, the first of them, with the number of copies.
+// With `unique`, events with the same channel, computer, record number, time and values come out
+// once, the first of them, with the number of copies.
 #pragma once
 
 #include <array>
@@ -20,7 +20,7 @@
 
 namespace zanvik {
 
-// What makes an event the same as another: 128 bits, drawn with the secret of the run.
+// What makes two events the same: a hash of 128 bits with the secret of the run.
 class event_identity {
  public:
   using value = std::array<std::uint64_t, 2>;
@@ -40,7 +40,7 @@ class ordered_events {
 
   void start_log() { ++log_; }
   void write(const event_view& event);
-  // Writes what waits. False, with `error` set, when it could not be sorted.
+  // Writes the waiting events. False, with `error` set, if they could not be sorted.
   [[nodiscard]] bool finish();
   const std::string& error() const { return error_; }
 

@@ -1,4 +1,4 @@
-// Where a verb's output goes: standard output, or a file that gets its name when it is whole.
+// Where a verb's output goes: standard output, or a file that gets its name when it is complete.
 #pragma once
 
 #include <string>
@@ -14,11 +14,11 @@ class output_target {
   output_target& operator=(const output_target&) = delete;
   ~output_target();
 
-  // Opens the output: "" and "-" are standard output, anything else a file beside which it is
-  // written until `keep`. False, with `problem` set, when that cannot be.
+  // Opens the output: "" and "-" are standard output, anything else is a file, which is written
+  // under another name until `keep`. False, with `problem` set, if that is not possible.
   [[nodiscard]] bool open(const std::string& path, std::string& problem);
   int descriptor() const { return descriptor_; }
-  // Gives the file its name. Without it nothing stays.
+  // Gives the file its name. Without this call, the file is removed.
   [[nodiscard]] bool keep(std::string& problem);
 
  private:
@@ -30,7 +30,7 @@ class output_target {
   bool unnamed_ = false;   // it has that name only when it is whole
 };
 
-// Whether the file of that name is the log, under whatever name.
+// Whether this file is the log, under any name.
 bool is_same_file(const std::string& path, const log_source& log);
 
 }  // namespace zanvik

@@ -1,4 +1,4 @@
-// A line on a terminal's standard error: the share of the bytes that are read, and the time left.
+// A line on a terminal's standard error: the share of bytes that were read, and the time left.
 #pragma once
 
 #include <chrono>
@@ -8,13 +8,13 @@ namespace zanvik {
 
 class progress_line {
  public:
-  // `total` bytes are to be read. Nothing shows when `show` is false.
+  // `total` bytes are to be read. Shows nothing if `show` is false.
   progress_line(bool show, std::uint64_t total) : show_(show && total != 0), total_(total) {}
   progress_line(const progress_line&) = delete;
   progress_line& operator=(const progress_line&) = delete;
   ~progress_line();
 
-  // Bytes that are done now. Shows them a few times a second at most.
+  // The number of bytes read so far. Shows it at most a few times per second.
   void update(std::uint64_t done);
 
   // Whether standard error is a terminal.

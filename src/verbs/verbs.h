@@ -1,5 +1,5 @@
-// The second door: `zanvik VERB [OPTIONS] PATH...`. One file a verb; this is the way into the
-// folder.
+// The second door: `zanvik VERB [OPTIONS] PATH...`. Each verb is in one file; this is the way into
+// the folder.
 //
 // To add a verb, add its file and its row to the table in verbs.cpp.
 #pragma once
@@ -13,10 +13,10 @@ namespace zanvik {
 // Statuses of a verb's run.
 enum verb_status {
   verb_done = 0,
-  verb_problems = 1,     // something that was asked for could not be read or written
+  verb_problems = 1,     // something could not be read or written
   verb_bad_command = 2,  // wrong options; nothing was done
   verb_matches = 3,      // of hunt: rules matched
-  verb_findings = 4,     // all was read, and there is something to look at
+  verb_findings = 4,     // all was read, and there are findings
 };
 
 struct verb {
@@ -26,8 +26,8 @@ struct verb {
 };
 std::span<const verb> verbs();
 
-// Runs the verb that the first argument names and returns its status; nothing when it names none,
-// and the arguments are the classic options then.
+// Runs the verb that the first argument names and returns its status; nothing if it names none:
+// then the arguments are the classic options.
 std::optional<int> run_verb(int argc, char** argv);
 
 int run_export(int argc, char** argv);
