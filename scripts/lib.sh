@@ -39,8 +39,11 @@ need() {
 
 have_compiler() { command -v "${CXX:-c++}"; }
 
-# Whether the compiler finds the header $1.
-have_header() { have_compiler && printf '#include <%s>\n' "$1" | "${CXX:-c++}" -E -x c++ -; }
+# Whether the compiler finds the header $1. PCRE2's wants to know the width of characters.
+have_header() {
+  have_compiler &&
+    printf '#include <%s>\n' "$1" | "${CXX:-c++}" -DPCRE2_CODE_UNIT_WIDTH=8 -E -x c++ -
+}
 
 have_gtest() { dpkg -s libgtest-dev || have_header gtest/gtest.h; }
 
