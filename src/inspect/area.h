@@ -1,4 +1,4 @@
-// The lines of the account: what a byte of a log can be. Each byte of a log is of one kind.
+// The lines of the account: the kinds of a log's bytes. Each byte is of one kind.
 #pragma once
 
 #include <cstddef>
@@ -40,17 +40,17 @@ enum class area_kind : std::uint8_t {
 };
 inline constexpr std::size_t area_kinds = static_cast<std::size_t>(area_kind::read_elsewhere) + 1;
 
-// The name that programs read ("lost_cut") and the words for people.
+// The name for programs ("lost_cut") and the words for people.
 std::string_view area_name(area_kind kind);
 std::string_view area_text(area_kind kind);
 // Whether areas of that kind are records, and are counted.
 bool holds_records(area_kind kind);
-// Whether they are living records that the reader does not give.
+// Whether they are live records that the reader does not return.
 bool is_lost(area_kind kind);
-// Whether they are records behind the used part.
+// Whether they are records after the used part.
 bool is_free_record(area_kind kind);
 
-// A stretch of bytes of one kind.
+// A range of bytes of one kind.
 struct area {
   std::uint64_t offset = 0;  // in its chunk or, of a legacy log, in the file
   std::uint64_t size = 0;
@@ -59,7 +59,7 @@ struct area {
   std::uint64_t time_written = 0;  // of a record, FILETIME
 };
 
-// True when all of them are zero.
+// True if all of them are zero.
 bool all_zero(std::span<const std::byte> bytes);
 
 }  // namespace zanvik

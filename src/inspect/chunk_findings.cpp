@@ -115,7 +115,7 @@ void chunk_check::check_record(const area& part) {
 }
 
 // A record within another one: a sound header whose record ends inside, with its own size at its
-// end or together with the outer one, as the outer one's raised size leaves it.
+// end or together with the outer one, as an increased outer size leaves it.
 void chunk_check::find_hidden(const area& part) {
   const std::uint64_t end = part.offset + part.size;
   for (std::uint64_t at = part.offset + layout::record_header_bytes;

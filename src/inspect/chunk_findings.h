@@ -1,4 +1,4 @@
-// What one chunk says about itself: its header against its bytes, its records one by one.
+// What one chunk says about itself: its header compared with its bytes, and its records one by one.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 namespace zanvik {
 
 // Adds the findings of a chunk that was walked and settled, and fills its summary, whose index and
-// offset are set. Nothing is found in an empty chunk.
+// offset are set. An empty chunk has no findings.
 void find_in_chunk(std::span<const std::byte> bytes, const walked_chunk& chunk,
                    chunk_summary& summary, finding_list& findings);
 

@@ -3,12 +3,12 @@
 namespace zanvik {
 namespace {
 
-// One pass over areas and given records, both rising; counts the records that are of no area.
+// One pass over areas and returned records, both ascending; counts the records that are in no area.
 class given_by_offset {
  public:
   explicit given_by_offset(const std::vector<given_record>& given) : given_(given) {}
 
-  // Null when none was given at that offset.
+  // Null if none was returned at that offset.
   const given_record* find(std::uint64_t offset) {
     while (next_ < given_.size() && given_[next_].offset < offset) skip();
     if (next_ == given_.size() || given_[next_].offset != offset) return nullptr;

@@ -1,8 +1,8 @@
-// What the reader makes of a chunk's records, held against the walk of the folder.
+// Compares the records that the reader found in a chunk with the walk of this folder.
 //
-// A record whose offset the reader gave is read. A living one that it did not give is lost, and
-// gets the reason that the bytes show. Records behind the used part count as read when the reader's
-// search of free space gives them.
+// A record at an offset that the reader returned is read. A live one that it did not return is
+// lost, for the reason that the bytes show. Records after the used part count as read if the
+// reader's search of free space returns them.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace zanvik {
 
-// A record that a reader gave, and what it says of it.
+// A record that a reader returned, and its properties.
 struct given_record {
   std::uint64_t offset = 0;  // in the chunk
   bool bare = false;         // its template was not found
@@ -22,15 +22,15 @@ struct given_record {
   bool operator<(const given_record& other) const { return offset < other.offset; }
 };
 
-// What a reader gave of one chunk, by rising offsets. An offset may come twice, and may lie past
-// the chunk's end, where a size leads the reader there.
+// The records that a reader returned from one chunk, by ascending offsets. An offset may be
+// repeated, and may be past the chunk's end if a size leads the reader there.
 struct given_records {
   std::vector<given_record> plain;  // by a walk over the declared records
   std::vector<given_record> slack;  // more, by the search of free space and behind damage
 };
 
-// Sets the kinds of the chunk's areas; a free record stays one until the whole log is known.
-// Returns how many of the offsets are of no area of the walk.
+// Sets the kinds of the chunk's areas; a free record stays free until the whole log is known.
+// Returns how many of the offsets are in no area of the walk.
 std::uint64_t settle_chunk(walked_chunk& chunk, const given_records& given);
 
 }  // namespace zanvik

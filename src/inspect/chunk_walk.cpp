@@ -73,7 +73,7 @@ std::optional<std::uint32_t> size_at_end(const byte_cursor& chunk, std::uint64_t
   return chunk.at<std::uint32_t>(at + head.size - 4);
 }
 
-// Whether a record may begin there; where none is expected, its time has to be one.
+// Whether a record may begin there; if none is expected, its time must be plausible.
 bool chunk_walk::is_record(std::uint64_t at) const {
   const auto head = record_head_at(chunk_, at);
   return head && fits(chunk_, at, *head) && is_valid_filetime(head->time_written);
@@ -86,7 +86,7 @@ std::uint64_t chunk_walk::next_record(std::uint64_t from, std::uint64_t end) con
   return end;
 }
 
-// Where the records that follow one another from the chunk's first one end.
+// The end of the consecutive records that start with the chunk's first one.
 std::uint64_t chunk_walk::end_of_row() const {
   std::uint64_t at = layout::chunk_header_bytes;
   for (auto head = record_head_at(chunk_, at); head && fits(chunk_, at, *head);
@@ -96,7 +96,7 @@ std::uint64_t chunk_walk::end_of_row() const {
   return at;
 }
 
-// A record header stands at `at`. Returns where its area ends.
+// There is a record header at `at`. Returns where its area ends.
 std::uint64_t chunk_walk::take_record(std::uint64_t at, bool used, const record_head& head) {
   area part{at, head.size, used ? area_kind::record_read : area_kind::free_record, head.number,
             head.time_written};
@@ -108,7 +108,7 @@ std::uint64_t chunk_walk::take_record(std::uint64_t at, bool used, const record_
   return at + part.size;
 }
 
-// No record header stands at `at`. Returns where the next one stands, or `border`.
+// There is no record header at `at`. Returns where the next one is, or `border`.
 std::uint64_t chunk_walk::take_gap(std::uint64_t at, std::uint64_t border, bool used) {
   const std::uint64_t end = next_record(at + 1 + (3 - at % search_step), border);
   const auto bytes = chunk_.bytes_at(at, end - at);
@@ -145,7 +145,7 @@ const walked_chunk& chunk_walk::walk(std::span<const std::byte> chunk) {
   while (at < chunk.size()) {
     const bool used = at < out_.used_end;
     const auto head = record_head_at(chunk_, at);
-    // In free space a header that cannot be one is as any other bytes.
+    // In free space an impossible header is like any other bytes.
     if (head && (used || is_record(at))) {
       at = take_record(at, used, *head);
     } else {

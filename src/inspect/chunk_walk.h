@@ -2,11 +2,11 @@
 // byte to its last, so that each byte is of one kind.
 //
 // In: the 65,536 bytes of a chunk. Out: the fields of its header, and areas in the order of their
-// offsets, which live until the next walk. The used part ends where the header says that free space
-// begins or, where that leads nowhere, behind the last record in a row. Records in the used part
-// are `record_read` here, whatever a reader makes of them (chunk_settle.h); behind it they are
-// `free_record`. What is no record is searched for the next header, so that damage costs itself
-// alone. No byte is looked at more than a few times.
+// offsets, valid until the next walk. The used part ends where the header says that free space
+// begins or, if that is impossible, after the last consecutive record. Records in the used part are
+// `record_read` here, whatever a reader does with them (chunk_settle.h); after it they are
+// `free_record`. Bytes that are not a record are searched for the next header, so that damage costs
+// only itself. No byte is read more than a few times.
 #pragma once
 
 #include <cstddef>
@@ -35,7 +35,7 @@ struct chunk_header {
   bool declares(std::uint64_t number) const {
     return has_records() && number >= first_number && number <= last_number;
   }
-  // How many it declares; nothing when no chunk can hold as many.
+  // How many it declares; nothing if no chunk can contain as many.
   std::optional<std::uint64_t> declared() const;
 };
 
@@ -44,7 +44,7 @@ chunk_header read_chunk_header(std::span<const std::byte> chunk);
 std::uint32_t header_checksum_of(std::span<const std::byte> chunk);
 std::uint32_t data_checksum_of(std::span<const std::byte> chunk, std::uint64_t end);
 
-// A record header as it stands in a chunk.
+// A record header as in a chunk.
 struct record_head {
   std::uint32_t size = 0;
   std::uint64_t number = 0;
@@ -52,9 +52,9 @@ struct record_head {
 };
 // Nothing without a signature, or without room for a header.
 std::optional<record_head> record_head_at(const byte_cursor& chunk, std::uint64_t at);
-// Whether the size can be one of a record at `at`, to the chunk's end and no further.
+// Whether the size is possible for a record at `at`, up to the chunk's end.
 bool fits(const byte_cursor& chunk, std::uint64_t at, const record_head& head);
-// The size at the record's end; nothing when the record does not fit.
+// The size at the record's end; nothing if the record does not fit.
 std::optional<std::uint32_t> size_at_end(const byte_cursor& chunk, std::uint64_t at,
                                          const record_head& head);
 

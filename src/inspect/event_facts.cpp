@@ -11,8 +11,8 @@
 namespace zanvik {
 namespace {
 
-// How far a clock change may lie from the times that it explains: its own event is written after
-// it, and the record before the jump some time before it.
+// How far a clock change may be from the times that it explains: its own event is written after it,
+// and the record before the jump some time before it.
 constexpr std::uint64_t change_slack = 10 * 60 * qx::ticks_per_second;
 
 constexpr std::string_view log_service = "Microsoft-Windows-Eventlog";

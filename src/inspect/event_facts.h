@@ -1,8 +1,9 @@
-// What the events of a log tell about the log: whom they are from, how many there are, and which
-// of them speak of clearing, of the log's service and of the clock.
+// What the events of a log say about the log: their computers and users, how many there are, and
+// which are about clearing, the log's service and the clock.
 //
-// In: the living events, in the order of the log. Out: counts and findings in the log's ledger, and
-// the clock changes that explain times going back. Names are counted apart up to a limit.
+// In: the live events, in the order of the log. Out: counts and findings in the log's ledger, and
+// the clock changes that explain times running backwards. Names are counted separately up to a
+// limit.
 #pragma once
 
 #include <cstdint>
@@ -22,12 +23,12 @@ class event_facts : public event_sink {
   explicit event_facts(log_ledger& out) : out_(out) {}
 
   void on_event(const event_view& event) override;
-  // Adds what is known when all events are: the counts, the jumps of the clock with or without the
-  // events that explain them, and a log that does not begin with record 1.
+  // Adds what depends on all events: the counts, the jumps of the clock with or without the events
+  // that explain them, and a log that does not begin with record 1.
   void finish(const std::vector<time_jump>& jumps, std::uint64_t first_number);
 
  private:
-  // Counts by name, as many as the limit allows.
+  // Counts by name, as many names as the limit allows.
   class name_counts {
    public:
     void add(std::string_view name);
@@ -48,7 +49,7 @@ class event_facts : public event_sink {
   void tell_computer(const event_view& event);
   void note_clock_change(const event_view& event, std::uint64_t id, std::string_view provider);
   void find(const event_view& event, finding_kind kind, std::string detail);
-  // The datum of that name as text, empty where there is none.
+  // The datum of that name as text, empty if there is none.
   std::string datum(const event_view& event, std::string_view name);
   const clock_change* change_behind(const time_jump& jump) const;
 

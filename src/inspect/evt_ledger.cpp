@@ -70,7 +70,7 @@ bool evt_ledger::is_end_record(std::uint64_t at) const {
   return true;
 }
 
-// The next record or end-of-file record at or behind `from`, or the end of the log.
+// The next record or end-of-file record at or after `from`, or the end of the log.
 std::uint64_t evt_ledger::next_place(std::uint64_t from) const {
   for (std::uint64_t at = from; log_.has(at, 8); at += 4) {
     const auto word = log_.at_or_zero<std::uint32_t>(at + layout::signature_at);
@@ -79,7 +79,7 @@ std::uint64_t evt_ledger::next_place(std::uint64_t from) const {
   return log_.size();
 }
 
-// A record's signature stands at `at`. Returns where its area ends.
+// There is a record's signature at `at`. Returns where its area ends.
 std::uint64_t evt_ledger::take_record(std::uint64_t at) {
   const auto size = log_.at_or_zero<std::uint32_t>(at);
   area part{at, size, area_kind::record_read, log_.at_or_zero<std::uint32_t>(at + 8)};
@@ -112,7 +112,7 @@ void evt_ledger::walk(std::span<const std::byte> log) {
   join_wrapped_record();
 }
 
-// Where the last record leads over the file's end, the bytes behind the header are its rest.
+// If the last record reaches past the file's end, the bytes after the header are its rest.
 void evt_ledger::join_wrapped_record() {
   if (areas_.size() < 3) return;
   const area& last = areas_.back();
@@ -129,7 +129,7 @@ bool evt_ledger::is_living(std::uint64_t offset) const {
   return offset >= claims_.begin || offset < claims_.end;
 }
 
-// Kinds by what the reader gives and by where the ring is.
+// Kinds by what the reader returns and by where the ring is.
 void evt_ledger::settle(std::span<const std::uint64_t> given) {
   std::uint64_t matched = 0;
   for (area& part : areas_) {
@@ -171,7 +171,7 @@ void evt_ledger::check_ring() {
   }
 }
 
-// Sizes are looked at whatever the reader made of the record: it takes some that cannot be.
+// Sizes are compared whatever the reader did with the record: it accepts some that are impossible.
 void evt_ledger::check_record(const area& part, finding_runs& unread) {
   if (part.kind == area_kind::damage) {
     find(finding_kind::damaged_bytes, part, text_of(part.size) + " bytes");
@@ -194,7 +194,7 @@ void evt_ledger::check_record(const area& part, finding_runs& unread) {
   }
 }
 
-// The living records in the order of the ring.
+// The live records in the order of the ring.
 void evt_ledger::check_sequence() {
   for (const bool front : {false, true}) {
     for (const area& part : areas_) {

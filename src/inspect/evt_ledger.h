@@ -1,10 +1,10 @@
 // The ledger of a legacy .evt log, which is one ring of records behind a header of 48 bytes.
 //
-// In: the bytes of the whole log. Out: a log_ledger in which every byte has its line. The living
-// records are those between the offsets that the end-of-file record names, or the header where
-// there is none; others were given up, but stand in the file and are read like them: they are
-// counted as outside the declared ones. A record that leads over the file's end goes on behind the
-// header; the reader does not follow it there, so it is lost.
+// In: the bytes of the whole log. Out: a log_ledger in which every byte has its line. Live records
+// are those between the offsets in the end-of-file record, or in the header if there is none;
+// others were released, but are still in the file and are read like them: they count as outside the
+// declared ones. A record that reaches past the file's end continues after the header; the reader
+// does not follow it there, so it is lost.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,7 @@ class evt_ledger {
   // `latest` as for record_sequence. `out` must outlive this.
   evt_ledger(log_ledger& out, std::uint64_t latest) : out_(out), sequence_(out.findings, latest) {}
 
-  // `given` are the offsets of the records that the reader gives, rising.
+  // `given` are the offsets of the records that the reader returns, ascending.
   void run(std::span<const std::byte> log, std::span<const std::uint64_t> given);
 
   const record_sequence& sequence() const { return sequence_; }

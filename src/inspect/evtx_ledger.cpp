@@ -19,7 +19,8 @@ constexpr std::uint64_t header_bytes_used = 128;
 constexpr std::uint64_t header_checksum_at = 124;
 constexpr std::uint64_t header_summed_bytes = 120;
 
-// Of number and time together; two records of a log that share both are taken for the same.
+// Of number and time together; two records of a log with the same number and time are taken as
+// equal.
 std::uint64_t key_of(const area& record) {
   return (record.number * hash_multiplier ^ record.time_written) * hash_multiplier;
 }
@@ -99,7 +100,7 @@ void evtx_ledger::add_block(std::span<std::byte> block, std::uint64_t offset) {
   const auto chunk_at = [&chunks](std::size_t index) {
     return chunks.subspan(index * layout::chunk_bytes, layout::chunk_bytes);
   };
-  // All that is told from the bytes comes first: the search of slack may change them.
+  // Everything that depends on the bytes comes first: the search of slack may change them.
   walked_.clear();
   const std::size_t first = out_.chunks.size();
   for (std::size_t index = 0; index < whole; ++index) {
@@ -194,8 +195,8 @@ void evtx_ledger::settle_free_records() {
   }
 }
 
-// A log that was not closed has a header from when it was opened, and its last chunk may have been
-// in the writing; both are as Windows leaves them.
+// A log that was not closed has the header from when it was opened, and its last chunk may be
+// incomplete; Windows leaves both like that.
 void evtx_ledger::excuse_open_log() {
   for (const finding_kind kind : {finding_kind::header_checksum, finding_kind::chunk_count,
                                   finding_kind::oldest_newest, finding_kind::next_number}) {

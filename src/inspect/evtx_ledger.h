@@ -1,8 +1,8 @@
-// The ledger of an .evtx log, made as its bytes come.
+// The ledger of an .evtx log, made while its bytes are read.
 //
-// In: the file header, blocks of whole chunks in the order of the file, and what is behind them.
-// Out: a log_ledger in which every byte has its line. What is kept between blocks is a few words
-// for each chunk, a hash for each record, and the records of free space.
+// In: the file header, blocks of whole chunks in the order of the file, and what follows them. Out:
+// a log_ledger in which every byte has its line. Between blocks it keeps a few words for each
+// chunk, a hash for each record, and the records of free space.
 #pragma once
 
 #include <cstdint>
@@ -24,18 +24,18 @@ class evtx_ledger {
 
   // The first 4,096 bytes of the file, or as many as there are.
   void add_header(std::span<const std::byte> header);
-  // The bytes from `offset` on: whole chunks, and in the last block what is behind them.
+  // The bytes from `offset` on: whole chunks, and in the last block what follows them.
   void add_block(std::span<std::byte> block, std::uint64_t offset);
   // Bytes that could not be read.
   void add_unread(std::uint64_t offset, std::uint64_t size);
   void finish();
 
   const record_sequence& sequence() const { return sequence_; }
-  // The lowest number of a living record; 0 without any.
+  // The lowest number of a live record; 0 if there is none.
   std::uint64_t first_number() const;
 
  private:
-  // A record of free space; whether it is a copy is known at the end.
+  // A record of free space; whether it is a copy is known only at the end.
   struct free_candidate {
     area part;
     std::size_t chunk = 0;  // index into the summaries

@@ -1,5 +1,5 @@
-// A finding: a fact about a log, with its place. What each kind may mean, and how much it weighs,
-// stands in one table (finding_kinds.cpp) and in docs/integrity.md.
+// A finding: a fact about a log, with its place. What each kind may mean, and its weight, is in one
+// table (finding_kinds.cpp) and in docs/integrity.md.
 #pragma once
 
 #include <array>
@@ -59,8 +59,8 @@ enum class finding_kind : std::uint8_t {
 };
 inline constexpr std::size_t finding_kinds = static_cast<std::size_t>(finding_kind::unreadable) + 1;
 
-// A `note` is a fact of ordinary life that an examiner wants to know; a `finding` says that the
-// log is not whole or may have been handled. Only findings make a log one "with findings".
+// A `note` is a fact that is common in sound logs; a `finding` says that the log is not whole or
+// may have been changed. Only findings make a log one "with findings".
 enum class finding_weight : std::uint8_t { note, finding };
 
 std::string_view finding_name(finding_kind kind);     // "number_gap"
@@ -76,11 +76,11 @@ struct finding {
   std::string detail;
 };
 
-// The findings of one log, in the order they were made; of each kind only so many are kept
+// The findings of one log, in the order they were made; a limited number of each kind is kept
 // (limits.h), and all are counted.
 class finding_list {
  public:
-  // The reference is good until the next call; it may be to one that is not kept.
+  // The reference is valid until the next call; it may be to one that is not kept.
   finding& add(finding_kind kind, std::uint64_t offset, std::string detail);
   const std::vector<finding>& kept() const { return kept_; }
   std::uint64_t count(finding_kind kind) const { return counts_[static_cast<std::size_t>(kind)]; }

@@ -1,4 +1,4 @@
-// Findings of one kind about records that follow one another, folded into one for each run.
+// Findings of one kind about consecutive records, joined into one for each run.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ class finding_runs {
  public:
   finding_runs(finding_list& findings, finding_kind kind) : findings_(findings), kind_(kind) {}
 
-  // The record's offset is the file's. It goes on with the run when its number is the next one, in
+  // The record's offset is that in the file. It continues the run if its number is the next one, in
   // the same chunk and with the same text.
   void add(const area& record, std::optional<std::uint64_t> chunk, std::string_view text);
   void flush();

@@ -20,7 +20,7 @@ given_reader::given_reader(const log_source& source, event_sink& events)
 
 void given_reader::noting_sink::on_event(const event_view& event) {
   const event_header& header = event.header();
-  // A size may lead the reader into the next chunk: it is an event of the one it was read from.
+  // A size may lead the reader into the next chunk: the event belongs to the one it was read from.
   const std::uint64_t chunk = std::min<std::uint64_t>(
       (header.file_offset - block_offset) / layout::chunk_bytes, given.size() - 1);
   const std::uint64_t chunk_offset = block_offset + chunk * layout::chunk_bytes;

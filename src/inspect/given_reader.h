@@ -1,5 +1,5 @@
-// Which records the reader gives of a block, so that the ledger can hold them against its own walk.
-// It is the reader of all verbs, in the same way.
+// The records that the reader returns from a block, so that the ledger can compare them with its
+// own walk. It is the reader of all verbs, used in the same way.
 #pragma once
 
 #include <cstddef>
@@ -14,16 +14,15 @@ namespace zanvik {
 
 class given_reader {
  public:
-  // `source` is the log's, `events` gets its living events; both must outlive this.
+  // `source` is the log's, `events` gets its live events; both must outlive this.
   given_reader(const log_source& source, event_sink& events);
 
   // Reads a block of whole chunks at `offset` of the file; one list for each of its chunks, in
-  // their order, which lives until the next call. The bytes may be changed, as the search of slack
-  // does.
+  // order, valid until the next call. The bytes may be changed by the search of slack.
   std::span<const given_records> read(std::span<std::byte> block, std::uint64_t offset);
 
  private:
-  // Notes the place of each event; the living ones are handed on.
+  // Notes the place of each event; live ones are passed on.
   class noting_sink : public event_sink {
    public:
     explicit noting_sink(event_sink& events) : events_(events) {}

@@ -20,10 +20,10 @@ namespace {
 
 namespace layout = evtx_layout;
 
-// Copies may carry the date of another zone; a day covers all of them.
+// Copies may have the date of another time zone; a day covers all of them.
 constexpr std::uint64_t date_slack = qx::ticks_per_day;
 
-// The time that no record of the file can be written after; 0 when the file has no date.
+// A time after which no record of the file can have been written; 0 if the file has no date.
 std::uint64_t latest_time(const found_log& log) {
   struct stat state {};
   std::int64_t modified = log.modified;
@@ -78,7 +78,7 @@ class evtx_feed {
     return byte_cursor(head).at<std::uint64_t>(0) != layout::chunk_signature;
   }
 
-  // The header, then blocks; where a block breaks off, reading goes on behind the next chunk.
+  // The header, then blocks; where a block breaks off, reading continues after the next chunk.
   void read_file() {
     std::vector<std::byte> block(layout::block_bytes);
     std::byte first[8];
@@ -126,7 +126,7 @@ class evtx_feed {
   bool whole_ = true;
 };
 
-// Notes where the events of a legacy log are, and hands them on.
+// Notes where the events of a legacy log are, and passes them on.
 class offset_sink : public event_sink {
  public:
   explicit offset_sink(event_sink& events) : events_(events) {}

@@ -6,8 +6,8 @@
 
 namespace zanvik {
 
-// Fills `out` from a log that was found. An .evtx log is read block by block, a legacy one as a
-// whole, which takes up to 4 GiB of memory. What cannot be read is a line of the account.
+// Fills `out` from a log. An .evtx log is read block by block, a legacy one as a whole, which takes
+// up to 4 GiB of memory. Bytes that cannot be read are a line of the account.
 void inspect_log(const found_log& log, log_ledger& out);
 
 }  // namespace zanvik

@@ -1,6 +1,6 @@
-// What `check` knows of one log: facts of its header, the account in which every byte of the log
-// has one line, its chunks, and the findings. The forms of `check` print it; nothing here is text
-// of a form. All of it owns its memory.
+// The result of `check` for one log: facts of its header, the account in which every byte of the
+// log has one line, its chunks, and the findings. The forms of `check` print it; nothing here
+// depends on a form. It owns all of its memory.
 #pragma once
 
 #include <array>
@@ -15,11 +15,11 @@
 
 namespace zanvik {
 
-// A set of record numbers as ranges, for numbers that mostly come rising.
+// A set of record numbers as ranges, for numbers that are mostly ascending.
 class number_ranges {
  public:
   void add(std::uint64_t number);
-  // Sorted and joined; the last ones are missing when there are too many (limits.h).
+  // Sorted and joined; the last ones are missing if there are too many (limits.h).
   const std::vector<std::pair<std::uint64_t, std::uint64_t>>& joined();
   bool cut() const { return cut_; }
 
@@ -73,7 +73,7 @@ struct chunk_summary {
   std::uint32_t data_checksum = 0;  // as it is now
 };
 
-// How often something comes in the log's events.
+// How often something occurs in the log's events.
 struct name_count {
   std::string name;
   std::uint64_t count = 0;
@@ -88,7 +88,7 @@ struct log_ledger {
   log_account account;
   std::vector<chunk_summary> chunks;
   finding_list findings;
-  // Of the living events, the most frequent first; days by date.
+  // Of the live events, the most frequent first; days by date.
   std::vector<name_count> events;  // "4624 Microsoft-Windows-Security-Auditing"
   std::vector<name_count> channels;
   std::vector<name_count> computers;

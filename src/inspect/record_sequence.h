@@ -1,8 +1,8 @@
-// Numbers and times of records that follow one another: gaps, repetitions, times that go back.
+// Numbers and times of consecutive records: gaps, repetitions, times that run backwards.
 //
-// In: the records in their order. Out: findings, and the times seen. A time that goes back by more
-// than a minute beside a rising number is kept as a jump, since only the events of the whole log
-// tell whether somebody set the clock.
+// In: the records in order. Out: findings, and the times seen. A time that goes back by more than a
+// minute while the number rises is kept as a jump, because only the events of the whole log say
+// whether somebody set the clock.
 #pragma once
 
 #include <cstdint>
@@ -28,14 +28,14 @@ struct time_jump {
 
 class record_sequence {
  public:
-  // `latest` is the time that no record can be written after; 0 for none.
+  // `latest` is a time after which no record can have been written; 0 for none.
   record_sequence(finding_list& findings, std::uint64_t latest)
       : findings_(findings), latest_(latest) {}
 
-  // The record follows the last one, or begins a run of its own.
+  // The record follows the last one, or begins a new run.
   void add(const sequence_record& record);
   void start_run() { previous_.reset(); }
-  // Compares across a border that chunks make; the place of what is found is `next`.
+  // Compares across a border between chunks; a finding is placed at `next`.
   void compare(const sequence_record& before, const sequence_record& next);
 
   std::uint64_t first_time() const { return first_time_; }  // the least and the greatest that can
@@ -53,7 +53,7 @@ class record_sequence {
   std::vector<time_jump> jumps_;  // at most as many as findings of a kind
 };
 
-// "2024-01-15 08:00:00" in UTC, empty for what is no time.
+// "2024-01-15 08:00:00" in UTC, empty if it is not a time.
 std::string utc_text(std::uint64_t filetime);
 // "3 records (5 to 7)", "1 record (5)".
 std::string numbers_text(std::uint64_t first, std::uint64_t last);

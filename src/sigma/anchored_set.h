@@ -1,4 +1,4 @@
-// Literals that a text has to begin with, all looked for at once.
+// Literals that a text must begin with, all searched at once.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace zanvik::sigma {
 
 class anchored_set {
  public:
-  // With `backwards`, the literals are those that a text has to end with.
+  // With `backwards`, the literals are those that a text must end with.
   explicit anchored_set(bool backwards) : backwards_(backwards) {}
 
   void add(std::string_view literal, std::uint32_t number) {
@@ -26,7 +26,8 @@ class anchored_set {
   void finish() { std::sort(literals_.begin(), literals_.end()); }
 
   // Calls `found(number)` for each literal that `text` begins (or ends) with. The literals that
-  // have the text so far in common lie together; each character leaves a part of them.
+  // begin with the characters read so far are next to each other; each character leaves a part of
+  // them.
   template <typename Found>
   void find(std::string_view text, Found&& found) const {
     std::size_t low = 0, high = literals_.size();

@@ -1,6 +1,6 @@
-// The rules of a run by their log sources, each source compiled when its first event comes.
+// The rules of a run by their log sources; each source is compiled when its first event comes.
 //
-// Shared by all threads of a run. What an event matches depends on the event and the rules alone.
+// Shared by all threads of a run. What an event matches depends only on the event and the rules.
 #pragma once
 
 #include <cstdint>
@@ -35,13 +35,13 @@ class compiled_rules {
   // `set` must outlive this. `plain_literals`: see group_matcher.
   explicit compiled_rules(const rule_set& set, bool plain_literals = false);
 
-  // The parts that concern events of this channel, provider and ID, which are texts as the event
-  // has them; groups are compiled as needed.
+  // The parts for events of this channel, provider and ID, which are texts as in the event; groups
+  // are compiled when needed.
   std::vector<kind_part> parts_for(std::string_view channel, std::string_view provider,
                                    std::string_view event_id);
 
   const rule_set& rules() const { return set_; }
-  // Rules that were compiled so far.
+  // Number of rules compiled so far.
   std::size_t compiled() const;
   double seconds_compiling() const { return seconds_compiling_; }
 

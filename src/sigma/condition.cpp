@@ -27,7 +27,7 @@ std::size_t expression::size() const {
 
 namespace {
 
-// `or` binds least, then `and`, `not`, and a name, `x of` or brackets.
+// `or` binds least, then `and`, then `not`; a name, `x of` or brackets bind most.
 class condition_parser {
  public:
   condition_parser(std::string_view text, const std::vector<named_expression>& names)
@@ -123,7 +123,7 @@ class condition_parser {
     }
     advance();
     const bool them = equal_nocase(token_, "them");
-    // Names have no backslashes and question marks, so `*` is all that means anything.
+    // Names have no backslashes and question marks, so only `*` has a meaning.
     const text_pattern pattern = text_pattern::parse(token_);
     std::vector<expression> parts;
     for (const named_expression& known : names_) {

@@ -11,7 +11,7 @@
 namespace zanvik::sigma {
 namespace {
 
-// What a correlation calls a field, as the events of one of its rules call it.
+// A correlation's name for a field, and the name in the events of one of its rules.
 std::string resolved(const rule_correlation& c, const rule& base, const std::string& field) {
   for (const field_alias& alias : c.aliases) {
     if (alias.name != field) continue;
@@ -31,7 +31,7 @@ std::vector<std::string> resolved(const rule_correlation& c, const rule& base,
 
 }  // namespace
 
-// Numbers, from 1, for lists of values; 0 for one in which a value is absent.
+// Numbers, from 1, for lists of values; 0 for a list in which a value is absent.
 class correlator::tuple_numbers {
  public:
   std::uint32_t of(const std::vector<std::uint32_t>& values) {
@@ -111,7 +111,7 @@ void correlator::add(const event_view& event, std::size_t rule, std::uint64_t no
   const known_rule& known = set_.rules[rule];
   std::string scratch;
   for (const std::string& field : fields_[rule]) {
-    // Any of the rule's sources may rename the field; the first that the event has is taken.
+    // Any of the rule's sources may rename the field; the first that the event has is used.
     std::vector<std::uint32_t> found = fields_of_name(event.shape(), field);
     for (const event_source& source : known.events) {
       if (!found.empty()) break;
@@ -139,8 +139,8 @@ std::vector<std::uint32_t> correlator::values_of(const remembered_event& event,
   return out;
 }
 
-// The matches of the rules that a correlation stands on, those of events in some group. False when
-// all correlations together would look at too many.
+// The matches of the rules that a correlation uses, for events in some group. False if all
+// correlations together would examine too many.
 bool correlator::add_hits(std::size_t rule, tuple_numbers& groups, tuple_numbers& counted,
                           std::vector<correlation_hit>& hits,
                           std::vector<remembered_event>& events) {

@@ -1,12 +1,12 @@
 // What rules match together: correlations over the matches of a whole run.
 //
-// In: each event that rules match on which some correlation stands, in any order. Out, at the end:
-// the matches of the correlations, each with the events it spans. Matches are held until then,
-// within a limit; what goes beyond it is counted and left out.
+// In: each event matched by a rule that some correlation uses, in any order. Out, at the end: the
+// matches of the correlations, each with its events. Matches are kept until then, within a limit;
+// more are counted and left out.
 //
-// Matches of one group (equal values of the group-by fields, in any case) are taken by time, those
-// of one time in the order in which they came. An event without one of the group-by fields belongs
-// to no group. correlation_spans.h says where a condition holds.
+// Matches of one group (equal values of the group-by fields, in any case) are ordered by time,
+// those with the same time by arrival. An event without one of the group-by fields belongs to no
+// group. correlation_spans.h says where a condition holds.
 #pragma once
 
 #include <cstdint>
@@ -47,21 +47,21 @@ class correlator {
   // `set` must outlive this.
   explicit correlator(const rule_set& set);
 
-  // Whether some correlation stands on the rule.
+  // Whether some correlation uses the rule.
   bool wants(std::size_t rule) const { return bases_[rule]; }
-  // Whether another match can be held.
+  // Whether there is room for another match.
   bool has_room() const;
-  // Says that the matches to come are of the next event.
+  // Says that the following matches are of the next event.
   void begin_event() { ++event_; }
-  // A match of such a rule; `note` comes back with the correlation's match. Without room, it is
+  // A match of such a rule; `note` is returned with the correlation's match. Without room, it is
   // counted and left out.
   void add(const event_view& event, std::size_t rule, std::uint64_t note);
 
-  // All matches of the correlations that are reported, by rule and time.
+  // All matches of the reported correlations, by rule and time.
   std::vector<correlation_match> finish();
   // Matches that were left out because there were too many.
   std::uint64_t left_out() const { return left_out_; }
-  // Correlations that were not worked out because they had too many matches to look at.
+  // Correlations that were not evaluated because they had too many matches.
   const std::vector<std::size_t>& not_worked_out() const { return not_worked_out_; }
   const std::string& log_path(std::uint32_t log) const { return logs_[log]; }
 

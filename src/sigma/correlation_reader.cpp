@@ -51,7 +51,7 @@ std::uint64_t timespan_of(const yaml_node& node) {
   const std::size_t unit = text.empty() ? 4 : std::string_view("smhd").find(text.back());
   const auto count = unit < 4 ? whole_number(text.substr(0, text.size() - 1)) : std::nullopt;
   constexpr std::array<std::uint64_t, 4> seconds{1, 60, 3600, 86400};
-  // Longer than any log reaches back, and far from overflow in units of 100 ns.
+  // Longer than any log, and far from overflow in units of 100 ns.
   constexpr std::uint64_t most = 86400ULL * 36525;
   if (!count || *count > most / seconds[unit]) {
     throw rule_problem{node.line, "'timespan' is missing or no number with s, m, h or d"};
@@ -109,7 +109,7 @@ namespace {
 
 bool counts_rules(kind what) { return what == kind::temporal || what == kind::temporal_ordered; }
 
-// A condition on rules in order can only ask for so many of them at least.
+// A condition on ordered rules can only require a minimum number of them.
 void check_ordered(const rule_correlation& c, std::size_t line) {
   if (c.what != kind::temporal_ordered || c.bounds.empty()) return;
   if (c.rules.size() > limits::ordered_rules) {
@@ -134,7 +134,7 @@ void check_condition(const rule_correlation& c, std::size_t line) {
   check_ordered(c, line);
 }
 
-// One event cannot stand for a rule twice, so it makes no sense to name it twice.
+// One event cannot match a rule twice, so naming it twice makes no sense.
 void drop_repeated(std::vector<std::string>& names) {
   std::vector<std::string> once;
   for (std::string& name : names) {

@@ -16,13 +16,13 @@ std::uint64_t timespan_of(const rule_correlation& c) {
   return c.timespan_seconds * filetime_per_second;
 }
 
-// Whether all bounds hold for what was counted or added.
+// Whether all bounds hold for the count or sum.
 bool holds(const rule_correlation& c, long double value) {
   return std::all_of(c.bounds.begin(), c.bounds.end(),
                      [value](const auto& bound) { return bound.holds(value); });
 }
 
-// What a correlation counts or adds, while hits come into the window and leave it.
+// What a correlation counts or adds, while hits enter and leave the window.
 class window_count {
  public:
   window_count(const rule_correlation& c, const number_of_counted& numbers)
@@ -46,7 +46,7 @@ class window_count {
     if (c_.what == kind::value_avg) {
       return count_ != 0 && sigma::holds(c_, sum_ / static_cast<long double>(count_));
     }
-    // A temporal one without a condition wants all of its rules.
+    // A temporal one without a condition needs all of its rules.
     if (c_.bounds.empty()) return distinct_.size() == c_.rules.size();
     return sigma::holds(c_, static_cast<long double>(distinct_.size()));
   }
@@ -94,15 +94,15 @@ std::vector<hit_span> counted_spans(const rule_correlation& c, hits_view hits,
       count.change(hits[end++], 1);
     }
     if (end == old_end || !count.holds()) continue;
-    // Of windows that overlap, only the first is looked at from its start again.
+    // Of overlapping windows, only the first is evaluated again from its start.
     const bool fresh = out.empty() || out.back().last < i;
     out.push_back({i, end - 1, fresh ? completing_hit(c, hits, numbers, i, end - 1) : end - 1});
   }
   return out;
 }
 
-// Rules in their order: for each number of rules and each rule as the last one, where the latest
-// chain of them starts.
+// Rules in order: for each number of rules and each rule as the last one, the start of the latest
+// chain of them.
 class chains {
  public:
   explicit chains(const rule_correlation& c)
@@ -110,8 +110,8 @@ class chains {
     if (needed_ <= slots_) starts_.resize(all_of_them() ? slots_ : needed_ * slots_);
   }
 
-  // Takes the hits of one event, which never stands behind itself. Returns the start of the latest
-  // whole chain that ends here, plus 1, or 0.
+  // Takes the hits of one event, which never follows itself. Returns the start of the latest whole
+  // chain that ends here, plus 1, or 0.
   std::size_t take(hits_view hits, std::size_t first, std::size_t end) {
     if (needed_ > slots_) return 0;
     changes_.clear();
@@ -130,7 +130,7 @@ class chains {
   }
 
  private:
-  // Then only chains of all rules so far count: one a rule.
+  // Then only chains of all rules so far count, one for each rule.
   bool all_of_them() const { return needed_ == slots_; }
   std::size_t index(std::size_t length, std::size_t slot) const {
     return all_of_them() ? slot : (length - 1) * slots_ + slot;
@@ -183,8 +183,8 @@ std::vector<hit_span> merged(const std::vector<hit_span>& spans, hits_view hits)
   return out;
 }
 
-// The share, in percent, of a hit's value among those of the timespan that ends with it. Hits of
-// one value that are no more than the timespan apart are one match.
+// The share, in percent, of a hit's value among those of the timespan that ends with it. Hits with
+// one value that are at most the timespan apart are one match.
 std::vector<hit_span> share_spans(const rule_correlation& c, hits_view hits) {
   std::vector<hit_span> out;
   std::unordered_map<std::uint32_t, std::uint64_t> counts;

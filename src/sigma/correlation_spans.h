@@ -1,7 +1,7 @@
 // Where, among the matches of one group by time, the condition of a correlation holds.
 //
 // In: the hits of one group, sorted by time and then by event. Out: spans of hits. A window begins
-// with a hit and lasts for the timespan; one that lies within another does not count.
+// with a hit and lasts for the timespan; a window inside another does not count.
 #pragma once
 
 #include <cstddef>
@@ -30,10 +30,10 @@ struct hit_span {
   std::uint64_t events = 0;   // in the span; of value_percentile, those of the value
 };
 
-// The number that a counted value is, NaN when it is none.
+// The value as a number, NaN if it is not one.
 using number_of_counted = std::function<long double(std::uint32_t counted)>;
 
-// Spans in which the condition holds, by their first hit; those that overlap are one.
+// Spans in which the condition holds, by their first hit; overlapping ones are joined.
 std::vector<hit_span> spans_that_hold(const rule_correlation& c,
                                       std::span<const correlation_hit> hits,
                                       const number_of_counted& numbers);

@@ -27,8 +27,8 @@ std::array<std::string, 3> base64_at_offsets(std::string_view bytes) {
   std::array<std::string, 3> out;
   for (std::size_t offset = 0; offset < out.size(); ++offset) {
     const std::string whole = base64(std::string(offset, ' ') + std::string(bytes));
-    // Digits that also hold bits of a neighbour are left out: at the front those that the bytes
-    // before reach into, at the end the last one of an unfinished group.
+    // Digits that also contain bits of a neighbour are left out: at the front those shared with the
+    // bytes before, at the end the last one of an unfinished group.
     const std::size_t first = offset == 0 ? 0 : offset + 1;
     const std::size_t last = (offset + bytes.size()) * 8 / 6;
     if (first < last) out[offset] = whole.substr(first, last - first);

@@ -8,13 +8,13 @@
 namespace zanvik::sigma {
 namespace {
 
-// Names that the texts on rules use for members of System.
+// Names for members of System in documents about rules.
 constexpr std::pair<std::string_view, std::string_view> other_names[] = {
     {"ComputerName", "Computer"},
     {"EventLog", "Channel"},
 };
 
-// "System/Provider@Name" -> "Provider_Name"; empty for what is no attribute.
+// "System/Provider@Name" -> "Provider_Name"; empty if it is not an attribute.
 std::string attribute_name(std::string_view path) {
   const std::size_t at = path.rfind('@');
   if (at == std::string_view::npos) return {};
@@ -28,15 +28,15 @@ std::vector<std::string> names_of(const event_field& field) {
   std::vector<std::string> out;
   const std::string attribute = attribute_name(field.path);
   if (!attribute.empty()) out.push_back(attribute);
-  // An attribute of System goes by both names only: "Name" alone could be anybody's.
+  // An attribute of System only has both names: "Name" alone could mean any other.
   if (attribute.empty() || field.group != field_group::system) out.push_back(field.name);
   if (field.group == field_group::data && field.name.empty()) out.back() = "Data";
   for (std::string& name : out) remove_char(name, ' ');
   return out;
 }
 
-// Whether the name is one of those by which events are told apart before their fields are looked
-// at.
+// Whether the name is one of those by which kinds of events are distinguished before their fields
+// are read.
 bool tells_kind(std::string_view name) {
   return name == "EventID" || name == "Channel" || name == "Provider_Name";
 }

@@ -1,4 +1,4 @@
-// What a rule's condition comes to: a tree of and, or, not over the tests of its fields.
+// A rule's condition as a tree of and, or, not over the tests of its fields.
 #pragma once
 
 #include <cstddef>
@@ -21,18 +21,18 @@ struct expression {
   std::size_t size() const;  // steps
 };
 
-// A search identifier of a rule and what it stands for.
+// A search identifier of a rule and its expression.
 struct named_expression {
   std::string name;
   expression value;
 };
 
 // Reads a condition: names, `1 of` and `all of` with `them` or a pattern, `and`, `or`, `not`,
-// brackets; `out` is what it comes to. Returns an empty text, or why the condition cannot be used.
+// brackets; `out` is its expression. Returns an empty text, or why the condition cannot be used.
 std::string parse_condition(std::string_view text, const std::vector<named_expression>& names,
                             expression& out);
 
-// Whether the expression holds; `holds(test)` answers for one test.
+// Whether the expression is true; `holds(test)` answers for one test.
 template <typename Holds>
 bool evaluate(const expression& e, Holds&& holds) {
   switch (e.what) {

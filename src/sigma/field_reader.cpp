@@ -15,7 +15,7 @@ using kind = field_test::kind;
 using relation = field_test::relation;
 using time_part = field_test::time_part;
 
-// Modifiers that change the texts of a value, in the order they stand.
+// Modifiers that change the texts of a value, in the order of the key.
 enum class change {
   starts_with,
   ends_with,
@@ -69,7 +69,7 @@ constexpr std::array<time_name, 6> time_parts{{
     {"year", time_part::year},
 }};
 
-// A field's name with its modifiers taken apart.
+// A field's name and its modifiers.
 struct field_key {
   std::string field;
   std::vector<change> changes;
@@ -97,7 +97,7 @@ class key_reader {
   key_reader(const std::string& key, std::size_t line) : line_(line) {
     std::size_t begin = std::min(key.find('|'), key.size());
     out.field = key.substr(0, begin);
-    // Fields are written without the blanks of their names.
+    // Field names are compared without blanks.
     remove_char(out.field, ' ');
     while (begin < key.size()) {
       const std::size_t end = std::min(key.find('|', begin + 1), key.size());

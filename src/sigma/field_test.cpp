@@ -9,7 +9,7 @@
 namespace zanvik::sigma {
 namespace {
 
-// Reads an address of either version; IPv4 as it stands in IPv6.
+// Reads an address of either version; IPv4 in its IPv6 form.
 std::optional<std::array<unsigned char, 16>> address_of(std::string_view text, bool& is_v4) {
   std::array<char, INET6_ADDRSTRLEN + 1> copy{};
   std::array<unsigned char, 16> out{};
@@ -67,7 +67,7 @@ bool fields_agree(const field_test& test, const field_values& values, const fiel
   return false;
 }
 
-// A number of exactly `digits` digits that moves `text` on.
+// A number of exactly `digits` digits, which are removed from `text`.
 std::optional<int> take_digits(std::string_view& text, std::size_t digits) {
   int value = 0;
   if (text.size() < digits) return std::nullopt;
@@ -77,7 +77,7 @@ std::optional<int> take_digits(std::string_view& text, std::size_t digits) {
   return value;
 }
 
-// The shortest text that brings the number back.
+// The shortest text that reads back as the number.
 std::string number_text(long double number) {
   std::array<char, 64> text{};
   const auto end = std::to_chars(text.data(), text.data() + text.size(), number);
@@ -86,7 +86,7 @@ std::string number_text(long double number) {
 
 std::optional<int> iso_week(std::chrono::year_month_day date) {
   using namespace std::chrono;
-  // The week belongs to the year that its Thursday lies in.
+  // The week belongs to the year of its Thursday.
   const sys_days day = date;
   const sys_days thursday = day - (weekday(day) - Monday) + days(3);
   const sys_days first = sys_days(year_month_day(thursday).year() / January / 1);
@@ -135,7 +135,7 @@ std::optional<long double> number_of(std::string_view text) {
     if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
     return negative ? -static_cast<long double>(value) : static_cast<long double>(value);
   }
-  // from_chars would take "inf" and a second sign.
+  // from_chars would accept "inf" and a second sign.
   if (digits.empty() || digits[0] < '0' || digits[0] > '9') return std::nullopt;
   long double value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);

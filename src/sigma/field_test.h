@@ -1,4 +1,4 @@
-// One question that a rule asks about one field of an event, and its plain answer.
+// One test of a rule on one field of an event, and its plain evaluation.
 #pragma once
 
 #include <array>
@@ -14,18 +14,18 @@
 
 namespace zanvik::sigma {
 
-// A value of an event as rules see it. The views live as long as the event's buffers.
+// A value of an event as rules see it. The views are valid as long as the event's buffers.
 struct field_value {
   std::string_view text;
   std::string_view folded;  // the text without its case (fold_case.h)
   bool null = false;        // the field is there and has no value; its text is empty
 };
 
-// All values of one field of one event; empty when the event does not have the field.
+// All values of one field of one event; empty if the event does not have the field.
 using field_values = std::vector<field_value>;
 
-// A network: the leading bits of an address. IPv4 stands in IPv6 as ::ffff:a.b.c.d, and in no IPv6
-// network that is wider than all of IPv4.
+// A network: the leading bits of an address. In IPv6, IPv4 is ::ffff:a.b.c.d, and is in no IPv6
+// network wider than all of IPv4.
 struct address_range {
   std::array<unsigned char, 16> address{};
   unsigned bits = 0;
@@ -52,17 +52,17 @@ struct field_test {
   std::string other;                          // field: the name of the other one
   bool open_start = false, open_end = false;  // field: the other one's value may stand within
 
-  // The same for tests that ask the same only.
+  // The same for equal tests only.
   std::string key() const;
 };
 
-// What a search of a regular expression needs and leaves behind.
+// Memory of a regular expression search.
 struct test_scratch {
   regex_scratch matching;
   bool gave_up = false;  // a limit was reached
 };
 
-// Whether one value passes; for every kind but exists, null and field.
+// Whether one value passes; for every kind except exists, null and field.
 bool value_passes(const field_test& test, const field_value& value, test_scratch& scratch);
 
 // Whether the field passes. `other` are the values of the field that a test of kind field names.

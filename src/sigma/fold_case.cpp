@@ -11,8 +11,8 @@
 namespace zanvik::sigma {
 namespace {
 
-// Upper-case letters from `first` to `last`, each `step` apart, and how far off their lower case
-// is.
+// Upper-case letters from `first` to `last`, each `step` apart, and the distance to their lower
+// case.
 struct letter_range {
   char32_t first, last;
   std::uint32_t step;

@@ -1,8 +1,8 @@
-// Text without its case, for values that rules compare in any case.
+// Text without case, for values that rules compare in any case.
 //
 // Folds A to Z and the letters of the Latin, Greek, Cyrillic, Armenian and full-width alphabets
-// that have one lower-case form of their own, code point by code point. Text is UTF-8; bytes that
-// are none are copied as they are. Nothing here depends on a locale.
+// that have their own single lower-case form, code point by code point. Text is UTF-8; other bytes
+// are copied unchanged. Nothing here depends on a locale.
 #pragma once
 
 #include <string>
@@ -17,8 +17,8 @@ char32_t fold_code_point(char32_t c);
 void append_folded(std::string& out, std::string_view text);
 std::string folded(std::string_view text);
 
-// Reads the code point at `position` and moves past it; a byte that begins none is taken alone,
-// with `valid` false. `position` must lie within `text`.
+// Reads the code point at `position` and moves past it; a byte that does not begin one is read
+// alone, with `valid` false. `position` must be inside `text`.
 struct code_point {
   char32_t value = 0;
   bool valid = true;

@@ -9,7 +9,7 @@
 namespace zanvik::sigma {
 namespace {
 
-// What is known of a test in an event.
+// What is known about a test in an event.
 constexpr std::uint64_t passed = 1, failed = 2, may_pass = 3;
 
 }  // namespace
@@ -76,7 +76,7 @@ void group_matcher::match(group_state& state, const std::vector<std::uint32_t>& 
   }
   matches.clear();
   state.gave_up.clear();
-  // What a rule finds out serves those behind it, so that their order may not depend on searches.
+  // The results of one rule are used by later ones, so their order must not depend on searches.
   std::sort(state.candidates_.begin(), state.candidates_.end());
   for (const std::uint32_t r : state.candidates_) {
     if (!wanted[r] || state.skipped[r]) continue;
@@ -89,8 +89,7 @@ void group_matcher::match(group_state& state, const std::vector<std::uint32_t>& 
   }
 }
 
-// Puts the tests of all rules together, sorts them into searches, and finds what each rule cannot
-// do without.
+// Joins the tests of all rules, sorts them into searches, and finds what each rule requires.
 class group_matcher::builder {
  public:
   builder(group_matcher& out, bool plain_literals) : out_(out), plain_(plain_literals) {}
@@ -191,7 +190,7 @@ class group_matcher::builder {
         std::ldexp(1, -static_cast<int>(std::min<std::size_t>(length, 40)));
   }
 
-  // `whole`: the literal is all that the test asks for.
+  // `whole`: the literal is the whole test.
   void contained(std::uint32_t number, std::string_view literal, bool whole) {
     compiled_test& t = out_.tests_[number];
     const std::string_view start = literal.substr(0, limits::searched_literal_bytes);

@@ -1,12 +1,11 @@
 // The rules of one log source compiled into one matcher.
 //
-// What several rules ask of a field is asked once; the literals of all rules for a field are looked
-// for together, by how they are anchored. A rule is only evaluated when a test it cannot do without
-// may have passed. Regular expressions and other costly tests wait until a rule asks for them.
+// A test that several rules use is evaluated once; the literals of all rules for a field are
+// searched together, by how they are anchored. A rule is evaluated only if a test that it requires
+// may have passed. Regular expressions and other costly tests wait until a rule needs them.
 //
-// In: detections, and for each event the values of the fields that `fields()` lists. Out: which of
-// the rules match. The matcher is constant after its making; what a match writes to is a
-// group_state, one for each thread.
+// In: detections, and for each event the values of the fields in `fields()`. Out: the rules that
+// match. The matcher is constant once made; a match writes to a group_state, one for each thread.
 #pragma once
 
 #include <cstdint>
@@ -28,17 +27,17 @@ namespace zanvik::sigma {
 
 class group_matcher;
 
-// What is known of one event; made for one matcher, used for one event after the other.
+// Knowledge about one event; made for one matcher, used for one event after the other.
 class group_state {
  public:
   group_state(const group_matcher& matcher, literal_scratch& literals);
 
-  // For each field of the matcher, in its order. The caller fills in those that the event has, and
-  // clears them behind the match.
+  // For each field of the matcher, in order. The caller fills in those that the event has, and
+  // clears them after the match.
   std::vector<field_values> values;
   // Rules of the last match in which a regular expression reached a limit.
   std::vector<std::uint32_t> gave_up;
-  // By rule: not to be matched, whatever else holds.
+  // By rule: skip it, whatever else is true.
   std::vector<bool> skipped;
 
  private:
@@ -52,26 +51,26 @@ class group_state {
 
 class group_matcher {
  public:
-  // With `plain_literals`, the plain engine is taken for literals in any case. The rules must
+  // With `plain_literals`, the plain engine is used for literals in any case. The rules must
   // outlive the matcher.
   explicit group_matcher(const std::vector<const rule*>& rules, bool plain_literals = false);
 
-  // The names of the fields that rules ask for; an empty one stands for all values of an event.
+  // The names of the fields that rules use; an empty one stands for all values of an event.
   const std::vector<std::string>& fields() const { return fields_; }
-  // Which of the fields the rule asks for.
+  // Which of the fields the rule uses.
   const std::vector<std::uint32_t>& fields_of(std::size_t rule) const {
     return rules_[rule].fields;
   }
   std::size_t rule_count() const { return rules_.size(); }
   const rule& rule_at(std::size_t i) const { return *rules_[i].content; }
 
-  // Whether the rule may match an event of which only some fields are known; `known(field)` gives
+  // Whether the rule may match an event of which only some fields are known; `known(field)` returns
   // a field's values, or null.
   template <typename Known>
   bool may_match(std::size_t rule, Known&& known, test_scratch& scratch) const;
 
   // Puts the numbers of the rules that match into `matches`, in ascending order. `asked` are the
-  // fields that are filled in; `wanted(rule)` says whether a rule is of interest.
+  // fields that are filled in; `wanted(rule)` says whether a rule is needed.
   void match(group_state& state, const std::vector<std::uint32_t>& asked,
              const std::vector<bool>& wanted, test_scratch& scratch,
              std::vector<std::uint32_t>& matches) const;
@@ -105,7 +104,7 @@ class group_matcher {
     std::vector<std::vector<std::uint32_t>> contained;  // tests of each literal
     std::unique_ptr<literal_set> literals;
   };
-  // Tests of which one has to pass, and how likely that is.
+  // Tests of which one must pass, and how likely that is.
   struct clause {
     std::vector<std::uint32_t> tests;
     double likelihood = 2;  // above 1: there is no such clause
@@ -123,8 +122,8 @@ class group_matcher {
   std::vector<std::uint32_t> always_;   // rules that no search can spare
 };
 
-// Whether an expression may hold, when `answer` says of a test whether it passes (1), fails (0), or
-// is not known (-1).
+// Whether an expression may be true, if `answer` says whether a test passes (1), fails (0), or is
+// unknown (-1).
 template <typename Answer>
 int evaluate_partly(const expression& e, Answer&& answer) {
   if (e.what == expression::kind::test) return answer(e.test);

@@ -8,7 +8,7 @@
 
 namespace zanvik::sigma {
 
-// A part of a kind with what this thread writes to.
+// A part of a kind, and the memory of this thread for it.
 struct hunter::kind_part_use {
   kind_part part;
   group_state* state = nullptr;
@@ -168,7 +168,7 @@ const field_values& hunter::render(const event_view& event, std::uint32_t field)
   } else {
     append_value(out, value);
   }
-  // Only now, as the texts may have moved.
+  // Only now, because the texts may have moved.
   for (std::size_t i = 0; i < out.values.size(); ++i) {
     out.values[i].text = out.texts[i].first;
     out.values[i].folded = out.texts[i].second;
@@ -199,7 +199,7 @@ void hunter::start_log() {
   for (const auto& [group, state] : states_) state->skipped.assign(state->skipped.size(), false);
 }
 
-// A rule that would crawl through a log is left out of the rest of it.
+// A rule that would be slow on a log is skipped for the rest of it.
 void hunter::count_given_up(const rule_group& group, group_state& state) {
   for (const std::uint32_t r : state.gave_up) {
     const std::size_t rule = group.rules[r];
@@ -240,7 +240,7 @@ void hunter::on_event(const event_view& event) {
 void hunter::add_unconcerned(std::map<std::string, std::uint64_t>& counts) const {
   for (const auto& [key, known] : kinds_) {
     if (!known->parts.empty()) continue;
-    // Names that a crafted log makes up are counted together at some point.
+    // Names that a crafted log invents are eventually counted together.
     const bool fits = counts.size() < limits::counted_channels || counts.contains(known->channel);
     counts[fits ? known->channel : std::string("(others)")] += known->events;
   }

@@ -1,8 +1,8 @@
 // Rules on events: finds the rules that each event matches.
 //
 // In: event views of any logs. Out: a call for each event that some rule matches. Which rules and
-// fields concern events of a kind (channel, provider, event ID) is worked out for the first one,
-// and where these fields are for the first one of each shape. One hunter a thread.
+// fields are relevant for a kind of events (channel, provider, event ID) is computed for the first
+// one, and where these fields are for the first one of each shape. Each thread has a hunter.
 #pragma once
 
 #include <cstdint>
@@ -37,17 +37,17 @@ class hunter : public event_sink {
   hunter(compiled_rules& rules, match_callback on_match);
   ~hunter() override;
 
-  // The events to come are of another log.
+  // The following events are of another log.
   void start_log();
   void on_event(const event_view& event) override;
 
-  // What has been counted so far.
+  // The counts so far.
   hunt_counts counts() const;
 
  private:
   struct kind_part_use;
   struct kind;
-  // The values of one field of the event in hand, as text.
+  // The values of one field of the current event, as text.
   struct rendered {
     std::uint64_t event = 0;
     std::vector<std::pair<std::string, std::string>> texts;  // each text and its folded form

@@ -1,5 +1,5 @@
-// Many literals by Hyperscan; the only file that knows the library. A build without it
-// (ZANVIK_HYPERSCAN unset) has the plain engine in its place.
+// Many literals by Hyperscan; the only file that uses the library. A build without it
+// (ZANVIK_HYPERSCAN unset) has only the plain engine.
 #ifdef ZANVIK_HYPERSCAN
 #include <hs/hs.h>
 
@@ -40,7 +40,7 @@ class hyperscan_literal_set : public literal_set {
 
   void find(std::string_view text, literal_scratch& scratch) const override {
     scratch.found.clear();
-    // A text of a log is far below 4 GiB.
+    // A text of a log is far smaller than 4 GiB.
     hs_scan(database_.get(), text.data(), static_cast<unsigned>(text.size()), 0, memory_of(scratch),
             note_literal, &scratch.found);
   }

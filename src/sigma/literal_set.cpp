@@ -7,7 +7,7 @@
 namespace zanvik::sigma {
 namespace {
 
-// The automaton of Aho and Corasick: a tree of all literals, where each state knows the longest
+// The automaton of Aho and Corasick: a tree of all literals, in which each state knows the longest
 // other one that the text so far ends with.
 class plain_literal_set : public literal_set {
  public:
@@ -30,7 +30,7 @@ class plain_literal_set : public literal_set {
     std::uint32_t at = 0;
     for (const char c : text) {
       at = next(at, static_cast<unsigned char>(c));
-      // A state that was met before has had its say, and so has all that it leads to.
+      // A state that was visited before has been reported, and so has everything that it leads to.
       for (std::uint32_t s = at; s != 0 && scratch.met[s] != scratch.search;
            s = states_[s].output) {
         scratch.met[s] = scratch.search;
@@ -75,7 +75,7 @@ class plain_literal_set : public literal_set {
   }
 
   void link() {
-    // Shorter texts first, as a state falls back to a shorter one.
+    // Shorter texts first, because a state falls back to a shorter one.
     std::vector<std::uint32_t> depth(states_.size()), order;
     for (std::uint32_t s = 1; s < states_.size(); ++s) depth[s] = depth[states_[s].parent] + 1;
     std::vector<std::vector<std::uint32_t>> by_depth;

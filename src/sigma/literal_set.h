@@ -1,8 +1,8 @@
-// Many literals looked for at once in a text.
+// Searches for many literals at once in a text.
 //
-// Two engines with one answer: Hyperscan, where the build and the processor have it, and a plain
-// automaton, which is also what tests hold the other against. Each takes time in proportion to the
-// text, whatever the literals are.
+// Two engines with the same results: Hyperscan, if the build and the processor have it, and a plain
+// automaton, which tests compare with the other. Each takes time in proportion to the text,
+// whatever the literals are.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace zanvik::sigma {
 
-// What a search writes to; one for each thread, for any number of sets.
+// Memory of searches; one for each thread, for any number of sets.
 class literal_scratch {
  public:
   literal_scratch();
@@ -22,25 +22,25 @@ class literal_scratch {
   literal_scratch& operator=(const literal_scratch&) = delete;
 
   std::vector<std::uint32_t> found;  // the answer: literals, each once, in no order
-  // The plain engine's: which of its states were met, by the number of the search.
+  // The plain engine's: which of its states were visited, by the number of the search.
   std::vector<std::uint32_t> met;
   std::uint32_t search = 0;
-  // The other one's memory, large enough for all sets that it was prepared for.
+  // The other engine's memory, large enough for all sets that it was prepared for.
   void* engine_memory = nullptr;
 };
 
 class literal_set {
  public:
   virtual ~literal_set() = default;
-  // Makes `scratch` fit for searches with this set, too.
+  // Prepares `scratch` for searches with this set too.
   virtual void prepare(literal_scratch& scratch) const = 0;
   // Puts the numbers of the literals that occur in `text` into `scratch.found`.
   virtual void find(std::string_view text, literal_scratch& scratch) const = 0;
 };
 
-// A set of literals, none of them empty, none twice; they are numbered from 0.
+// A set of literals, none empty and no duplicates; they are numbered from 0.
 std::unique_ptr<literal_set> make_plain_literal_set(const std::vector<std::string>& literals);
-// Null when there is no such engine here, or when it cannot take the literals.
+// Null if this engine is missing, or if it cannot take the literals.
 std::unique_ptr<literal_set> make_hyperscan_literal_set(const std::vector<std::string>& literals);
 // By the better of the two.
 std::unique_ptr<literal_set> make_literal_set(const std::vector<std::string>& literals);

@@ -157,7 +157,7 @@ std::vector<event_source> log_source_table::find(const rule_log_source& source,
   reason = "log source (" + name_of(source) + ") " +
            (source.product == "windows" ? "is not in the table of log sources"
                                         : "does not concern Windows event logs");
-  // With a category and a service, the events of the category that are in the service's channels.
+  // With a category and a service: the events of the category that are in the service's channels.
   const bool both = !source.category.empty() && !source.service.empty();
   const log_source_entry* const entry = entry_for(source.category, both ? "" : source.service);
   const log_source_entry* const service = both ? entry_for("", source.service) : nullptr;

@@ -1,7 +1,7 @@
 // The table of log sources: which events each `logsource` of a rule stands for.
 //
-// Its form is described at the top of log_sources.yml, which is built into the program; a file of
-// the user's adds to it. Pointers into the table are valid until it is changed.
+// log_sources.yml describes its format and is built into the program; a file of the user's adds to
+// it. Pointers into the table are valid until it is changed.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 
 namespace zanvik::sigma {
 
-// Events of one kind that a log source stands for. What is empty does not matter.
+// Events of one kind that a log source stands for. Empty members are ignored.
 struct event_source {
   std::vector<std::string> channels;   // folded
   std::vector<std::string> providers;  // folded
@@ -24,15 +24,15 @@ struct event_source {
   expression condition;                                     // over these tests; must hold
   std::vector<std::pair<std::string, std::string>> fields;  // of the rule, of the event
 
-  // What a rule's field is called in these events.
+  // The name of a rule's field in these events.
   std::string_view field_name(std::string_view rule_field) const;
 };
 
-// Whether an event of this channel, provider (both folded) and ID is one that `source` stands for,
-// but for its `where`.
+// Whether an event of this channel, provider (both folded) and ID is one of `source`, apart from
+// its `where`.
 bool concerns(const event_source& source, std::string_view channel, std::string_view provider,
               std::optional<std::uint32_t> event_id);
-// The number that an event's ID is.
+// The event's ID as a number.
 std::optional<std::uint32_t> event_id_of(std::string_view text);
 
 struct log_source_entry {
@@ -50,7 +50,7 @@ class log_source_table {
   // text, or what is wrong, and then `line` is set and nothing has changed.
   std::string add(const std::string& yaml, std::size_t& line);
 
-  // The events that a rule's log source stands for; when there are none, `reason` says why.
+  // The events that a rule's log source stands for; if there are none, `reason` says why.
   std::vector<event_source> find(const rule_log_source& source, std::string& reason) const;
 
  private:

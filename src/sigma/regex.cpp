@@ -81,7 +81,7 @@ void regex::compile_code() const {
   int code = 0;
   PCRE2_SIZE where = 0;
   pcre2_code* const made = compiled(text_, flags_, code, where);
-  // Where there is no code generator for the processor, the interpreter takes its place.
+  // If there is no code generator for the processor, the interpreter is used.
   if (made != nullptr) pcre2_jit_compile(made, PCRE2_JIT_COMPLETE);
   code_ = made;
 }

@@ -1,8 +1,8 @@
-// Regular expressions by PCRE2; the only file that knows the library.
+// Regular expressions by PCRE2; the only file that uses the library.
 //
 // An expression comes from a rule and a text from a log, so both are hostile: the length of the
 // expression, the steps and the memory of a match are limited (sigma_limits.h), and a match that
-// reaches a limit says so instead of going on. Text is UTF-8; bytes that are none never match.
+// reaches a limit says so and stops. Text is UTF-8; other bytes never match.
 #pragma once
 
 #include <memory>
@@ -20,7 +20,7 @@ struct regex_flags {
 
 enum class regex_answer : unsigned char { no, yes, gave_up };
 
-// What matching writes to; one for each thread.
+// Memory of matching; one for each thread.
 class regex_scratch {
  public:
   regex_scratch();
@@ -36,7 +36,8 @@ class regex_scratch {
 
 class regex {
  public:
-  // Null, with `error` set, when the expression is none. Only what is searched with stays compiled.
+  // Null, with `error` set, if the expression is not valid. Only expressions that are used stay
+  // compiled.
   static std::shared_ptr<const regex> compile(std::string_view text, regex_flags flags,
                                               std::string& error);
   ~regex();
@@ -46,7 +47,7 @@ class regex {
   // Whether the expression matches anywhere in `text`.
   regex_answer search(std::string_view text, regex_scratch& scratch) const;
 
-  // Bytes that it takes when compiled, but for the code that the processor runs.
+  // Its compiled size in bytes, without the code that the processor runs.
   std::size_t compiled_bytes() const { return compiled_bytes_; }
   const std::string& text() const { return text_; }
   regex_flags flags() const { return flags_; }
@@ -62,8 +63,8 @@ class regex {
   regex_flags flags_;
 };
 
-// A literal, folded (fold_case.h), that stands in the folded form of every text which the
-// expression matches; empty when none is found. What is not understood yields none.
+// A folded literal (fold_case.h) that is in the folded form of every text that the expression
+// matches; empty if none is found. Syntax that is not understood yields none.
 std::string literal_of_regex(std::string_view expression);
 
 }  // namespace zanvik::sigma

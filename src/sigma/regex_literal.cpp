@@ -1,5 +1,5 @@
-// What a regular expression surely asks for, found by walking its outermost sequence. Everything
-// that is not plainly understood ends a literal or the whole search: an empty answer is always
+// What a regular expression certainly requires, found by walking its outermost sequence. Anything
+// that is not clearly understood ends a literal or the whole search: an empty answer is always
 // right, only slower.
 #include <cctype>
 #include <string_view>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-// The position behind the class that begins at `i`, npos when it has no end.
+// The position after the class that begins at `i`, npos if it has no end.
 std::size_t class_end(std::string_view e, std::size_t i) {
   ++i;
   if (i < e.size() && e[i] == '^') ++i;
@@ -31,7 +31,7 @@ std::size_t class_end(std::string_view e, std::size_t i) {
   return npos;
 }
 
-// The position behind the group that begins at `i`, npos when it has no end.
+// The position after the group that begins at `i`, npos if it has no end.
 std::size_t group_end(std::string_view e, std::size_t i) {
   std::size_t depth = 0;
   while (i < e.size()) {
@@ -53,7 +53,7 @@ struct repetition {
   bool may_be_none;
 };
 
-// What repeats the item in front of `i`.
+// The repetition of the item before `i`.
 repetition repetition_at(std::string_view e, std::size_t i) {
   if (i >= e.size()) return {i, false};
   if (e[i] == '+') return {i + 1, false};
@@ -88,7 +88,7 @@ class literal_walk {
     run_.clear();
   }
 
-  // Takes one item with its repetition; false when nothing can be said.
+  // Reads one item with its repetition; false if nothing can be concluded.
   bool step() {
     const char c = e_[position_];
     std::string_view literal;
@@ -124,7 +124,7 @@ class literal_walk {
       run_ += literal;
       if (repeated.end != next) end_run();
     }
-    // `+?` and `++` repeat no less.
+    // `+?` and `++` repeat at least as much.
     if (repeated.end != next && position_ < e_.size() &&
         (e_[position_] == '?' || e_[position_] == '+')) {
       ++position_;
@@ -132,8 +132,8 @@ class literal_walk {
     return true;
   }
 
-  // Free spacing makes blanks and # mean something else, for what follows too; and it may be
-  // switched on in any group.
+  // Free spacing changes the meaning of blanks and #, also of what follows; and any group may turn
+  // it on.
   bool allowed_group() const {
     if (position_ + 1 >= e_.size() || e_[position_ + 1] != '?') return true;
     for (std::size_t i = position_ + 2; i < e_.size(); ++i) {

@@ -1,4 +1,4 @@
-// A rule as its file says it: a detection, a correlation of other rules, or a filter on them.
+// A rule as in its file: a detection, a correlation of other rules, or a filter on them.
 #pragma once
 
 #include <array>
@@ -16,14 +16,14 @@ namespace zanvik::sigma {
 enum class rule_level : unsigned char { none, informational, low, medium, high, critical };
 inline constexpr std::array<std::string_view, 6> level_names{"",       "informational", "low",
                                                              "medium", "high",          "critical"};
-// `none` for a text that is no level.
+// `none` for a text that is not a level.
 rule_level level_of(std::string_view name);
 
 struct rule_log_source {
   std::string category, product, service;
 };
 
-// `name` stands for a field that goes by another name in the events of each rule.
+// `name` stands for a field that has another name in the events of each rule.
 struct field_alias {
   std::string name;
   std::vector<std::pair<std::string, std::string>> by_rule;  // rule and its field
@@ -54,8 +54,8 @@ struct rule_correlation {
   std::vector<std::string> fields;  // of the value_ kinds: what is counted or added
   bool generate = false;            // the rules it stands on are reported on their own, too
 
-  // Of temporal_ordered: how many of its rules have to come in their order; 0 when the condition
-  // asks for something else.
+  // Of temporal_ordered: how many of its rules must come in order; 0 if the condition is another
+  // one.
   std::size_t ordered_rules_needed() const;
 };
 
@@ -76,7 +76,7 @@ struct rule {
   rule_correlation correlation;    // correlation
   std::vector<std::string> rules;  // filter: the rules it belongs to
 
-  // Why the rule cannot be run, and in which line; empty when it can.
+  // Why the rule cannot run, and the line; empty if it can.
   std::string problem;
   bool unsupported = false;  // the problem is not the rule's but ours
   std::size_t problem_line = 0;

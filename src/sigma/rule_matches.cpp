@@ -12,11 +12,12 @@ namespace {
 
 constexpr std::size_t logs_named = 3;
 
-// Rules, paths and values are anybody's text; a terminal gets no control characters of theirs.
+// Rules, paths and values may be anybody's text; a terminal must not get control characters from
+// them.
 void clean(std::string& text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto c = static_cast<unsigned char>(text[i]);
-    // U+0080 to U+009F are controls, too.
+    // U+0080 to U+009F are controls too.
     const bool two =
         c == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0;
     if (c < 0x20 || c == 0x7f || two) text[i] = ' ';
@@ -80,7 +81,7 @@ void rule_matches::add(std::size_t rule, std::uint64_t filetime, const std::stri
   ++m.count;
   m.first = std::min(m.first, filetime);
   m.last = std::max(m.last, filetime);
-  // Logs come one behind the other.
+  // Logs come one after the other.
   if (m.logs == 0 || m.last_log != log) {
     ++m.logs;
     m.last_log = log;

@@ -1,4 +1,4 @@
-// What matched: for each rule how often, when and in which logs; and how people read it.
+// The matches: for each rule how often, when and in which logs; and tables of them for people.
 #pragma once
 
 #include <cstdint>
@@ -37,19 +37,19 @@ class rule_matches {
   std::uint64_t total_ = 0;
 };
 
-// Every rule with its state and what keeps it from running, one a line.
+// Every rule with its state and the reason if it does not run, one per line.
 void append_rule_list(const rule_set& set, std::string& out);
 
 // An event that a rule matches, with its data, for people.
 void append_details(const event_view& event, const rule& matched, std::string& out);
-// The event alone.
+// Only the event.
 void append_event_details(const event_view& event, std::string& out);
-// The same for a correlation's match; `completing_event` is the text of the event with which the
-// condition came to hold.
+// The same for a correlation's match; `completing_event` is the text of the event that made the
+// condition true.
 void append_details(const correlation_match& match, const rule& matched,
                     std::string_view completing_event, std::string& out);
 
-// What was loaded, compiled and matched, and which channels no rule concerned.
+// What was loaded, compiled and matched, and which channels no rule covered.
 void append_hunt_stats(const rule_set& set, std::size_t compiled, const rule_matches& matches,
                        const hunt_counts& counts, std::string& out);
 

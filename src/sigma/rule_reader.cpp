@@ -33,7 +33,7 @@ const yaml_node& needed(const yaml_node& map, std::string_view key) {
   return *value;
 }
 
-// What a search identifier stands for: maps ask for all of their fields, lists for any item.
+// The expression of a search identifier: maps require all of their fields, lists any item.
 class identifier_reader {
  public:
   identifier_reader(const placeholder_values& placeholders, rule& out)
@@ -108,7 +108,7 @@ void read_body(const yaml_node& document, const placeholder_values& placeholders
   if (const yaml_node* node = document.find("correlation")) {
     out.what = rule::kind::correlation;
     read_correlation(*node, out.correlation);
-    // Of the two places where it may stand.
+    // The first of the two places where it may be.
     if (document.text_of("generate") == "true") out.correlation.generate = true;
     return;
   }

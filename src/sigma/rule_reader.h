@@ -1,7 +1,7 @@
-// Rules out of the documents of a file.
+// Rules from the documents of a file.
 //
-// A document that is no sound rule still becomes a rule, with the problem and its line, so that it
-// can be listed; nothing is dropped silently.
+// A document that is not a sound rule still becomes a rule, with the problem and its line, so that
+// it can be listed; nothing is dropped silently.
 #pragma once
 
 #include <string>
@@ -20,19 +20,19 @@ using placeholder_values = std::vector<std::pair<std::string, std::string>>;
 rule read_rule(const yaml_node& document, std::string_view file,
                const placeholder_values& placeholders);
 
-// What cannot be used of a rule, with its line.
+// A problem of a rule, with its line.
 struct rule_problem {
   std::size_t line;
   std::string why;
   bool unsupported = false;  // sound, but more than can be done here
 };
 
-// The parts of the reader; each throws rule_problem, which read_rule takes up.
+// The parts of the reader; each throws rule_problem, which read_rule catches.
 
 // The map of search identifiers and `condition`; fills tests and condition.
 void read_detection(const yaml_node& detection, const placeholder_values& placeholders, rule& out);
 void read_correlation(const yaml_node& node, rule_correlation& out);
-// What a key `field|modifier|…` with its value asks, over tests appended to `tests`.
+// The tests of a key `field|modifier|…` with its value, appended to `tests`.
 expression read_field(const std::string& key, const yaml_node& value,
                       const placeholder_values& placeholders, std::vector<field_test>& tests);
 

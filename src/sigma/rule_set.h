@@ -1,9 +1,9 @@
-// All rules of a run: read from files and folders, filtered, with what each one's log source stands
-// for, and why it does not run if it does not.
+// All rules of a run: read from files and folders, filtered, with the events of each one's log
+// source, and the reason if it does not run.
 //
-// In: paths, what the user wants of them, the table of log sources. Out: rules in the order of
-// their paths, whatever the number of threads that read them. Bad input: a rule that cannot be used
-// is kept with its reason; a file that is broken yields one message.
+// In: paths, the user's choice of rules, the table of log sources. Out: rules in the order of their
+// paths, whatever the number of threads that read them. Bad input: a rule that cannot be used is
+// kept with its reason; a broken file yields one message.
 #pragma once
 
 #include <string>
@@ -56,12 +56,12 @@ struct rule_set {
   std::size_t running() const;
 };
 
-// Reads all rules below `paths`: files as they are, folders with their `.yml` and `.yaml` files in
-// the order of their names. Returns an empty text, or what makes the run impossible.
+// Reads all rules below `paths`: files, and the `.yml` and `.yaml` files of folders in the order of
+// their names. Returns an empty text, or what makes the run impossible.
 std::string load_rules(const std::vector<std::string>& paths, const rule_choice& choice,
                        const log_source_table& sources, rule_set& out);
 
-// The same for rules that are given as text, each named like a file; for tests.
+// The same for rules given as text, each named like a file; for tests.
 void load_rule_texts(const std::vector<std::pair<std::string, std::string>>& texts,
                      const rule_choice& choice, const log_source_table& sources, rule_set& out);
 

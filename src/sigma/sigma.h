@@ -15,7 +15,7 @@
 //   correlation.h     what rules match together; correlation_spans.h where a condition holds
 //   rule_matches.h    what matched, how often and when
 //
-// sigma_limits.h has what keeps rules from taking a run down.
+// sigma_limits.h has the limits on rules.
 #pragma once
 
 #include "sigma/hunter.h"

@@ -13,10 +13,10 @@ using unit = text_pattern::unit;
 using piece = text_pattern::piece;
 constexpr auto npos = std::string_view::npos;
 
-// The characters that Windows programs take for the mark of an option, and two that look like it.
+// The characters that Windows programs accept as the mark of an option, and two that look like it.
 constexpr std::array<std::string_view, 5> dashes{"-", "/", "\u2013", "\u2014", "\u2015"};
 
-// Length of the dash at the start of `text`, 0 when there is none.
+// Length of the dash at the start of `text`, 0 if there is none.
 std::size_t dash_length(std::string_view text) {
   for (const std::string_view dash : dashes) {
     if (text.starts_with(dash)) return dash.size();
@@ -24,7 +24,7 @@ std::size_t dash_length(std::string_view text) {
   return 0;
 }
 
-// Where `p` ends when it begins at `position`, else npos.
+// Where `p` ends if it begins at `position`, else npos.
 std::size_t piece_end(const piece& p, std::string_view text, std::size_t position) {
   for (const unit& u : p) {
     if (u.what == unit::kind::literal) {
@@ -44,8 +44,8 @@ std::size_t piece_end(const piece& p, std::string_view text, std::size_t positio
   return position;
 }
 
-// Where `literal` stands in `text` from `position` on. memmem takes time in proportion to the text
-// even where much of the literal is found again and again.
+// The position of `literal` in `text` from `position` on. memmem takes time in proportion to the
+// text even if much of the literal is found again and again.
 std::size_t find_literal(std::string_view literal, std::string_view text, std::size_t position) {
   const void* const found =
       memmem(text.data() + position, text.size() - position, literal.data(), literal.size());
@@ -53,7 +53,7 @@ std::size_t find_literal(std::string_view literal, std::string_view text, std::s
                           : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
 }
 
-// Where the first occurrence of `p` from `position` on ends, else npos.
+// The end of the first occurrence of `p` from `position` on, else npos.
 std::size_t find_piece(const piece& p, std::string_view text, std::size_t position) {
   if (p.empty()) return position;
   const bool starts_literal = p[0].what == unit::kind::literal;
@@ -69,7 +69,7 @@ std::size_t find_piece(const piece& p, std::string_view text, std::size_t positi
   }
 }
 
-// Where `p` has to begin in order to end with `text`, npos when the text is too short.
+// Where `p` must begin to end with `text`, npos if the text is too short.
 std::size_t start_from_end(const piece& p, std::string_view text, std::size_t position) {
   for (auto u = p.rbegin(); u != p.rend(); ++u) {
     if (u->what == unit::kind::literal) {

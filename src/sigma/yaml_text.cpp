@@ -16,14 +16,14 @@
 namespace zanvik::sigma {
 namespace {
 
-// What the tree cannot hold, with the line of it.
+// A problem that the tree cannot hold, with its line.
 struct refused {
   std::size_t line;
   const char* why;
 };
 
-// Builds the tree from the library's events. Nodes under work stand on a stack, so that growing a
-// list moves none that is still being filled.
+// Builds the tree from the library's events. Unfinished nodes are on a stack, so that a growing
+// list moves no node that is still being filled.
 class tree_builder : public YAML::EventHandler {
  public:
   explicit tree_builder(std::size_t first_line) : first_line_(first_line) {}

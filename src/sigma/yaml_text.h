@@ -1,4 +1,4 @@
-// YAML by yaml-cpp, read into a plain tree; the only file that knows the library.
+// YAML by yaml-cpp, read into a plain tree; the only file that uses the library.
 //
 // In: the text of a file of any origin. Out: one tree for each document. Bad input: documents up to
 // the broken one, and one line that says what is wrong and where. Aliases are copied, within a
@@ -24,9 +24,9 @@ struct yaml_node {
   bool is_text() const { return what == kind::text; }
   bool is_list() const { return what == kind::list; }
   bool is_map() const { return what == kind::map; }
-  // The value of a key, or null when this is no map or has no such key.
+  // The value of a key, or null if this is not a map or has no such key.
   const yaml_node* find(std::string_view key) const;
-  // The text of a key, empty when it has none.
+  // The text of a key, empty if it has none.
   std::string_view text_of(std::string_view key) const;
 };
 
@@ -39,7 +39,7 @@ struct yaml_file {
 // Lines are counted from `first_line`.
 yaml_file read_yaml(const std::string& text, std::size_t first_line = 1);
 
-// The documents of a file, which lines "---" part, as texts; what is wrong with one does not reach
+// The documents of a file, which lines "---" separate, as texts; an error in one does not affect
 // the next. A file with directives is one piece.
 struct yaml_piece {
   std::string_view text;

@@ -5,7 +5,7 @@
 namespace zanvik {
 namespace {
 
-// The length of the UTF-8 character at the start of `text`, or 0 where it is none.
+// The length of the UTF-8 character at the start of `text`, or 0 if there is none.
 std::size_t character_bytes(std::string_view text) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned first = byte(0);
@@ -15,7 +15,7 @@ std::size_t character_bytes(std::string_view text) {
   for (std::size_t i = 1; i < size; ++i) {
     if ((byte(i) & 0xc0) != 0x80) return 0;
   }
-  // Longer than need be, a surrogate, or beyond the last character.
+  // Overlong, a surrogate, or beyond the last character.
   if (first == 0xe0 && byte(1) < 0xa0) return 0;
   if (first == 0xed && byte(1) > 0x9f) return 0;
   if (first == 0xf0 && byte(1) < 0x90) return 0;

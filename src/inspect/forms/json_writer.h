@@ -1,6 +1,7 @@
 // Writes JSON on one line: objects and lists with the commas in their places.
 //
-// Text may hold any bytes: control characters are escaped, and what is no UTF-8 becomes U+FFFD.
+// Text may contain any bytes: control characters are escaped, and bytes that are not UTF-8 become
+// U+FFFD.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +17,7 @@ class json_writer {
  public:
   explicit json_writer(std::string& out) : out_(out) {}
 
-  // Opens an object '{' or a list '['; without a name where it stands in a list or alone.
+  // Opens an object '{' or a list '['; without a name if it is in a list or alone.
   void open(std::string_view name, char bracket);
   void close(char bracket);
   void member(std::string_view name, bool value);

@@ -12,7 +12,7 @@ struct csv_row {
   std::string_view value{}, meaning{};
 };
 
-// In quotes where it has to be, with a quote in front where a spreadsheet would run it.
+// In quotes if needed, with a quote in front if a spreadsheet would run it.
 void append_cell(std::string& out, std::string_view text) {
   const bool formula =
       !text.empty() && std::string_view("=+-@\t\r").find(text[0]) != std::string_view::npos;

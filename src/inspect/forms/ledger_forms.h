@@ -1,8 +1,8 @@
 // Ledgers as text: a table for people, JSON lines and CSV for programs.
 //
-// In: a finished ledger. Out: text appended to a string, always whole: paths and names of a log can
-// hold any bytes, and come out without control characters (table), as JSON strings with U+FFFD for
-// what is no UTF-8, or as quoted cells that no spreadsheet runs.
+// In: a finished ledger. Out: text appended to a string, always whole. Paths and names in a log may
+// have any bytes; they are written without control characters (table), as JSON strings with U+FFFD
+// for bytes that are not UTF-8, or as quoted cells that no spreadsheet runs.
 #pragma once
 
 #include <string>

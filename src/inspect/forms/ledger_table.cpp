@@ -120,7 +120,7 @@ void append_chunks(std::string& out, const log_ledger& ledger) {
   }
 }
 
-// The most frequent ones of each sort, and days in their order.
+// The most frequent ones of each sort, and days in order.
 void append_counts(std::string& out, const log_ledger& ledger) {
   const auto list = [&out](std::string_view title, const std::vector<name_count>& counts,
                            std::size_t most) {
