@@ -20,7 +20,7 @@ ZANVIK_FUZZ_TARGET(value) {
   const exact_bytes block(in.rest());
   const raw_value value = raw_value_at(byte_cursor(block.span()), 0, type, size);
   value_writer writer;
-  // No larger than the writer says that it may need.
+  // No larger than the upper bound of the writer.
   const std::size_t bound = value_text_bound(value);
   const std::unique_ptr<char[]> buffer(new char[bound]);
   const auto text_to = [&](const char* end) {
