@@ -60,13 +60,13 @@ _zanvik_verb() {
   case $1 in
     export)
       _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir
-        --event-time --unique -q --quiet --slack --carve --from-list $take" ;;
+        --event-time --unique --list -q --quiet --slack --carve --from-list $take" ;;
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
         --exclude-rule --tag -f --format --order --memory --temp-dir -o --output --raw-cells
         --details --list --stats -q --quiet --slack --carve --from-list $take" ;;
     check)
-      _zanvik_words '-h --help -f --format --chunks --from-list' ;;
+      _zanvik_words '-h --help -f --format --chunks --carve --list --from-list' ;;
     shard)
       _zanvik_words '-h --help -n --count -o --output --only --null --from-list' ;;
     merge)
