@@ -17,7 +17,7 @@ import tarfile
 import tempfile
 from pathlib import Path
 
-TOOLS = ["jq", "sqlite3", "mactime", "xmllint", "libreoffice"]
+TOOLS = ["jq", "sqlite3", "mactime", "xmllint", "libreoffice", "mkntfs"]
 ELLIPSIS = "…"
 
 
@@ -92,6 +92,9 @@ def fits(expected, got):
 def fault_of(command, expected, room, environment):
     run = subprocess.run(["bash", "-c", command], cwd=room, env=environment, text=True,
                          stdin=subprocess.DEVNULL, capture_output=True, errors="replace")
+    if "a disk image" in run.stderr:
+        print(f"skipped, built without images: {command}")
+        return None
     if expected is None:
         bad = run.stderr.startswith("zanvik") or run.returncode not in (0, 3, 4)
         return f"status {run.returncode}\n{run.stderr}" if bad else None
