@@ -66,11 +66,11 @@ int run(const check_options& options) {
 int run_check(int argc, char** argv) {
   check_options options;
   CLI::App app(
-      "A ledger of each log: every byte has its line, and what is odd is named with its place.\n"
+      "A ledger of each log: accounts for every byte, and lists what is odd with its place.\n"
       "Status 0 when all logs are whole, 4 with findings, 1 when something could not be read.",
       "zanvik check");
-  add_path_options(app, options, "logs, folders of logs, or - for standard input");
-  app.add_option("-f,--format", options.format, "table, json (one object a log) or csv")
+  add_path_options(app, options, "logs, folders, disk images, or - for standard input");
+  app.add_option("-f,--format", options.format, "table, json (one object per log) or csv")
       ->check(CLI::IsMember({"table", "json", "csv"}));
   app.add_flag("--chunks", options.table.chunks, "a row for each chunk in the table");
   options.carve.add_to(app);

@@ -173,18 +173,17 @@ int run_export(int argc, char** argv) {
       ->check(CLI::IsMember(forms))
       ->type_name("FORM");
   app.add_option("-o,--output", options.output,
-                 "write to this file, which appears when it is whole")
+                 "write to this file, which gets its name when it is complete")
       ->type_name("FILE");
   app.add_flag("--raw-cells", options.form.raw_cells,
-               "csv: leave cells as they are that a spreadsheet would run as a formula");
+               "csv: do not mark cells that a spreadsheet would run as formulas");
   add_order_options(app, options.order,
                     "log: one log after the other; time: all events in one order of time, which "
-                    "is usual for timesketch, l2t and bodyfile");
+                    "is the default for timesketch, l2t and bodyfile");
   app.add_flag("--event-time", options.event_time,
                "l2t, bodyfile: the events' own times, like the classic -event_time");
   app.add_flag("--unique", options.form.copies,
-               "an event found more than once comes once, with the number of copies; in the order "
-               "of time");
+               "write copies of an event once, with their number; needs --order time");
   add_log_options(app, options.logs);
   add_list_option(app, options.list);
   app.final_callback([&] {

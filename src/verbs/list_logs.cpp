@@ -23,7 +23,7 @@ std::string printable(std::string text) {
 }  // namespace
 
 void add_list_option(CLI::App& app, bool& list) {
-  app.add_flag("--list", list, "the logs that were found, a line each; reads none");
+  app.add_flag("--list", list, "list the logs found, one per line, and read none");
 }
 
 int list_logs(const std::vector<std::string>& paths, carve_what carve) {

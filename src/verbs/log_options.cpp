@@ -82,8 +82,9 @@ std::string nearest_option(const CLI::App& app, std::string_view misspelt) {
 }  // namespace
 
 void carve_option::add_to(CLI::App& app) {
-  app.add_flag("--carve{all}", text_,
-               "chunks and records of logs in any bytes; =unallocated: in the free space of images")
+  app.add_flag(
+         "--carve{all}", text_,
+         "find chunks and records of logs in any bytes; =unallocated: in the free space of images")
       ->check(CLI::IsMember({"all", "unallocated"}));
 }
 
@@ -108,7 +109,7 @@ void add_path_options(CLI::App& app, path_options& options, const char* what) {
   app.add_option("PATH", options.paths, what)->type_name("");
   CLI::Option* const lists =
       app.add_option("--from-list", options.lists,
-                     "more paths, a line each or with NULs between; - for standard input")
+                     "more paths, one per line or separated by NULs; - for standard input")
           ->allow_extra_args(false)
           ->type_name("FILE");
   app.parse_complete_callback([&options, lists] {
@@ -122,23 +123,24 @@ void add_path_options(CLI::App& app, path_options& options, const char* what) {
 
 void add_log_options(CLI::App& app, log_options& options) {
   event_conditions& take = options.conditions;
-  add_path_options(app, options, "logs, folders of logs, or - for a log on standard input");
+  add_path_options(app, options, "logs, folders, disk images, or - for a log on standard input");
   app.add_flag("-q,--quiet", options.quiet, "no progress line");
-  app.add_flag("--slack", options.slack, "records from free space too, marked");
+  app.add_flag("--slack", options.slack, "also records from free space, marked");
   options.carve.add_to(app);
   add_condition(app, "-i,--event-id", "LIST", "numbers and ranges: 4624,4625,1000-1010 or !4634",
                 read_event_ids, take);
-  add_patterns(app, "-c,--channel", "PATTERN", "of this channel; * and ? stand for anything",
+  add_patterns(app, "-c,--channel", "PATTERN", "only this channel; * and ? are wildcards",
                take.channels);
-  add_patterns(app, "-p,--provider", "PATTERN", "of this provider", take.providers);
-  add_patterns(app, "--computer", "PATTERN", "of this computer", take.computers);
-  add_patterns(app, "-u,--user", "USER", "with this SID or name in any field", take.users);
-  add_condition(app, "--from", "TIME", "from then on: 2024-03-09, 2024-03-09T10:00+01:00",
+  add_patterns(app, "-p,--provider", "PATTERN", "only this provider", take.providers);
+  add_patterns(app, "--computer", "PATTERN", "only this computer", take.computers);
+  add_patterns(app, "-u,--user", "USER", "only with this SID or account name in any field",
+               take.users);
+  add_condition(app, "--from", "TIME", "from this time on: 2024-03-09, 2024-03-09T10:00+01:00",
                 read_from, take);
-  add_condition(app, "--to", "TIME", "up to then; a date includes its day", read_to, take);
+  add_condition(app, "--to", "TIME", "up to this time; a date includes its day", read_to, take);
   add_condition(app, "-w,--where", "NAME=PATTERN",
-                "with this value in a datum or System field; != for without", read_where, take);
-  add_patterns(app, "--contains", "TEXT", "with this text in any field", take.contains);
+                "only with this value in a field; != for without it", read_where, take);
+  add_patterns(app, "--contains", "TEXT", "only with this text in any field", take.contains);
   add_condition(app, "-l,--level", "LIST", "critical, error, warning, information, verbose",
                 read_levels, take);
 }

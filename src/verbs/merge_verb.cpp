@@ -143,7 +143,7 @@ int run_merge(int argc, char** argv) {
       "l2t or bodyfile. Name them in the order of their logs; events of one time keep it.",
       "zanvik merge");
   app.add_option("-o,--output", options.output,
-                 "write to this file, which appears when it is whole")
+                 "write to this file, which gets its name when it is complete")
       ->type_name("FILE");
   add_path_options(app, options, "results, or - for one on standard input");
   bool done = false;

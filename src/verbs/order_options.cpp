@@ -36,10 +36,9 @@ void add_sort_options(CLI::App& app, sort_settings& settings) {
              throw CLI::ValidationError("--memory", "cannot be: " + text + " (1M is the least)");
            }
          },
-         "what sorting may hold in memory: 64M, 2G; 512M is usual")
+         "memory for sorting: 64M, 2G; the default is 512M")
       ->type_name("SIZE");
-  app.add_option("--temp-dir", settings.folder,
-                 "where sorting has its temporary files; TMPDIR is usual")
+  app.add_option("--temp-dir", settings.folder, "folder for temporary files; the default is TMPDIR")
       ->type_name("FOLDER");
 }
 

@@ -135,8 +135,8 @@ int run_shard(int argc, char** argv) {
                  "write files: this and the number of the list, such as PREFIX07; without it all "
                  "lists are printed, with an empty line between")
       ->type_name("PREFIX");
-  app.add_option("--only", options.only, "this list alone, from 1")->type_name("NUMBER");
-  app.add_flag("--null", options.null, "a NUL behind each path, not a line end");
+  app.add_option("--only", options.only, "only this list, from 1")->type_name("NUMBER");
+  app.add_flag("--null", options.null, "a NUL after each path instead of a line end");
   add_path_options(app, options, "logs, or folders of logs");
   app.final_callback([&] {
     if (options.only > options.count) throw CLI::ValidationError("--only", "there is no such list");
