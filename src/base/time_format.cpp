@@ -3,15 +3,13 @@
 #include <algorithm>
 
 #include "base/digits.h"
+#include "base/month_names.h"
 
 namespace zanvik {
 namespace {
 
 constexpr auto npos = std::string_view::npos;
 constexpr unsigned most_fraction_digits = 9;
-
-constexpr char month_names[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 void append_padded(std::string& out, std::uint64_t value, unsigned min_width) {
   char digits[24];
@@ -21,7 +19,7 @@ void append_padded(std::string& out, std::uint64_t value, unsigned min_width) {
 
 void append_month(std::string& out, const qx::_windows_systemtime& parts, bool as_name) {
   if (as_name) {
-    out += month_names[parts.month - 1];
+    out += short_month_name(parts.month);
   } else {
     append_padded(out, parts.month, 2);
   }

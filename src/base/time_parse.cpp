@@ -1,12 +1,12 @@
 #include "base/time_parse.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <string>
 
+#include "base/month_names.h"
 #include "base/number_text.h"
 #include "base/text.h"
 
@@ -16,25 +16,20 @@ namespace {
 constexpr std::size_t longest_date = 512;
 constexpr std::size_t longest_clock_field = 31;
 
-constexpr std::array<std::string_view, 12> month_names = {
-    "january", "february", "march",     "april",   "may",      "june",
-    "july",    "august",   "september", "october", "november", "december"};
-
 // 1 to 12, or 0 if these are not a month's three letters.
 unsigned month_from_letters(std::string_view text) {
-  const std::string name = to_lower(text);
-  for (unsigned i = 0; i < month_names.size(); ++i) {
-    if (name == month_names[i].substr(0, 3)) return i + 1;
+  for (unsigned month = 1; month <= month_names.size(); ++month) {
+    if (equal_nocase(text, short_month_name(month))) return month;
   }
   return 0;
 }
 
 // The same, but the whole name is accepted too.
 unsigned month_from_name(std::string_view text) {
-  const std::string name = to_lower(text);
-  const auto found = std::find(month_names.begin(), month_names.end(), name);
-  if (found == month_names.end()) return month_from_letters(name);
-  return static_cast<unsigned>(found - month_names.begin()) + 1;
+  for (unsigned month = 1; month <= month_names.size(); ++month) {
+    if (equal_nocase(text, month_names[month - 1])) return month;
+  }
+  return month_from_letters(text);
 }
 
 // A short number, as atoi reads it; a negative one is outside every later range.

@@ -4,13 +4,12 @@
 #include <cstring>
 
 #include "base/digits.h"
+#include "base/month_names.h"
 
 namespace zanvik {
 namespace {
 
 constexpr std::size_t clock_size = 8;  // of "hh:mm:ss"
-
-constexpr char month_names[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
 
 // "hh:mm:ss.nnnnnnnnn"; 18 bytes. With fewer digits of the fraction it is the start of the same
 // text.
@@ -32,7 +31,7 @@ char* write_clock(char* out, std::uint64_t ticks_of_day) {
 
 char* write_month(char* out, unsigned month, bool as_name) {
   if (!as_name) return write_two_digits(out, month);
-  return std::copy_n(month_names + 3 * (month - 1), 3, out);
+  return std::copy_n(short_month_name(month).data(), 3, out);
 }
 
 char* write_year(char* out, const qx::civil_date& date, unsigned min_width) {

@@ -64,17 +64,16 @@ class time_parts {
   std::string_view rest_;
 };
 
-// Days from 1601-01-01 to a date.
-std::int64_t days_to(unsigned year, unsigned month, unsigned day) {
-  const std::int64_t y = static_cast<std::int64_t>(year) - (month <= 2 ? 1 : 0) - 1600;
-  const std::int64_t m = month > 2 ? month - 3 : month + 9;
-  return 365 * y + y / 4 - y / 100 + y / 400 + (153 * m + 2) / 5 + day - 1 - 306;
-}
-
-unsigned days_in(unsigned year, unsigned month) {
-  constexpr unsigned days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-  return days[month - 1] + (month == 2 && leap ? 1 : 0);
+// The midnight that begins a date, as a FILETIME; nothing when there is no such date.
+std::optional<std::int64_t> midnight_of(unsigned year, unsigned month, unsigned day) {
+  qx::_windows_systemtime date{};
+  date.year = static_cast<std::uint16_t>(year);
+  date.month = static_cast<std::uint16_t>(month);
+  date.day = static_cast<std::uint16_t>(day);
+  const std::uint64_t filetime = system_to_filetime(date);
+  // The 31st of a month that has 30 days is the first of the next one.
+  if (system_from_filetime(filetime).day != day) return std::nullopt;
+  return static_cast<std::int64_t>(filetime);
 }
 
 constexpr std::int64_t second = qx::ticks_per_second;
@@ -214,7 +213,7 @@ std::optional<std::uint64_t> read_time(std::string_view text, bool last_tick) {
   unsigned month = 0;
   unsigned day = 0;
   if (!parts.take(4, 1601, 9999, year) || !parts.skip("-") || !parts.take(2, 1, 12, month) ||
-      !parts.skip("-") || !parts.take(2, 1, days_in(year, month), day)) {
+      !parts.skip("-") || !parts.take(2, 1, 31, day)) {
     return std::nullopt;
   }
   std::int64_t unit = qx::ticks_per_day;
@@ -222,8 +221,9 @@ std::optional<std::uint64_t> read_time(std::string_view text, bool last_tick) {
   if (!parts.rest().empty()) {
     if (!parts.skip("Tt ") || !read_time_of_day(parts, of_day, unit)) return std::nullopt;
   }
-  std::int64_t ticks =
-      days_to(year, month, day) * static_cast<std::int64_t>(qx::ticks_per_day) + of_day;
+  const auto midnight = midnight_of(year, month, day);
+  if (!midnight) return std::nullopt;
+  std::int64_t ticks = *midnight + of_day;
   if (!read_offset(parts, ticks) || !parts.rest().empty()) return std::nullopt;
   if (last_tick) ticks += unit - 1;
   return static_cast<std::uint64_t>(std::max<std::int64_t>(ticks, 0));
