@@ -40,6 +40,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# What zanvik-fleet runs.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "parallel, slurm-client")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "zanvik reads Windows event logs (.evtx, and the older .evt), whole or damaged,
 and writes their records as tables, comma separated values, timeline rows, JSON
