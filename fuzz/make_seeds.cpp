@@ -189,6 +189,10 @@ void add_logs(const seed_folder& seeds) {
     seeds.add("evtx", name, {1}, packed);
     seeds.add("forms", name, {1}, packed);
     seeds.add("chunk", name, {1}, chunk);
+    seeds.add("carve", name, {16 + 8, 200, 7}, packed);
+    seeds.add("carve", std::string(name) + "_cut", {1, 0, 2}, chunk.subspan(0, chunk.size() / 2));
+    seeds.add("carve", std::string(name) + "_rest", {0, 1, 2}, chunk.subspan(512));
+    seeds.add("ledger", name, {0}, packed);
     seeds.add("table", name, {1, 0, 0}, packed);
     seeds.add("table", std::string(name) + "_provider", {0, 0, 0x0b}, packed);
     seeds.add("table", std::string(name) + "_pulled", {2, 8, 0x3a}, packed);
@@ -199,6 +203,8 @@ void add_logs(const seed_folder& seeds) {
     seeds.add("run", std::string(name) + "_reports", {2, 0xff, 0xc0, log_name}, packed);
   }
   const auto legacy = legacy_log();
+  seeds.add("carve", "legacy", {0, 9, 0}, legacy.bytes());
+  seeds.add("ledger", "legacy", {1}, legacy.bytes());
   seeds.add("evt", "listing", {1, 0, 0}, legacy.bytes());
   seeds.add("evt", "pulled", {0, 0, 0x3b}, legacy.bytes());
   seeds.add("forms", "legacy", {0x80, 4}, legacy.bytes());

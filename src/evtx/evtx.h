@@ -59,6 +59,7 @@ struct walk_settings {
   bool inc_slack = false;             // search behind damage and in free tails too (slack.h)
   walk_progress* progress = nullptr;  // null for nobody
   reader_options reading = {};
+  bool inside_records = false;  // search in records too, for others that their sizes hide
 };
 
 enum class walk_result {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "evtx/bxml/bxml_tokens.h"
 #include "evtx/container/slack.h"
 #include "evtx/evtx.h"
 
@@ -36,6 +37,7 @@ class block_walk {
   std::uint64_t walk_records(std::uint64_t chunk, std::uint64_t record);
   bool resynchronise(std::uint64_t chunk, std::uint64_t last_good, std::uint64_t& record);
   void walk_slack(std::uint64_t chunk, std::uint64_t area);
+  void walk_inside(std::uint64_t chunk, std::uint64_t record);
   bool is_slack_candidate(std::uint64_t record, std::uint64_t area_end) const;
 
   std::uint32_t size_of(std::uint64_t record) const {
@@ -71,6 +73,7 @@ std::uint64_t block_walk::walk_records(std::uint64_t chunk, std::uint64_t record
     if (size_of(record) == 0) break;  // cut down to nothing
     number_before_ = number_of(record);
     if (visitor_.on_record(record - chunk)) last_good = record;
+    if (settings_.inside_records) walk_inside(chunk, record);
     walked += size_of(record);
     record += size_of(record);
     if (counter == no_records) break;  // it would wrap
@@ -106,6 +109,21 @@ void block_walk::walk_slack(std::uint64_t chunk, std::uint64_t area) {
     const std::uint64_t record = area + hit;
     if (!is_slack_candidate(record, area_end)) continue;
     visitor_.on_slack_candidate(record - chunk, area_bytes);
+  }
+}
+
+// Records inside a record. The second size of the last one may be the outer record's by now, so it
+// is the header, its time and the start of binary XML that show one.
+void block_walk::walk_inside(std::uint64_t chunk, std::uint64_t record) {
+  const std::uint64_t begin = record + layout::record_header_bytes;
+  const std::uint64_t end = std::min(record + size_of(record), chunk + layout::chunk_bytes);
+  if (begin >= end) return;
+  const std::uint64_t bytes = end - begin;
+  for (const std::uint64_t hit : find_record_signatures(block_.bytes_at(begin, bytes))) {
+    const std::uint64_t inner = begin + hit;
+    if (!is_plausible_record_header(block_, inner) || size_of(inner) > end - inner) continue;
+    const auto content = block_.at<std::uint32_t>(inner + layout::record_header_bytes);
+    if (content == expected_fragment) visitor_.on_slack_candidate(inner - chunk, bytes);
   }
 }
 

@@ -35,6 +35,7 @@ void given_reader::walk(std::span<std::byte> chunks, std::uint64_t offset, bool 
   sink_.slack = slack;
   walk_settings settings;
   settings.inc_slack = slack;
+  settings.inside_records = slack;
   (void)walk_evtx_block(chunks, offset, reader_, settings);
 }
 

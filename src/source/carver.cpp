@@ -135,6 +135,7 @@ carver::outcome carver::take_chunk(std::size_t at, bool last) {
     if (watcher_) watcher_->on_chunk(chunk, offset);
     walk_settings settings;
     settings.inc_slack = slack_;
+    settings.inside_records = slack_;
     walk_evtx_block(chunk, offset, chunks_, settings);
     return {at + layout::chunk_bytes};
   }

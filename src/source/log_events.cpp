@@ -61,6 +61,7 @@ bool log_event_reader::read_evtx(const found_log& log) {
   evtx_.set_flags(log.source.deleted ? std::uint32_t{event_deleted} : 0);
   walk_settings settings;
   settings.inc_slack = slack_;
+  settings.inside_records = slack_;
   return read_log_blocks(log, [&](std::span<std::byte> block, std::uint64_t offset) {
     const std::uint64_t skip = first_chunk(block);
     walk_evtx_block(block.subspan(skip), offset + skip, evtx_, settings);

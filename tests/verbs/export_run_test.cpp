@@ -51,6 +51,21 @@ TEST(export_run, paths_of_all_kinds) {
   EXPECT_EQ(lines_seen(stream.out), "- 9; ");
 }
 
+// A record whose size was raised over the next one, at both ends.
+TEST(export_run, slack_shows_records_that_a_size_hides) {
+  const scratch_dir scratch;
+  auto log = log_builder().chunk({record(1), record(2), record(3)});
+  const std::size_t first = log.record_offset(0, 0), last = log.record_offset(0, 2);
+  const auto size = static_cast<std::uint32_t>(last - first);
+  log.poke_u32(first + 4, size);
+  log.poke_u32(last - 4, size);
+  const std::string path = scratch.write("a.evtx", bytes_of_log(log));
+  EXPECT_EQ(lines_seen(run_zanvik({"export", path}).out), path + " 1; " + path + " 3; ");
+  const auto run = run_zanvik({"export", "--slack", path});
+  EXPECT_EQ(lines_seen(run.out), path + " 1; " + path + " 2; " + path + " 3; ");
+  EXPECT_NE(run.out.find("text of 2"), std::string::npos);
+}
+
 // A log behind other bytes is nothing that export reads, and something that it carves.
 TEST(export_run, carving_takes_files_and_streams_of_any_bytes) {
   const scratch_dir scratch;
