@@ -1,11 +1,11 @@
-// One event of either reader, whole: its tree, its System members, its data by name and by place,
-// with their types. This is what forms, conditions and rules stand on.
+// One event of either reader, whole: its tree, its System members, its data by name and by
+// position, with their types. Forms, conditions and rules use it.
 //
 // A view allocates nothing: it points at the event's shape (event_shape.h), which lists its fields,
-// and at the record's slots, which say where the values are. It and all it points to are valid
-// during the sink's call only.
+// and at the record's slots, which say where the values are. It and everything it points to are
+// valid only during the sink's call.
 //
-// How to ask for a field: look it up once for each shape, then take it by number from each event.
+// To read a field, look it up once for each shape, then read it by number from each event:
 //
 //   class my_sink : public event_sink {
 //     void on_event(const event_view& event) override {
@@ -17,9 +17,9 @@
 //     }
 //   };
 //
-// `text` gives UTF-8; `value` the bytes and their type, absent (null) and empty told apart. A field
-// of several parts has no single value: its type is then that of nothing, and `text` joins them.
-// `header().time()` and the like answer for records that lack the System member too.
+// `text` returns UTF-8; `value` the bytes and their type, which distinguishes absent (null) from
+// empty. A field of several parts has no single value: it has no type, and `text` joins the parts.
+// `header().time()` and the like also work for records without the System member.
 #pragma once
 
 #include <cstdint>
