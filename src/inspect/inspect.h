@@ -5,7 +5,9 @@
 //   carve_ledger.h    the same of bytes that are no log
 //   chunk_walk.h      the folder's own walk over one chunk: areas that cover each byte once
 //   chunk_settle.h    which of the chunk's records the reader returned, and why not the others
+//   chunk_findings.h  what is odd inside one chunk; event_facts.h what its events tell
 //   chunk_order.h     what chunks say together: gaps, order, copies
+//   given_reader.h    which records the reader of `export` returns; finding_runs.h joins findings
 //   finding.h         kinds of findings; finding_kinds.cpp says what each may mean
 //   checksum.h        SHA-256, from a library
 //

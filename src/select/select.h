@@ -3,6 +3,7 @@
 //   evtx_selector.h     the sink that compares .evtx records with a log's commands, by the quick
 //                       look-ups of named_values.h and text_search.h (events/evtx_fields.h has the
 //                       rule); evt_selector.h does it for legacy records (events/evt_fields.h)
+//   event_conditions.h  what the verbs take: event IDs, times, named values, texts of whole events
 //   selection_sink.h    where selected records go: keep/ keeps them, stats/ counts them
 //
 // Nothing here knows what is done with a record.
