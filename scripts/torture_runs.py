@@ -65,7 +65,7 @@ def forms(root):
         ("driverframeworks-usermode", ["-usb"]),
         ("microsoft-windows-partition-diagnostic", ["-partition_metadata", "-csv"]),
     ]
-    for name in sorted(os.listdir(commands)):
+    for name in sorted(n for n in os.listdir(commands) if n.endswith(".cmd")):
         plain.append(("security", ["-csv", "-cmdfile", os.path.join(commands, name)]))
     return [(name, options + slack) for name, options in plain for slack in ([], ["-inc_slack"])]
 

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -28,7 +27,7 @@ int run(const check_options& options) {
   if (options.list) return list_logs(options.paths, options.carve.what());
   int status = verb_done;
   const auto problem = [&status](const std::string& path, const std::string& what) {
-    std::fprintf(stderr, "zanvik: %s: %s\n", path.c_str(), what.c_str());
+    report_problem(path, what);
     status = verb_problems;
   };
   bool findings = false;
@@ -75,12 +74,9 @@ int run_check(int argc, char** argv) {
   app.add_flag("--chunks", options.table.chunks, "a row for each chunk in the table");
   options.carve.add_to(app);
   add_list_option(app, options.list);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? verb_done : verb_bad_command;
-  }
-  return run(options);
+  bool done = false;
+  const int status = parse_verb(app, argc, argv, done);
+  return done ? status : run(options);
 }
 
 }  // namespace zanvik
