@@ -6,6 +6,7 @@
 #include "evt/part_walk.h"
 #include "source/block_reader.h"
 #include "source/carver.h"
+#include "source/log_losses.h"
 
 namespace zanvik {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 namespace layout = evtx_layout;
 
 constexpr std::size_t evt_block_bytes = 1 << 20;
+constexpr const char* part_unread = "a part could not be read";
 
 // Where the first chunk may stand: a log may begin with it.
 std::uint64_t first_chunk_offset(const found_log& log) {
@@ -52,8 +54,12 @@ std::uint64_t first_chunk(std::span<const std::byte> block) {
 }
 
 bool log_event_reader::read(const found_log& log) {
-  if (log.carve) return carve(log);
-  return log.source.kind == log_kind::evtx ? read_evtx(log) : read_evt(log);
+  if (log.carve || log.source.kind != log_kind::evtx) {
+    const bool whole = log.carve ? carve(log) : read_evt(log);
+    problem_ = whole ? "" : part_unread;
+    return whole;
+  }
+  return read_evtx(log);
 }
 
 bool log_event_reader::read_evtx(const found_log& log) {
@@ -62,11 +68,16 @@ bool log_event_reader::read_evtx(const found_log& log) {
   walk_settings settings;
   settings.inc_slack = slack_;
   settings.inside_records = slack_;
-  return read_log_blocks(log, [&](std::span<std::byte> block, std::uint64_t offset) {
-    const std::uint64_t skip = first_chunk(block);
-    walk_evtx_block(block.subspan(skip), offset + skip, evtx_, settings);
-    if (on_progress) on_progress(offset + block.size());
-  });
+  loss_counter losses(evtx_);
+  const bool whole =
+      read_log_blocks(log, [&](std::span<std::byte> block, std::uint64_t offset) {
+        losses.start_block(block);
+        const std::uint64_t skip = first_chunk(block);
+        walk_evtx_block(block.subspan(skip), offset + skip, losses, settings);
+        if (on_progress) on_progress(offset + block.size());
+      });
+  problem_ = whole ? losses.report() : part_unread;
+  return problem_.empty();
 }
 
 // A window moves over the log: from the record in hand to the end of what is read.

@@ -2,8 +2,11 @@
 //
 //   log_finder.h    logs in files, folders and standard input
 //   block_reader.h  their bytes, a block at a time
+//   log_losses.h    what could not be read of a log
 //   carver.h        events in bytes that are no log
 #pragma once
+
+#include <string>
 
 #include "events/evt_events.h"
 #include "events/evtx_events.h"
@@ -38,6 +41,8 @@ class log_event_reader {
 
   // Hands on the events of the log. False when a part of it could not be read.
   bool read(const found_log& log);
+  // What could not be read of the last log; empty when all was.
+  const std::string& problem() const { return problem_; }
 
  private:
   bool read_evtx(const found_log& log);
@@ -49,6 +54,7 @@ class log_event_reader {
   evtx_event_reader evtx_;
   evt_event_reader evt_;
   bool slack_;
+  std::string problem_;
 };
 
 }  // namespace zanvik

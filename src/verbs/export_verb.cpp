@@ -79,7 +79,10 @@ class export_run : public event_sink {
     reader.on_progress = [&](std::uint64_t read) { progress_.update(done + read); };
     log_finder finder(
         [&](found_log& log) {
-          if (!read_log(log, reader)) problem(log.source.path, "a part could not be read");
+          if (!read_log(log, reader)) {
+            const std::string& lost = reader.problem();
+            problem(log.source.path, lost.empty() ? "a part could not be read" : lost);
+          }
           done += log.size;
         },
         problem);
@@ -133,7 +136,7 @@ int run(const export_options& options) {
   log_survey seen;
   if (shows || !options.output.empty()) seen = survey_logs(options.logs, options.output);
   if (!seen.output_is_input.empty()) {
-    report_problem(options.output, "is one of the logs to read (" + seen.output_is_input + ")");
+    report_problem(options.output, "is one of the files to read (" + seen.output_is_input + ")");
     return verb_bad_command;
   }
   output_target target;

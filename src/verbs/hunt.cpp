@@ -145,7 +145,7 @@ class hunt_run : public event_sink {
         [&](found_log& log) {
           if (lines_) lines_->start_log(log.source);
           hunter_->start_log();
-          if (!reader.read(log)) problem(log.source.path, "a part could not be read");
+          if (!reader.read(log)) problem(log.source.path, reader.problem());
           done += log.size;
         },
         [this](const std::string& path, const std::string& what) { problem(path, what); });
@@ -241,7 +241,7 @@ int run(const hunt_options& options) {
     seen = survey_logs(options.logs, options.output);
   }
   if (!seen.output_is_input.empty()) {
-    report_problem(options.output, "is one of the logs to read (" + seen.output_is_input + ")");
+    report_problem(options.output, "is one of the files to read (" + seen.output_is_input + ")");
     return verb_bad_command;
   }
   output_target target;

@@ -101,6 +101,7 @@ std::string path_options::read_lists() {
       return list + ": " + error;
     }
   }
+  read_files = std::move(lists);
   lists.clear();
   return "";
 }

@@ -28,7 +28,8 @@ class carve_option {
 // The paths that a verb is given, on its command line or in lists.
 struct path_options {
   std::vector<std::string> paths;
-  std::vector<std::string> lists;
+  std::vector<std::string> lists;       // files of paths, not yet read
+  std::vector<std::string> read_files;  // those that have been
   bool needed = true;  // one of the two has to be there
 
   // Adds what the lists hold to `paths`. Returns why that cannot be, or nothing.

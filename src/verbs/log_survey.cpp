@@ -1,5 +1,8 @@
 #include "verbs/log_survey.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "source/log_events.h"
 #include "verbs/output_target.h"
 
@@ -22,6 +25,10 @@ log_survey survey_logs(const log_options& logs, const std::string& output) {
     } else {
       finder.find(path);
     }
+  }
+  for (const std::string& list : logs.read_files) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(list, output, ignored)) seen.output_is_input = list;
   }
   return seen;
 }

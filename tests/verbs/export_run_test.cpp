@@ -81,13 +81,45 @@ TEST(export_run, carving_takes_files_and_streams_of_any_bytes) {
   EXPECT_EQ(lines_seen(stream.out), "- 5; - 6; ");
 }
 
-TEST(export_run, a_log_whose_first_chunk_is_lost_gives_the_rest) {
+TEST(export_run, what_cannot_be_read_is_counted_and_the_rest_is_written) {
+  constexpr std::size_t first_chunk = 4096, second_chunk = first_chunk + 65536;
+  const std::string sound =
+      bytes_of_log(log_builder().chunk({record(1), record(2)}).chunk({record(3)}));
+  struct damage_row {
+    const char* what;
+    std::function<void(std::string&)> damage;
+    int status;
+    const char* events;
+    const char* said;
+  };
+  const damage_row rows[] = {
+      {"nothing", [](std::string&) {}, 0, "1; 2; 3; ", ""},
+      {"a chunk's signature", [](std::string& log) { log[first_chunk] = 'x'; }, 1, "3; ",
+       "1 chunk cannot be read"},
+      {"a record's signature", [](std::string& log) { log[first_chunk + 512] = 'x'; }, 1, "3; ",
+       "2 declared records cannot be read"},
+      {"the end is cut off", [](std::string& log) { log.resize(second_chunk + 600); }, 1,
+       "1; 2; ", "1 chunk cannot be read"},
+      {"all but the header is cut off", [](std::string& log) { log.resize(first_chunk); }, 1, "",
+       "no chunk"},
+      {"a chunk of zeros behind the last",
+       [](std::string& log) { log.append(65536, '\0'); }, 0, "1; 2; 3; ", ""},
+  };
   const scratch_dir scratch;
-  std::string log = bytes_of_log(log_builder().chunk({record(1)}).chunk({record(2)}));
-  log[4096] = 'x';
-  const auto run = run_zanvik({"export", scratch.write("a", log)});
-  EXPECT_EQ(run.status, 0);
-  EXPECT_NE(lines_seen(run.out).find(" 2; "), std::string::npos) << run.err;
+  for (const damage_row& row : rows) {
+    std::string log = sound;
+    row.damage(log);
+    const std::string path = scratch.write("a.evtx", log);
+    const auto run = run_zanvik({"export", path});
+    EXPECT_EQ(run.status, row.status) << row.what << run.err;
+    std::string seen = lines_seen(run.out);
+    for (auto at = seen.find(path + " "); at != std::string::npos; at = seen.find(path + " ")) {
+      seen.erase(at, path.size() + 1);
+    }
+    EXPECT_EQ(seen, row.events) << row.what;
+    EXPECT_NE(run.err.find(row.said), std::string::npos) << row.what << run.err;
+    EXPECT_EQ(run.err.empty(), row.status == 0) << row.what << run.err;
+  }
 }
 
 struct status_row {
@@ -100,6 +132,7 @@ TEST(export_run, statuses) {
   const scratch_dir scratch;
   const std::string log = scratch.write("a.evtx", small_log(1));
   const std::string text = scratch.write("a.txt", "text");
+  const std::string list = scratch.write("list", log + "\n");
   const status_row rows[] = {
       {{"export", log}, 0, ""},
       {{"export", "--help"}, 0, ""},
@@ -110,8 +143,9 @@ TEST(export_run, statuses) {
       {{"export", "--event-id", "x", log}, 2, "--event-id"},
       {{"export", "--format", "yaml", log}, 2, "--format"},
       {{"export", "--from", "yesterday", log}, 2, "--from"},
-      {{"export", "-o", log, log}, 2, "is one of the logs"},
-      {{"export", "-o", log, scratch.path(".")}, 2, "is one of the logs"},
+      {{"export", "-o", log, log}, 2, "is one of the files"},
+      {{"export", "-o", log, scratch.path(".")}, 2, "is one of the files"},
+      {{"export", "--from-list", list, "-o", list}, 2, "is one of the files"},
       {{"export", "-o", scratch.path("none/x"), log}, 1, "No such file"},
   };
   for (const status_row& row : rows) {
