@@ -156,7 +156,6 @@ bool event_conditions::any() const {
 bool read_event_ids(std::string_view text, event_conditions& out) {
   constexpr unsigned most = 65535;
   event_id_lists lists = out.event_id_lists_given;
-  auto& [taken, left_out, any_taken] = lists;
   const bool good = for_each_part(text, [&](std::string_view part) {
     const bool negated = part.starts_with('!');
     if (negated) part.remove_prefix(1);
@@ -169,13 +168,15 @@ bool read_event_ids(std::string_view text, event_conditions& out) {
       return false;
     }
     if (last < first) return false;
-    for (unsigned id = first; id <= last; ++id) (negated ? left_out : taken).set(id);
-    any_taken = any_taken || !negated;
+    for (unsigned id = first; id <= last; ++id) {
+      (negated ? lists.left_out : lists.taken).set(id);
+    }
+    lists.any_taken = lists.any_taken || !negated;
     return true;
   });
   if (!good) return false;
   out.event_id_lists_given = lists;
-  out.event_ids = (any_taken ? taken : ~std::bitset<65536>()) & ~left_out;
+  out.event_ids = (lists.any_taken ? lists.taken : ~std::bitset<65536>()) & ~lists.left_out;
   return true;
 }
 
