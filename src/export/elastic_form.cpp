@@ -55,7 +55,9 @@ void elastic_form::build(const event_view& event, form_program& out) {
   members.open_object("file");
   members.gap_text("path", gap::log_path);
   members.close_object();
-  members.gap_text("level", gap::level_name, members.slot_of(system_member::level));
+  if (!event.value(system_member::level).absent()) {  // nothing is made up for an event without
+    members.gap_text("level", gap::level_name, members.slot_of(system_member::level));
+  }
   members.close_object();
   members.open_object("host");
   members.text("name", system_member::computer);
