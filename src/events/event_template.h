@@ -40,7 +40,7 @@ struct event_template {
   bool once = false;     // made for one record or chunk: results for it are not worth keeping
   bool missing = false;  // stands in for a template that was not found
   bool cut = false;      // the binary XML broke off
-  std::uint32_t source_bytes = 0;   // of the binary XML
+  std::uint32_t source_bytes = 0;   // of the binary XML, or of its texts if these are longer
   std::int32_t event_id_slot = -1;  // the slot that is all of Event/System/EventID; -1 for none
   std::vector<template_token> tokens;
   std::string pool;

@@ -220,7 +220,9 @@ bool compile_fragment(const chunk_view& chunk, std::uint64_t offset, std::uint64
   compiler work(chunk, offset, end, budget, out, texts);
   out.cut = !work.run();
   work.finish();
-  out.source_bytes = static_cast<std::uint32_t>(work.position() - offset);
+  // Each name may stand in many places and be written in full in each of them.
+  out.source_bytes = static_cast<std::uint32_t>(
+      std::max<std::uint64_t>(work.position() - offset, out.pool.size()));
   return !out.tokens.empty() && out.tokens.front().kind == template_token_kind::open_element;
 }
 

@@ -34,5 +34,19 @@ TEST(work_bounds, output_grows_no_faster_than_the_log) {
   }
 }
 
+// What a chunk's templates may add to its events is bounded, whatever stands in them.
+TEST(work_bounds, whole_events_are_bounded_too) {
+  constexpr unsigned chunks = 4;
+  constexpr std::size_t most_for_a_byte = 128;
+  for (const hostile_trick& trick : hostile_tricks()) {
+    const scratch_dir scratch;
+    const byte_vector log = hostile_log(trick, chunks);
+    const std::string path = scratch.write(std::string(trick.file_name),
+                                           {reinterpret_cast<const char*>(log.data()), log.size()});
+    const program_run run = run_zanvik({"export", "-q", path});
+    EXPECT_LE(run.out.size(), most_for_a_byte * log.size()) << trick.name;
+  }
+}
+
 }  // namespace
 }  // namespace zanvik::testing
