@@ -3,6 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <functional>
+
 #include "../run/program_run.h"
 #include "evt_builder.h"
 #include "log_builder.h"
@@ -49,6 +52,34 @@ TEST(export_run, paths_of_all_kinds) {
 
   const auto stream = run_zanvik({"export", "-"}, {.input = small_log(9), .folder = ""});
   EXPECT_EQ(lines_seen(stream.out), "- 9; ");
+}
+
+// More than two of the blocks that a log is read in.
+TEST(export_run, a_long_stream_reads_like_the_file) {
+  constexpr std::uint64_t chunks = 103;
+  log_builder log;
+  for (std::uint64_t number = 1; number <= chunks; ++number) log.chunk({record(number)});
+  const std::string bytes = bytes_of_log(log);
+  const scratch_dir scratch;
+  const auto named = run_zanvik({"export", "-f", "xml", scratch.write("-", bytes)});
+  const auto stream = run_zanvik({"export", "-f", "csv", "-"}, {.input = bytes, .folder = ""});
+  EXPECT_EQ(stream.status, 0) << stream.err;
+  EXPECT_EQ(std::count(stream.out.begin(), stream.out.end(), '\n'), chunks + 1);
+  EXPECT_NE(named.out.find("text of 103"), std::string::npos);
+  EXPECT_NE(stream.out.find("text of 103"), std::string::npos);
+}
+
+// Events are left out by a look at one slot where that is enough; the templates of some stand in
+// the very records that are asked for.
+TEST(export_run, event_ids_take_what_a_full_run_has_of_them) {
+  const scratch_dir scratch;
+  const std::string log = scratch.write(
+      "a.evtx", bytes_of_log(log_builder().chunk({record(1), record(2)}).chunk({record(3)})));
+  const std::string all = run_zanvik({"export", log}).out;
+  const std::size_t at = all.find("\"EventID\":") + 10;
+  const std::string id = all.substr(at, all.find_first_of(",}", at) - at);
+  EXPECT_EQ(run_zanvik({"export", "--event-id", id, log}).out, all) << id;
+  EXPECT_EQ(run_zanvik({"export", "--event-id", "!" + id, log}).out, "");
 }
 
 // A record whose size was raised over the next one, at both ends.
