@@ -182,4 +182,10 @@ inline constexpr std::size_t extents_of_a_volume = 8'000'000;
 // Records that carving keeps in memory until all templates are known; more go to a file.
 inline constexpr std::size_t carved_bytes_in_memory = 16 << 20;
 
+// Several threads: results that wait for those of an earlier part, in bytes for each thread (the
+// block in hand and what a thread keeps of templates fit beside them into 32 MiB), and the parts
+// whose work has begun, since each may hold an open file.
+inline constexpr std::uint64_t waiting_bytes_per_thread = 12 << 20;
+inline constexpr std::size_t jobs_per_thread = 64;
+
 }  // namespace zanvik::limits
