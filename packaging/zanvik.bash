@@ -64,7 +64,7 @@ _zanvik_verb() {
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
         --exclude-rule --tag -f --format --order --memory --temp-dir -o --output --raw-cells
-        --details --list --stats -q --quiet --slack --carve --from-list $take" ;;
+        --details --list --stats --unique -q --quiet --slack --carve --from-list $take" ;;
     check)
       _zanvik_words '-h --help -f --format --chunks --carve --list --from-list' ;;
     shard)

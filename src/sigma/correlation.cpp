@@ -105,9 +105,10 @@ void correlator::add(const event_view& event, std::size_t rule, std::uint64_t no
   }
   ++held_;
   if (logs_.empty() || logs_.back() != event.source().path) logs_.push_back(event.source().path);
-  events_[rule].push_back({event.time(), note, event_, static_cast<std::uint32_t>(logs_.size() - 1),
-                           static_cast<std::uint32_t>(rule),
-                           static_cast<std::uint32_t>(values_.size())});
+  events_[rule].push_back(
+      {event.time(), note, 1, event_, static_cast<std::uint32_t>(logs_.size() - 1),
+       static_cast<std::uint32_t>(rule), static_cast<std::uint32_t>(values_.size())});
+  if (identity_ != event_identity{}) identities_[rule].push_back(identity_);
   const known_rule& known = set_.rules[rule];
   std::string scratch;
   for (const std::string& field : fields_[rule]) {
@@ -214,7 +215,27 @@ void correlator::find_matches(std::size_t rule) {
   });
 }
 
+// Leaves the first of the copies of each event, with their number.
+void correlator::drop_copies() {
+  for (const auto& [rule, identities] : identities_) {
+    std::map<event_identity, std::size_t> first;  // where it is in `once`
+    std::vector<remembered_event> once;
+    const auto& all = events_[rule];
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      const auto [known, fresh] = first.try_emplace(identities[i], once.size());
+      if (fresh) {
+        once.push_back(all[i]);
+      } else {
+        ++once[known->second].copies;
+      }
+    }
+    events_[rule] = std::move(once);
+  }
+  identities_.clear();
+}
+
 std::vector<correlation_match> correlator::finish() {
+  drop_copies();
   for (const std::size_t rule : set_.correlation_order) {
     if (set_.rules[rule].state == rule_state::runs) find_matches(rule);
   }

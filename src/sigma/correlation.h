@@ -6,9 +6,10 @@
 //
 // Matches of one group (equal values of the group-by fields, in any case) are ordered by time,
 // those with the same time by arrival. An event without one of the group-by fields belongs to no
-// group. correlation_spans.h says where a condition holds.
+// group. Copies of an event can count as one. correlation_spans.h says where a condition holds.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -28,6 +29,7 @@ namespace zanvik::sigma {
 struct remembered_event {
   std::uint64_t time = 0;    // FILETIME
   std::uint64_t note = 0;    // the caller's own
+  std::uint64_t copies = 1;  // in the input, if they are counted
   std::uint32_t event = 0;   // number of the event
   std::uint32_t log = 0;     // number of its path
   std::uint32_t rule = 0;    // that matched it
@@ -44,6 +46,9 @@ struct correlation_match {
 
 class correlator {
  public:
+  // What copies of an event share.
+  using event_identity = std::array<std::uint64_t, 2>;
+
   // `set` must outlive this.
   explicit correlator(const rule_set& set);
 
@@ -51,8 +56,12 @@ class correlator {
   bool wants(std::size_t rule) const { return bases_[rule]; }
   // Whether there is room for another match.
   bool has_room() const;
-  // Says that the following matches are of the next event.
-  void begin_event() { ++event_; }
+  // Says that the following matches are of the next event. Events with the same identity are one,
+  // unless it is 0.
+  void begin_event(const event_identity& identity = {}) {
+    ++event_;
+    identity_ = identity;
+  }
   // A match of such a rule; `note` is returned with the correlation's match. Without room, it is
   // counted and left out.
   void add(const event_view& event, std::size_t rule, std::uint64_t note);
@@ -72,6 +81,7 @@ class correlator {
   std::uint32_t value_of(const remembered_event& event, std::string_view field) const;
   std::vector<std::uint32_t> values_of(const remembered_event& event,
                                        const std::vector<std::string>& fields) const;
+  void drop_copies();
   bool add_hits(std::size_t rule, tuple_numbers& groups, tuple_numbers& counted,
                 std::vector<correlation_hit>& hits, std::vector<remembered_event>& events);
   void find_matches(std::size_t rule);
@@ -82,6 +92,8 @@ class correlator {
   std::map<std::size_t, std::vector<remembered_event>> events_;  // by rule
   std::size_t held_ = 0;
   std::uint32_t event_ = 0;
+  event_identity identity_{};
+  std::map<std::size_t, std::vector<event_identity>> identities_;  // by rule, as `events_`
   std::vector<std::uint32_t> values_;  // numbers in `texts_`; 0 for an absent one
   std::vector<std::string> texts_{""};
   std::unordered_map<std::string, std::uint32_t, keyed_text_hash, std::equal_to<>> numbers_;

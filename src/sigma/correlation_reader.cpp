@@ -109,14 +109,11 @@ namespace {
 
 bool counts_rules(kind what) { return what == kind::temporal || what == kind::temporal_ordered; }
 
-// A condition on ordered rules can only require a minimum number of them.
+// A condition on ordered rules costs the square of their number.
 void check_ordered(const rule_correlation& c, std::size_t line) {
   if (c.what != kind::temporal_ordered || c.bounds.empty()) return;
   if (c.rules.size() > limits::ordered_rules) {
     throw rule_problem{line, "a condition on the order of so many rules is not supported", true};
-  }
-  if (c.ordered_rules_needed() == 0) {
-    throw rule_problem{line, "an ordered correlation can only have the condition gte or gt", true};
   }
 }
 

@@ -101,13 +101,16 @@ std::vector<hit_span> counted_spans(const rule_correlation& c, hits_view hits,
   return out;
 }
 
-// Rules in order: for each number of rules and each rule as the last one, the start of the latest
-// chain of them.
+// Rules in order: for each number of rules, up to the one asked for, and each rule as the last one,
+// the start of the latest chain of them.
 class chains {
  public:
-  explicit chains(const rule_correlation& c)
-      : slots_(c.rules.size()), needed_(c.ordered_rules_needed()) {
-    if (needed_ <= slots_) starts_.resize(all_of_them() ? slots_ : needed_ * slots_);
+  enum class keep : unsigned char { what_is_needed, all };
+  chains(std::size_t slots, std::size_t needed, keep what = keep::what_is_needed)
+      : slots_(slots),
+        needed_(needed),
+        all_of_them_(needed == slots && what == keep::what_is_needed) {
+    if (needed_ <= slots_) starts_.resize(all_of_them_ ? slots_ : needed_ * slots_);
   }
 
   // Takes the hits of one event, which never follows itself. Returns the start of the latest whole
@@ -118,7 +121,7 @@ class chains {
     std::size_t best = 0;
     for (std::size_t i = first; i < end; ++i) {
       const std::size_t slot = hits[i].slot;
-      const std::size_t least = all_of_them() ? slot + 1 : 1;
+      const std::size_t least = all_of_them_ ? slot + 1 : 1;
       for (std::size_t length = least; length <= std::min(slot + 1, needed_); ++length) {
         const std::size_t start = length == 1 ? first + 1 : latest(length - 1, slot);
         changes_.push_back({index(length, slot), start});
@@ -129,31 +132,75 @@ class chains {
     return best;
   }
 
+  // Rules in the longest chain that starts with hit `first` or later; needs keep::all.
+  std::size_t longest_from(std::size_t first) const {
+    std::size_t length = needed_;
+    while (length != 0 && latest(length, slots_) <= first) --length;
+    return length;
+  }
+
  private:
-  // Then only chains of all rules so far count, one for each rule.
-  bool all_of_them() const { return needed_ == slots_; }
   std::size_t index(std::size_t length, std::size_t slot) const {
-    return all_of_them() ? slot : (length - 1) * slots_ + slot;
+    return all_of_them_ ? slot : (length - 1) * slots_ + slot;
   }
   // The latest start of a chain of that length that ends with a rule before `slot`.
   std::size_t latest(std::size_t length, std::size_t slot) const {
-    if (all_of_them()) return starts_[slot - 1];
+    if (all_of_them_) return starts_[slot - 1];
     std::size_t best = 0;
     for (std::size_t s = 0; s < slot; ++s) best = std::max(best, starts_[index(length, s)]);
     return best;
   }
 
   std::size_t slots_, needed_;
+  bool all_of_them_;  // only chains of all rules so far count, one for each rule
   std::vector<std::size_t> starts_;  // hits, plus 1; 0: no chain
   std::vector<std::pair<std::size_t, std::size_t>> changes_;
 };
 
+std::size_t end_of_event(hits_view hits, std::size_t first) {
+  std::size_t end = first + 1;
+  while (end < hits.size() && hits[end].repeats) ++end;
+  return end;
+}
+
+// The event of the window with which the number of rules in order came to be what is asked for.
+std::size_t completing_event(const rule_correlation& c, hits_view hits, std::size_t first,
+                             std::size_t last) {
+  chains known(c.rules.size(), c.rules.size(), chains::keep::all);
+  for (std::size_t i = first; i < last;) {
+    const std::size_t end = end_of_event(hits, i);
+    known.take(hits, i, end);
+    if (holds(c, static_cast<long double>(known.longest_from(first)))) return end - 1;
+    i = end;
+  }
+  return last;
+}
+
+// Windows in which the number of rules that matched in their order is what is asked for.
+std::vector<hit_span> ordered_windows(const rule_correlation& c, hits_view hits) {
+  std::vector<hit_span> out;
+  chains known(c.rules.size(), c.rules.size(), chains::keep::all);
+  std::size_t end = 0;  // behind the window
+  for (std::size_t i = 0; i < hits.size(); ++i) {
+    const std::size_t old_end = end;
+    while (end < hits.size() && hits[end].time - hits[i].time <= timespan_of(c)) {
+      const std::size_t next = end_of_event(hits, end);
+      known.take(hits, end, next);
+      end = next;
+    }
+    if (end == old_end || !holds(c, static_cast<long double>(known.longest_from(i)))) continue;
+    const bool fresh = out.empty() || out.back().last < i;
+    out.push_back({i, end - 1, fresh ? completing_event(c, hits, i, end - 1) : end - 1});
+  }
+  return out;
+}
+
+// Chains of at least as many rules as are asked for, the shortest of them.
 std::vector<hit_span> ordered_spans(const rule_correlation& c, hits_view hits) {
   std::vector<hit_span> out;
-  chains known(c);
+  chains known(c.rules.size(), c.ordered_rules_needed());
   for (std::size_t i = 0; i < hits.size();) {
-    std::size_t end = i + 1;
-    while (end < hits.size() && hits[end].repeats) ++end;
+    const std::size_t end = end_of_event(hits, i);
     const std::size_t start = known.take(hits, i, end);
     if (start != 0 && hits[i].time - hits[start - 1].time <= timespan_of(c)) {
       out.push_back({start - 1, end - 1, end - 1});
@@ -219,7 +266,10 @@ std::vector<hit_span> share_spans(const rule_correlation& c, hits_view hits) {
 std::vector<hit_span> spans_that_hold(const rule_correlation& c, hits_view hits,
                                       const number_of_counted& numbers) {
   if (c.what == kind::value_percentile) return share_spans(c, hits);
-  if (c.what == kind::temporal_ordered) return merged(ordered_spans(c, hits), hits);
+  if (c.what == kind::temporal_ordered) {
+    const bool at_least = c.ordered_rules_needed() != 0;
+    return merged(at_least ? ordered_spans(c, hits) : ordered_windows(c, hits), hits);
+  }
   return merged(counted_spans(c, hits, numbers), hits);
 }
 

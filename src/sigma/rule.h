@@ -54,8 +54,8 @@ struct rule_correlation {
   std::vector<std::string> fields;  // of the value_ kinds: what is counted or added
   bool generate = false;            // the rules it stands on are reported on their own, too
 
-  // Of temporal_ordered: how many of its rules must come in order; 0 if the condition is another
-  // one.
+  // Of temporal_ordered: how many of its rules must come in order at least; 0 if the condition is
+  // not only about that.
   std::size_t ordered_rules_needed() const;
 };
 

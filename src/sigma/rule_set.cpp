@@ -113,6 +113,7 @@ void apply_filters(rule_set& set) {
   std::size_t tests = 0;  // copied into rules
   for (known_rule& filter : set.rules) {
     if (filter.content.what != rule::kind::filter || filter.state != rule_state::runs) continue;
+    bool applied = false;
     for (const std::string& name : filter.content.rules) {
       const std::ptrdiff_t target = set.find(name);
       rule* const content =
@@ -128,9 +129,11 @@ void apply_filters(rule_set& set) {
         why = "too many filters before: " + name;
       } else {
         apply_filter(filter.content, *content);
+        applied = true;
       }
       if (!why.empty()) filter.reason += (filter.reason.empty() ? "" : ", ") + why;
     }
+    if (!applied) filter.state = rule_state::not_applicable;
   }
 }
 

@@ -129,8 +129,7 @@ class hunt_run : public event_sink {
     compiled_ = std::make_unique<sigma::compiled_rules>(set_);
     hunter_ = std::make_unique<sigma::hunter>(
         *compiled_, [this](const event_view& event, std::span<const std::uint32_t> found) {
-          correlator_->begin_event();
-          kept_ = false;
+          kept_ = identified_ = false;
           for (const std::uint32_t rule : found) take_match(event, rule);
         });
     log_event_reader reader(*this, options_.logs.slack);
@@ -160,6 +159,10 @@ class hunt_run : public event_sink {
       if (lines_) lines_->write(event, rule);
     }
     if (correlator_->wants(rule)) {
+      if (!identified_) {
+        correlator_->begin_event(lines_ ? lines_->identity_of(event) : event_identity::value{});
+      }
+      identified_ = true;
       // One line serves all rules that match the event.
       if (lines_ && !kept_ && correlator_->has_room()) {
         note_ = lines_->keep(event);
@@ -229,6 +232,7 @@ class hunt_run : public event_sink {
   std::unique_ptr<sigma::compiled_rules> compiled_;
   std::unique_ptr<sigma::hunter> hunter_;
   std::unique_ptr<match_output> lines_;
+  bool identified_ = false;  // the event in hand, to the correlator
   bool kept_ = false;       // the line of the event in hand, under
   std::uint64_t note_ = 0;  // this number
   int status_ = verb_done;

@@ -34,6 +34,8 @@ void add_result_options(CLI::App& app, hunt_options& options) {
   add_order_options(app, options.order,
                     "log: matches as they are found, those of correlations last; time: all matches "
                     "in one order of time, which is usual for timesketch");
+  app.add_flag("--unique", options.form.copies,
+               "write copies of an event once, with their number; needs --format and --order time");
   app.add_option("-o,--output", options.output,
                  "write to this file, which appears when it is whole")
       ->type_name("FILE");
@@ -63,6 +65,10 @@ int read_hunt_options(int argc, char** argv, hunt_options& options, bool& done) 
   app.final_callback([&] {
     if (!options.list && options.logs.paths.empty() && app.count("--from-list") == 0) {
       throw CLI::RequiredError("PATH");
+    }
+    if (options.form.copies && (options.format.empty() ||
+                                !options.order.by_time(usually_by_time(options.format)))) {
+      throw CLI::ValidationError("--unique", "needs --format and --order time");
     }
     if (options.order.order == "time" && options.format.empty() && !options.details) {
       throw CLI::ValidationError("--order", "needs --format or --details");

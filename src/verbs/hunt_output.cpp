@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "export/escaped_text.h"
 #include "sigma/rule_matches.h"
@@ -100,7 +101,9 @@ match_output::match_output(const match_output_options& options, const sigma::rul
       is_table_(options.format == "csv"),
       is_tree_(options.format == "jsonl") {
   if (const form_name* known = find_form(options.format)) form_ = known->make(options.form);
-  if (options.by_time) by_time_ = std::make_unique<external_sorter>(options.sorting);
+  if (options.by_time) {
+    by_time_ = std::make_unique<line_sorter>(options.sorting, options.form.copies);
+  }
   for (const sigma::known_rule& known : set_.rules) {
     const sigma::rule& r = known.content;
     const bool runs = known.state == sigma::rule_state::runs;
@@ -136,26 +139,60 @@ void match_output::add_tail(std::string_view tail) {
   put_before(line_, is_table_ ? "\n" : "}\n", tail);
 }
 
-// Writes the line, or has it wait.
-void match_output::put(std::uint64_t filetime, std::uint64_t log) {
-  if (!by_time_) {
-    out_.append(line_);
+// What waits until its copies are counted: this, the event, and what stands behind it.
+struct match_output::waiting_head {
+  std::uint64_t tail_bytes;
+  std::uint64_t copies;
+};
+
+event_identity::value match_output::identity_of(const event_view& event) {
+  return options_.form.copies ? identity_.of(event) : event_identity::value{};
+}
+
+// Writes the event in hand with `tail` behind it, or has it wait. `copies` is how many there are of
+// an event whose own copies have been counted.
+void match_output::put(const sort_key& place, const sort_key& identity, std::string_view tail,
+                       std::uint64_t copies) {
+  if (!options_.form.copies) {
+    if (form_) add_tail(tail);
+    if (by_time_) {
+      by_time_->add(place, {}, line_);
+    } else {
+      out_.append(line_);
+    }
     return;
   }
-  const std::uint64_t shown = form_ ? form_->shown_time(filetime) : filetime;
-  if (error_.empty() && !by_time_->add({{shown, log, filetime}}, line_)) error_ = by_time_->error();
+  const waiting_head head{tail.size(), copies};
+  packed_.assign(reinterpret_cast<const char*>(&head), sizeof(head));
+  packed_.append(line_).append(tail);
+  by_time_->add(place, identity, packed_);
+}
+
+// Makes a line of what waited.
+void match_output::add_copies(std::string& packed, std::uint64_t copies) {
+  waiting_head head;
+  std::memcpy(&head, packed.data(), sizeof(head));
+  const std::size_t event_bytes = packed.size() - sizeof(head) - head.tail_bytes;
+  line_.assign(packed, sizeof(head), event_bytes);
+  form_->add_copies(line_, copies * head.copies);
+  add_tail(std::string_view(packed).substr(sizeof(head) + event_bytes));
+  packed = line_;
+}
+
+sort_key match_output::place_of(std::uint64_t filetime, std::uint64_t log) const {
+  return {{form_ ? form_->shown_time(filetime) : filetime, log, filetime}};
 }
 
 void match_output::write(const event_view& event, std::uint32_t rule) {
   if (form_) {
     render(event);
-    add_tail(tails_[rule]);
-    if (is_table_ && correlates_) add_tail(no_correlation);
   } else {
     line_.clear();
     sigma::append_details(event, set_.rules[rule].content, line_);
   }
-  put(event.time(), log_);
+  const event_identity::value id = identity_of(event);
+  put(place_of(event.time(), log_), {{id[0], id[1], rule}},
+      is_table_ && correlates_ ? tails_[rule] + std::string(no_correlation) : tails_[rule], 1);
 }
 
 std::uint64_t match_output::keep(const event_view& event) {
@@ -207,18 +244,23 @@ void match_output::write_correlation(const sigma::correlation_match& match) {
   if (!error_.empty()) return;
   if (form_) {
     line_ = std::move(event);
-    add_tail(correlation_tail(match));
   } else {
     line_.clear();
     sigma::append_details(match, set_.rules[match.rule].content, event, line_);
   }
-  put(match.event.time, kept.log);
+  // No rule has such a number: matches of correlations are no copies of one another.
+  const sort_key identity{{++correlation_matches_, 0, ~std::uint64_t{0}}};
+  put(place_of(match.event.time, kept.log), identity, form_ ? correlation_tail(match) : "",
+      match.event.copies);
 }
 
 void match_output::end() {
   if (by_time_ && error_.empty()) {
-    const bool done = by_time_->finish([this](const sort_key&, std::string_view bytes) {
-      out_.append(bytes);
+    const auto note = [this](std::string& packed, std::uint64_t copies) {
+      add_copies(packed, copies);
+    };
+    const bool done = by_time_->finish(note, [this](std::string_view line) {
+      out_.append(line);
       return !out_.failed();
     });
     if (!done && !out_.failed()) error_ = by_time_->error();

@@ -2,8 +2,9 @@
 //
 // Trees (`jsonl`) get an object `rule`, flat objects members `sigma_rule_id` and so on (an event
 // may have a datum RuleId), tables columns `rule_id`. Matches come as they are found, or in one
-// order of time (ordered_events.h says which); those of correlations come last otherwise. What
-// correlations need of their events until the end waits in a temporary file.
+// order of time (ordered_events.h says which); those of correlations come last otherwise. Copies of
+// an event that match the same rule may be written once, with their number. What correlations need
+// of their events until the end waits in a temporary file.
 #pragma once
 
 #include <cstdint>
@@ -13,15 +14,15 @@
 #include <vector>
 
 #include "export/event_form.h"
-#include "pipeline/external_sorter.h"
 #include "sigma/correlation.h"
+#include "verbs/ordered_events.h"
 
 namespace zanvik {
 
 struct match_output_options {
   std::string_view format;  // one of match_formats(); empty: for people
   form_options form;
-  bool by_time = false;
+  bool by_time = false;  // always if `form.copies`
   sort_settings sorting;
 };
 
@@ -44,14 +45,20 @@ class match_output {
   void end();
   // What went wrong, in words; empty when nothing did.
   const std::string& error() const { return error_; }
+  // What makes an event the same as its copies; of no meaning unless copies are to be found.
+  event_identity::value identity_of(const event_view& event);
 
  private:
   struct kept_line {
     std::uint64_t offset, bytes, log;
   };
+  struct waiting_head;
   void render(const event_view& event);
   void add_tail(std::string_view tail);
-  void put(std::uint64_t filetime, std::uint64_t log);
+  sort_key place_of(std::uint64_t filetime, std::uint64_t log) const;
+  void put(const sort_key& place, const sort_key& identity, std::string_view tail,
+           std::uint64_t copies);
+  void add_copies(std::string& packed, std::uint64_t copies);
   std::string correlation_tail(const sigma::correlation_match& match) const;
   std::string correlation_cells(const sigma::correlation_match& match) const;
 
@@ -62,12 +69,14 @@ class match_output {
   bool is_table_ = false, is_tree_ = false;
   bool correlates_ = false;         // a table has columns for correlations
   std::vector<std::string> tails_;  // by rule: what stands behind an event
-  std::string line_;
+  std::string line_, packed_;
   output_buffer rendered_{line_};
   std::uint64_t log_ = 0;
   temporary_file kept_file_;
   std::vector<kept_line> kept_;
-  std::unique_ptr<external_sorter> by_time_;
+  std::unique_ptr<line_sorter> by_time_;
+  event_identity identity_;
+  std::uint64_t correlation_matches_ = 0;
   std::string error_;
 };
 

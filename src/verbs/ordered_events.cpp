@@ -1,8 +1,5 @@
 #include "verbs/ordered_events.h"
 
-#include <cstring>
-#include <optional>
-
 #include "base/hash_mix.h"
 #include "export/xml_program.h"
 
@@ -34,79 +31,35 @@ event_identity::value event_identity::of(const event_view& event) {
 ordered_events::ordered_events(event_form& form, output_buffer& out, const order_options& options,
                                bool by_time, bool unique)
     : form_(form), out_(out), render_(rendered_) {
-  if (!by_time) return;
-  sort_settings settings = options.sorting;
-  // While one passes on its events the other collects them.
-  if (unique) settings.memory_bytes /= 2;
-  by_time_ = std::make_unique<external_sorter>(settings);
-  if (unique) by_identity_ = std::make_unique<external_sorter>(settings);
+  if (by_time) by_time_ = std::make_unique<line_sorter>(options.sorting, unique);
 }
 
 void ordered_events::write(const event_view& event) {
-  if (by_time_) return sort(event);
-  form_.write(out_, event);
-}
-
-void ordered_events::sort(const event_view& event) {
-  if (!error_.empty()) return;
+  if (!by_time_) return form_.write(out_, event);
   const std::uint64_t time = event.time();
-  const sort_key key{{form_.shown_time(time), log_, time}};
   rendered_.clear();
-  if (by_identity_) {
-    // The other key comes before the event's bytes.
-    rendered_.assign(reinterpret_cast<const char*>(&key), sizeof(key));
-    form_.write(render_, event);
-    (void)render_.flush();
-    const event_identity::value id = identity_.of(event);
-    if (!by_identity_->add({{id[0], id[1], 0}}, rendered_)) fail(*by_identity_);
-  } else {
-    form_.write(render_, event);
-    (void)render_.flush();
-    if (!by_time_->add(key, rendered_)) fail(*by_time_);
-  }
-}
-
-// Equal events are next to each other, in the order in which they were read.
-bool ordered_events::count_copies() {
-  std::optional<sort_key> identity;
-  sort_key first_key;
-  std::string first;
-  std::uint64_t copies = 0;
-  const auto hand_on = [&] {
-    if (copies == 0) return true;
-    form_.add_copies(first, copies);
-    return by_time_->add(first_key, first) || fail(*by_time_);
-  };
-  const bool done = by_identity_->finish([&](const sort_key& id, std::string_view bytes) {
-    if (identity == id) {
-      ++copies;
-      return true;
-    }
-    if (!hand_on()) return false;
-    identity = id;
-    std::memcpy(&first_key, bytes.data(), sizeof(first_key));
-    first = bytes.substr(sizeof(first_key));
-    copies = 1;
-    return true;
-  });
-  return done ? hand_on() : fail(*by_identity_);
+  form_.write(render_, event);
+  (void)render_.flush();
+  event_identity::value id{};
+  if (by_time_->unique()) id = identity_.of(event);
+  by_time_->add({{form_.shown_time(time), log_, time}}, {{id[0], id[1], 0}}, rendered_);
 }
 
 bool ordered_events::finish() {
-  if (!error_.empty()) return false;
-  if (by_identity_ && !count_copies()) return false;
   if (!by_time_) return true;
-  const bool done = by_time_->finish([this](const sort_key&, std::string_view bytes) {
-    out_.append(bytes);
+  const auto note = [this](std::string& event, std::uint64_t copies) {
+    form_.add_copies(event, copies);
+  };
+  const bool done = by_time_->finish(note, [this](std::string_view event) {
+    out_.append(event);
     return !out_.failed();
   });
-  return done || out_.failed() || fail(*by_time_);
+  return done || out_.failed();
 }
 
-// The error is the sorter's; always false.
-bool ordered_events::fail(const external_sorter& sorter) {
-  if (error_.empty()) error_ = sorter.error();
-  return false;
+const std::string& ordered_events::error() const {
+  static const std::string none;
+  return by_time_ ? by_time_->error() : none;
 }
 
 }  // namespace zanvik

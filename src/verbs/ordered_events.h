@@ -15,7 +15,7 @@
 
 #include "export/event_form.h"
 #include "export/form_program.h"
-#include "pipeline/pipeline.h"
+#include "verbs/line_sorter.h"
 #include "verbs/order_options.h"
 
 namespace zanvik {
@@ -42,22 +42,16 @@ class ordered_events {
   void write(const event_view& event);
   // Writes the waiting events. False, with `error` set, if they could not be sorted.
   [[nodiscard]] bool finish();
-  const std::string& error() const { return error_; }
+  const std::string& error() const;
 
  private:
-  void sort(const event_view& event);
-  bool count_copies();
-  bool fail(const external_sorter& sorter);
-
   event_form& form_;
   output_buffer& out_;
   std::uint64_t log_ = 0;
-  std::unique_ptr<external_sorter> by_time_;
-  std::unique_ptr<external_sorter> by_identity_;
+  std::unique_ptr<line_sorter> by_time_;
   event_identity identity_;
   std::string rendered_;
   output_buffer render_;
-  std::string error_;
 };
 
 }  // namespace zanvik

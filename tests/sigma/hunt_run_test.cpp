@@ -317,6 +317,12 @@ const correlation_case correlation_cases[] = {
      {{0, "a"}, {70, "+a"}, {80, "=a"}},
      "c ",
      "the latest start counts"},
+    {"temporal_ordered",
+     "condition: {eq: 2}",
+     {{0, "a"}, {5, "+a"}, {200, "a"}, {205, "+a"}, {210, "=a"}, {400, "+a"}, {405, "a"}},
+     "c ",
+     "two of them in order, not three, nor two in another order"},
+    {"temporal_ordered", "condition: {lt: 2}", {{0, "+a"}, {9, "a"}}, "c ", "one by one only"},
     {"temporal_ordered", "", {{0, "a"}, {5, "+a"}, {9, "+a"}, {60, "=a"}}, "c ", "all three"},
     {"event_count",
      "rules: [failed, good, third], condition: {gte: 3}",
@@ -408,6 +414,34 @@ TEST_F(hunt_runs, correlations) {
                              correlation_bases;
     EXPECT_EQ(hunt_titles(text, log_builder().chunk(chunk)), c.matches) << c.reason;
   }
+}
+
+TEST_F(hunt_runs, copies_of_an_event_are_one_match) {
+  const std::string file = folder_.write(
+      "rules.yml",
+      std::string("title: c\ncorrelation: {type: event_count, rules: [failed], timespan: 60s, "
+                  "condition: {gte: 3}, generate: true}\n---\n") +
+          correlation_bases);
+  const auto log = log_builder().chunk({logon(1, 0, "a"), logon(2, 1, "a")});
+  log.write(folder_.path("log.evtx"));
+  log.write(folder_.path("copy.evtx"));
+  const auto run = [&](const char* form, const char* unique) {
+    return run_zanvik({"hunt", "--rules", file, "--format", form, "--order", "time", unique,
+                       folder_.path("log.evtx"), folder_.path("copy.evtx")});
+  };
+  // Read twice, two events are four, enough for the correlation.
+  EXPECT_EQ(titles(run("jsonl", "--quiet").out), "failed failed failed c failed ");
+  const auto lines = lines_of(run("jsonl", "--unique").out);
+  ASSERT_EQ(lines.size(), 2U);
+  for (const std::string& line : lines) {
+    EXPECT_NE(line.find("log.evtx\""), std::string::npos) << line;
+    EXPECT_NE(line.find(",\"copies\":2},\"rule\":{\"id\":"), std::string::npos) << line;
+  }
+  const auto cells = lines_of(run("csv", "--unique").out);
+  ASSERT_EQ(cells.size(), 3U);
+  EXPECT_NE(cells[0].find(",data,copies,rule_id,"), std::string::npos) << cells[0];
+  EXPECT_NE(cells[1].find("\",2,\"\",\"failed\","), std::string::npos) << cells[1];
+  EXPECT_EQ(run_zanvik({"hunt", "--rules", file, "--unique", folder_.path("")}).status, 2);
 }
 
 TEST_F(hunt_runs, a_rule_that_crawls_is_given_up_and_told_of) {

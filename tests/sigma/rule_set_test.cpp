@@ -120,7 +120,9 @@ TEST(rule_set, filters_suppress_what_they_match) {
       load(detection("title: a\nid: 1") + detection("title: b\nname: second") +
            detection("title: other source\nid: 3", "category: image_load") +
            "title: admins\nlogsource: {product: windows, category: process_creation}\n"
-           "filter:\n  rules: [1, second, 3, 9]\n  f: {Host|startswith: adm_}\n  condition: f\n");
+           "filter:\n  rules: [1, second, 3, 9]\n  f: {Host|startswith: adm_}\n  condition: f\n---\n"
+           "title: of nothing\nlogsource: {product: windows}\n"
+           "filter:\n  rules: [9]\n  f: {Host: x}\n  condition: f\n");
   all_ways ways(set);
   EXPECT_EQ(ways.match({{"User", "x"}, {"Host", "pc"}}).quick,
             (std::vector<std::uint32_t>{0, 1, 2}));
@@ -128,7 +130,9 @@ TEST(rule_set, filters_suppress_what_they_match) {
   const auto filtered = ways.match({{"User", "x"}, {"Host", "adm_pc"}});
   EXPECT_EQ(filtered.quick, (std::vector<std::uint32_t>{2}));
   EXPECT_TRUE(filtered.agree());
-  EXPECT_EQ(set.rules.back().reason, "another log source: 3, no rule 9");
+  EXPECT_EQ(set.rules[3].reason, "another log source: 3, no rule 9");
+  EXPECT_EQ(set.rules[3].state, rule_state::runs);
+  EXPECT_EQ(set.rules[4].state, rule_state::not_applicable);
 }
 
 std::string correlation(const std::string& name, const std::string& rules,
