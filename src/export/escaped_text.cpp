@@ -224,7 +224,7 @@ char32_t next_utf8(std::string_view text, std::size_t& at, bool& lossy) {
   return code;
 }
 
-bool is_name_start(char32_t c) {
+constexpr bool is_name_start(char32_t c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
          (c >= 0xc0 && c <= 0x2ff && c != 0xd7 && c != 0xf7) || (c >= 0x370 && c <= 0x37d) ||
          (c >= 0x37f && c <= 0x1fff) || (c >= 0x2070 && c <= 0x218f) ||
@@ -233,9 +233,25 @@ bool is_name_start(char32_t c) {
          (c >= 0x10000 && c <= 0xeffff);
 }
 
-bool is_name_character(char32_t c) {
+constexpr bool is_name_character(char32_t c) {
   return is_name_start(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == 0xb7 ||
          (c >= 0x300 && c <= 0x36f) || c == 0x203f || c == 0x2040;
+}
+
+// ASCII letters and `_`; digits, `-` and `.` as well.
+constexpr auto plain_name_characters = [] {
+  std::array<std::uint8_t, 256> kinds{};
+  for (unsigned c = 0; c < 0x80; ++c) {
+    kinds[c] = is_name_start(c) ? 3 : is_name_character(c) ? 1 : 0;
+  }
+  return kinds;
+}();
+
+bool is_plain_name(std::string_view name) {
+  std::uint8_t kinds =
+      name.empty() ? 0 : plain_name_characters[static_cast<std::uint8_t>(name[0])] >> 1;
+  for (const char c : name) kinds &= plain_name_characters[static_cast<std::uint8_t>(c)];
+  return kinds != 0;
 }
 
 }  // namespace
@@ -347,6 +363,7 @@ void append_escaped(std::string& out, std::string_view text, escape_form form, b
 }
 
 std::string xml_name(std::string_view name, bool& lossy) {
+  if (is_plain_name(name)) return std::string(name);
   std::string out;
   bool ignored = false;
   for (std::size_t at = 0; at < name.size();) {

@@ -171,6 +171,7 @@ class form_program::writer {
   template <escape_form form>
   char* text(char* at, const event_value& value);
   char* json_value(char* at, const event_value& value);
+  template <bool each>
   char* xml_element(char* at, const form_step& step, const event_value& value);
   char* of_slot(char* at, const form_step& step, const event_value& value);
   void of_event(const form_step& step);
@@ -178,8 +179,7 @@ class form_program::writer {
   // Where to go on behind what went through the buffer.
   char* behind_buffer() {
     quick_.forget();
-    return program_.room_ <= output_buffer::most_room ? out_.room(program_.room_)
-                                                      : out_.position();
+    return program_.room_ <= output_buffer::most_room ? out_.room(program_.room_) : out_.position();
   }
 
   std::string_view close_of(const form_step& step) const {
@@ -227,12 +227,12 @@ char* form_program::writer::json_value(char* at, const event_value& value) {
   return behind_buffer();
 }
 
+template <bool each>
 char* form_program::writer::xml_element(char* at, const form_step& step, const event_value& value) {
   const std::string_view close = close_of(step);
   char* const begin = at + 1;
-  char* const end = close.size() <= output_buffer::most_room - step_room
-                        ? quick_.text<escape_form::xml_text>(begin, value)
-                        : nullptr;
+  const bool roomy = !each || close.size() <= output_buffer::most_room - step_room;
+  char* const end = roomy ? quick_.text<escape_form::xml_text>(begin, value) : nullptr;
   if (!end) {
     out_.commit(at);
     sink_.xml_element(value, close);
@@ -354,7 +354,7 @@ void form_program::writer::steps() {
         at = text<escape_form::xml_attribute>(at, value);
         break;
       case gap::xml_element:
-        at = xml_element(at, step, value);
+        at = xml_element<each>(at, step, value);
         break;
       case gap::record_number:
         at = write_decimal(at, header.record_number);

@@ -23,7 +23,9 @@ class quick_values {
   static constexpr std::size_t room = 4096;
 
   // As gap::json_value.
-  char* json(char* out, const event_value& value) { return write<escape_form::json, true>(out, value); }
+  char* json(char* out, const event_value& value) {
+    return write<escape_form::json, true>(out, value);
+  }
   // Its text.
   template <escape_form form>
   char* text(char* out, const event_value& value) {
@@ -39,7 +41,7 @@ class quick_values {
   static_assert(escaped_bound(most_bytes) + 2 <= room);
 
   template <escape_form form, bool json>
-  char* write(char* out, const event_value& value);
+  [[gnu::always_inline]] inline char* write(char* out, const event_value& value);
   template <escape_form form>
   char* wide_text(char* out, const event_value& value);
   // Null if the value has not the size of its type.
@@ -50,19 +52,17 @@ class quick_values {
   bool& lossy_;
   std::uint64_t filetime_ = 0;
   const char* time_text_ = nullptr;  // of `filetime_`, once it has been written
-  std::size_t time_bytes_ = 0;
 };
 
 inline char* quick_values::time(char* out, std::uint64_t filetime) {
-  constexpr std::size_t most_time_bytes = 32;
+  constexpr std::ptrdiff_t time_bytes = 28;  // of all but those beyond the year 9999
   if (time_text_ && filetime == filetime_) {
-    std::memcpy(out, time_text_, most_time_bytes);
-    return out + time_bytes_;
+    std::memcpy(out, time_text_, time_bytes);
+    return out + time_bytes;
   }
   char* const end = write_iso_time(out, filetime);
   filetime_ = filetime;
-  time_text_ = out;
-  time_bytes_ = static_cast<std::size_t>(end - out);
+  time_text_ = end - out == time_bytes ? out : nullptr;
   return end;
 }
 
@@ -108,11 +108,12 @@ char* quick_values::write(char* out, const event_value& value) {
     case value_type::utf16:
       return quoted([&](char* at) { return wide_text<form>(at, value); });
     case value_type::ansi:
-      return quoted([&](char* at) { return write_escaped_ansi<form>(at, text_bytes(value), lossy_); });
+      return quoted(
+          [&](char* at) { return write_escaped_ansi<form>(at, text_bytes(value), lossy_); });
     case literal_type:
       return quoted([&](char* at) {
-        return write_escaped_utf8<form>(
-            at, {reinterpret_cast<const char*>(value.data), value.size}, lossy_);
+        return write_escaped_utf8<form>(at, {reinterpret_cast<const char*>(value.data), value.size},
+                                        lossy_);
       });
     case value_type::uint8:
       return number<std::uint8_t>(out, value);
