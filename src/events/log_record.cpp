@@ -52,7 +52,6 @@ void record_container::add(const LogRecord& record) {
   records_.push_back(&added);
   if (!added.provider) added.provider = intern_text({});
   if (!added.description) added.description = intern_text({});
-  if (!added.extra_text) added.extra_text = intern_text({});
   if (!added.shape) added.shape = intern_shape({});
 }
 

@@ -69,7 +69,6 @@ struct LogRecord {
   bool is_evtx = true;
   const std::string* provider = nullptr;     // never null in a container
   const std::string* description = nullptr;  // the command's caption; never null in a container
-  const std::string* extra_text = nullptr;   // the log's path; never null in a container
   const record_shape* shape = nullptr;       // never null in a container
   const char* values = nullptr;              // the block; null when shape->value_count is 0
 };

@@ -38,7 +38,6 @@ class evt_record_keeper {
   record_container& records_;
   std::uint64_t generation_ = 0;  // of the container for which the following is valid
   const std::string* description_ = nullptr;
-  const std::string* log_path_ = nullptr;
   column_plan named_plan_;  // of a command that does not ask for all data
   // By twice the count of strings, and 1 more for a SID.
   std::vector<std::unique_ptr<column_plan>> plans_;

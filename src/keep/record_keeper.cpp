@@ -107,7 +107,6 @@ bool record_keeper::keep(const record_fields& record) {
     slot_columns_.clear();
     bare_plans_.clear();
     description_ = records_.intern_text(command_.name);
-    log_path_ = records_.intern_text(command_.log_path);
     last_provider_ = records_.intern_text({});
   }
   LogRecord kept = head_of(record);
@@ -163,7 +162,6 @@ LogRecord record_keeper::head_of(const record_fields& record) {
   kept.record_number = record.number;
   kept.file_offset = record.file_offset;
   kept.description = description_;
-  kept.extra_text = log_path_;
   const bool inside = record.number >= record.first_number && record.number <= record.last_number;
   kept.flags = inside ? record_inside_range : record_outside_range;
   if (record.plain || record.in_slack) kept.flags |= record_plain_or_slack;

@@ -54,7 +54,6 @@ class record_keeper {
   std::optional<slot_translator> translator_;
   std::uint64_t generation_ = 0;  // of the container for which the following is valid
   const std::string* description_ = nullptr;
-  const std::string* log_path_ = nullptr;
   const std::string* last_provider_ = nullptr;
   layout_plans& plans_;
   column_plan own_plan_;                                       // of one record

@@ -18,24 +18,12 @@
 
 namespace zanvik {
 
-// The ends of a row, which rarely change from one to the next, and what they were made for.
-struct row_ends {
-  std::string caption;  // from the level's cell up to the first field
-  const std::string* description = nullptr;
-  const std::string* provider = nullptr;
-  std::uint32_t level = 0;
-  bool is_evtx = false;
-  std::string log_cell;  // the last one
-  const std::string* log_path = nullptr;
-};
-
 // What is computed before a table's rows are written, or with the first row of a shape.
 struct table_plan {
   table_layout layout;
   std::string header;          // its line
   std::vector<row_plan> rows;  // by the layout's number for the shape, made when needed
   std::size_t row_bytes = 0;   // that they hold
-  row_ends ends;
 };
 
 class table_cache {

@@ -106,8 +106,9 @@ field_style field_style_of(const output_format& format, const write_context& con
     style.separator_char = format.separator_char;
     style.separator_substitute = format.separator_substitute;
   }
-  style.host_name = context.log_is_evtx ? "Computer" : "computer name";
-  if (context.log_is_evtx && context.channel.empty()) style.channel_name = "Channel";
+  style.host_name = context.log.kind == log_kind::evtx ? "Computer" : "computer name";
+  if (context.log.kind == log_kind::evtx && context.log.channel.empty())
+    style.channel_name = "Channel";
   return style;
 }
 
