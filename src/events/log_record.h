@@ -41,9 +41,10 @@ inline constexpr std::size_t repeated_column_bytes = 16;
 // The columns of a record, in byte order of their names, each name once. The record's block has one
 // cell for each column that is not a literal, in the same order.
 struct record_shape {
+  std::uint64_t id = 0;  // a unique number; set by the container, like `repeated_bytes`
   std::vector<shape_column> columns;
   std::size_t value_count = 0;     // columns that are not literals
-  std::size_t repeated_bytes = 0;  // of each of its records; set by the container
+  std::size_t repeated_bytes = 0;  // of each of its records
 };
 
 // Bits of `LogRecord::flags`.
@@ -103,8 +104,9 @@ class record_container {
   // Forgets the records and their blocks. Shapes and strings are kept, because the next records
   // probably share them, until they exceed the limits: then this is `clear`.
   void clear_records();
-  // Changes with each `clear`, so that a cache of shapes or strings notices that they are gone.
-  std::uint64_t generation() const { return generation_; }
+  // A unique number, another one after each `clear`: caches of what points to shapes or strings
+  // belong to it.
+  std::uint64_t contents_id() const { return contents_id_; }
 
   // The container's own copy of a text or a shape; equal ones are one object, so they can be
   // compared by address.
@@ -139,7 +141,7 @@ class record_container {
   std::size_t shared_bytes_ = 0;  // of the texts and of what shapes hold
   record_arena arena_;            // of the blocks
   record_arena record_arena_;     // of the records
-  std::uint64_t generation_ = 1;
+  std::uint64_t contents_id_;
   std::int64_t repeats_left_ = std::numeric_limits<std::int64_t>::max() / 2;
 };
 

@@ -20,7 +20,7 @@ char* write_cell(char* out, const evt_record& record, evt_value_source source) {
 }  // namespace
 
 void evt_record_keeper::keep(const evt_record& record) {
-  if (generation_ != records_.generation()) start_generation();
+  if (contents_id_ != records_.contents_id()) start_contents();
   const column_plan& plan = plan_for(record);
   LogRecord kept;
   kept.report_entry_id = command_.index;
@@ -36,8 +36,8 @@ void evt_record_keeper::keep(const evt_record& record) {
   records_.add(kept);
 }
 
-void evt_record_keeper::start_generation() {
-  generation_ = records_.generation();
+void evt_record_keeper::start_contents() {
+  contents_id_ = records_.contents_id();
   description_ = records_.intern_text(command_.name);
   plans_.clear();
   plan_columns_ = 0;

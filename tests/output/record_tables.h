@@ -99,9 +99,11 @@ inline log_source test_log(std::string_view path = "System.evtx") {
   return log;
 }
 
-// The output of write_records for the records, in the given order.
+// The output of write_records for the records, in the given order; of "System.evtx" unless
+// `context` has another log.
 inline std::string table_text(const std::vector<test_record>& given, output_format format,
-                              const write_context& context = {.log = test_log()}) {
+                              write_context context = {}) {
+  if (context.log.path.empty()) context.log = test_log();
   record_container records;
   for (const test_record& record : given) record.add_to(records);
   std::ostringstream out;

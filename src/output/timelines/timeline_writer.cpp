@@ -93,7 +93,7 @@ timeline_writer::timeline_writer(row_buffer& out, const output_format& format,
 
 void timeline_writer::write(const LogRecord& record) {
   if (!is_valid_filetime(record.time)) return;
-  const field_plan& plan = plans_.of(record.shape);
+  const field_plan& plan = plans_.of(*record.shape);
   values_.read(record);
   const bool from_slack = context_.inc_slack && (record.flags & record_plain_or_slack) != 0;
   if (record.provider != provider_ || from_slack != from_slack_) {
@@ -219,7 +219,7 @@ void body_writer::write(const LogRecord& record) {
   std::size_t room = fixed_room + provider_part_.size() + log_part_.size();
   const field_plan* plan = nullptr;
   if (allparams_) {
-    plan = &plans_.of(record.shape);
+    plan = &plans_.of(*record.shape);
     values_.read(record);
     room += plan->room + values_.total_bytes();
   }
