@@ -41,10 +41,11 @@ inline constexpr std::size_t repeated_column_bytes = 16;
 // The columns of a record, in byte order of their names, each name once. The record's block has one
 // cell for each column that is not a literal, in the same order.
 struct record_shape {
-  std::uint64_t id = 0;  // a unique number; set by the container, like `repeated_bytes`
   std::vector<shape_column> columns;
   std::size_t value_count = 0;     // columns that are not literals
+  // Set by the container.
   std::size_t repeated_bytes = 0;  // of each of its records
+  std::uint64_t id = 0;            // a unique number
 };
 
 // Bits of `LogRecord::flags`.
