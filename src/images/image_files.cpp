@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <set>
+#include <string_view>
+#include <type_traits>
 
 #include "base/limits.h"
 #include "images/shadow_copies.h"
@@ -45,24 +47,46 @@ TSK_FS_INFO* open_known_system(TSK_IMG_INFO* image, std::uint64_t offset) {
   return nullptr;
 }
 
-// A shadow copy as the library's image.
+// What a volume is encrypted with, which only its key opens; empty if that does not show.
+std::string encryption_of(TSK_IMG_INFO* image, std::uint64_t offset) {
+  char start[16] = {};
+  if (tsk_img_read(image, static_cast<TSK_OFF_T>(offset), start, sizeof start) != sizeof start) {
+    tsk_error_reset();
+    return "";
+  }
+  const std::string_view bytes(start, sizeof start);
+  if (bytes.substr(3).starts_with("-FVE-FS-")) return "BitLocker";
+  return bytes.starts_with("LUKS\xba\xbe") ? "LUKS" : "";
+}
+
+// A shadow copy as the library's image, which is the first member: the library takes the address of
+// either for the other.
 struct copy_image {
+  TSK_IMG_INFO image{};
   shadow_copies* copies = nullptr;
   std::size_t number = 0;
 };
 
+ssize_t read_copy(TSK_IMG_INFO* image, TSK_OFF_T offset, char* buffer, std::size_t size) {
+  static_assert(std::is_standard_layout_v<copy_image>);
+  const auto& from = *reinterpret_cast<copy_image*>(image);
+  const std::uint64_t whole = from.copies->size(from.number);
+  const auto at = static_cast<std::uint64_t>(offset);
+  if (offset < 0 || at >= whole) return -1;
+  const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(size, whole - at));
+  return static_cast<ssize_t>(
+      from.copies->read(from.number, {reinterpret_cast<std::byte*>(buffer), wanted}, at));
+}
+void close_copy(TSK_IMG_INFO*) {}
+void describe_copy(TSK_IMG_INFO*, FILE*) {}
+
 }  // namespace
 
 struct image_files::library {
-  struct copy {
-    TSK_IMG_INFO* image = nullptr;
-    copy_image from;
-  };
-
   TSK_IMG_INFO* image = nullptr;
   std::vector<TSK_FS_INFO*> systems;
   std::vector<std::unique_ptr<shadow_copies>> shadows;
-  std::vector<std::unique_ptr<copy>> copies;
+  std::vector<std::unique_ptr<copy_image>> copies;
 
   // The file of the last read, which is mostly that of the next.
   TSK_FS_FILE* file = nullptr;
@@ -75,31 +99,6 @@ struct image_files::library {
   }
 };
 
-namespace {
-
-// The library hands the image back and nothing else.
-std::vector<std::pair<TSK_IMG_INFO*, copy_image>>& known_copies() {
-  static std::vector<std::pair<TSK_IMG_INFO*, copy_image>> copies;
-  return copies;
-}
-
-ssize_t read_copy(TSK_IMG_INFO* image, TSK_OFF_T offset, char* buffer, std::size_t size) {
-  for (const auto& [known, from] : known_copies()) {
-    if (known != image || offset < 0) continue;
-    const std::uint64_t whole = from.copies->size(from.number);
-    const auto at = static_cast<std::uint64_t>(offset);
-    if (at >= whole) return -1;
-    const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(size, whole - at));
-    return static_cast<ssize_t>(
-        from.copies->read(from.number, {reinterpret_cast<std::byte*>(buffer), wanted}, at));
-  }
-  return -1;
-}
-void close_copy(TSK_IMG_INFO*) {}
-void describe_copy(TSK_IMG_INFO*, FILE*) {}
-
-}  // namespace
-
 image_files::image_files() : library_(std::make_unique<library>()) {}
 // The process ends with this; the library's own ending has nothing to give back.
 image_files::~image_files() = default;
@@ -107,7 +106,8 @@ image_files::~image_files() = default;
 void image_files::add_problem(const std::string& path, const std::string& what) {
   item problem;
   problem.what = image_item::problem;
-  problem.path = path + '\0' + what;
+  const bool ends_a_name = path.ends_with(':');  // of a volume, without a file behind it
+  problem.path = path.substr(0, path.size() - (ends_a_name ? 1 : 0)) + '\0' + what;
   items_.push_back(std::move(problem));
 }
 
@@ -146,6 +146,11 @@ void image_files::open_volumes(image_use use) {
 
 bool image_files::open_system(const std::string& name, std::uint64_t offset, image_use use) {
   on_progress();
+  const std::string encryption = encryption_of(library_->image, offset);
+  if (!encryption.empty()) {
+    add_problem(name, "the volume is encrypted with " + encryption);
+    return true;
+  }
   TSK_FS_INFO* const system = open_known_system(library_->image, offset);
   if (!system) return false;
   library_->systems.push_back(system);
@@ -175,16 +180,17 @@ void image_files::open_shadows(const std::string& name, std::uint64_t offset, st
   for (std::size_t i = 0; i < copies->count(); ++i) {
     on_progress();
     const std::string copy_name = name + "vss" + std::to_string(i + 1) + ":";
-    auto made = std::make_unique<library::copy>();
-    made->from = {copies.get(), i};
-    made->image = tsk_img_open_external(made.get(), static_cast<TSK_OFF_T>(copies->size(i)), 512,
-                                        read_copy, close_copy, describe_copy);
-    if (!made->image) {
+    auto made = std::make_unique<copy_image>();
+    made->copies = copies.get();
+    made->number = i;
+    TSK_IMG_INFO* const image =
+        tsk_img_open_external(made.get(), static_cast<TSK_OFF_T>(copies->size(i)), 512, read_copy,
+                              close_copy, describe_copy);
+    if (!image) {
       add_problem(copy_name, last_error());
       continue;
     }
-    known_copies().emplace_back(made->image, made->from);
-    TSK_FS_INFO* const system = tsk_fs_open_img(made->image, 0, TSK_FS_TYPE_NTFS);
+    TSK_FS_INFO* const system = tsk_fs_open_img(image, 0, TSK_FS_TYPE_NTFS);
     library_->copies.push_back(std::move(made));
     if (!system) {
       add_problem(copy_name, last_error());

@@ -152,7 +152,7 @@ class chains {
   }
 
   std::size_t slots_, needed_;
-  bool all_of_them_;  // only chains of all rules so far count, one for each rule
+  bool all_of_them_;                 // only chains of all rules so far count, one for each rule
   std::vector<std::size_t> starts_;  // hits, plus 1; 0: no chain
   std::vector<std::pair<std::size_t, std::size_t>> changes_;
 };

@@ -233,8 +233,8 @@ class hunt_run : public event_sink {
   std::unique_ptr<sigma::hunter> hunter_;
   std::unique_ptr<match_output> lines_;
   bool identified_ = false;  // the event in hand, to the correlator
-  bool kept_ = false;       // the line of the event in hand, under
-  std::uint64_t note_ = 0;  // this number
+  bool kept_ = false;        // the line of the event in hand, under
+  std::uint64_t note_ = 0;   // this number
   int status_ = verb_done;
 };
 

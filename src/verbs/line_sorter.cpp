@@ -54,8 +54,8 @@ bool line_sorter::finish(const copies_note& note, const line_use& use) {
   if (!error_.empty()) return false;
   if (by_identity_ && !hand_on_first_ones(note)) return false;
   bool wanted = true;
-  const bool done = by_time_->finish(
-      [&](const sort_key&, std::string_view line) { return wanted = use(line); });
+  const bool done =
+      by_time_->finish([&](const sort_key&, std::string_view line) { return wanted = use(line); });
   if (!done && wanted) fail(*by_time_);
   return done;
 }

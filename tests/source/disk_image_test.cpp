@@ -4,12 +4,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <random>
 
-#include "../run/program_run.h"
+#include "image_tools.h"
 #include "log_builder.h"
 #include "samples_builder.h"
 
@@ -19,22 +18,6 @@ namespace {
 constexpr std::size_t sector = 512;
 constexpr std::size_t cluster = 4096;
 constexpr std::size_t volume_bytes = 16 << 20;
-
-bool shell(const std::string& command) {
-  return std::system(("PATH=$PATH:/sbin:/usr/sbin; " + command + " >/dev/null 2>&1").c_str()) == 0;
-}
-
-#define NEED(tool, package) \
-  if (!shell("command -v " tool)) GTEST_SKIP() << tool " (" package ") is not installed"
-#define NEED_IMAGES() \
-  if (!reads_images()) GTEST_SKIP() << "this build of zanvik reads no images"
-
-// An image that only says it is one tells whether images are read.
-bool reads_images() {
-  const scratch_dir scratch;
-  const std::string path = scratch.write("a.vmdk", "KDMV");
-  return run_zanvik({"export", path}).err.find("this build") == std::string::npos;
-}
 
 std::string text_of(const file_bytes& log) {
   return {reinterpret_cast<const char*>(log.bytes().data()), log.bytes().size()};
@@ -93,12 +76,6 @@ std::string events_of_samples() {
   const std::string security = scratch.write("s", text_of(security_sample()));
   const std::string system = scratch.write("y", text_of(system_sample()));
   return events_of(run_zanvik({"export", security, system}).out);
-}
-
-std::size_t count(const std::string& text, const std::string& what) {
-  std::size_t found = 0;
-  for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; ++at) ++found;
-  return found;
 }
 
 TEST(disk_image, logs_in_a_file_system_give_what_their_files_give) {
@@ -182,6 +159,19 @@ TEST(disk_image, deleted_files_and_free_space) {
     EXPECT_NE(carved.out.find("\"offset\":" + std::to_string(free_at + record) + ","),
               std::string::npos);
   }
+}
+
+TEST(disk_image, an_encrypted_volume_is_reported) {
+  NEED_IMAGES();
+  NEED("mkntfs", "ntfs-3g");
+  const scratch_dir scratch;
+  const std::string disk = make_disk(scratch);
+  write_at(disk, 2048 * sector, std::string("\xeb\x58\x90-FVE-FS-", 11));
+  write_at(disk, 2048 * sector + 510, "\x55\xaa");
+  const auto run = run_zanvik({"export", disk});
+  EXPECT_EQ(run.err, "zanvik: " + disk + ":p1: the volume is encrypted with BitLocker\n");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(events_of(run.out), events_of_samples()) << "of the other volume";
 }
 
 // What an image makes of the libraries' parsers costs that image and no more.
