@@ -19,7 +19,7 @@ _zanvik_verb() {
     -w --where --contains -l --level'
   case $1:$before in
     export:-f | export:--format)
-      _zanvik_words 'jsonl xml csv timesketch elastic l2t bodyfile'
+      _zanvik_words 'jsonl xml csv timesketch elastic l2t bodyfile sqlite'
       return ;;
     hunt:-f | hunt:--format)
       _zanvik_words 'jsonl csv timesketch'
@@ -60,7 +60,7 @@ _zanvik_verb() {
   case $1 in
     export)
       _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir
-        --event-time --unique --list -q --quiet --slack --carve --from-list $take" ;;
+        --event-time --full-text --unique --list -q --quiet --slack --carve --from-list $take" ;;
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
         --exclude-rule --tag -f --format --order --memory --temp-dir -o --output --raw-cells

@@ -57,6 +57,7 @@ need_build_tools() {
   need libpcre2-dev have_header pcre2posix.h
   need zlib1g-dev have_header zlib.h
   need libssl-dev have_header openssl/evp.h
+  need libsqlite3-dev have_header sqlite3.h
   need libtsk-dev have_header tsk/libtsk.h
   need libewf-dev have_header libewf.h
   need libvshadow-dev have_header libvshadow.h

@@ -103,8 +103,7 @@ void xml_builder::write_element(const event_element& element) {
     out_.add(gap::xml_repeated, part.slot, start, end_tag);
     return;
   }
-  out_.text("<");
-  out_.text(tag);
+  out_.text("<" + tag);
   write_attributes(element);
   const bool nothing =
       std::all_of(element.content.begin(), element.content.end(), [](const event_item& item) {
@@ -123,12 +122,8 @@ void xml_builder::write_element(const event_element& element) {
 
 void xml_builder::write_attributes(const event_element& element) {
   json_names names;
-  const bool one = element.attributes.size() == 1;
   for (const event_attribute& attribute : element.attributes) {
-    const std::string name = attribute_name(attribute);
-    out_.text(" ");
-    out_.text(one ? name : names.take(name));
-    out_.text("=\"");
+    out_.text(" " + names.take(attribute_name(attribute)) + "=\"");
     for (const value_part& part : attribute.value) {
       write_part(part, gap::xml_attribute, escape_form::xml_attribute);
     }

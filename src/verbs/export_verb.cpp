@@ -8,6 +8,7 @@
 
 #include "export/event_form.h"
 #include "source/log_events.h"
+#include "verbs/case_export.h"
 #include "verbs/list_logs.h"
 #include "verbs/log_options.h"
 #include "verbs/log_survey.h"
@@ -28,8 +29,12 @@ struct export_options {
   form_options form;
   order_options order;
   bool event_time = false;
+  bool full_text = false;
   bool list = false;
 };
+
+// A form that is no text, and has a run of its own.
+constexpr const char* case_form = "sqlite";
 
 const form_name& form_of(const export_options& options) {
   const auto forms = form_names();
@@ -132,6 +137,10 @@ class export_run : public event_sink {
 
 int run(const export_options& options) {
   if (options.list) return list_logs(options.logs.paths, options.logs.carve.what());
+  if (options.format == case_form) {
+    return export_case(options.logs,
+                       {options.output, options.order.sorting.folder, options.full_text});
+  }
   const bool shows = !options.logs.quiet && progress_line::has_terminal();
   log_survey seen;
   if (shows || !options.output.empty()) seen = survey_logs(options.logs, options.output);
@@ -160,7 +169,18 @@ std::string forms_text() {
     text += "\n" + std::string(known.name) + ": " + std::string(known.what);
   }
   text += "\nl2t, bodyfile: a timeline with the lines of the classic -csvl2t and -bodyfile";
+  text += "\nsqlite: a case: a database to ask in SQL; an existing one gets more logs";
   return text;
+}
+
+// What a case cannot be made with: why not, or nothing.
+std::string case_problem(const export_options& options) {
+  if (options.output.empty() || options.output == "-") return "--format sqlite: needs -o FILE";
+  if (!options.order.order.empty()) {
+    return "--order: a database has no order; ask it with ORDER BY time_us";
+  }
+  if (options.form.copies) return "--unique: sqlite keeps all events; ask it with GROUP BY";
+  return case_support_problem();
 }
 
 }  // namespace
@@ -171,7 +191,7 @@ int run_export(int argc, char** argv) {
                "zanvik export");
   std::vector<std::string> forms;
   for (const form_name& known : form_names()) forms.emplace_back(known.name);
-  forms.insert(forms.end(), {"l2t", "bodyfile"});
+  forms.insert(forms.end(), {"l2t", "bodyfile", case_form});
   app.add_option("-f,--format", options.format, forms_text())
       ->check(CLI::IsMember(forms))
       ->type_name("FORM");
@@ -185,11 +205,20 @@ int run_export(int argc, char** argv) {
                     "is the default for timesketch, l2t and bodyfile");
   app.add_flag("--event-time", options.event_time,
                "l2t, bodyfile: the events' own times, like the classic -event_time");
+  app.add_flag("--full-text", options.full_text,
+               "sqlite: an index of all words in the events' data, in the table full_text");
   app.add_flag("--unique", options.form.copies,
                "write copies of an event once, with their number; needs --order time");
   add_log_options(app, options.logs);
   add_list_option(app, options.list);
   app.final_callback([&] {
+    const bool is_case = options.format == case_form && !options.list;
+    if (std::string why = is_case ? case_problem(options) : ""; !why.empty()) {
+      throw CLI::ValidationError(std::move(why));
+    }
+    if (options.full_text && options.format != case_form) {
+      throw CLI::ValidationError("--full-text", "is for --format sqlite");
+    }
     if (options.form.copies && !by_time(options)) {
       throw CLI::ValidationError("--unique", "needs --order time");
     }

@@ -25,36 +25,33 @@ std::string letters(F&& passes) {
 TEST(builtin_reports, gates) {
   struct row {
     const char* reason;
-    log_source log;
+    classified_log log;
     const char* concerned;  // by the list of logs
     const char* lines;      // has lines for the log in hand
   };
   const row rows[] = {
-      {"security", {"a", "security", log_kind::evtx}, "ptl.c..", "ptl.c.."},
-      {"legacy security", {"a", "security", log_kind::evt}, "ptl.c..", "ptl.c.."},
-      {"system: no clock changes", {"a", "system", log_kind::evtx}, ".t.s..u", "...s..u"},
-      {"legacy system: no USB", {"a", "system", log_kind::evt}, ".t.s...", "...s..."},
+      {"security", {"a", "security", true, 0}, "ptl.c..", "ptl.c.."},
+      {"legacy security", {"a", "security", false, 0}, "ptl.c..", "ptl.c.."},
+      {"system: no clock changes", {"a", "system", true, 0}, ".t.s..u", "...s..u"},
+      {"legacy system: no USB", {"a", "system", false, 0}, ".t.s...", "...s..."},
       {"a path speaks for a log in hand",
-       {"X/SECURITY.EVTX", "any", log_kind::evtx},
+       {"X/SECURITY.EVTX", "any", true, 0},
        ".......",
        "ptl.c.."},
-      {"to clock changes a part of it",
-       {"security/a", "any", log_kind::evtx},
-       ".......",
-       ".t....."},
+      {"to clock changes a part of it", {"security/a", "any", true, 0}, ".......", ".t....."},
       {"partition log: nothing for USB",
-       {"a", "microsoft-windows-partition/diagnostic", log_kind::evtx},
+       {"a", "microsoft-windows-partition/diagnostic", true, 0},
        ".....mu",
        ".....m."},
-      {"no legacy partition log", {"a", "windows-partition", log_kind::evt}, ".......", ".....m."},
-      {"drivers", {"a", "driverframeworks", log_kind::evtx}, "......u", "......u"},
-      {"devices", {"a", "microsoft-windows-kernel-pnp/x", log_kind::evtx}, "......u", "......u"},
-      {"a channel beside system", {"a", "my-system", log_kind::evtx}, ".......", "......u"},
-      {"another", {"a", "application", log_kind::evtx}, ".......", "......."},
+      {"no legacy partition log", {"a", "windows-partition", false, 0}, ".......", ".....m."},
+      {"drivers", {"a", "driverframeworks", true, 0}, "......u", "......u"},
+      {"devices", {"a", "microsoft-windows-kernel-pnp/x", true, 0}, "......u", "......u"},
+      {"a channel beside system", {"a", "my-system", true, 0}, ".......", "......u"},
+      {"another", {"a", "application", true, 0}, ".......", "......."},
   };
   for (const row& r : rows) {
     EXPECT_EQ(letters([&](builtin_report report) {
-                return report_concerns_log(report, r.log.channel, r.log.kind == log_kind::evtx);
+                return report_concerns_log(report, r.log.channel, r.log.is_evtx);
               }),
               r.concerned)
         << r.reason;
@@ -71,14 +68,14 @@ struct report_summary {
   std::size_t columns = 0;  // named ones
 };
 
-report_summary summary_of(builtin_report report, const log_source& log) {
+report_summary summary_of(builtin_report report, const classified_log& log) {
   CommandList list;
   read_command_lines(list, report_lines(report, log));
-  log_source hand = log;
+  classified_log hand = log;
   const selection_options selection;
   const output_format format;
   const std::vector<std::string> no_fields;
-  const log_classifier classify = [&](log_source& found, const std::string&) {
+  const log_classifier classify = [&](classified_log& found, const std::string&) {
     found = log;
     return true;
   };
@@ -90,25 +87,23 @@ report_summary summary_of(builtin_report report, const log_source& log) {
     sum.ids.insert(command.event_id);
     sum.columns += command.pull.size();
     EXPECT_FALSE(command.name.empty());
-    EXPECT_TRUE((log.kind == log_kind::evtx) ==
-                (command.all_data || command.translators.size() == 6));
+    EXPECT_TRUE(log.is_evtx == (command.all_data || command.translators.size() == 6));
   }
   return sum;
 }
 
 // Each line of a table becomes a command for its kind of log.
 TEST(builtin_reports, every_line_is_a_command) {
-  const log_source evt{"a", "security", log_kind::evt}, evtx{"a", "security", log_kind::evtx};
-  const log_source system_evt{"a", "system", log_kind::evt},
-      system_evtx{"a", "system", log_kind::evtx};
+  const classified_log evt{"a", "security", false, 0}, evtx{"a", "security", true, 0};
+  const classified_log system_evt{"a", "system", false, 0}, system_evtx{"a", "system", true, 0};
   struct row {
     builtin_report report;
-    const log_source& log;
+    const classified_log& log;
     std::size_t commands, ids, columns;
   };
-  const log_source drivers{"a", "driverframeworks", log_kind::evtx};
-  const log_source devices{"a", "windows-kernel-pnp", log_kind::evtx};
-  const log_source partition{"a", "windows-partition", log_kind::evtx};
+  const classified_log drivers{"a", "driverframeworks", true, 0};
+  const classified_log devices{"a", "windows-kernel-pnp", true, 0};
+  const classified_log partition{"a", "windows-partition", true, 0};
   const row rows[] = {
       {builtin_report::pw, evt, 4, 4, 1 + 7 + 6 + 16},
       {builtin_report::pw, evtx, 4, 4, 0},

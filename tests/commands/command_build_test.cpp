@@ -37,14 +37,13 @@ struct build_setup {
     return commands;
   }
 
-  log_source log{"Cases/Security.evtx", "security", log_kind::evtx};
+  classified_log log{"Cases/Security.evtx", "security", true, 0};
   selection_options selection;
   output_format format;
   std::vector<std::string> hist_fields;
-  log_classifier classify = [this](log_source& found, const std::string& path) {
+  log_classifier classify = [this](classified_log& found, const std::string& path) {
     ++classified;
-    const bool legacy = path == "other.evt";
-    found = {path, legacy ? "system" : "security", legacy ? log_kind::evt : log_kind::evtx};
+    found = {path, path == "other.evt" ? "system" : "security", path != "other.evt", 0};
     return path != "lost";
   };
   int classified = 0;
@@ -99,9 +98,9 @@ TEST(build_command_set, levels) {
   EXPECT_EQ(command_of(setup, "-success_type, error").level_condition, "Level|2");
   EXPECT_EQ(command_of(setup, "-success_type, warning").level_condition, "Level|3");
   EXPECT_EQ(command_of(setup, "-success_type, Error").level_condition, "Level|Error");
-  setup.log = {"SysEvent.Evt", "system", log_kind::evt};
-  setup.classify = [](log_source& log, const std::string& path) {
-    log = {path, "system", log_kind::evt};
+  setup.log = {"SysEvent.Evt", "system", false, 0};
+  setup.classify = [](classified_log& log, const std::string& path) {
+    log = {path, "system", false, 0};
     return true;
   };
   EXPECT_EQ(command_of(setup, "-success_type, warning", true).level_condition, "success_type|2");

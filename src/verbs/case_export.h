@@ -1,0 +1,22 @@
+// `export --format sqlite`: logs into the database of a case.
+#pragma once
+
+#include <string>
+
+#include "verbs/log_options.h"
+
+namespace zanvik {
+
+struct case_options {
+  std::string output;
+  std::string temporary_folder;  // empty for TMPDIR
+  bool full_text = false;
+};
+
+// Why this program cannot make a case; empty when it can.
+std::string case_support_problem();
+
+// Adds the logs to the case, which is made if it is not there. Returns the status of the run.
+int export_case(const log_options& logs, const case_options& options);
+
+}  // namespace zanvik
