@@ -45,7 +45,7 @@ class writing : public event_sink {
 
 std::string carved(std::span<const std::byte> bytes, std::size_t piece, bool slack) {
   writing sink;
-  const log_source source{"a", log_kind::evtx, 0, 0};
+  const log_source source{"a", "", log_kind::evtx};
   carver work(sink, source, slack);
   for (std::size_t at = 0; at < bytes.size();) {
     const auto room = work.room(at);

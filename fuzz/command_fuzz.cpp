@@ -76,9 +76,9 @@ ZANVIK_FUZZ_TARGET(command) {
   const exact_bytes text(in.rest());
   CommandList list;
   read_command_text(list, text_of(text.span()));
-  const classified_log known{"security.evtx", "security", (flags & 1) == 0, 0};
-  classified_log log = known;
-  const log_classifier classify = [&known](classified_log& found, const std::string& path) {
+  const log_source known{"security.evtx", "security", flags & 1 ? log_kind::evt : log_kind::evtx};
+  log_source log = known;
+  const log_classifier classify = [&known](log_source& found, const std::string& path) {
     found = known;
     found.path = path;
     return !path.starts_with('x');
@@ -91,7 +91,7 @@ ZANVIK_FUZZ_TARGET(command) {
   (void)build_command_set(set, list, {log, selection, format, hist_fields, classify}, false);
   std::vector<ReportCommand> commands;
   for (const auto& [path, command] : set) commands.push_back(command);
-  if (!known.is_evtx) return;
+  if (known.kind != log_kind::evtx) return;
   static const std::vector<std::byte> bytes_of_chunk = small_chunk();
   exact_bytes chunk(bytes_of_chunk);
   record_container records;

@@ -58,7 +58,9 @@ ZANVIK_FUZZ_TARGET(evt) {
   evt_selector selector(commands, keeping);
   looking_sink sink(log.span(), selector);
   walk_evt_log(log.span(), sink);
-  write_context context{.channel = "system", .log_is_evtx = false};
+  write_context context;
+  context.log.channel = "system";
+  context.log.kind = log_kind::evt;
   context.inc_slack = flags & 8;
   context.show_offsets = flags & 16;
   context.allparams = flags & 32;

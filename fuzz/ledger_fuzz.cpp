@@ -30,7 +30,7 @@ void check_sum(log_ledger& ledger) {
 void check_evtx(std::span<std::byte> log, bool has_header) {
   log_ledger ledger;
   ledger.size = log.size();
-  const log_source source{"a", log_kind::evtx, 0, 0};
+  const log_source source{"a", "", log_kind::evtx};
   event_facts facts(ledger);
   evtx_ledger work(ledger, source, facts, 0);
   const std::size_t head =
@@ -44,7 +44,7 @@ void check_evtx(std::span<std::byte> log, bool has_header) {
 void check_evt(std::span<std::byte> log) {
   log_ledger ledger;
   ledger.size = log.size();
-  const log_source source{"a", log_kind::evt, 0, 0};
+  const log_source source{"a", "", log_kind::evt};
   counting events;
   evt_event_reader reader(events);
   reader.set_source(source);

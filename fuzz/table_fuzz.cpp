@@ -31,7 +31,8 @@ ZANVIK_FUZZ_TARGET(table) {
   const auto flags = in.take<std::uint8_t>();
   const output_format format = chosen_format(choice);
   const std::vector<ReportCommand> commands = chosen_commands(flags & 7);
-  write_context context{.channel = "application"};
+  write_context context;
+  context.log.channel = "application";
   context.inc_slack = flags & 8;
   context.show_offsets = flags & 16;
   context.allparams = flags & 32;

@@ -56,7 +56,7 @@ inline void require_tables_agree(record_container& records, const output_format&
     write_timeline(quick, ordered, format, context, quick_pending);
     write_plain_timeline(plain, ordered, format, context, plain_pending);
   } else {
-    tables.start_generation(records.generation());
+    tables.use_with(records);
     write_grouped(quick, ordered, format, context, tables);
     write_plain_tables(plain, ordered, format, context);
   }

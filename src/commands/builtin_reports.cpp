@@ -13,29 +13,29 @@ bool holds(std::string_view text, std::string_view part) {
 }
 
 // The second test of the reports about one channel: its name in the path is enough.
-bool is_of_channel(const classified_log& log, std::string_view channel, std::string_view evtx_name,
+bool is_of_channel(const log_source& log, std::string_view channel, std::string_view evtx_name,
                    std::string_view evt_name) {
   const std::string path = to_lower(log.path);
   return holds(path, evtx_name) || holds(path, evt_name) || log.channel == channel;
 }
 
-bool is_security_log(const classified_log& log) {
+bool is_security_log(const log_source& log) {
   return is_of_channel(log, "security", "security.evtx", "secevent.evt");
 }
 
-bool is_system_log(const classified_log& log) {
+bool is_system_log(const log_source& log) {
   return is_of_channel(log, "system", "system.evtx", "sysevent.evt");
 }
 
 // Clock changes are in the security log. System logs pass the first test, but there are no lines
 // for them: meant.
-bool has_clock_changes(const classified_log& log) {
+bool has_clock_changes(const log_source& log) {
   const std::string path = to_lower(log.path);
   return holds(path, "security") || holds(path, "secevent") || log.channel == "security";
 }
 
-lines::table usb_lines(const classified_log& log) {
-  if (!log.is_evtx) return {};
+lines::table usb_lines(const log_source& log) {
+  if (log.kind != log_kind::evtx) return {};
   const std::string channel = to_lower(log.channel);
   if (holds(channel, "system")) return lines::usb_system;
   if (holds(channel, "driverframeworks")) return lines::usb_driverframeworks;
@@ -44,14 +44,13 @@ lines::table usb_lines(const classified_log& log) {
   return {};
 }
 
-lines::table partition_lines(const classified_log& log) {
+lines::table partition_lines(const log_source& log) {
   return holds(to_lower(log.channel), "windows-partition") ? lines::partition_evtx : lines::table();
 }
 
-lines::table by_kind(bool concerned, const classified_log& log, lines::table evtx,
-                     lines::table evt) {
+lines::table by_kind(bool concerned, const log_source& log, lines::table evtx, lines::table evt) {
   if (!concerned) return {};
-  return log.is_evtx ? evtx : evt;
+  return log.kind == log_kind::evtx ? evtx : evt;
 }
 
 }  // namespace
@@ -76,7 +75,7 @@ bool report_concerns_log(builtin_report report, std::string_view channel, bool i
   return false;
 }
 
-std::span<const std::string_view> report_lines(builtin_report report, const classified_log& log) {
+std::span<const std::string_view> report_lines(builtin_report report, const log_source& log) {
   switch (report) {
     case builtin_report::pw:
       return by_kind(is_security_log(log), log, lines::pw_evtx, lines::pw_evt);

@@ -17,6 +17,6 @@ enum class builtin_report { pw, time, logon, startstop, creds, partition_metadat
 bool report_concerns_log(builtin_report report, std::string_view channel, bool is_evtx);
 
 // The second test, and the lines for the log's kind: empty if the report has nothing for this log.
-std::span<const std::string_view> report_lines(builtin_report report, const classified_log& log);
+std::span<const std::string_view> report_lines(builtin_report report, const log_source& log);
 
 }  // namespace zanvik

@@ -87,7 +87,7 @@ class command_builder {
     take_fields(command, tokens);
     take_translate(command, tokens);
     take_level(command, tokens);
-    if (command.is_evt == context_.log.is_evtx) return false;
+    if (command.is_evt != (context_.log.kind == log_kind::evt)) return false;
     take_from_run(command);
     return true;
   }
@@ -112,7 +112,7 @@ class command_builder {
     }
     if (!classified_path_.empty()) return true;
     classified_path_ = command.log_path;
-    classified_log found;
+    log_source found;
     if (!context_.classify(found, command.log_path)) return false;
     context_.log = std::move(found);
     return true;
@@ -196,7 +196,6 @@ class command_builder {
   void take_from_run(ReportCommand& command) const {
     const selection_options& run = context_.selection;
     command.log_path = context_.log.path;  // the command's own `-log` has been used by now
-    command.log_reserved = context_.log.inode;
     if (run.start_time != 0) command.start_time = run.start_time;
     if (run.stop_time != selection_options::all_ones) command.stop_time = run.stop_time;
     if (!run.substring.empty()) command.string_exists = run.substring;

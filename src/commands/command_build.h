@@ -11,19 +11,19 @@
 
 #include "commands/command_list.h"
 #include "commands/report_command.h"
-#include "events/classified_log.h"
+#include "events/log_source.h"
 #include "options/output_format.h"
 #include "options/selection_options.h"
 
 namespace zanvik {
 
 // Finds kind and channel of the log at `path`; false if it is not a log.
-using log_classifier = std::function<bool(classified_log& log, const std::string& path)>;
+using log_classifier = std::function<bool(log_source& log, const std::string& path)>;
 
 // What commands need from the run. `log` is changed: the first command that gets as far as its log
 // decides which log that is.
 struct command_context {
-  classified_log& log;
+  log_source& log;
   const selection_options& selection;           // times and text, which override a command's own
   const output_format& format;                  // how a command's own times are written
   const std::vector<std::string>& hist_fields;  // for commands without `-hist`

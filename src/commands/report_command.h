@@ -24,7 +24,6 @@ struct ReportCommand {
   std::string name;                     // caption shown with each record
   std::string log_path;                 // the log it is for, as it was named
   std::string type_filter;              // text that the channel of its log must contain
-  std::uint64_t log_reserved = 0;       // of the log; stays 0
   std::uint32_t record_base = 0;        // stays 0
   std::string string_exists;            // a text that some value must contain
   std::string level_condition;          // one more condition, of the same form

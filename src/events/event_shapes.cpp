@@ -1,11 +1,11 @@
 #include "events/event_shapes.h"
 
 #include <algorithm>
-#include <atomic>
 #include <utility>
 
 #include "base/hash_mix.h"
 #include "base/limits.h"
+#include "base/unique_number.h"
 
 namespace zanvik {
 namespace {
@@ -19,12 +19,6 @@ std::uint64_t hash_of(std::span<const std::uint64_t> key) {
     hash ^= hash >> 32;
   }
   return hash;
-}
-
-// IDs of shapes are unique across all readers of a run.
-std::uint64_t next_id() {
-  static std::atomic<std::uint64_t> last = 0;
-  return ++last;
 }
 
 }  // namespace
@@ -67,7 +61,7 @@ event_shape& event_shapes::add(std::span<const event_instance> instances,
   if (!make_key(instances, kinds)) {
     once_ = {};
     once_.once = true;
-    once_.id = next_id();
+    once_.id = unique_number();
     last_ = nullptr;
     build_shape(instances, slots, once_);
     return once_;
@@ -78,7 +72,7 @@ event_shape& event_shapes::add(std::span<const event_instance> instances,
   auto& added = *shapes_.emplace_back(std::make_unique<known_shape>());
   table_[at] = static_cast<std::uint32_t>(shapes_.size());
   added.key = key_;
-  added.shape.id = next_id();
+  added.shape.id = unique_number();
   added.shape.index = static_cast<std::uint32_t>(shapes_.size());
   build_shape(instances, slots, added.shape);
   last_ = &added.shape;

@@ -29,19 +29,9 @@
 
 #include "events/event_shapes.h"
 #include "events/event_value.h"
+#include "events/log_source.h"
 
 namespace zanvik {
-
-enum class log_kind : std::uint8_t { evtx, evt };
-
-// Where events come from.
-struct log_source {
-  std::string path;  // as given, or as found below a folder that was given; "-" for the input
-  log_kind kind = log_kind::evtx;
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-  bool deleted = false;  // a file of an image that is deleted
-};
 
 // What is odd about an event.
 enum event_flag : std::uint32_t {

@@ -13,6 +13,7 @@ namespace {
 namespace layout = evtx_layout;
 
 constexpr std::uint64_t descriptor_bytes = 4;
+constexpr std::size_t slots_a_word = 32;  // of kinds
 
 // The descriptor of a value: its size in the low half, its type in the high one.
 std::uint32_t descriptor_at(const std::byte* descriptors, std::size_t number) {
@@ -261,32 +262,50 @@ void evtx_event_reader::read_table(std::uint64_t table, event_instance& instance
 }
 
 // The values of a table whose descriptors are all there, until they cost too much. Most tables end
-// in their record and can be paid for as a whole, so that no value needs a look of its own.
+// in their record, can be paid for as a whole and have only known types, so that no value needs a
+// look of its own; their kinds are found in the same pass.
 void evtx_event_reader::read_values(std::uint64_t table, std::uint32_t count,
                                     event_instance& instance) {
   const std::byte* const base = chunk_.bytes.bytes().data();
   const std::byte* const descriptors = base + table + 4;
   const std::uint64_t first = table + 4 + descriptor_bytes * std::uint64_t{count};
-  std::uint64_t total = 0;
-  for (std::uint32_t i = 0; i < count; ++i) total += descriptor_at(descriptors, i) & 0xffff;
+  static_assert(limits::slots_per_event_table <= 65536, "the sum of their sizes has 32 bits");
+  std::uint32_t total = 0, types = 0;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const std::uint32_t descriptor = descriptor_at(descriptors, i);
+    total += descriptor & 0xffff;
+    types |= descriptor >> 16;
+  }
   const std::size_t before = slots_.size();
   slots_.resize(before + count);
   event_value* const values = slots_.data() + before;
   instance.slot_count = count;
   if (first <= value_end_ && total <= value_end_ - first &&
-      static_cast<std::int64_t>(total) < budget_.slot_bytes) {
+      static_cast<std::int64_t>(total) < budget_.slot_bytes && types < literal_type) {
     (void)work_budget::spend(budget_.slot_bytes, total);
-    const std::byte* at = base + first;
-    for (std::uint32_t i = 0; i < count; ++i) {
-      const std::uint32_t descriptor = descriptor_at(descriptors, i);
-      values[i] = {at, descriptor & 0xffff, type_of(descriptor), 0};
-      at += descriptor & 0xffff;
-    }
-  } else {
-    instance.slot_count = read_cut_values(descriptors, first, {values, count});
-    slots_.resize(before + instance.slot_count);
+    place_values(descriptors, base + first, {values, count});
+    return;
   }
+  instance.slot_count = read_cut_values(descriptors, first, {values, count});
+  slots_.resize(before + instance.slot_count);
   add_kinds(before);
+}
+
+// Values that are all there and of known types, and their kinds.
+void evtx_event_reader::place_values(const std::byte* descriptors, const std::byte* at,
+                                     std::span<event_value> values) {
+  for (std::size_t begin = 0; begin < values.size(); begin += slots_a_word) {
+    const std::size_t end = std::min(values.size(), begin + slots_a_word);
+    std::uint64_t kinds = 0;
+    for (std::size_t i = begin; i < end; ++i) {
+      const std::uint32_t descriptor = descriptor_at(descriptors, i);
+      const auto type = static_cast<std::uint16_t>(descriptor >> 16);
+      values[i] = {at, descriptor & 0xffff, type, 0};
+      at += descriptor & 0xffff;
+      kinds |= std::uint64_t{kinds_of_types[type]} << 2 * (i - begin);
+    }
+    kinds_.push_back(kinds);
+  }
 }
 
 // The same, value by value: returns how many there are.
@@ -312,7 +331,6 @@ std::uint32_t evtx_event_reader::read_cut_values(const std::byte* descriptors, s
 
 // The kinds of an instance's slots, which are the last ones; they begin a word of their own.
 void evtx_event_reader::add_kinds(std::size_t first) {
-  constexpr std::size_t slots_a_word = 32;
   for (std::size_t at = first; at < slots_.size(); at += slots_a_word) {
     const event_value* const begin = slots_.data() + at;
     const event_value* value = begin + std::min(slots_a_word, slots_.size() - at);

@@ -78,6 +78,8 @@ class evtx_event_reader : public chunk_visitor {
   bool read_instance(std::uint64_t offset, const instance_head& head, event_instance& instance);
   void read_table(std::uint64_t table, event_instance& instance);
   void read_values(std::uint64_t table, std::uint32_t count, event_instance& instance);
+  void place_values(const std::byte* descriptors, const std::byte* at,
+                    std::span<event_value> values);
   std::uint32_t read_cut_values(const std::byte* descriptors, std::uint64_t first,
                                 std::span<event_value> values);
   void add_kinds(std::size_t first);

@@ -8,6 +8,7 @@
 
 #include "base/hash_mix.h"
 #include "base/limits.h"
+#include "base/unique_number.h"
 
 namespace zanvik {
 namespace {
@@ -41,7 +42,7 @@ column_map columns_of(const LogRecord& record) {
   return columns;
 }
 
-record_container::record_container() = default;
+record_container::record_container() : contents_id_(unique_number()) {}
 
 void record_container::add(const LogRecord& record) {
   static_assert(std::is_trivially_destructible_v<LogRecord> &&
@@ -52,7 +53,6 @@ void record_container::add(const LogRecord& record) {
   records_.push_back(&added);
   if (!added.provider) added.provider = intern_text({});
   if (!added.description) added.description = intern_text({});
-  if (!added.extra_text) added.extra_text = intern_text({});
   if (!added.shape) added.shape = intern_shape({});
 }
 
@@ -81,7 +81,7 @@ void record_container::clear() {
   shared_bytes_ = 0;
   arena_.clear();
   record_arena_.clear();
-  ++generation_;
+  contents_id_ = unique_number();
 }
 
 void record_container::clear_records() {
@@ -130,6 +130,7 @@ const record_shape* record_container::intern_shape(record_shape shape) {
   for (auto it = first; it != last; ++it) {
     if (it->second->columns == shape.columns) return it->second.get();
   }
+  shape.id = unique_number();
   shape.repeated_bytes = repeated_bytes(shape);
   shared_bytes_ += shape.columns.size() * sizeof(shape_column) + shape.repeated_bytes;
   return shapes_.emplace(hash, std::make_unique<record_shape>(std::move(shape)))->second.get();

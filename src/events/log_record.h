@@ -43,7 +43,9 @@ inline constexpr std::size_t repeated_column_bytes = 16;
 struct record_shape {
   std::vector<shape_column> columns;
   std::size_t value_count = 0;     // columns that are not literals
-  std::size_t repeated_bytes = 0;  // of each of its records; set by the container
+  // Set by the container.
+  std::size_t repeated_bytes = 0;  // of each of its records
+  std::uint64_t id = 0;            // a unique number
 };
 
 // Bits of `LogRecord::flags`.
@@ -69,7 +71,6 @@ struct LogRecord {
   bool is_evtx = true;
   const std::string* provider = nullptr;     // never null in a container
   const std::string* description = nullptr;  // the command's caption; never null in a container
-  const std::string* extra_text = nullptr;   // the log's path; never null in a container
   const record_shape* shape = nullptr;       // never null in a container
   const char* values = nullptr;              // the block; null when shape->value_count is 0
 };
@@ -104,8 +105,9 @@ class record_container {
   // Forgets the records and their blocks. Shapes and strings are kept, because the next records
   // probably share them, until they exceed the limits: then this is `clear`.
   void clear_records();
-  // Changes with each `clear`, so that a cache of shapes or strings notices that they are gone.
-  std::uint64_t generation() const { return generation_; }
+  // A unique number, another one after each `clear`: caches of what points to shapes or strings
+  // belong to it.
+  std::uint64_t contents_id() const { return contents_id_; }
 
   // The container's own copy of a text or a shape; equal ones are one object, so they can be
   // compared by address.
@@ -140,7 +142,7 @@ class record_container {
   std::size_t shared_bytes_ = 0;  // of the texts and of what shapes hold
   record_arena arena_;            // of the blocks
   record_arena record_arena_;     // of the records
-  std::uint64_t generation_ = 1;
+  std::uint64_t contents_id_;
   std::int64_t repeats_left_ = std::numeric_limits<std::int64_t>::max() / 2;
 };
 

@@ -1,10 +1,10 @@
 #include "export/escaped_text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
-#include "base/digits.h"
 #include "base/utf16_write.h"
 #include "events/event_value.h"
 
@@ -17,94 +17,112 @@ namespace {
 
 constexpr char32_t replacement = 0xfffd;
 
-// Characters that are written one by one before the next look for many plain ones.
-constexpr std::size_t short_run = 8;
+// What an ASCII character becomes in a form: copied whole, then the length counts.
+struct escape_row {
+  char text[6] = {};
+  std::uint8_t length = 0;
+  bool lossy = false;
+};
+using escape_rows = std::array<escape_row, 128>;
 
-char* put(char* out, std::string_view text) {
-  std::memcpy(out, text.data(), text.size());
-  return out + text.size();
+constexpr escape_row row_of(std::string_view text, bool lossy = false) {
+  escape_row row;
+  for (const char c : text) row.text[row.length++] = c;
+  row.lossy = lossy;
+  return row;
 }
 
-char* write_json_ascii(char* out, char32_t c) {
-  switch (c) {
-    case '"':
-      return put(out, "\\\"");
-    case '\\':
-      return put(out, "\\\\");
-    case '\b':
-      return put(out, "\\b");
-    case '\f':
-      return put(out, "\\f");
-    case '\n':
-      return put(out, "\\n");
-    case '\r':
-      return put(out, "\\r");
-    case '\t':
-      return put(out, "\\t");
-    default:
-      break;
+constexpr escape_row replaced_row() { return row_of("\xef\xbf\xbd", true); }
+
+constexpr escape_rows json_rows(bool in_line) {
+  constexpr char digits[] = "0123456789abcdef";
+  escape_rows rows{};
+  for (unsigned c = 0; c < rows.size(); ++c) {
+    const char text[] = {static_cast<char>(c)};
+    rows[c] = row_of({text, 1});
+    if (c >= 0x20) continue;
+    const char code[] = {'\\', 'u', '0', '0', digits[c >> 4], digits[c & 15]};
+    rows[c] = in_line ? row_of(" ") : row_of({code, sizeof(code)});
   }
-  if (c >= 0x20) {
-    *out++ = static_cast<char>(c);
-    return out;
-  }
-  return write_hex(put(out, "\\u"), c, 4);
+  rows['"'] = row_of("\\\"");
+  rows['\\'] = row_of("\\\\");
+  if (in_line) return rows;
+  rows['\b'] = row_of("\\b");
+  rows['\f'] = row_of("\\f");
+  rows['\n'] = row_of("\\n");
+  rows['\r'] = row_of("\\r");
+  rows['\t'] = row_of("\\t");
+  return rows;
 }
 
-char* write_xml_ascii(char* out, char32_t c, bool in_attribute, bool& lossy) {
-  switch (c) {
-    case '&':
-      return put(out, "&amp;");
-    case '<':
-      return put(out, "&lt;");
-    case '>':
-      return put(out, "&gt;");
-    case '"':
-      return in_attribute ? put(out, "&quot;") : put(out, "\"");
-    case '\r':
-      return put(out, "&#13;");
-    case '\t':
-      return put(out, in_attribute ? "&#9;" : "\t");
-    case '\n':
-      return put(out, in_attribute ? "&#10;" : "\n");
-    default:
-      break;
+constexpr escape_rows xml_rows(bool in_attribute) {
+  escape_rows rows{};
+  for (unsigned c = 0; c < rows.size(); ++c) {
+    const char text[] = {static_cast<char>(c)};
+    rows[c] = c < 0x20 ? replaced_row() : row_of({text, 1});
   }
-  if (c >= 0x20) {
-    *out++ = static_cast<char>(c);
-    return out;
-  }
-  lossy = true;
-  return write_utf8(out, replacement);
+  rows['&'] = row_of("&amp;");
+  rows['<'] = row_of("&lt;");
+  rows['>'] = row_of("&gt;");
+  if (in_attribute) rows['"'] = row_of("&quot;");
+  rows['\r'] = row_of("&#13;");
+  rows['\t'] = row_of(in_attribute ? "&#9;" : "\t");
+  rows['\n'] = row_of(in_attribute ? "&#10;" : "\n");
+  return rows;
 }
 
 // A NUL is the one character that readers of CSV do not take.
-char* write_csv_ascii(char* out, char32_t c, bool& lossy) {
-  if (c == '"') return put(out, "\"\"");
-  if (c == 0) {
+constexpr escape_rows csv_rows() {
+  escape_rows rows{};
+  for (unsigned c = 0; c < rows.size(); ++c) {
+    const char text[] = {static_cast<char>(c)};
+    rows[c] = row_of({text, 1});
+  }
+  rows['"'] = row_of("\"\"");
+  rows[0] = replaced_row();
+  return rows;
+}
+
+template <escape_form form>
+constexpr escape_rows rows_of() {
+  switch (form) {
+    case escape_form::json:
+      return json_rows(false);
+    case escape_form::json_line:
+      return json_rows(true);
+    case escape_form::xml_text:
+      return xml_rows(false);
+    case escape_form::xml_attribute:
+      return xml_rows(true);
+    case escape_form::csv:
+      break;
+  }
+  return csv_rows();
+}
+template <escape_form form>
+constexpr escape_rows rows = rows_of<form>();
+
+// Any one character. Up to 8 bytes are written, whatever its length.
+template <escape_form form>
+char* write_one(char* out, char32_t c, bool& lossy) {
+  if (c < 0x80) {
+    const escape_row& row = rows<form>[c];
+    std::memcpy(out, &row, sizeof(row));
+    lossy = lossy || row.lossy;
+    return out + row.length;
+  }
+  const bool is_xml = form == escape_form::xml_text || form == escape_form::xml_attribute;
+  if (is_xml && (c == 0xfffe || c == 0xffff)) {
     lossy = true;
     c = replacement;
   }
   return write_utf8(out, c);
 }
 
-// Any one character.
+// Whether the character is not copied as it is; what follows a special one often is special too.
 template <escape_form form>
-char* write_one(char* out, char32_t c, bool& lossy) {
-  if constexpr (form == escape_form::json) {
-    if (c < 0x80) return write_json_ascii(out, c);
-  } else if constexpr (form == escape_form::json_line) {
-    if (c < 0x80) return write_json_ascii(out, c < 0x20 ? ' ' : c);
-  } else if constexpr (form == escape_form::csv) {
-    if (c < 0x80) return write_csv_ascii(out, c, lossy);
-  } else {
-    if (c < 0x80) return write_xml_ascii(out, c, form == escape_form::xml_attribute, lossy);
-    if (c == 0xfffe || c == 0xffff) {
-      lossy = true;
-      c = replacement;
-    }
-  }
-  return write_utf8(out, c);
+bool is_special(char32_t c) {
+  return c >= 0x80 || rows<form>[c].length != 1;
 }
 
 #if defined(__SSE2__)
@@ -142,19 +160,39 @@ unsigned copy_plain(char* out, const std::byte* in, unsigned most) {
   return static_cast<unsigned>(__builtin_ctz(mask | 1u << most));
 }
 
-// Copies plain ASCII from the start of `text`, 16 bytes at a time while there are so many; returns
-// how many bytes.
+// Copies fewer than 16 bytes.
+void copy_short(char* to, const std::byte* from, std::size_t bytes) {
+  if (bytes >= 8) {
+    std::memcpy(to, from, 8);
+    std::memcpy(to + bytes - 8, from + bytes - 8, 8);
+  } else if (bytes >= 4) {
+    std::memcpy(to, from, 4);
+    std::memcpy(to + bytes - 4, from + bytes - 4, 4);
+  } else {
+    for (std::size_t i = 0; i < bytes; ++i) to[i] = static_cast<char>(from[i]);
+  }
+}
+
+// Copies plain ASCII from the start of `text`; returns how many bytes. Up to 16 more are written.
 template <escape_form form>
 std::size_t copy_plain_bytes(char* out, std::span<const std::byte> text) {
   constexpr std::size_t step = 16;
+  const auto copy = [](char* to, const void* from, unsigned most) {
+    const __m128i bytes = _mm_loadu_si128(static_cast<const __m128i*>(from));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
+    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special_bytes<form>(bytes)));
+    return static_cast<unsigned>(__builtin_ctz(mask | 1u << most));
+  };
   std::size_t at = 0;
   for (; text.size() - at >= step; at += step) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + at), bytes);
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special_bytes<form>(bytes)));
-    if (mask != 0) return at + static_cast<unsigned>(__builtin_ctz(mask));
+    const unsigned copied = copy(out + at, text.data() + at, step);
+    if (copied != step) return at + copied;
   }
-  return at;
+  const std::size_t left = text.size() - at;
+  if (left == 0) return at;
+  char last[step] = {};
+  copy_short(last, text.data() + at, left);
+  return at + copy(out + at, last, static_cast<unsigned>(left));
 }
 #else
 template <escape_form form>
@@ -186,7 +224,7 @@ char32_t next_utf8(std::string_view text, std::size_t& at, bool& lossy) {
   return code;
 }
 
-bool is_name_start(char32_t c) {
+constexpr bool is_name_start(char32_t c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
          (c >= 0xc0 && c <= 0x2ff && c != 0xd7 && c != 0xf7) || (c >= 0x370 && c <= 0x37d) ||
          (c >= 0x37f && c <= 0x1fff) || (c >= 0x2070 && c <= 0x218f) ||
@@ -195,9 +233,25 @@ bool is_name_start(char32_t c) {
          (c >= 0x10000 && c <= 0xeffff);
 }
 
-bool is_name_character(char32_t c) {
+constexpr bool is_name_character(char32_t c) {
   return is_name_start(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == 0xb7 ||
          (c >= 0x300 && c <= 0x36f) || c == 0x203f || c == 0x2040;
+}
+
+// ASCII letters and `_`; digits, `-` and `.` as well.
+constexpr auto plain_name_characters = [] {
+  std::array<std::uint8_t, 256> kinds{};
+  for (unsigned c = 0; c < 0x80; ++c) {
+    kinds[c] = is_name_start(c) ? 3 : is_name_character(c) ? 1 : 0;
+  }
+  return kinds;
+}();
+
+bool is_plain_name(std::string_view name) {
+  std::uint8_t kinds =
+      name.empty() ? 0 : plain_name_characters[static_cast<std::uint8_t>(name[0])] >> 1;
+  for (const char c : name) kinds &= plain_name_characters[static_cast<std::uint8_t>(c)];
+  return kinds != 0;
 }
 
 }  // namespace
@@ -207,6 +261,11 @@ char* write_escaped_utf16(char* out, std::span<const std::byte> text, const std:
                           bool& lossy) {
   const std::byte* in = text.data();
   const std::byte* const end = in + (text.size() & ~std::size_t{1});
+  const auto unit = [&in] {
+    std::uint16_t value;
+    std::memcpy(&value, in, sizeof(value));
+    return value;
+  };
   while (in != end) {
 #if defined(__SSE2__)
     if (readable_end - in >= vector_bytes) {
@@ -220,14 +279,18 @@ char* write_escaped_utf16(char* out, std::span<const std::byte> text, const std:
 #else
     (void)readable_end;
 #endif
-    // What stopped it, and what follows as long as it is not ASCII either.
-    char32_t c;
+    // What stopped it, and what follows as long as it is not plain either.
     do {
-      std::size_t used = 0;
-      c = next_code_point({in, end}, used, lossy);
-      in += used;
+      char32_t c = unit();
+      if (c < 0x80) {
+        in += 2;
+      } else {
+        std::size_t used = 0;
+        c = next_code_point({in, end}, used, lossy);
+        in += used;
+      }
       out = write_one<form>(out, c, lossy);
-    } while (c >= 0x80 && in != end);
+    } while (in != end && is_special<form>(unit()));
   }
   return out;
 }
@@ -238,12 +301,11 @@ char* write_escaped_ansi(char* out, std::span<const std::byte> text, bool& lossy
     const std::size_t plain = copy_plain_bytes<form>(out, text);
     out += plain;
     text = text.subspan(plain);
-    // What stopped it, or the end.
-    for (std::size_t i = 0; i < short_run && !text.empty(); ++i) {
-      const auto byte = std::to_integer<std::uint8_t>(text.front());
-      out = write_one<form>(out, from_ansi(byte), lossy);
+    if (text.empty()) break;
+    do {
+      out = write_one<form>(out, from_ansi(std::to_integer<std::uint8_t>(text.front())), lossy);
       text = text.subspan(1);
-    }
+    } while (!text.empty() && is_special<form>(std::to_integer<std::uint8_t>(text.front())));
   }
   return out;
 }
@@ -255,9 +317,10 @@ char* write_escaped_utf8(char* out, std::string_view text, bool& lossy) {
         copy_plain_bytes<form>(out, std::as_bytes(std::span(text)).subspan(at));
     out += plain;
     at += plain;
-    for (std::size_t i = 0; i < short_run && at < text.size(); ++i) {
+    if (at == text.size()) break;
+    do {
       out = write_one<form>(out, next_utf8(text, at, lossy), lossy);
-    }
+    } while (at < text.size() && is_special<form>(static_cast<std::uint8_t>(text[at])));
   }
   return out;
 }
@@ -300,6 +363,7 @@ void append_escaped(std::string& out, std::string_view text, escape_form form, b
 }
 
 std::string xml_name(std::string_view name, bool& lossy) {
+  if (is_plain_name(name)) return std::string(name);
   std::string out;
   bool ignored = false;
   for (std::size_t at = 0; at < name.size();) {

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "base/digits.h"
+#include "export/quick_values.h"
 #include "export/value_writer.h"
 
 namespace zanvik {
@@ -17,6 +18,18 @@ constexpr std::size_t copy_step = 32;
 inline char* put_constant(char* out, const char* text, std::size_t bytes) {
   for (std::size_t i = 0; i < bytes; i += copy_step) std::memcpy(out + i, text + i, copy_step);
   return out + bytes;
+}
+
+char* put_bytes(char* out, std::string_view text) {
+  std::memcpy(out, text.data(), text.size());
+  return out + text.size();
+}
+
+// Room that a step finds behind its constant text, beside what a copy writes too much.
+constexpr std::size_t step_room = quick_values::room + 64;
+
+std::size_t room_of(const form_step& step) {
+  return std::size_t{step.text_bytes} + step.close_bytes + step_room;
 }
 
 void put_json_oddities(output_buffer& out, std::uint32_t flags, bool lossy) {
@@ -36,11 +49,6 @@ void put_xml_oddities(output_buffer& out, std::uint32_t flags) {
   if (flags & event_no_template) out.append(" no_template=\"true\"");
   if (flags & event_carved) out.append(" carved=\"true\"");
   if (flags & event_deleted) out.append(" deleted=\"true\"");
-}
-
-void put_time(output_buffer& out, std::uint64_t filetime) {
-  char* at = out.room(32);
-  out.commit(write_iso_time(at, filetime));
 }
 
 // Beyond the year 9999 there is no such time: the last one stands for it.
@@ -128,12 +136,13 @@ void form_program::add(gap how, std::int32_t slot, std::string_view open, std::s
   keep(close, step.close, step.close_bytes);
   pending_.clear();
   if (how == gap::none) pool_.append(copy_step, '\0');  // what a copy reads behind a text
+  room_ += room_of(step);
   steps_.push_back(step);
 }
 
-// Writes one event. Most steps have room for their constant text and for any quick value, which is
-// one comparison; the others go through the buffer. Each function takes the writing position and
-// returns the new one.
+// Writes one event. The room for all constant text and quick values of most programs is asked for
+// at once; a longer program asks before each step. Other values go through the buffer. Each
+// function takes the writing position and returns the new one.
 class form_program::writer {
  public:
   writer(const form_program& program, output_buffer& out, const event_view& event,
@@ -143,21 +152,35 @@ class form_program::writer {
         event_(event),
         log_(log),
         lossy_(program.lossy_ || log_lossy),
+        quick_(event.readable_end(), lossy_),
         sink_(out, event.readable_end(), lossy_) {}
 
-  bool run();
+  bool run() {
+    if (program_.room_ <= output_buffer::most_room) {
+      steps<false>();
+    } else {
+      steps<true>();
+    }
+    return lossy_;
+  }
 
  private:
+  template <bool each>
+  void steps();
   char* constant(char* at, const form_step& step);
   template <escape_form form>
   char* text(char* at, const event_value& value);
   char* json_value(char* at, const event_value& value);
+  template <bool each>
   char* xml_element(char* at, const form_step& step, const event_value& value);
   char* of_slot(char* at, const form_step& step, const event_value& value);
   void of_event(const form_step& step);
 
-  // Room that a step finds behind its constant text, beside what a copy writes too much.
-  static constexpr std::size_t step_room = value_sink::quick_room + 64;
+  // Where to go on behind what went through the buffer.
+  char* behind_buffer() {
+    quick_.forget();
+    return program_.room_ <= output_buffer::most_room ? out_.room(program_.room_) : out_.position();
+  }
 
   std::string_view close_of(const form_step& step) const {
     return {program_.pool_.data() + step.close, step.close_bytes};
@@ -169,14 +192,19 @@ class form_program::writer {
   std::string_view log_;
   bool lossy_;
   bool cell_empty_ = false;  // a cell that people see has begun, without a character so far
+  quick_values quick_;
   value_sink sink_;
 };
 
-// What there is no room for as it stands.
+// The same for a program that has too many steps to ask for the room of all.
 char* form_program::writer::constant(char* at, const form_step& step) {
-  out_.commit(at);
-  const std::size_t bytes = std::size_t{step.text_bytes} + step.close_bytes + step_room;
+  const std::size_t bytes = room_of(step);
   const char* const text = program_.pool_.data() + step.text;
+  if (static_cast<std::size_t>(out_.limit() - at) >= bytes) {
+    return put_constant(at, text, step.text_bytes);
+  }
+  out_.commit(at);
+  quick_.forget();
   if (bytes <= output_buffer::most_room) {
     return put_constant(out_.room(bytes), text, step.text_bytes);
   }
@@ -186,29 +214,29 @@ char* form_program::writer::constant(char* at, const form_step& step) {
 
 template <escape_form form>
 char* form_program::writer::text(char* at, const event_value& value) {
-  if (char* const end = sink_.quick_text<form>(at, value)) return end;
+  if (char* const end = quick_.text<form>(at, value)) return end;
   out_.commit(at);
   sink_.text<form>(value);
-  return out_.position();
+  return behind_buffer();
 }
 
 char* form_program::writer::json_value(char* at, const event_value& value) {
-  if (char* const end = sink_.quick_json_value(at, value)) return end;
+  if (char* const end = quick_.json(at, value)) return end;
   out_.commit(at);
   sink_.json_value(value);
-  return out_.position();
+  return behind_buffer();
 }
 
+template <bool each>
 char* form_program::writer::xml_element(char* at, const form_step& step, const event_value& value) {
   const std::string_view close = close_of(step);
   char* const begin = at + 1;
-  char* const end = close.size() <= output_buffer::most_room - step_room
-                        ? sink_.quick_text<escape_form::xml_text>(begin, value)
-                        : nullptr;
+  const bool roomy = !each || close.size() <= output_buffer::most_room - step_room;
+  char* const end = roomy ? quick_.text<escape_form::xml_text>(begin, value) : nullptr;
   if (!end) {
     out_.commit(at);
     sink_.xml_element(value, close);
-    return out_.position();
+    return behind_buffer();
   }
   if (end == begin) {
     std::memcpy(at, "/>", 2);
@@ -255,7 +283,7 @@ char* form_program::writer::of_slot(char* at, const form_step& step, const event
       of_event(step);
       break;
   }
-  return out_.position();
+  return behind_buffer();
 }
 
 // A gap that something else fills.
@@ -268,9 +296,6 @@ void form_program::writer::of_event(const form_step& step) {
     case gap::csv_guard:
       if (cell_empty_) out_.append("'");
       cell_empty_ = false;
-      break;
-    case gap::time:
-      put_time(out_, event_.time());
       break;
     case gap::time_offset:
       put_time_with_offset(out_, event_.time());
@@ -295,17 +320,16 @@ void form_program::writer::of_event(const form_step& step) {
   }
 }
 
-bool form_program::writer::run() {
+// `each`: each step asks for its own room.
+template <bool each>
+void form_program::writer::steps() {
   const event_value* const slots = event_.slots().data();
   const event_header& header = event_.header();
   const event_value absent;
   const char* const pool = program_.pool_.data();
-  char* at = out_.position();
+  char* at = each ? out_.position() : out_.room(program_.room_);
   for (const form_step& step : program_.steps_) {
-    const std::size_t room = std::size_t{step.text_bytes} + step.close_bytes + step_room;
-    at = static_cast<std::size_t>(out_.limit() - at) >= room
-             ? put_constant(at, pool + step.text, step.text_bytes)
-             : constant(at, step);
+    at = each ? constant(at, step) : put_constant(at, pool + step.text, step.text_bytes);
     const event_value& value = step.slot >= 0 ? slots[step.slot] : absent;
     switch (step.how) {
       case gap::none:
@@ -330,7 +354,7 @@ bool form_program::writer::run() {
         at = text<escape_form::xml_attribute>(at, value);
         break;
       case gap::xml_element:
-        at = xml_element(at, step, value);
+        at = xml_element<each>(at, step, value);
         break;
       case gap::record_number:
         at = write_decimal(at, header.record_number);
@@ -339,7 +363,19 @@ bool form_program::writer::run() {
         at = write_decimal(at, header.file_offset);
         break;
       case gap::written:
-        at = write_iso_time(at, header.written);
+        at = quick_.time(at, header.written);
+        break;
+      case gap::time:
+        at = quick_.time(at, event_.time());
+        break;
+      case gap::json_oddities:
+        if (header.flags != 0 || lossy_) at = of_slot(at, step, value);
+        break;
+      case gap::xml_oddities:
+        if (header.flags != 0) at = of_slot(at, step, value);
+        break;
+      case gap::log_path:
+        at = log_.size() <= quick_values::room ? put_bytes(at, log_) : of_slot(at, step, value);
         break;
       case gap::csv_guard:
         cell_empty_ = cell_empty_ && step.text_bytes == 0;
@@ -350,7 +386,6 @@ bool form_program::writer::run() {
     }
   }
   out_.commit(at);
-  return lossy_;
 }
 
 bool form_program::write(output_buffer& out, const event_view& event, std::string_view log,

@@ -88,6 +88,7 @@ class form_program {
   std::vector<form_step> steps_;
   std::string pool_;
   std::string pending_;
+  std::size_t room_ = 0;  // that all steps may take, but for values that are not quick
   bool lossy_ = false;
   bool once_ = false;
   std::shared_ptr<const form_program> xml_;

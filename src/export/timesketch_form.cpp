@@ -112,7 +112,8 @@ void timesketch_form::write_strings(const event_view& event, form_program& out) 
 void timesketch_form::build(const event_view& event, form_program& out) const {
   json_members members(event, out);
   members.open_object();
-  for (const char* name : {"slack", "cut", "outside_range", "no_template", "carved", "deleted", "lossy"}) {
+  for (const char* name :
+       {"slack", "cut", "outside_range", "no_template", "carved", "deleted", "lossy"}) {
     members.reserve(name);  // gap::json_oddities
   }
   if (copies_) members.reserve("copies");

@@ -5,23 +5,6 @@
 #include "base/digits.h"
 
 namespace zanvik {
-namespace {
-
-// Null when the value has not the size of its type.
-template <typename T>
-char* write_quick_number(char* out, const event_value& value) {
-  if (value.size != sizeof(T)) return nullptr;
-  T number;
-  std::memcpy(&number, value.data, sizeof(number));
-  if (number < 10) {
-    *out = static_cast<char>('0' + number);
-    return out + 1;
-  }
-  return number < 100 ? write_decimal_pair(out, static_cast<std::uint32_t>(number))
-                      : write_decimal(out, number);
-}
-
-}  // namespace
 
 template <escape_form form>
 bool value_sink::wide_text(std::span<const std::byte> text) {
@@ -117,61 +100,6 @@ template bool value_sink::text<escape_form::xml_text>(const event_value&);
 template bool value_sink::text<escape_form::xml_attribute>(const event_value&);
 template bool value_sink::text<escape_form::json_line>(const event_value&);
 template bool value_sink::text<escape_form::csv>(const event_value&);
-
-template <escape_form form>
-char* value_sink::quick_text(char* out, const event_value& value) const {
-  if (value.size > quick_bytes) return nullptr;
-  switch (value.type) {
-    case value_type::utf16:
-      return write_escaped_utf16<form>(out, text_bytes(value), readable_end_, lossy_);
-    case value_type::ansi:
-    case literal_type:
-      return nullptr;
-    default:
-      return value.is_array() || value.type == value_type::xml ? nullptr
-                                                               : write_plain_value(out, value);
-  }
-}
-template char* value_sink::quick_text<escape_form::json>(char*, const event_value&) const;
-template char* value_sink::quick_text<escape_form::xml_text>(char*, const event_value&) const;
-template char* value_sink::quick_text<escape_form::xml_attribute>(char*, const event_value&) const;
-template char* value_sink::quick_text<escape_form::json_line>(char*, const event_value&) const;
-template char* value_sink::quick_text<escape_form::csv>(char*, const event_value&) const;
-
-char* value_sink::quick_json_value(char* out, const event_value& value) const {
-  if (value.size > quick_bytes) return nullptr;
-  switch (value.type) {
-    case value_type::null:
-      std::memcpy(out, "null", 4);
-      return out + 4;
-    case value_type::utf16:
-      *out++ = '"';
-      out = write_escaped_utf16<escape_form::json>(out, text_bytes(value), readable_end_, lossy_);
-      *out++ = '"';
-      return out;
-    case value_type::uint8:
-      return write_quick_number<std::uint8_t>(out, value);
-    case value_type::uint16:
-      return write_quick_number<std::uint16_t>(out, value);
-    case value_type::uint32:
-      return write_quick_number<std::uint32_t>(out, value);
-    case value_type::uint64:
-      return write_quick_number<std::uint64_t>(out, value);
-    case value_type::boolean:
-      return class_of(value) == value_class::plain ? nullptr : write_plain_value(out, value);
-    case value_type::guid:
-    case value_type::sid:
-    case value_type::filetime:
-    case value_type::hex32:
-    case value_type::hex64:
-      *out++ = '"';
-      out = write_plain_value(out, value);
-      *out++ = '"';
-      return out;
-    default:
-      return nullptr;
-  }
-}
 
 void value_sink::json_value(const event_value& value) {
   switch (class_of(value)) {

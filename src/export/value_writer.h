@@ -32,17 +32,7 @@ class value_sink {
   template <escape_form form>
   bool text(const event_value& value);
 
-  // The same for the values that most events consist of, written at `out`, which has `quick_room`
-  // bytes: returns the end, or null, with nothing lost, for any other value.
-  static constexpr std::size_t quick_room = 8192;
-  char* quick_json_value(char* out, const event_value& value) const;
-  template <escape_form form>
-  char* quick_text(char* out, const event_value& value) const;
-
  private:
-  // Longest value that is written quickly, in bytes of the log.
-  static constexpr std::size_t quick_bytes = 1280;
-  static_assert(escaped_bound(quick_bytes) + 2 <= quick_room);
   // Longest piece of a text that is written at once; even.
   static constexpr std::size_t piece_bytes = 64 << 10;
 

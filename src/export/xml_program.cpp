@@ -103,7 +103,8 @@ void xml_builder::write_element(const event_element& element) {
     out_.add(gap::xml_repeated, part.slot, start, end_tag);
     return;
   }
-  out_.text("<" + tag);
+  out_.text("<");
+  out_.text(tag);
   write_attributes(element);
   const bool nothing =
       std::all_of(element.content.begin(), element.content.end(), [](const event_item& item) {
@@ -122,8 +123,12 @@ void xml_builder::write_element(const event_element& element) {
 
 void xml_builder::write_attributes(const event_element& element) {
   json_names names;
+  const bool one = element.attributes.size() == 1;
   for (const event_attribute& attribute : element.attributes) {
-    out_.text(" " + names.take(attribute_name(attribute)) + "=\"");
+    const std::string name = attribute_name(attribute);
+    out_.text(" ");
+    out_.text(one ? name : names.take(name));
+    out_.text("=\"");
     for (const value_part& part : attribute.value) {
       write_part(part, gap::xml_attribute, escape_form::xml_attribute);
     }

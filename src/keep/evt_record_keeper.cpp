@@ -20,7 +20,7 @@ char* write_cell(char* out, const evt_record& record, evt_value_source source) {
 }  // namespace
 
 void evt_record_keeper::keep(const evt_record& record) {
-  if (generation_ != records_.generation()) start_generation();
+  if (contents_id_ != records_.contents_id()) start_contents();
   const column_plan& plan = plan_for(record);
   LogRecord kept;
   kept.report_entry_id = command_.index;
@@ -31,16 +31,14 @@ void evt_record_keeper::keep(const evt_record& record) {
   kept.flags = record_inside_range;  // old records too: nothing distinguishes them
   kept.is_evtx = false;
   kept.description = description_;
-  kept.extra_text = log_path_;
   kept.shape = plan.shape;
   kept.values = write_block(record, plan);
   records_.add(kept);
 }
 
-void evt_record_keeper::start_generation() {
-  generation_ = records_.generation();
+void evt_record_keeper::start_contents() {
+  contents_id_ = records_.contents_id();
   description_ = records_.intern_text(command_.name);
-  log_path_ = records_.intern_text(command_.log_path);
   plans_.clear();
   plan_columns_ = 0;
   if (!command_.all_data) named_plan_ = make_plan(evt_fields_named(command_.pull));

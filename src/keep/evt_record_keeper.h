@@ -28,7 +28,7 @@ class evt_record_keeper {
     std::vector<evt_value_source> sources;  // one for each column that is not a literal
   };
 
-  void start_generation();
+  void start_contents();
   const column_plan& plan_for(const evt_record& record);
   column_plan make_plan(std::vector<evt_column> columns);
   void apply_labels(std::vector<evt_column>& columns) const;
@@ -36,9 +36,8 @@ class evt_record_keeper {
 
   const ReportCommand& command_;
   record_container& records_;
-  std::uint64_t generation_ = 0;  // of the container for which the following is valid
+  std::uint64_t contents_id_ = 0;  // of the container for which the following is valid
   const std::string* description_ = nullptr;
-  const std::string* log_path_ = nullptr;
   column_plan named_plan_;  // of a command that does not ask for all data
   // By twice the count of strings, and 1 more for a SID.
   std::vector<std::unique_ptr<column_plan>> plans_;

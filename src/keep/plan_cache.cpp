@@ -11,9 +11,9 @@ const column_plan& layout_plans::add(std::uint64_t layout_id, column_plan plan) 
   return added;
 }
 
-void layout_plans::start_generation(std::uint64_t generation) {
-  if (generation != generation_) clear();
-  generation_ = generation;
+void layout_plans::use_with(const record_container& records) {
+  if (contents_id_ != records.contents_id()) clear();
+  contents_id_ = records.contents_id();
 }
 
 void layout_plans::clear() {

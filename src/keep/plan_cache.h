@@ -20,7 +20,7 @@ namespace zanvik {
 class layout_plans {
  public:
   // The plan for the layout, null if there is none; valid until the next `add`, `clear` or
-  // `start_generation`.
+  // `use_with`.
   const column_plan* find(std::uint64_t layout_id) {
     recent_plan& recent = recent_[layout_id % recent_.size()];
     if (recent.layout_id != layout_id) recent = {layout_id, look_up(layout_id)};
@@ -28,8 +28,8 @@ class layout_plans {
   }
   // The layout has no plan yet. Existing plans may be dropped if there are too many.
   const column_plan& add(std::uint64_t layout_id, column_plan plan);
-  // Plans point into a record container: those of an earlier generation of it are dropped.
-  void start_generation(std::uint64_t generation);
+  // Plans point into a record container. Those made for other contents than these are dropped.
+  void use_with(const record_container& records);
   void clear();
   std::size_t size() const { return by_layout_.size(); }
 
@@ -47,7 +47,7 @@ class layout_plans {
 
   std::array<recent_plan, 64> recent_;
   std::unordered_map<std::uint64_t, column_plan> by_layout_;
-  std::uint64_t generation_ = 0;
+  std::uint64_t contents_id_ = 0;  // of the container for which the plans are
 };
 
 class plan_cache {

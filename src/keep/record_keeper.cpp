@@ -102,12 +102,11 @@ class block_writer {
 }  // namespace
 
 bool record_keeper::keep(const record_fields& record) {
-  if (generation_ != records_.generation()) {
-    generation_ = records_.generation();
+  if (contents_id_ != records_.contents_id()) {
+    contents_id_ = records_.contents_id();
     slot_columns_.clear();
     bare_plans_.clear();
     description_ = records_.intern_text(command_.name);
-    log_path_ = records_.intern_text(command_.log_path);
     last_provider_ = records_.intern_text({});
   }
   LogRecord kept = head_of(record);
@@ -163,7 +162,6 @@ LogRecord record_keeper::head_of(const record_fields& record) {
   kept.record_number = record.number;
   kept.file_offset = record.file_offset;
   kept.description = description_;
-  kept.extra_text = log_path_;
   const bool inside = record.number >= record.first_number && record.number <= record.last_number;
   kept.flags = inside ? record_inside_range : record_outside_range;
   if (record.plain || record.in_slack) kept.flags |= record_plain_or_slack;
@@ -173,7 +171,7 @@ LogRecord record_keeper::head_of(const record_fields& record) {
 // The plan for all records of the layout; if the log has already repeated too much of its
 // templates, one that repeats nothing.
 const column_plan& record_keeper::plan_for(const record_fields& record) {
-  plans_.start_generation(generation_);
+  plans_.use_with(records_);
   const column_plan* plan = plans_.find(record.layout->id);
   // Before it takes memory: a shape repeats its layout at most.
   if (!plan && !records_.can_repeat(repeated_bytes(*record.layout))) return bare_plan_for(record);

@@ -52,9 +52,8 @@ class record_keeper {
   const ReportCommand& command_;
   record_container& records_;
   std::optional<slot_translator> translator_;
-  std::uint64_t generation_ = 0;  // of the container for which the following is valid
+  std::uint64_t contents_id_ = 0;  // of the container for which the following is valid
   const std::string* description_ = nullptr;
-  const std::string* log_path_ = nullptr;
   const std::string* last_provider_ = nullptr;
   layout_plans& plans_;
   column_plan own_plan_;                                       // of one record

@@ -40,7 +40,7 @@ bool slot_columns::collect(const record_fields& record, std::uint32_t& flags) {
 
 const slot_columns::merged_shape& slot_columns::merged_with(const record_shape& base,
                                                             record_container& records) {
-  const merged_key key{&base, slots_};
+  const merged_key key{base.id, slots_};
   const auto known = merged_.find(key);
   if (known != merged_.end()) return known->second;
   if (merged_.size() >= limits::cached_layouts) merged_.clear();

@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/hash_mix.h"
 #include "events/log_record.h"
 #include "evtx/record_fields.h"
 
@@ -36,15 +37,15 @@ class slot_columns {
     std::size_t end;
   };
   struct merged_key {
-    const record_shape* shape = nullptr;
+    std::uint64_t shape_id = 0;
     std::bitset<most_slots> slots;
 
     bool operator==(const merged_key&) const = default;
   };
   struct key_hash {
     std::size_t operator()(const merged_key& key) const {
-      return std::hash<const record_shape*>{}(key.shape) * 31 +
-             std::hash<std::bitset<most_slots>>{}(key.slots);
+      return static_cast<std::size_t>(
+          keyed_hash(key.shape_id, std::hash<std::bitset<most_slots>>{}(key.slots)));
     }
   };
   // Where the value of a column comes from.

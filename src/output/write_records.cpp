@@ -121,7 +121,7 @@ void write_records(std::ostream& out, record_container& records, const output_fo
   if (format.output_bodyfile || format.output_l2t) {
     write_timeline(out, records.in_time_order(), format, context, memory.header_pending);
   } else if (format.output_csv) {
-    memory.tables.start_generation(records.generation());
+    memory.tables.use_with(records);
     write_grouped(out, records.in_time_order(), format, context, memory.tables);
     memory.header_pending = false;
   }

@@ -135,12 +135,10 @@ class log_walk {
     // Results and status may share a terminal: neither may end up in a line of the other.
     const bool on_terminal = run_.output && run_.output->is_terminal();
     if (on_terminal && options_.show_status) clear_status();
-    const write_context context{.channel = run_.log.channel,
+    const write_context context{.log = run_.log,
                                 .inc_slack = options_.inc_slack,
                                 .show_offsets = options_.show_offsets,
                                 .allparams = options_.allparams,
-                                .log_is_evtx = run_.log.is_evtx,
-                                .log_reserved = run_.log.inode,
                                 .username = options_.username,
                                 .hostname = options_.hostname,
                                 .program_name = options_.program_name};

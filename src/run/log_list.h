@@ -10,7 +10,7 @@
 #include <span>
 #include <string>
 
-#include "events/classified_log.h"
+#include "events/log_source.h"
 #include "evtx/channel_finder.h"
 #include "run/log_file.h"
 
@@ -30,8 +30,13 @@ struct log_probe {
   log_file file;
 };
 
-inline classified_log source_of(const LogEntry& entry) {
-  return {entry.path, entry.channel, entry.is_evtx, entry.reserved};
+inline log_source source_of(const LogEntry& entry) {
+  log_source source;
+  source.path = entry.path;
+  source.channel = entry.channel;
+  source.kind = entry.is_evtx ? log_kind::evtx : log_kind::evt;
+  source.inode = entry.reserved;
+  return source;
 }
 
 // By path as given, so that a run reads its logs in the order of their paths.

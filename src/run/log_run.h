@@ -8,7 +8,7 @@
 
 #include "base/fileio_output.h"
 #include "events/log_record.h"
-#include "events/classified_log.h"
+#include "events/log_source.h"
 #include "evtx/record_reader.h"
 #include "keep/plan_cache.h"
 #include "output/timelines/one_timeline.h"
@@ -43,7 +43,7 @@ struct log_run {
 
   log_probe probe;
   log_map logs;    // those of `-log`; in a run over names as they arrive, the current one
-  classified_log log;  // the current one
+  log_source log;  // the current one
 
   bool counts = false;            // statistics are taken
   std::ostream* stats = nullptr;  // the open statistics file; null if there is none

@@ -14,7 +14,7 @@
 namespace zanvik {
 namespace {
 
-bool classify(classified_log& log, const std::string& path, log_probe& probe) {
+bool classify(log_source& log, const std::string& path, log_probe& probe) {
   LogEntry entry;
   if (!classify_log(entry, path, probe)) return false;
   log = source_of(entry);
@@ -24,7 +24,7 @@ bool classify(classified_log& log, const std::string& path, log_probe& probe) {
 // Adds the commands for the current log to `set`. A command that names its own log may make that
 // the current log.
 bool build_commands(CommandSet& set, const CommandList& list, log_run& run, bool append) {
-  const log_classifier classifier = [&run](classified_log& named, const std::string& path) {
+  const log_classifier classifier = [&run](log_source& named, const std::string& path) {
     return classify(named, path, run.probe);
   };
   const command_context context{run.log, run.options.selection, run.options.format,

@@ -132,7 +132,8 @@ void log_finder::find_file(const std::string& path, bool named) {
         size >= sizeof tail && read_fully(file.get(), tail, size - sizeof tail) == std::ssize(tail);
     const auto image = image_kind_of(
         start, has_tail ? std::span<const std::byte>(tail) : std::span<const std::byte>());
-    if (image && find_in_image(path, *image, {path, log_kind::evtx, about.st_dev, about.st_ino})) {
+    if (image &&
+        find_in_image(path, *image, {path, "", log_kind::evtx, about.st_dev, about.st_ino})) {
       return;
     }
   }
@@ -142,7 +143,7 @@ void log_finder::find_file(const std::string& path, bool named) {
     return;
   }
   found_log log;
-  log.source = {path, kind.value_or(log_kind::evtx), about.st_dev, about.st_ino};
+  log.source = {path, "", kind.value_or(log_kind::evtx), about.st_dev, about.st_ino};
   log.descriptor = file.get();
   log.size = size;
   log.carve = carve_ != carve_what::nothing;

@@ -116,12 +116,10 @@ void timeline_logs::classify(const found_log& log, std::span<const std::byte> bl
 }
 
 void timeline_logs::hand_on(const LogEntry& entry) {
-  const write_context context{.channel = entry.channel,
+  const write_context context{.log = source_of(entry),
                               .inc_slack = options_.inc_slack,
                               .show_offsets = options_.show_offsets,
                               .allparams = options_.allparams,
-                              .log_is_evtx = entry.is_evtx,
-                              .log_reserved = entry.reserved,
                               .username = options_.username,
                               .hostname = options_.hostname,
                               .program_name = options_.program_name};

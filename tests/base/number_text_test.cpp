@@ -3,10 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cinttypes>
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "base/digits.h"
 #include "base/path_text.h"
 
 namespace zanvik {
@@ -137,6 +141,26 @@ TEST(qx_path, references_to_the_environment) {
     EXPECT_EQ(expand_env_references(path, allow_vss), expanded);
   }
   EXPECT_LT(expand_env_references("%ZT_GROW%", false).size(), 70'000u);
+}
+
+// Each number of digits, from its least to its greatest.
+TEST(digits, as_printf_writes_them) {
+  std::vector<std::uint64_t> values = {0, ~0ull, 0x0123456789abcdef, 1234567890123456789};
+  for (std::uint64_t power = 10; power != 10'000'000'000'000'000'000u; power *= 10) {
+    for (const std::uint64_t value : {power - 1, power, power + 1, 7 * power}) {
+      values.push_back(value);
+    }
+  }
+  for (unsigned bit = 0; bit < 64; ++bit) values.push_back((1ull << bit) - (bit % 3));
+  for (const std::uint64_t value : values) {
+    for (const unsigned width : {1u, 2u, 4u, 12u, 20u}) {
+      char expected[64], digits[64];
+      std::snprintf(expected, sizeof(expected), "%0*" PRIu64, static_cast<int>(width), value);
+      EXPECT_EQ(std::string(digits, write_decimal(digits, value, width)), expected);
+      std::snprintf(expected, sizeof(expected), "%0*" PRIx64, static_cast<int>(width), value);
+      EXPECT_EQ(std::string(digits, write_hex(digits, value, width)), expected);
+    }
+  }
 }
 
 }  // namespace

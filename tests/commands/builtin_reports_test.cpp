@@ -25,33 +25,36 @@ std::string letters(F&& passes) {
 TEST(builtin_reports, gates) {
   struct row {
     const char* reason;
-    classified_log log;
+    log_source log;
     const char* concerned;  // by the list of logs
     const char* lines;      // has lines for the log in hand
   };
   const row rows[] = {
-      {"security", {"a", "security", true, 0}, "ptl.c..", "ptl.c.."},
-      {"legacy security", {"a", "security", false, 0}, "ptl.c..", "ptl.c.."},
-      {"system: no clock changes", {"a", "system", true, 0}, ".t.s..u", "...s..u"},
-      {"legacy system: no USB", {"a", "system", false, 0}, ".t.s...", "...s..."},
+      {"security", {"a", "security", log_kind::evtx}, "ptl.c..", "ptl.c.."},
+      {"legacy security", {"a", "security", log_kind::evt}, "ptl.c..", "ptl.c.."},
+      {"system: no clock changes", {"a", "system", log_kind::evtx}, ".t.s..u", "...s..u"},
+      {"legacy system: no USB", {"a", "system", log_kind::evt}, ".t.s...", "...s..."},
       {"a path speaks for a log in hand",
-       {"X/SECURITY.EVTX", "any", true, 0},
+       {"X/SECURITY.EVTX", "any", log_kind::evtx},
        ".......",
        "ptl.c.."},
-      {"to clock changes a part of it", {"security/a", "any", true, 0}, ".......", ".t....."},
+      {"to clock changes a part of it",
+       {"security/a", "any", log_kind::evtx},
+       ".......",
+       ".t....."},
       {"partition log: nothing for USB",
-       {"a", "microsoft-windows-partition/diagnostic", true, 0},
+       {"a", "microsoft-windows-partition/diagnostic", log_kind::evtx},
        ".....mu",
        ".....m."},
-      {"no legacy partition log", {"a", "windows-partition", false, 0}, ".......", ".....m."},
-      {"drivers", {"a", "driverframeworks", true, 0}, "......u", "......u"},
-      {"devices", {"a", "microsoft-windows-kernel-pnp/x", true, 0}, "......u", "......u"},
-      {"a channel beside system", {"a", "my-system", true, 0}, ".......", "......u"},
-      {"another", {"a", "application", true, 0}, ".......", "......."},
+      {"no legacy partition log", {"a", "windows-partition", log_kind::evt}, ".......", ".....m."},
+      {"drivers", {"a", "driverframeworks", log_kind::evtx}, "......u", "......u"},
+      {"devices", {"a", "microsoft-windows-kernel-pnp/x", log_kind::evtx}, "......u", "......u"},
+      {"a channel beside system", {"a", "my-system", log_kind::evtx}, ".......", "......u"},
+      {"another", {"a", "application", log_kind::evtx}, ".......", "......."},
   };
   for (const row& r : rows) {
     EXPECT_EQ(letters([&](builtin_report report) {
-                return report_concerns_log(report, r.log.channel, r.log.is_evtx);
+                return report_concerns_log(report, r.log.channel, r.log.kind == log_kind::evtx);
               }),
               r.concerned)
         << r.reason;
@@ -68,14 +71,14 @@ struct report_summary {
   std::size_t columns = 0;  // named ones
 };
 
-report_summary summary_of(builtin_report report, const classified_log& log) {
+report_summary summary_of(builtin_report report, const log_source& log) {
   CommandList list;
   read_command_lines(list, report_lines(report, log));
-  classified_log hand = log;
+  log_source hand = log;
   const selection_options selection;
   const output_format format;
   const std::vector<std::string> no_fields;
-  const log_classifier classify = [&](classified_log& found, const std::string&) {
+  const log_classifier classify = [&](log_source& found, const std::string&) {
     found = log;
     return true;
   };
@@ -87,23 +90,25 @@ report_summary summary_of(builtin_report report, const classified_log& log) {
     sum.ids.insert(command.event_id);
     sum.columns += command.pull.size();
     EXPECT_FALSE(command.name.empty());
-    EXPECT_TRUE(log.is_evtx == (command.all_data || command.translators.size() == 6));
+    EXPECT_TRUE((log.kind == log_kind::evtx) ==
+                (command.all_data || command.translators.size() == 6));
   }
   return sum;
 }
 
 // Each line of a table becomes a command for its kind of log.
 TEST(builtin_reports, every_line_is_a_command) {
-  const classified_log evt{"a", "security", false, 0}, evtx{"a", "security", true, 0};
-  const classified_log system_evt{"a", "system", false, 0}, system_evtx{"a", "system", true, 0};
+  const log_source evt{"a", "security", log_kind::evt}, evtx{"a", "security", log_kind::evtx};
+  const log_source system_evt{"a", "system", log_kind::evt},
+      system_evtx{"a", "system", log_kind::evtx};
   struct row {
     builtin_report report;
-    const classified_log& log;
+    const log_source& log;
     std::size_t commands, ids, columns;
   };
-  const classified_log drivers{"a", "driverframeworks", true, 0};
-  const classified_log devices{"a", "windows-kernel-pnp", true, 0};
-  const classified_log partition{"a", "windows-partition", true, 0};
+  const log_source drivers{"a", "driverframeworks", log_kind::evtx};
+  const log_source devices{"a", "windows-kernel-pnp", log_kind::evtx};
+  const log_source partition{"a", "windows-partition", log_kind::evtx};
   const row rows[] = {
       {builtin_report::pw, evt, 4, 4, 1 + 7 + 6 + 16},
       {builtin_report::pw, evtx, 4, 4, 0},

@@ -37,13 +37,14 @@ struct build_setup {
     return commands;
   }
 
-  classified_log log{"Cases/Security.evtx", "security", true, 0};
+  log_source log{"Cases/Security.evtx", "security", log_kind::evtx};
   selection_options selection;
   output_format format;
   std::vector<std::string> hist_fields;
-  log_classifier classify = [this](classified_log& found, const std::string& path) {
+  log_classifier classify = [this](log_source& found, const std::string& path) {
     ++classified;
-    found = {path, path == "other.evt" ? "system" : "security", path != "other.evt", 0};
+    const bool legacy = path == "other.evt";
+    found = {path, legacy ? "system" : "security", legacy ? log_kind::evt : log_kind::evtx};
     return path != "lost";
   };
   int classified = 0;
@@ -98,9 +99,9 @@ TEST(build_command_set, levels) {
   EXPECT_EQ(command_of(setup, "-success_type, error").level_condition, "Level|2");
   EXPECT_EQ(command_of(setup, "-success_type, warning").level_condition, "Level|3");
   EXPECT_EQ(command_of(setup, "-success_type, Error").level_condition, "Level|Error");
-  setup.log = {"SysEvent.Evt", "system", false, 0};
-  setup.classify = [](classified_log& log, const std::string& path) {
-    log = {path, "system", false, 0};
+  setup.log = {"SysEvent.Evt", "system", log_kind::evt};
+  setup.classify = [](log_source& log, const std::string& path) {
+    log = {path, "system", log_kind::evt};
     return true;
   };
   EXPECT_EQ(command_of(setup, "-success_type, warning", true).level_condition, "success_type|2");

@@ -28,7 +28,7 @@ std::size_t for_each_event(std::span<const std::byte> log,
   });
   own_bytes bytes(log);
   evtx_event_reader reader(sink);
-  const log_source source{"x", log_kind::evtx, 0, 0};
+  const log_source source{"x", "", log_kind::evtx};
   reader.set_source(source);
   walk_evtx_block(bytes.span(), 0, reader, {});
   return events;

@@ -115,6 +115,85 @@ TEST(forms, text_of_any_length) {
   }
 }
 
+template <escape_form form>
+std::string escaped(const std::string& text, int encoding) {
+  byte_vector bytes;
+  for (const char c : text) {
+    if (encoding == 0) append_u16(bytes, static_cast<std::uint8_t>(c));
+    if (encoding == 1) bytes.push_back(static_cast<std::byte>(c));
+  }
+  std::string out(escaped_bound(2 * text.size()), '\0');
+  bool lossy = false;
+  const char* end = nullptr;
+  if (encoding == 0) {
+    own_bytes own(bytes);
+    const auto span = own.span();
+    end = write_escaped_utf16<form>(out.data(), span, span.data() + span.size(), lossy);
+  } else if (encoding == 1) {
+    end = write_escaped_ansi<form>(out.data(), bytes, lossy);
+  } else {
+    end = write_escaped_utf8<form>(out.data(), text, lossy);
+  }
+  return out.substr(0, static_cast<std::size_t>(end - out.data())) + (lossy ? "!" : "");
+}
+
+// A character is the same wherever it stands, and from whichever encoding it comes.
+template <escape_form form>
+void expect_characters_alone() {
+  std::vector<std::string> alone;
+  for (int c = 0; c < 0x80; ++c) alone.push_back(escaped<form>({static_cast<char>(c)}, 2));
+  unsigned next = 0;
+  for (std::size_t length = 0; length < 200; ++length) {
+    std::string text = std::string(length % 40, 'a'), expected = text;
+    bool lossy = false;
+    for (std::size_t i = 0; i < length % 40; i += 1 + length % 9) {
+      text.insert(text.begin() + static_cast<std::ptrdiff_t>(i), static_cast<char>(next++ % 0x80));
+    }
+    expected.clear();
+    for (const char c : text) {
+      std::string one = alone[static_cast<std::size_t>(c)];
+      if (one.size() > 1 && one.ends_with('!')) {
+        lossy = true;
+        one.pop_back();
+      }
+      expected += one;
+    }
+    if (lossy) expected += '!';
+    for (const int encoding : {0, 1, 2}) {
+      EXPECT_EQ(escaped<form>(text, encoding), expected) << length << ' ' << encoding;
+    }
+  }
+}
+
+TEST(forms, characters_of_all_encodings) {
+  expect_characters_alone<escape_form::json>();
+  expect_characters_alone<escape_form::json_line>();
+  expect_characters_alone<escape_form::xml_text>();
+  expect_characters_alone<escape_form::xml_attribute>();
+  expect_characters_alone<escape_form::csv>();
+  EXPECT_EQ(escaped<escape_form::json>("\b\f\x1f\x7f", 0), "\\b\\f\\u001f\x7f");
+  EXPECT_EQ(escaped<escape_form::json_line>("a\n\"", 1), "a \\\"");
+  EXPECT_EQ(escaped<escape_form::xml_attribute>("\t'\"\n", 0), "&#9;'&quot;&#10;");
+  EXPECT_EQ(escaped<escape_form::xml_text>("\t'\"\n\x0e", 2), "\t'\"\n\xef\xbf\xbd!");
+  EXPECT_EQ(escaped<escape_form::csv>({"a\"\0", 3}, 1), "a\"\"\xef\xbf\xbd!");
+}
+
+// More steps than there is room for at once, and long values between short ones.
+TEST(forms, long_events_are_whole) {
+  std::vector<data_field> data;
+  std::string expected = "<EventData>";
+  for (unsigned i = 0; i < 300; ++i) {
+    const std::string name = "N" + std::to_string(i);
+    const std::string text(i % 70 == 1 ? 1500 : i % 40, static_cast<char>('a' + i % 26));
+    const bool is_number = i % 5 == 0;
+    const std::string value = is_number ? std::to_string(i * 16807) : text;
+    data.push_back({name, is_number ? slot::uint32(i * 16807) : slot::utf16(text)});
+    expected += "<Data Name=\"" + name + (value.empty() ? "\"/>" : "\">" + value + "</Data>");
+  }
+  const std::string xml = exported(log_builder().chunk({record(7, {.data = data})}), "xml");
+  EXPECT_NE(xml.find(expected + "</EventData>"), std::string::npos);
+}
+
 TEST(forms, data_with_and_without_names) {
   const auto data = [](payload_form form, std::vector<data_field> fields) {
     return part(json_of({.form = form, .data = std::move(fields)}),

@@ -29,7 +29,6 @@ struct test_record {
   LogRecord record;
   std::string provider = "P";
   std::string description;
-  std::string path = "System.evtx";
   std::vector<test_field> fields;
 
   explicit test_record(std::uint64_t event_id, std::vector<test_field> values = {})
@@ -70,7 +69,6 @@ inline void test_record::add_to(record_container& records) const {
   LogRecord added = record;
   added.provider = records.intern_text(provider);
   added.description = records.intern_text(description);
-  added.extra_text = records.intern_text(path);
   added.shape = records.intern_shape(std::move(shape));
   if (!block.empty()) {
     char* to = records.arena().reserve(block.size());
@@ -95,9 +93,17 @@ inline output_format csv_format() {
   return format;
 }
 
-// The output of write_records for the records, in the given order.
+inline log_source test_log(std::string_view path = "System.evtx") {
+  log_source log;
+  log.path = path;
+  return log;
+}
+
+// The output of write_records for the records, in the given order; of "System.evtx" unless
+// `context` has another log.
 inline std::string table_text(const std::vector<test_record>& given, output_format format,
-                              const write_context& context = {}) {
+                              write_context context = {}) {
+  if (context.log.path.empty()) context.log = test_log();
   record_container records;
   for (const test_record& record : given) record.add_to(records);
   std::ostringstream out;
@@ -145,6 +151,7 @@ class record_maker {
     if (one_in(6)) text[below(text.size())] = ",|\n\r"[below(4)];
     return text;
   }
+  log_source log() { return test_log(one_in(4) ? "/Cases/Second,one.evtx" : "System.evtx"); }
   test_record record() {
     static const std::string names[] = {
         "",      "A",    "Channel",       "Computer", "EventID", "Provider Name",       "a,b",
@@ -167,7 +174,6 @@ class record_maker {
                   ? below(2)
                   : new_year_2013 / 3 * (one_in(4) ? 2 : 3) + random_() * std::uint64_t{1000});
     if (one_in(3)) made.caption(one_in(2) ? "cap" : "a caption, longer");
-    if (one_in(4)) made.path = "/Cases/Second,one.evtx";
     return made;
   }
 

@@ -31,7 +31,8 @@ output_format body_format() {
 }
 
 write_context of_log(write_context context = {}) {
-  context.channel = "system";
+  context.log = test_log();
+  context.log.channel = "system";
   context.program_name = "zanvik";
   return context;
 }
@@ -80,11 +81,11 @@ TEST(timeline, columns_that_depend_on_options_and_the_log) {
   named.username = "Ann,B";
   named.hostname = "H";
   write_context unnamed = of_log();
-  unnamed.channel = "";
+  unnamed.log.channel = "";
   write_context legacy = of_log();
-  legacy.channel = "";
-  legacy.log_is_evtx = false;
-  legacy.log_reserved = 258;
+  legacy.log.channel = "";
+  legacy.log.kind = log_kind::evt;
+  legacy.log.inode = 258;
   const write_context offsets = of_log({.inc_slack = true, .show_offsets = true});
   const test_record bare = test_record(1).from("");
   const test_record slack = test_record(1).flags(record_plain_or_slack);
@@ -120,11 +121,12 @@ TEST(timeline, separators_and_line_ends_in_texts) {
   test_record record =
       test_record(1, {{"Computer", "x,y"}, {"a,b", "1,2|3"}, {"c", "\r"}, {"d", "p\r\nq"}})
           .from("A,\nB");
-  record.path = "a,\nb.evtx";
+  write_context context = of_log();
+  context.log.path = "a,\nb.evtx";
   // The list is marked as a whole: beside the CR LF, the lone CR is kept.
   const std::string rest = "2,a;\nb.evtx,0,{\"Provider\":\"A;[LF]B\"},zanvik (morvane),Record# 7\n";
   EXPECT_NE(
-      table_text({record}, timeline_format(), of_log())
+      table_text({record}, timeline_format(), context)
           .find(",x,y,Event ID: 1 : A;\nB,[Computer:x;y] [a;b:1;2|3] [c:\r] [d:p[CRLF]q]," + rest),
       std::string::npos);
   output_format tabs = timeline_format();
@@ -142,7 +144,7 @@ TEST(timeline, no_line_without_a_time_but_its_header) {
 TEST(body_file, lines) {
   write_context all = of_log();
   all.allparams = true;
-  all.log_reserved = 258;
+  all.log.inode = 258;
   const std::string times = "|1357005600|1357005600|1357005600|1357005600\n";
   const std::tuple<const char*, test_record, write_context, std::string> cases[] = {
       {"no fields unless asked for", service_record(), of_log(),
@@ -198,13 +200,15 @@ TEST(timeline, fast_way_gives_what_the_plain_one_does) {
     output_memory memory;
     bool plain_pending = memory.header_pending = make.one_in(2);
     if (make.one_in(3)) format.alias_paths = {{"/cases", "L,|"}};
-    const std::string channel = make.one_in(2) ? make.value() : "", user = make.value();
-    const write_context context{.channel = channel,
+    log_source log = make.log();
+    log.channel = make.one_in(2) ? make.value() : "";
+    log.kind = make.one_in(3) ? log_kind::evt : log_kind::evtx;
+    log.inode = make.one_in(2) ? 0u : 77u;
+    const std::string user = make.value();
+    const write_context context{.log = log,
                                 .inc_slack = make.one_in(2),
                                 .show_offsets = make.one_in(2),
                                 .allparams = make.one_in(2),
-                                .log_is_evtx = !make.one_in(3),
-                                .log_reserved = make.one_in(2) ? 0u : 77u,
                                 .username = user,
                                 .program_name = "zanvik"};
     record_container records;

@@ -54,7 +54,7 @@ TEST(write_records, takes_the_form_from_the_format) {
   output_format format = csv_format();
   format.output_csv = false;  // as a form without records leaves it
   output_memory memory;
-  write_records(none, records, format, {.channel = "system"}, memory);
+  write_records(none, records, format, {.log = test_log()}, memory);
   EXPECT_EQ(none.str(), "");
 
   std::ostringstream out;
@@ -120,13 +120,14 @@ TEST(fast_and_plain, agree_on_generated_tables) {
   for (unsigned seed = 1; seed <= 300; ++seed) {
     record_maker make(seed);
     output_format format = any_format(make);
-    const write_context context{.inc_slack = make.one_in(2), .show_offsets = make.one_in(2)};
+    write_context context{.inc_slack = make.one_in(2), .show_offsets = make.one_in(2)};
     record_container records;
     output_memory memory;
     for (int log = 0; log < 3; ++log) {
       for (std::size_t i = 0, count = 1 + make.below(12); i < count; ++i) {
         make.record().add_to(records);
       }
+      context.log = make.log();
       const std::string plain = plain_text(records, format, context);
       std::ostringstream out;
       write_records(out, records, format, context, memory);

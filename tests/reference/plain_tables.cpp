@@ -159,7 +159,7 @@ std::string plain_table::row(const LogRecord& record, std::size_t number) {
       add_text(found->second);
     }
   }
-  add_text(apply_alias(format_, *record.extra_text));
+  add_text(apply_alias(format_, context_.log.path));
   cells.resize(columns_.size());  // what moved past the end is dropped
   std::string line;
   for (const std::string& cell : cells) {

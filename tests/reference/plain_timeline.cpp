@@ -67,11 +67,11 @@ std::string timeline_line(const LogRecord& record, const output_format& format,
     }
     return text;
   };
-  std::string sourcetype(context.channel);
-  if (sourcetype.empty() && context.log_is_evtx && fields.count("Channel")) {
+  std::string sourcetype(context.log.channel);
+  if (sourcetype.empty() && context.log.kind == log_kind::evtx && fields.count("Channel")) {
     sourcetype = fields["Channel"];
   }
-  const char* const computer = context.log_is_evtx ? "Computer" : "computer name";
+  const char* const computer = context.log.kind == log_kind::evtx ? "Computer" : "computer name";
   const std::string host = fields.count(computer) ? fields[computer] : "";
   std::string desc = field_list(fields, "] ");
   cut_last(desc, 1);
@@ -79,11 +79,12 @@ std::string timeline_line(const LogRecord& record, const output_format& format,
   if (!record.provider->empty()) event += " : " + *record.provider;
   std::string line = time_columns(record.time, format);
   for (const std::string& text :
-       {std::string("UTC"), std::string("M..B"), std::string(context.log_is_evtx ? "EVTX" : "EVT"),
-        sourcetype, std::string("Event Logged"), std::string(context.username), host,
-        cleaned(event), mark_line_ends(cleaned(desc)), std::string("2"),
-        cleaned(apply_alias(format, *record.extra_text)),
-        inode_text(context.log_reserved, format.base16),
+       {std::string("UTC"), std::string("M..B"),
+        std::string(context.log.kind == log_kind::evtx ? "EVTX" : "EVT"), sourcetype,
+        std::string("Event Logged"), std::string(context.username), host, cleaned(event),
+        mark_line_ends(cleaned(desc)), std::string("2"),
+        cleaned(apply_alias(format, context.log.path)),
+        inode_text(context.log.inode, format.base16),
         mark_line_ends(cleaned(notes_of(record, format, context))),
         std::string(context.program_name) + " (morvane)",
         "Record# " + std::to_string(record.record_number)}) {
@@ -102,7 +103,7 @@ std::string body_line(const LogRecord& record, const write_context& context) {
     cut_last(name, 2);  // of the ", " before it if there is no field
   }
   replace_char(name, '|', ';', false);
-  std::string line = "0|" + name + '|' + std::to_string(context.log_reserved) + "||0|0|0";
+  std::string line = "0|" + name + '|' + std::to_string(context.log.inode) + "||0|0|0";
   for (int i = 0; i < 4; ++i) line += '|' + std::to_string(body_seconds(record.time));
   return line + '\n';
 }

@@ -204,7 +204,7 @@ class plain_sink : public record_sink {
     if (after_slack) add_slot_columns(columns, copy.flags, record);
     if (after_slack && record.plain && record.in_slack) clean_slack_columns(columns);
     pack_columns(copy, columns, records_);
-    for (const std::string** text : {&copy.provider, &copy.description, &copy.extra_text}) {
+    for (const std::string** text : {&copy.provider, &copy.description}) {
       *text = records_.intern_text(**text);
     }
     records_.add(copy);
@@ -222,8 +222,8 @@ CommandSet commands_of(log_run& run) {
   if (!options.cmd_file.empty()) {
     CommandList list;
     read_command_file(list, options.cmd_file);
-    classified_log log = run.log;
-    const log_classifier classifier = [&](classified_log& named, const std::string& path) {
+    log_source log = run.log;
+    const log_classifier classifier = [&](log_source& named, const std::string& path) {
       LogEntry entry;
       const bool known = classify_log(entry, path, run.probe);
       named = source_of(entry);
@@ -271,11 +271,10 @@ std::string plain_results(std::vector<std::string> words) {
     record_reader reader(options.format, false);
     walk_evtx_block(bytes, file_header_bytes, reader, sink, settings);
     if (records.empty()) continue;
-    const write_context context{.channel = run.log.channel,
+    const write_context context{.log = run.log,
                                 .inc_slack = options.inc_slack,
                                 .show_offsets = options.show_offsets,
                                 .allparams = options.allparams,
-                                .log_is_evtx = run.log.is_evtx,
                                 .username = options.username,
                                 .program_name = "zanvik"};
     const auto ordered = records.in_time_order();

@@ -87,7 +87,7 @@ std::vector<seen_event> carved(const byte_vector& bytes, std::size_t piece = 1 <
     }
     std::vector<seen_event> events;
   } sink;
-  carve(bytes, sink, {"a.bin", log_kind::evtx, 0, 0}, piece);
+  carve(bytes, sink, {"a.bin", "", log_kind::evtx}, piece);
   return sink.events;
 }
 

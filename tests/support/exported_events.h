@@ -50,7 +50,7 @@ class writing_sink : public event_sink {
   }
 
  private:
-  log_source source_{"a.evtx", log_kind::evtx, 0, 0};
+  log_source source_{"a.evtx", "", log_kind::evtx};
   std::string text_;
   output_buffer out_;
   std::unique_ptr<event_form> form_;

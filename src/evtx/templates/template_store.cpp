@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/hash_mix.h"
+#include "base/unique_number.h"
 #include "evtx/templates/template_record.h"
 
 namespace zanvik {
@@ -139,7 +140,7 @@ const template_store::kept_layout* template_store::keep(record_layout layout) {
     if (same_content(it->second->layout, layout)) return it->second.get();
   }
   const std::uint64_t cost = cost_of(layout);
-  layout.id = ++last_id_;
+  layout.id = unique_number();
   held_bytes_ += cost;
   auto kept = std::make_unique<kept_layout>(kept_layout{std::move(layout), cost});
   return layouts_.emplace(hash, std::move(kept))->second.get();

@@ -91,7 +91,6 @@ class template_store {
   std::unordered_map<layout_key, const kept_layout*, key_hash> by_bodies_;
   std::unordered_multimap<std::uint64_t, std::unique_ptr<kept_layout>> layouts_;  // by keyed hash
   std::size_t held_bytes_ = 0;
-  std::uint64_t last_id_ = 0;
 };
 
 // Decodes what `key` says about a record at once, charged only to the body bytes of `budget`. The

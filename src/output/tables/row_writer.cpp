@@ -63,24 +63,25 @@ row_writer::row_writer(row_buffer& out, time_cells& times, table_plan& table,
   // searched.
   const char separator = rules_.separator_char;
   look_at_all_ = separator != 0 && separator != ',' && separator != '|';
+  append_text_cell(log_cell_, apply_alias(format, context.log.path), layout_.columns.back().width,
+                   rules_);
   fixed_room_ = fixed_cells_room + date_width_ + time_width_ + 8 * format.csv_separator.size();
 }
 
 void row_writer::write(const LogRecord& record) {
   const row_plan& plan = plan_of(record);
-  if (record.description != table_.ends.description || record.provider != table_.ends.provider ||
-      record.level != table_.ends.level || record.is_evtx != table_.ends.is_evtx) {
+  if (record.description != description_ || record.provider != provider_ ||
+      record.level != level_ || record.is_evtx != is_evtx_) {
     renew_caption(record);
   }
-  if (record.extra_text != table_.ends.log_path) renew_log_cell(record);
-  row_room_ = fixed_room_ + table_.ends.caption.size() + plan.room + table_.ends.log_cell.size();
+  row_room_ = fixed_room_ + caption_.size() + plan.room + log_cell_.size();
 
   char* at = out_.room(row_room_);
   at = put_separator(put_number(at, record.record_number, number_width_));
   at = put_separator(put_number(at, record.event_id & 0xffff, number_width_));
   at = put_time(at, record.time);
   if (context_.show_offsets || context_.inc_slack) at = put_marks(at, record);
-  at = put_text(at, table_.ends.caption);
+  at = put_text(at, caption_);
   if (rules_.quoted) {
     at = rules_.padded ? put_fields<true, true>(at, plan, record.values)
                        : put_fields<false, true>(at, plan, record.values);
@@ -88,7 +89,7 @@ void row_writer::write(const LogRecord& record) {
     at = rules_.padded ? put_fields<true, false>(at, plan, record.values)
                        : put_fields<false, false>(at, plan, record.values);
   }
-  if (plan.has_log_cell) at = put_text(at, table_.ends.log_cell);
+  if (plan.has_log_cell) at = put_text(at, log_cell_);
   if (format_.row_newline) *at++ = '\n';
   out_.commit(at);
 }
@@ -108,26 +109,19 @@ const row_plan& row_writer::plan_of(const LogRecord& record) {
 }
 
 void row_writer::renew_caption(const LogRecord& record) {
-  table_.ends.description = record.description;
-  table_.ends.provider = record.provider;
-  table_.ends.level = record.level;
-  table_.ends.is_evtx = record.is_evtx;
+  description_ = record.description;
+  provider_ = record.provider;
+  level_ = record.level;
+  is_evtx_ = record.is_evtx;
   std::size_t column = layout_.first_field - 1 - layout_.has_description - layout_.has_provider;
   const auto add = [&](std::string_view text) {
-    append_text_cell(table_.ends.caption, text, layout_.columns[column++].width, rules_);
-    table_.ends.caption += format_.csv_separator;
+    append_text_cell(caption_, text, layout_.columns[column++].width, rules_);
+    caption_ += format_.csv_separator;
   };
-  table_.ends.caption.clear();
-  add(level_text(table_.ends.is_evtx, table_.ends.level));
-  if (layout_.has_description) add(*table_.ends.description);
-  if (layout_.has_provider) add(*table_.ends.provider);
-}
-
-void row_writer::renew_log_cell(const LogRecord& record) {
-  table_.ends.log_path = record.extra_text;
-  table_.ends.log_cell.clear();
-  append_text_cell(table_.ends.log_cell, apply_alias(format_, *table_.ends.log_path),
-                   layout_.columns.back().width, rules_);
+  caption_.clear();
+  add(level_text(is_evtx_, level_));
+  if (layout_.has_description) add(*description_);
+  if (layout_.has_provider) add(*provider_);
 }
 
 char* row_writer::put_separator(char* at) const { return put_text(at, format_.csv_separator); }

@@ -33,7 +33,6 @@ class row_writer {
 
   const row_plan& plan_of(const LogRecord& record);
   void renew_caption(const LogRecord& record);
-  void renew_log_cell(const LogRecord& record);
 
   char* put_time(char* at, std::uint64_t filetime);
   char* put_marks(char* at, const LogRecord& record);
@@ -54,6 +53,14 @@ class row_writer {
   std::size_t time_width_ = 0;
   bool look_at_all_ = false;    // values without a mark may contain the separator too
   std::size_t fixed_room_ = 0;  // of the cells before the level's
+
+  // The ends of a row, which rarely change from one to the next, and what they were made for.
+  std::string caption_;  // from the level's cell up to the first field
+  const std::string* description_ = nullptr;
+  const std::string* provider_ = nullptr;
+  std::uint32_t level_ = 0;
+  bool is_evtx_ = false;
+  std::string log_cell_;  // the last one
 
   std::size_t row_room_ = 0;  // the size of the current row without its long values
 

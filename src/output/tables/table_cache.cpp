@@ -19,9 +19,9 @@ table_plan make_plan(std::span<const LogRecord* const> records, const output_for
 
 }  // namespace
 
-void table_cache::start_generation(std::uint64_t generation) {
-  if (generation != generation_) plans_.clear();
-  generation_ = generation;
+void table_cache::use_with(const record_container& records) {
+  if (contents_id_ != records.contents_id()) plans_.clear();
+  contents_id_ = records.contents_id();
 }
 
 bool table_cache::all_alike(std::span<const LogRecord* const> records) {

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/hash_mix.h"
 #include "events/log_record.h"
 #include "options/output_format.h"
 #include "output/tables/row_plan.h"
@@ -18,30 +19,18 @@
 
 namespace zanvik {
 
-// The ends of a row, which rarely change from one to the next, and what they were made for.
-struct row_ends {
-  std::string caption;  // from the level's cell up to the first field
-  const std::string* description = nullptr;
-  const std::string* provider = nullptr;
-  std::uint32_t level = 0;
-  bool is_evtx = false;
-  std::string log_cell;  // the last one
-  const std::string* log_path = nullptr;
-};
-
 // What is computed before a table's rows are written, or with the first row of a shape.
 struct table_plan {
   table_layout layout;
   std::string header;          // its line
   std::vector<row_plan> rows;  // by the layout's number for the shape, made when needed
   std::size_t row_bytes = 0;   // that they hold
-  row_ends ends;
 };
 
 class table_cache {
  public:
-  // Forgets the plans of an earlier generation of the record container.
-  void start_generation(std::uint64_t generation);
+  // Forgets the plans of shapes that are gone; call it before the tables of a container.
+  void use_with(const record_container& records);
 
   // The plan for a table of these records, of which there is at least one; valid until the next
   // call.
@@ -50,7 +39,7 @@ class table_cache {
 
  private:
   struct key {
-    const record_shape* shape = nullptr;
+    std::uint64_t shape_id = 0;
     bool is_evtx = false;
     bool has_description = false;
 
@@ -58,17 +47,18 @@ class table_cache {
   };
   struct key_hash {
     std::size_t operator()(const key& of) const {
-      return std::hash<const record_shape*>{}(of.shape) * 4 + of.is_evtx * 2u + of.has_description;
+      return static_cast<std::size_t>(
+          keyed_hash(of.shape_id, of.is_evtx * 2u + of.has_description));
     }
   };
   static bool all_alike(std::span<const LogRecord* const> records);
   static key key_of(const LogRecord& record) {
-    return {record.shape, record.is_evtx, !record.description->empty()};
+    return {record.shape->id, record.is_evtx, !record.description->empty()};
   }
 
   std::unordered_map<key, table_plan, key_hash> plans_;
-  std::uint64_t generation_ = 0;
-  table_plan own_plan_;  // of a table that is unlike any other
+  std::uint64_t contents_id_ = 0;  // of the container
+  table_plan own_plan_;            // of a table that is unlike any other
 };
 
 }  // namespace zanvik

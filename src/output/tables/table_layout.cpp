@@ -208,8 +208,8 @@ void add_columns(table_layout& layout, const survey& found, const output_format&
 
 }  // namespace
 
-std::size_t shape_index::find(const record_shape* shape, bool anomalous) {
-  const auto [at, added] = numbers_[anomalous].try_emplace(shape, count_);
+std::size_t shape_index::find(std::uint64_t shape_id, bool anomalous) {
+  const auto [at, added] = numbers_[anomalous].try_emplace(shape_id, count_);
   if (added) ++count_;
   return at->second;
 }

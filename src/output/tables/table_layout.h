@@ -33,19 +33,20 @@ class shape_index {
   std::size_t of(const LogRecord& record) {
     const bool anomalous = is_anomalous(record);
     last& recent = last_[anomalous];
-    if (recent.shape != record.shape) recent = {record.shape, find(record.shape, anomalous)};
+    const std::uint64_t shape = record.shape->id;
+    if (recent.shape_id != shape) recent = {shape, find(shape, anomalous)};
     return recent.number;
   }
   std::size_t size() const { return count_; }
 
  private:
   struct last {
-    const record_shape* shape = nullptr;
+    std::uint64_t shape_id = 0;
     std::size_t number = 0;
   };
-  std::size_t find(const record_shape* shape, bool anomalous);
+  std::size_t find(std::uint64_t shape_id, bool anomalous);
 
-  std::unordered_map<const record_shape*, std::size_t> numbers_[2];
+  std::unordered_map<std::uint64_t, std::size_t> numbers_[2];  // by shape ID
   std::size_t count_ = 0;
   last last_[2];
 };

@@ -106,8 +106,9 @@ field_style field_style_of(const output_format& format, const write_context& con
     style.separator_char = format.separator_char;
     style.separator_substitute = format.separator_substitute;
   }
-  style.host_name = context.log_is_evtx ? "Computer" : "computer name";
-  if (context.log_is_evtx && context.channel.empty()) style.channel_name = "Channel";
+  style.host_name = context.log.kind == log_kind::evtx ? "Computer" : "computer name";
+  if (context.log.kind == log_kind::evtx && context.log.channel.empty())
+    style.channel_name = "Channel";
   return style;
 }
 
@@ -117,8 +118,8 @@ field_plan make_field_plan(const record_shape& shape, const field_style& style) 
   return planner.finish();
 }
 
-void field_plans::find(const record_shape* shape) {
-  const auto found = plans_.find(shape);
+void field_plans::find(const record_shape& shape) {
+  const auto found = plans_.find(shape.id);
   if (found == plans_.end() && plan_bytes_ > most_plan_bytes) {
     plans_.clear();
     plan_bytes_ = 0;
@@ -126,11 +127,11 @@ void field_plans::find(const record_shape* shape) {
   if (found != plans_.end()) {
     last_plan_ = &found->second;
   } else {
-    field_plan plan = make_field_plan(*shape, style_);
+    field_plan plan = make_field_plan(shape, style_);
     plan_bytes_ += plan.text.size() + plan.steps.size() * sizeof(field_step) + sizeof(field_plan);
-    last_plan_ = &plans_.emplace(shape, std::move(plan)).first->second;
+    last_plan_ = &plans_.emplace(shape.id, std::move(plan)).first->second;
   }
-  last_shape_ = shape;
+  last_shape_id_ = shape.id;
 }
 
 void field_values::read(const LogRecord& record) {

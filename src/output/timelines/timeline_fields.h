@@ -66,20 +66,20 @@ class field_plans {
   explicit field_plans(const field_style& style) : style_(style) {}
 
   // Valid until the next call.
-  const field_plan& of(const record_shape* shape) {
-    if (shape != last_shape_) find(shape);
+  const field_plan& of(const record_shape& shape) {
+    if (shape.id != last_shape_id_) find(shape);
     return *last_plan_;
   }
 
  private:
   static constexpr std::size_t most_plan_bytes = std::size_t{16} << 20;
 
-  void find(const record_shape* shape);
+  void find(const record_shape& shape);
 
   field_style style_;
-  std::unordered_map<const record_shape*, field_plan> plans_;
+  std::unordered_map<std::uint64_t, field_plan> plans_;  // by shape ID
   std::size_t plan_bytes_ = 0;
-  const record_shape* last_shape_ = nullptr;
+  std::uint64_t last_shape_id_ = 0;
   const field_plan* last_plan_ = nullptr;
 };
 

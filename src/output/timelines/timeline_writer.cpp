@@ -42,7 +42,7 @@ class timeline_writer {
 
  private:
   void renew_provider(const LogRecord& record);
-  void renew_log(const LogRecord& record);
+  std::string log_part() const;
   char* put_time(char* at, std::uint64_t filetime);
   char* put_desc(char* at, const field_plan& plan);
   char* put_notes(char* at, const LogRecord& record);
@@ -69,9 +69,7 @@ class timeline_writer {
   std::string notes_;          // if the offset is not shown
   const std::string* provider_ = nullptr;
   bool from_slack_ = false;
-  // After the list of fields up to the notes, and the path it was made for.
-  std::string log_part_;
-  const std::string* log_path_ = nullptr;
+  std::string log_part_;  // after the list of fields, up to the notes
 
   std::string scratch_;
 };
@@ -86,24 +84,24 @@ timeline_writer::timeline_writer(row_buffer& out, const output_format& format,
       times_(format.descriptor) {
   const std::string& separator = format.csv_separator;
   lead_ = separator + "UTC" + separator + "M..B" + separator +
-          (context.log_is_evtx ? "EVTX" : "EVT") + separator;
+          (context.log.kind == log_kind::evtx ? "EVTX" : "EVT") + separator;
   event_part_ = separator + "Event Logged" + separator + std::string(context.username) + separator;
   id_part_ = separator + "Event ID: ";
+  log_part_ = log_part();
   tail_ = separator + std::string(context.program_name) + " (morvane)" + separator + "Record# ";
 }
 
 void timeline_writer::write(const LogRecord& record) {
   if (!is_valid_filetime(record.time)) return;
-  const field_plan& plan = plans_.of(record.shape);
+  const field_plan& plan = plans_.of(*record.shape);
   values_.read(record);
   const bool from_slack = context_.inc_slack && (record.flags & record_plain_or_slack) != 0;
   if (record.provider != provider_ || from_slack != from_slack_) {
     from_slack_ = from_slack;
     renew_provider(record);
   }
-  if (record.extra_text != log_path_) renew_log(record);
   const std::string_view channel =
-      context_.channel.empty() ? values_.of(plan.channel) : context_.channel;
+      context_.log.channel.empty() ? values_.of(plan.channel) : context_.log.channel;
   const std::string_view host = values_.of(plan.host);
   row_room_ = fixed_room + 2 * format_.csv_separator.size() + lead_.size() + channel.size() +
               event_part_.size() + host.size() + id_part_.size() + provider_part_.size() +
@@ -137,13 +135,12 @@ void timeline_writer::renew_provider(const LogRecord& record) {
   notes_ = members_.empty() ? std::string() : mark_line_ends('{' + members_ + '}');
 }
 
-void timeline_writer::renew_log(const LogRecord& record) {
-  log_path_ = record.extra_text;
-  std::string path = apply_alias(format_, *log_path_);
+std::string timeline_writer::log_part() const {
+  std::string path = apply_alias(format_, context_.log.path);
   clean(path, style_);
-  const std::string inode = inode_text(context_.log_reserved, format_.base16);
+  const std::string inode = inode_text(context_.log.inode, format_.base16);
   const std::string& separator = format_.csv_separator;
-  log_part_ = separator + "2" + separator + path + separator + inode + separator;
+  return separator + "2" + separator + path + separator + inode + separator;
 }
 
 char* timeline_writer::put_time(char* at, std::uint64_t filetime) {
@@ -199,7 +196,7 @@ class body_writer {
         style_(field_style_of(format, context)),
         plans_(style_),
         allparams_(context.allparams),
-        log_part_("|" + std::to_string(context.log_reserved) + "||0|0|0|") {}
+        log_part_("|" + std::to_string(context.log.inode) + "||0|0|0|") {}
 
   void write(const LogRecord& record);
 
@@ -222,7 +219,7 @@ void body_writer::write(const LogRecord& record) {
   std::size_t room = fixed_room + provider_part_.size() + log_part_.size();
   const field_plan* plan = nullptr;
   if (allparams_) {
-    plan = &plans_.of(record.shape);
+    plan = &plans_.of(*record.shape);
     values_.read(record);
     room += plan->room + values_.total_bytes();
   }
