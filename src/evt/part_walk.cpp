@@ -28,18 +28,29 @@ void evt_part_walk::walk(std::span<const std::byte> part, std::uint64_t begin, b
   const byte_cursor bytes(part);
   if (!started_) {
     if (!last && !bytes.has(0, layout::record_head_bytes)) return;
-    ended_ = !start(bytes);
+    is_log_ = start(bytes);
   }
-  while (!ended_ && bytes.has(at_ - begin, layout::record_head_bytes)) {
-    passed_over_ = passed_over_ || passed_;
+  while (is_log_ && !cut_ && bytes.has(at_ - begin, layout::record_head_bytes)) {
     const std::uint64_t at = at_ - begin;
     const auto length = bytes.at_or_zero<std::uint32_t>(at);
     const auto signature = bytes.at_or_zero<std::uint32_t>(at + layout::signature_at);
-    if (signature == layout::signature && !take_record(bytes, at, begin, last)) return;
+    if (signature == layout::signature && !take_record(bytes, at, begin, last)) break;
     const bool known = signature == layout::signature || signature == layout::cursor_signature;
     at_ += known && length != 0 ? length : scan_step;
   }
-  if (last && at_ <= begin + part.size()) passed_over_ = passed_over_ || passed_;
+  if (is_log_ && (cut_ || last)) count_lost(bytes, begin);
+}
+
+// What is left when no more records are handed on: it may be longer than a window, or less than the
+// head of a record.
+void evt_part_walk::count_lost(const byte_cursor& bytes, std::uint64_t begin) {
+  for (; bytes.has(at_ - begin, 2 * scan_step); at_ += scan_step) {
+    const std::uint64_t at = at_ - begin;
+    if (bytes.at_or_zero<std::uint32_t>(at + layout::signature_at) == layout::signature &&
+        bytes.at_or_zero<std::uint32_t>(at) >= layout::record_head_bytes) {
+      ++lost_;
+    }
+  }
 }
 
 bool evt_part_walk::take_record(const byte_cursor& bytes, std::uint64_t at, std::uint64_t begin,
@@ -47,11 +58,11 @@ bool evt_part_walk::take_record(const byte_cursor& bytes, std::uint64_t at, std:
   const std::uint64_t length = bytes.at_or_zero<std::uint32_t>(at);
   const bool out_of_log = log_bytes_ != 0 && at_ + length > log_bytes_;
   if (out_of_log || (last && !bytes.has(at, length))) {
-    ended_ = true;  // even with more records behind it, as in walk_evt_log
+    cut_ = true;  // even with more records behind it, as in walk_evt_log
     return false;
   }
   if (length > limits::evt_record_bytes) {
-    passed_ = true;
+    ++lost_;
     return true;
   }
   if (!last && !bytes.has(at, length + reach_behind)) return false;

@@ -1,8 +1,8 @@
 // The walk over a legacy log that comes in parts, so that memory does not grow with the log.
 //
 // In: parts of the log, one behind the other; each begins where the caller kept the bytes from
-// `position` on. Out: the records that walk_evt_log finds in the whole log. A record longer than
-// limits::evt_record_bytes is passed over, which `passed_over` says.
+// `position` on. Out: the records that walk_evt_log finds in the whole log, but for those longer
+// than limits::evt_record_bytes; and the number of records that are there and were not handed on.
 #pragma once
 
 #include <cstdint>
@@ -23,20 +23,23 @@ class evt_part_walk {
 
   // Nothing before this offset of the log is needed any more.
   std::uint64_t position() const { return at_; }
-  bool passed_over() const { return passed_over_; }
+  // Records that are too long, that the log's end cuts, or that are behind such a cut one. Behind
+  // it, what has a signature and a possible length counts as a record.
+  std::uint64_t lost() const { return lost_; }
 
  private:
   bool start(const byte_cursor& bytes);
   // The record at `at` of the part. False when the part does not hold all that it may need.
   bool take_record(const byte_cursor& bytes, std::uint64_t at, std::uint64_t begin, bool last);
+  void count_lost(const byte_cursor& bytes, std::uint64_t begin);
 
   evt_sink& sink_;
   std::uint64_t log_bytes_;
   std::uint64_t at_ = 0;
   bool started_ = false;
-  bool ended_ = false;
-  bool passed_ = false;  // a long record, which may lead out of the log
-  bool passed_over_ = false;
+  bool is_log_ = true;
+  bool cut_ = false;  // by a record that reaches past the end of the log
+  std::uint64_t lost_ = 0;
   std::int64_t text_spent_ = 0;
   evt_record record_;
 };

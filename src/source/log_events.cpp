@@ -106,7 +106,7 @@ bool log_event_reader::read_evt(const found_log& log) {
         if (on_progress) on_progress(offset + block.size());
       });
   walk_window(true);
-  return whole && !walk.passed_over();
+  return whole && !(walk.lost() != 0);
 }
 
 bool log_event_reader::carve(const found_log& log) {

@@ -132,7 +132,7 @@ std::string in_parts(std::span<const std::byte> log, std::size_t part_bytes) {
     const std::size_t begin = std::min<std::size_t>(walk.position(), end);
     walk.walk(log.subspan(begin, end - begin), begin, end == log.size());
   }
-  return sink.told + (walk.passed_over() ? " passed over" : "");
+  return sink.told + (walk.lost() != 0 ? " lost " + std::to_string(walk.lost()) : "");
 }
 
 TEST(evt_part_walk, finds_the_same_in_parts_of_any_size) {
@@ -147,7 +147,20 @@ TEST(evt_part_walk, finds_the_same_in_parts_of_any_size) {
   }
 }
 
-// A record beyond the limit is said to be there; one that leads out of the log is not.
+TEST(evt_part_walk, counts_what_a_cut_record_costs) {
+  evt_builder log;
+  for (std::uint32_t n = 1; n <= 9; ++n) log.add({.record_num = n});
+  byte_vector bytes(log.bytes().begin(), log.bytes().end());
+  set_u32(bytes, log.record_offset(4), 0x7000);
+  for (const std::size_t part : {7u, 1000u, 1u << 20}) {
+    EXPECT_EQ(in_parts(bytes, part), "1()2()3()4() lost 5") << part;
+  }
+  // Of the last record there are 8 bytes.
+  bytes.assign(log.bytes().begin(),
+               log.bytes().begin() + static_cast<std::ptrdiff_t>(log.record_offset(8) + 8));
+  EXPECT_EQ(in_parts(bytes, 1000), "1()2()3()4()5()6()7()8() lost 1");
+}
+
 TEST(evt_part_walk, passes_over_a_record_that_is_too_long) {
   evt_builder log;
   log.add({.record_num = 1}).add({.record_num = 2});
@@ -155,10 +168,10 @@ TEST(evt_part_walk, passes_over_a_record_that_is_too_long) {
   constexpr std::size_t header_bytes = 48;
   constexpr std::uint32_t length = 5 << 20;
   std::memcpy(bytes.data() + header_bytes, &length, sizeof(length));
-  EXPECT_EQ(in_parts(bytes, 4096), "");
+  EXPECT_EQ(in_parts(bytes, 4096), " lost 2");  // it leads out of the log
   bytes.resize(header_bytes + length);
   bytes.insert(bytes.end(), log.bytes().begin() + header_bytes, log.bytes().end());
-  EXPECT_EQ(in_parts(bytes, 1 << 20), "1()2() passed over");
+  EXPECT_EQ(in_parts(bytes, 1 << 20), "1()2() lost 1");
 }
 
 }  // namespace
