@@ -3,6 +3,7 @@
 
 #include "export/event_form.h"
 #include "export/form_program.h"
+#include "export/line_text.h"
 
 namespace zanvik {
 namespace {
@@ -10,10 +11,6 @@ namespace {
 constexpr std::string_view header =
     "time,log,record,offset,channel,provider,event_id,level,computer,user_sid,process_id,"
     "thread_id,data";
-
-bool is_formula(std::string_view text) {
-  return !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
-}
 
 class csv_form : public event_form {
  public:

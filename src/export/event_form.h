@@ -3,6 +3,7 @@
 //   event_form.h    a form; each form is made in one file: json_form.cpp, xml_form.cpp ...
 //   form_program.h  constant text and gaps, computed once for each shape of events
 //   value_writer.h  a value in a gap; escaped_text.h text as a form needs it
+//   line_text.h     texts by themselves, in lines that are not made of events
 //   output_buffer.h where the bytes go
 //
 // In: event views. Out: a document of the form, well-formed whatever the events contain. To add a

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "export/escaped_text.h"
+#include "export/line_text.h"
 #include "sigma/rule_matches.h"
 
 namespace zanvik {
@@ -13,10 +13,9 @@ namespace {
 constexpr std::array<std::string_view, 3> formats{"jsonl", "csv", "timesketch"};
 
 std::string json_text(std::string_view text) {
-  std::string out = "\"";
-  bool lossy = false;
-  append_escaped(out, text, escape_form::json, lossy);
-  return out + '"';
+  std::string out;
+  append_json_text(out, text);
+  return out;
 }
 
 // The members of a rule, each name with `prefix` in front.
@@ -38,16 +37,9 @@ std::string json_members(const sigma::rule& r, std::string_view prefix) {
   return out;
 }
 
-// A cell of a table, which a spreadsheet must not take for a formula.
 void append_cell(std::string& out, std::string_view text, bool raw) {
-  const bool formula = !text.empty() && std::string_view("=+-@\t\r").find(text[0]) != text.npos;
-  out += ",\"";
-  if (formula && !raw) out += '\'';
-  for (const char c : text) {
-    if (c == '"') out += '"';
-    out += c;
-  }
-  out += '"';
+  out += ',';
+  append_csv_cell(out, text, cell_quotes::always, raw);
 }
 
 std::string table_cells(const sigma::rule& r, bool raw) {

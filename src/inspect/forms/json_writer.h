@@ -1,7 +1,5 @@
 // Writes JSON on one line: objects and lists with the commas in their places.
-//
-// Text may contain any bytes: control characters are escaped, and bytes that are not UTF-8 become
-// U+FFFD.
+// Texts are escaped as in the forms of export.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +7,6 @@
 #include <string_view>
 
 namespace zanvik {
-
-// Appends `text` in quotes.
-void append_json_text(std::string& out, std::string_view text);
 
 class json_writer {
  public:

@@ -1,4 +1,5 @@
 #include "base/digits.h"
+#include "export/line_text.h"
 #include "inspect/chunk_state.h"
 #include "inspect/forms/ledger_forms.h"
 
@@ -12,18 +13,8 @@ struct csv_row {
   std::string_view value{}, meaning{};
 };
 
-// In quotes if needed, with a quote in front if a spreadsheet would run it.
 void append_cell(std::string& out, std::string_view text) {
-  const bool formula =
-      !text.empty() && std::string_view("=+-@\t\r").find(text[0]) != std::string_view::npos;
-  const bool quoted = text.find_first_of(",\"\r\n") != std::string_view::npos;
-  if (quoted) out += '"';
-  if (formula) out += '\'';
-  for (const char c : text) {
-    if (c == '"') out += '"';
-    out += c;
-  }
-  if (quoted) out += '"';
+  append_csv_cell(out, text, cell_quotes::where_needed);
 }
 
 class csv_writer {
