@@ -66,7 +66,7 @@ _zanvik_verb() {
         --exclude-rule --tag -f --format --order --memory --temp-dir -o --output --raw-cells
         --details --list --stats --unique -q --quiet --slack --carve --from-list $take" ;;
     check)
-      _zanvik_words '-h --help -f --format --chunks --carve --list --from-list' ;;
+      _zanvik_words '-h --help -f --format -o --output -q --quiet --chunks --carve --list --from-list' ;;
     shard)
       _zanvik_words '-h --help -n --count -o --output --only --null --from-list' ;;
     merge)

@@ -16,8 +16,8 @@ bool is_formula(std::string_view cell) {
 }
 
 void append_csv_cell(std::string& out, std::string_view text, cell_quotes quotes, bool raw) {
-  const bool quoted = quotes == cell_quotes::always ||
-                      text.find_first_of(",\"\r\n") != std::string_view::npos;
+  const bool quoted =
+      quotes == cell_quotes::always || text.find_first_of(",\"\r\n") != std::string_view::npos;
   bool lossy = false;
   if (quoted) out += '"';
   if (!raw && is_formula(text)) out += '\'';

@@ -17,7 +17,6 @@ bool is_formula(std::string_view cell);
 
 enum class cell_quotes : unsigned char { always, where_needed };
 // Appends a cell; a formula gets a `'` in front, unless `raw`.
-void append_csv_cell(std::string& out, std::string_view text, cell_quotes quotes,
-                     bool raw = false);
+void append_csv_cell(std::string& out, std::string_view text, cell_quotes quotes, bool raw = false);
 
 }  // namespace zanvik

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/time_value.h"
+#include "evt/part_walk.h"
 #include "evtx/container/chunk.h"
 #include "inspect/carve_ledger.h"
 #include "inspect/checksum.h"
@@ -154,7 +155,7 @@ void inspect_evt(const found_log& log, log_ledger& out) {
   evt_event_reader reader(sink);
   reader.set_source(log.source);
   reader.set_buffer(0, bytes.data() + bytes.size());
-  walk_evt_log(bytes, reader);
+  evt_part_walk(reader, bytes.size()).walk(bytes, 0, true);  // as export does
   evt_ledger ledger(out, latest_time(log));
   ledger.run(bytes, sink.offsets);
   if (bytes.size() < out.size || !whole) {

@@ -205,6 +205,12 @@ TEST(check_run, its_status_is_for_scripts) {
   EXPECT_EQ(status({"check", scratch.path("gap.evtx"), scratch.path("none.evtx")}), 1);
   EXPECT_EQ(status({"check", "--format", "xml", scratch.path("gap.evtx")}), 2);
   EXPECT_EQ(status({"check"}), 2);
+  // To a file, which is none of those to read.
+  const std::string gap_path = scratch.path("gap.evtx"), out = scratch.path("ledger");
+  EXPECT_EQ(status({"check", "-q", "--output", out, gap_path}), 4);
+  EXPECT_EQ(file_text(out), run_zanvik({"check", gap_path}).out);
+  EXPECT_EQ(status({"check", "-o", gap_path, scratch.path("")}), 2);
+  EXPECT_EQ(run_zanvik({"check", gap_path}).status, 4) << "it is untouched";
 }
 
 TEST(check_run, reads_a_stream_as_it_reads_the_file) {
