@@ -19,6 +19,15 @@ enum class cell_form {
 char* clean_cell_text(char* begin, char* end, cell_form form, bool& marked);
 void clean_cell_text(std::string& text, cell_form form);
 
+// Whether the text [begin, end) is a single comma, which a line break becomes: such a cell is stored
+// empty.
+inline bool is_lone_comma(const char* begin, const char* end) {
+  return end - begin == 1 && *begin == ',';
+}
+inline std::string_view without_lone_comma(std::string_view text) {
+  return is_lone_comma(text.data(), text.data() + text.size()) ? std::string_view() : text;
+}
+
 // What `write_cell_text` does, for any value.
 char* write_any_cell_text(value_writer& writer, char* out, const raw_value& value, cell_form form,
                           bool& marked);

@@ -15,39 +15,30 @@ constexpr std::string_view closing = "</channel>";
 constexpr std::uint64_t first_bxml =
     evtx_layout::chunk_header_bytes + evtx_layout::record_header_bytes;
 
-// Stands for the value of a slot in an outline, followed by the slot's number in two digits.
-constexpr char mark = '\x01';
-constexpr std::size_t mark_bytes = 3;
-static_assert(limits::slots_per_table <= 100);
-
-std::string mark_of(std::size_t slot) {
-  return {mark, static_cast<char>('0' + slot / 10), static_cast<char>('0' + slot % 10)};
-}
-
-std::size_t marked_slot(std::string_view text) {
-  return static_cast<std::size_t>(text[1] - '0') * 10 + static_cast<std::size_t>(text[2] - '0');
-}
-
-// A body's text in lower case, with marks instead of the values of its slots, or without them.
-std::string body_text(const chunk_view& chunk, const template_ref& ref, std::size_t slot_count,
-                      bool with_marks) {
-  std::vector<slot_entry> slots(slot_count);
-  for (std::size_t i = 0; i < slots.size(); ++i) {
-    slots[i].type = value_type::utf16;
-    slots[i].composed = true;
-    if (with_marks) slots[i].text = mark_of(i);
-  }
-  field_map fields;
+// A body's text in lower case without the values of its slots, and where these would be.
+struct body_text {
   std::string text;
-  if (!decode_template_body(chunk, ref, slots, fields, &text)) text.clear();
-  return to_lower(text);
+  std::vector<slot_place> places;  // ascending
+};
+
+body_text text_of_body(const chunk_view& chunk, const template_ref& ref, std::size_t slot_count) {
+  slot_entry empty;
+  empty.type = value_type::utf16;
+  empty.composed = true;
+  std::vector<slot_entry> slots(slot_count, empty);
+  field_map fields;
+  body_text body;
+  if (!decode_template_body(chunk, ref, slots, fields, &body.text, &body.places)) return {};
+  to_lower_in_place(body.text);
+  return body;
 }
 
-// Whether no value at the mark can become part of a tag that is searched for.
-bool stands_apart(std::string_view text, std::size_t mark_at) {
-  const auto bracket = text.rfind('<', mark_at);
+// Whether no value at this place can become part of a tag that is searched for.
+bool stands_apart(std::string_view text, std::size_t at) {
+  const std::string_view before = text.substr(0, at);
+  const auto bracket = before.rfind('<');
   return bracket == std::string_view::npos ||
-         text.substr(bracket, mark_at - bracket).find_first_of(">\"=") != std::string_view::npos;
+         before.substr(bracket).find_first_of(">\"=") != std::string_view::npos;
 }
 
 // Whether the value's text contains no '<': numbers and the like, and texts made from bytes without
@@ -131,23 +122,24 @@ channel_finder::outline channel_finder::make_outline(const chunk_view& chunk,
                                                      const template_ref& ref,
                                                      std::size_t slot_count) {
   outline result;
-  if (body_text(chunk, ref, slot_count, false).find(mark) != std::string::npos) return result;
-  const std::string text = body_text(chunk, ref, slot_count, true);
+  const body_text body = text_of_body(chunk, ref, slot_count);
+  const std::string_view text = body.text;
   const std::size_t found = text.find(opening);
   const std::size_t end = found == std::string::npos ? found : text.find(closing, found);
   if (end == std::string::npos) return result;
-  for (auto at = text.find(mark); at < end; at = text.find(mark, at + mark_bytes)) {
-    if (!stands_apart(text, at)) return result;
-    result.slots.push_back(marked_slot(std::string_view(text).substr(at)));
-  }
   const std::size_t begin = found + opening.size();
-  const std::size_t value = std::min(text.find(mark, begin), end);
-  result.before = text.substr(begin, value - begin);
-  if (value != end) {
-    result.value = result.slots.back();
-    result.after = text.substr(value + mark_bytes, end - value - mark_bytes);
+  std::size_t value = end;
+  for (const slot_place& place : body.places) {
+    if (place.at >= end + closing.size()) break;
+    if (!stands_apart(text, place.at) || result.value) return result;
+    result.slots.push_back(place.slot);
+    if (place.at < begin) continue;
+    result.value = place.slot;
+    value = place.at;
   }
-  result.certain = result.after.find(mark) == std::string::npos;
+  result.before = text.substr(begin, value - begin);
+  result.after = text.substr(value, end - value);
+  result.certain = true;
   return result;
 }
 

@@ -43,11 +43,6 @@ void drop_first(std::vector<collected>& list, std::string_view name) {
   if (found != list.end()) list.erase(found);
 }
 
-// A value that is a single comma, which a line break becomes, is stored empty.
-std::string_view without_lone_comma(std::string_view text) {
-  return text == "," ? std::string_view() : text;
-}
-
 // Takes the provider out of the list: the first "Provider Name", and the next ones while the value
 // found is empty.
 // found is empty.

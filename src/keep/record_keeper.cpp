@@ -81,7 +81,7 @@ class block_writer {
 
   std::string_view finish(char* end, bool marked) {
     char* const text = at_ + 1;
-    if (end == text + 1 && *text == ',') end = text;  // a line break becomes this
+    if (is_lone_comma(text, end)) end = text;
     const auto length = static_cast<std::size_t>(end - text);
     at_ = finish_cell(at_, end, marked);
     return {at_ - length, length};

@@ -37,8 +37,13 @@ class bxml_decode {
   bxml_result run();
 
  private:
-  bool start();
+  enum class beginning { refused, fragments, no_header };
+  beginning start();
+  void run_fragments();
   void run_fragment();
+  void read_values_in_place();
+  bool has_tokens() const { return remaining_ >= 5 && position_ < bytes_.size(); }
+  static unsigned handler_of(std::uint8_t token) { return token & 0x0f; }
   bool dispatch(std::uint8_t token);
   std::uint64_t consume(std::uint64_t length);
 
@@ -54,7 +59,8 @@ class bxml_decode {
   bool entity_reference(std::uint8_t token);
   bool substitution(bool optional);
   bool name_slot(std::uint32_t number, bool optional);
-  bool write_slot(slot_entry& slot, bool optional);
+  bool write_slot(std::uint32_t number, bool optional);
+  bool write_value(std::uint32_t number);
   bool fragment_header();
   bool instance_inside();
 
@@ -89,14 +95,12 @@ class bxml_decode {
   std::vector<std::string_view>& open_names_;
   data_counters counters_;
   bxml_result result_;
-  bool headerless_ = false;
-  bool end_of_stream_ = false;
-  bool stream_alive_ = false;
-  bool after_substitution_ = false;
-  bool after_reference_ = false;
-  bool in_data_section_ = false;
-  bool start_tag_open_ = false;
-  bool slot_named_ = false;
+  bool ended_ = false;               // no fragment follows
+  bool after_substitution_ = false;  // there was one in this fragment
+  bool after_reference_ = false;     // a value that follows belongs to its run
+  bool in_data_section_ = false;     // of an element inside EventData or UserData
+  bool start_tag_open_ = false;      // values are attributes and quoted
+  bool slot_named_ = false;          // the items of this element are used up
 };
 
 }  // namespace zanvik

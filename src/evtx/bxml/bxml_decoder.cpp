@@ -12,23 +12,26 @@ bxml_result bxml_decode::run() {
   if (fields_) fields_->clear();
   if (position_ > chunk_.bound || cursor_.depth > limits::nesting_depth) return {};
   const std::uint64_t begin = position_;
-  if (!start()) return {};
-  bool first = true;
-  while (remaining_ >= 5 && position_ < bytes_.size() && !end_of_stream_) {
-    if (headerless_) {
-      if (!first) break;
-    } else if (bytes_.at<std::uint32_t>(position_) != expected_fragment) {
-      break;  // not consumed here: the token handler does that
-    }
-    first = false;
-    const std::uint64_t before = position_;
+  const beginning begins = start();
+  if (begins == beginning::refused) return {};
+  if (begins == beginning::fragments) {
+    run_fragments();
+  } else if (has_tokens()) {
     run_fragment();
-    if (position_ == before) break;  // nothing was consumed, and nothing would be the next time
   }
   flush();
   // A stream that ends inside an open EventData does not take this step.
   if (!in_data_section_) fill_system(begin);
   return result_;
+}
+
+// Fragments, each with its header, which is not consumed here: the token handler does that.
+void bxml_decode::run_fragments() {
+  while (has_tokens() && !ended_ && bytes_.at<std::uint32_t>(position_) == expected_fragment) {
+    const std::uint64_t before = position_;
+    run_fragment();
+    if (position_ == before) return;  // nothing was consumed, and nothing would be the next time
+  }
 }
 
 void bxml_decode::fill_system(std::uint64_t begin) {
@@ -38,49 +41,46 @@ void bxml_decode::fill_system(std::uint64_t begin) {
   result_.any_fields = result_.any_fields || !fields.empty();
 }
 
-// The start of the stream: a template instance is consumed here. Returns false if there is one that
-// cannot be read.
-bool bxml_decode::start() {
+// The start of the stream: a template instance is consumed here, and refused if it cannot be read.
+bxml_decode::beginning bxml_decode::start() {
+  const auto consume_instance = [&](const instance_head& head) {
+    const auto consumed = template_instance(head, position_);
+    position_ += consumed;
+    return consumed != 0 ? beginning::fragments : beginning::refused;
+  };
   if (const auto head = fragment_instance_in(chunk_, position_, chunk_.bound)) {
-    const auto consumed = template_instance(*head, position_);
-    position_ += consumed;
-    return consumed != 0;
+    return consume_instance(*head);
   }
-  const auto first = bytes_.at<std::uint32_t>(position_);
-  if (first && *first == expected_fragment) return true;  // a plain stream
+  if (bytes_.at<std::uint32_t>(position_) == expected_fragment) return beginning::fragments;
   if (const auto head = bare_instance_at(chunk_, position_); head && position_ + 4 < remaining_) {
-    const auto consumed = head->definition > chunk_.bound ? 0 : template_instance(*head, position_);
-    position_ += consumed;
-    return consumed != 0;
+    return head->definition > chunk_.bound ? beginning::refused : consume_instance(*head);
   }
   // An open element after four bytes that are not a fragment header is not special: there is no
   // template instance before it, so the stream is read as one without a header.
-  headerless_ = true;
   template_body_ = false;
-  return true;
+  return beginning::no_header;
 }
 
 // Reads tokens until the stream stops.
 void bxml_decode::run_fragment() {
-  stream_alive_ = true;
   after_substitution_ = false;
-  bool last_was_end = false;
   while (position_ < bytes_.size()) {
-    if (after_substitution_ && last_was_end) {
-      // The values of a template that was read in place. If slots are given, or in a template's
-      // body, they are known already and the stream ends.
-      if (cursor_.slots || template_body_) return;
-      const auto length = walk_slot_table(position_);
-      consume(length);
-      end_of_stream_ = length == 0;  // after the table the stream continues with a fragment
-      return;
-    }
     const auto token = bytes_.at_or_zero<std::uint8_t>(position_);
     if (!dispatch(token)) return;
-    last_was_end = token == token_end_of_stream;
-    if (!stream_alive_ && !after_substitution_) return;
-    if (remaining_ == 0) return;
+    const bool ends = handler_of(token) == token_end_of_stream;
+    if ((ends && !after_substitution_) || remaining_ == 0) return;
+    // Meant: an end with other flags is passed over after a substitution.
+    if (token == token_end_of_stream) return read_values_in_place();
   }
+}
+
+// The values of a template that was read in place. If slots are given, or in a template's body,
+// they are known already and the stream ends.
+void bxml_decode::read_values_in_place() {
+  if (position_ >= bytes_.size() || cursor_.slots || template_body_) return;
+  const auto length = walk_slot_table(position_);
+  consume(length);
+  ended_ = length == 0;  // after the table the stream continues with a fragment
 }
 
 std::uint64_t bxml_decode::consume(std::uint64_t length) {
@@ -89,14 +89,13 @@ std::uint64_t bxml_decode::consume(std::uint64_t length) {
   return length;
 }
 
-// Handles one token; false stops the stream. Handlers go by the low four bits.
+// Handles one token; false stops the stream.
 bool bxml_decode::dispatch(std::uint8_t token) {
   if (!spend(1)) return false;
-  switch (token & 0x0f) {
+  switch (handler_of(token)) {
     case token_end_of_stream:
-      end_of_stream_ = true;
+      ended_ = true;
       after_reference_ = false;
-      stream_alive_ = false;
       consume(1);
       return true;
     case token_open_element:
@@ -130,7 +129,6 @@ bool bxml_decode::dispatch(std::uint8_t token) {
     case token_fragment_header:
       return fragment_header();
     default:
-      stream_alive_ = false;
       return false;
   }
 }
@@ -150,10 +148,7 @@ bool bxml_decode::open_element(std::uint8_t token) {
   slot_named_ = false;
   const named_token element = element_at(chunk_, position_);
   write("\n<");
-  if (element.length == 0 || !spend_token(element)) {
-    stream_alive_ = false;
-    return false;
-  }
+  if (element.length == 0 || !spend_token(element)) return false;
   result_.element_bytes += element.element_size;
   const std::string_view name = element.name.text;
   if (!name.empty()) push(name, static_cast<std::uint16_t>(token | data_bit()));
@@ -162,7 +157,6 @@ bool bxml_decode::open_element(std::uint8_t token) {
   open_names_.push_back(name);
   consume(element.length);
   start_tag_open_ = true;
-  if (element.name_past_end) stream_alive_ = false;
   return !element.name_past_end;
 }
 

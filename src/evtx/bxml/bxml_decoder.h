@@ -44,6 +44,12 @@ struct field_value {
 // Its nodes may use memory of the reader.
 using field_map = std::pmr::map<std::string, field_value, std::less<>>;
 
+// Where in the composed text the value of a slot is.
+struct slot_place {
+  std::size_t at = 0;
+  std::uint32_t slot = 0;
+};
+
 // Where a decode starts and in which mode.
 struct bxml_cursor {
   const chunk_view& chunk;
@@ -54,6 +60,8 @@ struct bxml_cursor {
   // Charged for the bytes walked; a member of the chunk's budget.
   std::int64_t* budget = nullptr;
   unsigned depth = 0;  // of this stream in others
+  std::vector<slot_place>* places =
+      nullptr;  // extended by those in this stream; null if not needed
 };
 
 inline constexpr std::uint64_t no_limit = std::numeric_limits<std::uint64_t>::max();

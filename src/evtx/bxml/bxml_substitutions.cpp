@@ -17,7 +17,7 @@ bool bxml_decode::substitution(bool optional) {
   if (!items_.empty() && !name_slot(*number, optional)) return false;
   after_reference_ = false;
   if (in_range) {
-    if (!write_slot((*cursor_.slots)[*number], optional)) return false;
+    if (!write_slot(*number, optional)) return false;
   } else if (text_) {
     text_->push_back('[');
     append_decimal(*text_, std::uint64_t{*number});
@@ -52,7 +52,8 @@ bool bxml_decode::name_slot(std::uint32_t number, bool optional) {
 
 // Writes the value of a slot, or decodes it if it is nested binary XML. Returns false if the text
 // would exceed the budget: a body may name one long value again and again.
-bool bxml_decode::write_slot(slot_entry& slot, bool optional) {
+bool bxml_decode::write_slot(std::uint32_t number, bool optional) {
+  slot_entry& slot = (*cursor_.slots)[number];
   if (slot.type == value_type::bxml) {
     // A body's nested slots are decoded with their own template later, except for user data.
     if (!template_body_) {
@@ -62,12 +63,18 @@ bool bxml_decode::write_slot(slot_entry& slot, bool optional) {
     }
     return true;
   }
-  if (!text_) return true;
+  return !text_ || write_value(number);
+}
+
+// The same for a value that is not binary XML. There is a text.
+bool bxml_decode::write_value(std::uint32_t number) {
+  const slot_entry& slot = (*cursor_.slots)[number];
   raw_value value = raw_value_at(bytes_, slot.offset, slot.type, slot.size);
   value.full_sid = chunk_.full_sids;
   if (!spend(value_source_bytes(value) + slot.text.size())) return false;
   if (start_tag_open_) text_->push_back('"');
   const std::size_t before = text_->size();
+  if (cursor_.places) cursor_.places->push_back({before, number});
   if (slot.composed) {
     text_->append(slot.text);
   } else {

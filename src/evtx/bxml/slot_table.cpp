@@ -107,6 +107,20 @@ bool read_nested_slot(const chunk_view& chunk, std::uint64_t value, descriptor e
   return true;
 }
 
+// One nested value of `parse_template_slots`. Returns whether the walk moves past it.
+bool find_nested_templates(const chunk_view& chunk, std::uint64_t value,
+                           std::vector<template_ref>& found, unsigned depth) {
+  const auto head = nested_instance_at(chunk, value);
+  if (!head) return decode_plain_value(chunk, value, depth, nullptr);
+  if (head->definition > chunk.bound) return false;
+  if (const auto ref = definition_at(chunk, head->definition, head->template_id)) {
+    found.push_back(*ref);
+  }
+  const auto nested = slot_table_behind(chunk, value, head->length, head->definition);
+  if (nested) parse_template_slots(chunk, *nested, found, depth + 1);
+  return true;
+}
+
 }  // namespace
 
 bool decode_plain_value(const chunk_view& chunk, std::uint64_t value, unsigned depth,
@@ -157,22 +171,11 @@ bool parse_template_slots(const chunk_view& chunk, std::uint64_t table,
     if (value + entry.size > evtx_layout::chunk_bytes) {
       entry.size = evtx_layout::chunk_bytes - std::min(value, evtx_layout::chunk_bytes);
     }
-    if (entry.type == value_type::bxml) {
-      const auto instance = nested_instance_at(chunk, value);
-      if (!instance) {
-        // Meant: a value that gives nothing is skipped without moving on, so later values are read
-        // from the wrong place.
-        if (!decode_plain_value(chunk, value, depth, nullptr)) continue;
-      } else {
-        if (instance->definition > chunk.bound) continue;  // meant as well
-        if (auto ref = definition_at(chunk, instance->definition, instance->template_id)) {
-          found.push_back(*ref);
-        }
-        const auto nested = slot_table_behind(chunk, value, instance->length, instance->definition);
-        if (nested) parse_template_slots(chunk, *nested, found, depth + 1);
-      }
+    // Meant: a value that gives nothing is skipped without moving on, so later values are read from
+    // the wrong place.
+    if (entry.type != value_type::bxml || find_nested_templates(chunk, value, found, depth)) {
+      value += entry.size;
     }
-    value += entry.size;
   }
   return true;
 }

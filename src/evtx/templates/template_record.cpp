@@ -28,12 +28,14 @@ void append_slot(slot_entry&& entry, std::uint16_t child, std::vector<record_slo
 }  // namespace
 
 bool decode_template_body(const chunk_view& chunk, const template_ref& ref,
-                          std::vector<slot_entry>& slots, field_map& fields, std::string* text) {
+                          std::vector<slot_entry>& slots, field_map& fields, std::string* text,
+                          std::vector<slot_place>* places) {
   if (!body_matches(chunk, ref)) return false;
   bxml_cursor cursor{chunk};
   cursor.position = ref.definition + evtx_layout::definition_head_bytes;
   cursor.slots = &slots;
   cursor.template_body = true;
+  cursor.places = places;
   cursor.budget = &chunk.budget->body_bytes;
   decode_bxml(text, &fields, cursor);
   return true;

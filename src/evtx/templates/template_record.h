@@ -21,10 +21,11 @@ struct template_content {
 };
 
 // Decodes the body of the template at `ref`: names `slots`, clears and fills `fields`, appends the
-// composed text to `text` unless it is null. Returns false if the definition there does not have
-// the size that the reference states.
+// composed text to `text` and the places of the slots' values in it to `places`, unless these are
+// null. Returns false if the definition there does not have the size that the reference states.
 bool decode_template_body(const chunk_view& chunk, const template_ref& ref,
-                          std::vector<slot_entry>& slots, field_map& fields, std::string* text);
+                          std::vector<slot_entry>& slots, field_map& fields, std::string* text,
+                          std::vector<slot_place>* places = nullptr);
 
 // Reads the record whose binary XML starts at `bxml` with the instance `head`. Adds its templates
 // to the catalogue. Nothing if no template can be found for it.

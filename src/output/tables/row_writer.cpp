@@ -25,6 +25,13 @@ constexpr std::size_t time_column = 3;
 // Room for the numbers, the time, the offset and the mark, without widths and separators.
 constexpr std::size_t fixed_cells_room = 256;
 
+// Copies a value shorter than `long_value` from a block, which has slack after it.
+char* put_short(char* at, std::string_view value) {
+  std::memcpy(at, value.data(), stride);
+  if (value.size() > stride) std::memcpy(at + stride, value.data() + stride, stride);
+  return at + value.size();
+}
+
 // Blanks from `at` until the cell that began at `begin` is `width` wide.
 char* put_blanks(char* at, char* begin, std::size_t width) {
   char* const end = begin + width;
@@ -167,17 +174,14 @@ char* row_writer::put_fields(char* at, const row_plan& plan, const char* values)
       if (!step.skipped) at = put_long_cell(at, cell, step.width);
       continue;
     }
-    const std::size_t size = head >> 1;
-    const char* value = values + 1;
-    values = value + size;
+    const std::string_view value(values + 1, head >> 1);
+    values = value.data() + value.size();
     if (step.skipped) continue;
-    [[maybe_unused]] char* const begin = at;
-    [[maybe_unused]] const bool wrapped = quoted && rules_.wraps({value, size});
-    if (quoted && wrapped) *at++ = '"';
-    std::memcpy(at, value, stride);
-    if (size > stride) std::memcpy(at + stride, value + stride, stride);
-    at += size;
-    if (quoted && wrapped) *at++ = '"';
+    char* const begin = at;
+    const bool wrapped = quoted && rules_.wraps(value);
+    if (wrapped) *at++ = '"';
+    at = put_short(at, value);
+    if (wrapped) *at++ = '"';
     if (padded) at = put_blanks(at, begin, step.width);
   }
   return put_bytes(at, text, plan.tail_size);
