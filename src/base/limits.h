@@ -187,5 +187,10 @@ inline constexpr std::size_t carved_bytes_in_memory = 16 << 20;
 // whose work has begun, since each may hold an open file.
 inline constexpr std::uint64_t waiting_bytes_per_thread = 12 << 20;
 inline constexpr std::size_t jobs_per_thread = 64;
+// The result of a part that is still at work, in bytes: from here on it waits for its turn and is
+// then passed on as it is made.
+inline constexpr std::uint64_t part_result_bytes = 8 << 20;
+// Threads of a run. Each holds a file open.
+inline constexpr unsigned threads = 256;
 
 }  // namespace zanvik::limits

@@ -1,5 +1,8 @@
 #include "pipeline/ordered_work.h"
 
+#include <signal.h>
+
+#include <system_error>
 #include <utility>
 
 #include "base/limits.h"
@@ -12,10 +15,23 @@ void ordered_job::wait_turn() {
   owner_->for_turn_.wait(held, [this] { return owner_->first_number_ == number_; });
 }
 
+bool ordered_job::has_turn() const {
+  if (!owner_) return true;
+  const ordered_work::lock held(owner_->mutex_);
+  return owner_->first_number_ == number_;
+}
+
 ordered_work::ordered_work(unsigned threads) {
   if (threads < 2) return;
   threads_.reserve(threads);
-  for (std::size_t i = 0; i < threads; ++i) threads_.emplace_back([this, i] { run(i); });
+  sigset_t all, before;  // a new thread has the mask of the one that makes it
+  ::sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  try {
+    for (std::size_t i = 0; i < threads; ++i) threads_.emplace_back([this, i] { run(i); });
+  } catch (const std::system_error&) {  // the system has no more: these are enough
+  }
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 ordered_work::~ordered_work() {

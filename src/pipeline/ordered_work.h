@@ -9,6 +9,8 @@
 // nothing waits for ever. A job whose result grows large calls `wait_turn`, and from then on may
 // pass on its result as it is made.
 //
+// Threads take no signals: those are for the thread of the caller.
+//
 // An exception in a job ends the work: jobs that have not started are dropped; `finish` throws it.
 #pragma once
 
@@ -40,6 +42,8 @@ class ordered_job {
  protected:
   // For `work`: returns when all earlier jobs are committed. Until `work` ends, no other is.
   void wait_turn();
+  // For `work`: whether all earlier jobs are committed.
+  bool has_turn() const;
 
  private:
   friend class ordered_work;
@@ -51,7 +55,7 @@ class ordered_job {
 
 class ordered_work {
  public:
-  // `threads`: at least 1.
+  // `threads`: at least 1. There may be fewer, if the system has no more.
   explicit ordered_work(unsigned threads);
   ordered_work(const ordered_work&) = delete;
   ordered_work& operator=(const ordered_work&) = delete;

@@ -2,6 +2,7 @@
 // data in little memory. It knows nothing of logs; it sorts keys with bytes after them.
 //
 //   ordered_work.h     jobs on several threads, their results in the order of the jobs
+//   processors.h       how many threads are of use
 //   sort_key.h         the key
 //   external_sorter.h  items in any order in, all in order out; runs go to a temporary file
 //   sorted_input.h     items that are in order already, and merging many such inputs

@@ -7,6 +7,10 @@
 #include <cstring>
 #include <vector>
 
+#include "base/byte_cursor.h"
+#include "base/stop_signal.h"
+#include "evtx/evtx.h"
+
 namespace zanvik {
 namespace {
 
@@ -19,7 +23,7 @@ ssize_t read_with(std::span<std::byte> buffer, F&& read_some) {
       done += static_cast<std::size_t>(got);
     } else if (got == 0) {
       break;
-    } else if (errno != EINTR) {
+    } else if (errno != EINTR || stop_signal() != 0) {
       if (done == 0) return -1;
       break;
     }
@@ -35,19 +39,21 @@ std::uint64_t next_data(const found_log& log, std::uint64_t offset) {
   return errno == ENXIO ? log.size : offset;
 }
 
-bool read_stream(const found_log& log, std::uint64_t offset, std::vector<std::byte>& block,
-                 const block_use& use) {
+void read_stream(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
+                 const block_room& room, const owned_block_use& use) {
   // The head has been read; it is longer than what stands before the first block.
   std::size_t held = log.head.size() > offset ? log.head.size() - offset : 0;
-  std::copy(log.head.end() - static_cast<std::ptrdiff_t>(held), log.head.end(), block.begin());
-  for (;;) {
+  for (bool more = true; more; held = 0) {
+    std::vector<std::byte> block = room();
+    block.resize(block_bytes);
+    if (held != 0) {
+      std::copy(log.head.end() - static_cast<std::ptrdiff_t>(held), log.head.end(), block.begin());
+    }
     const ssize_t got = read_fully(log.descriptor, std::span(block).subspan(held));
     const std::size_t bytes = held + static_cast<std::size_t>(std::max<ssize_t>(got, 0));
-    if (bytes != 0) use(std::span(block).first(bytes), offset);
-    if (got < 0) return false;
-    if (bytes < block.size()) return true;
+    more = got >= 0 && bytes == block_bytes;
+    if ((bytes != 0 || got < 0) && !use(std::move(block), offset, bytes, got < 0)) return;
     offset += bytes;
-    held = 0;
   }
 }
 
@@ -74,21 +80,53 @@ ssize_t read_fully(const found_log& log, std::span<std::byte> buffer, std::uint6
   return got < 0 ? -1 : std::min(got, std::ssize(buffer));
 }
 
-bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
-                 const block_use& use) {
-  std::vector<std::byte> block(block_bytes);
-  if (log.is_stream) return read_stream(log, offset, block, use);
-  bool all = true;
-  while (offset < log.size) {
-    const std::uint64_t data = next_data(log, offset);
-    offset += (std::max(data, offset) - offset) / block_bytes * block_bytes;
-    if (offset >= log.size) break;
+std::uint64_t first_chunk_offset(const found_log& log) {
+  std::byte start[8];
+  std::span<const std::byte> head = log.head;
+  if (!log.is_stream) {
+    const ssize_t got = read_fully(log, start, 0);
+    head = std::span(start, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+  }
+  const bool bare =
+      byte_cursor(head).at<std::uint64_t>(0) == evtx_layout::chunk_signature;
+  return bare ? 0 : evtx_layout::file_header_bytes;
+}
+
+std::uint64_t next_block(const found_log& log, std::uint64_t offset, std::size_t block_bytes) {
+  if (offset >= log.size) return log.size;
+  const std::uint64_t data = next_data(log, offset);
+  offset += (std::max(data, offset) - offset) / block_bytes * block_bytes;
+  return std::min(offset, log.size);
+}
+
+void read_blocks_into(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
+                      const block_room& room, const owned_block_use& use) {
+  if (log.is_stream) return read_stream(log, offset, block_bytes, room, use);
+  for (;;) {
+    offset = next_block(log, offset, block_bytes);
+    if (offset >= log.size) return;
     const std::size_t wanted = std::min<std::uint64_t>(block_bytes, log.size - offset);
+    std::vector<std::byte> block = room();
+    block.resize(std::max(block.size(), wanted));
     const ssize_t got = read_fully(log, std::span(block).first(wanted), offset);
-    if (got > 0) use(std::span(block).first(static_cast<std::size_t>(got)), offset);
-    all = all && got == static_cast<ssize_t>(wanted);
+    const auto size = static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+    if (!use(std::move(block), offset, size, size != wanted)) return;
     offset += wanted;
   }
+}
+
+bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
+                 const block_use& use) {
+  std::vector<std::byte> spare;
+  bool all = true;
+  read_blocks_into(
+      log, offset, block_bytes, [&] { return std::move(spare); },
+      [&](std::vector<std::byte>&& block, std::uint64_t at, std::size_t size, bool unread) {
+        if (size != 0) use(std::span(block).first(size), at);
+        all = all && !unread;
+        spare = std::move(block);
+        return true;
+      });
   return all;
 }
 

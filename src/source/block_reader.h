@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 #include "source/found_log.h"
 
@@ -28,7 +29,21 @@ using block_use = std::function<void(std::span<std::byte>, std::uint64_t)>;
 bool read_blocks(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
                  const block_use& use);
 
-// The same into memory of the caller's: `room` is asked for some of it, for the bytes at an offset,
+// The same in memory that `room` gives, empty or used before. `use` gets it with the number of its
+// bytes, which may be 0 when some could not be read (`unread`), and returns false to end this.
+using block_room = std::function<std::vector<std::byte>()>;
+using owned_block_use = std::function<bool(std::vector<std::byte>&& block, std::uint64_t offset,
+                                           std::size_t size, bool unread)>;
+void read_blocks_into(const found_log& log, std::uint64_t offset, std::size_t block_bytes,
+                      const block_room& room, const owned_block_use& use);
+
+// Where the first chunk of an .evtx log may stand: a log may begin with it.
+std::uint64_t first_chunk_offset(const found_log& log);
+// Where the next block begins at or behind `offset`, which is where one may: holes of the file are
+// passed over. Its size when there is none.
+std::uint64_t next_block(const found_log& log, std::uint64_t offset, std::size_t block_bytes);
+
+// The blocks into memory of the caller's: `room` is asked for some of it, for the bytes at an offset,
 // and `use` gets their count.
 bool read_into(const found_log& log,
                const std::function<std::span<std::byte>(std::uint64_t offset)>& room,

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <utility>
@@ -15,10 +16,25 @@
 
 namespace zanvik {
 
-// A log, open at its start. The descriptor is closed when the log is done.
+// An open file, closed with the last log that has it.
+class open_file {
+ public:
+  explicit open_file(int descriptor) : descriptor_(descriptor) {}
+  open_file(const open_file&) = delete;
+  open_file& operator=(const open_file&) = delete;
+  ~open_file();
+  int descriptor() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+// A log, open at its start. A file stays open as long as a copy of this exists; a stream and a log
+// in a disk image can be read only until the callback that brings them ends.
 struct found_log {
   log_source source;
-  int descriptor = -1;
+  std::shared_ptr<const open_file> file;
+  int descriptor = -1;          // of the file, or of the stream
   std::uint64_t size = 0;       // bytes; 0 for a stream
   std::vector<std::byte> head;  // first bytes of a stream, which cannot be read again
   bool is_stream = false;

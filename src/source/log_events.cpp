@@ -1,12 +1,12 @@
 #include "source/log_events.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "evt/part_walk.h"
 #include "source/block_reader.h"
 #include "source/carver.h"
-#include "source/log_losses.h"
 
 namespace zanvik {
 namespace {
@@ -14,20 +14,6 @@ namespace {
 namespace layout = evtx_layout;
 
 constexpr std::size_t evt_block_bytes = 1 << 20;
-constexpr const char* part_unread = "a part could not be read";
-
-// Where the first chunk may stand: a log may begin with it.
-std::uint64_t first_chunk_offset(const found_log& log) {
-  std::byte start[8];
-  std::span<const std::byte> head = log.head;
-  if (!log.is_stream) {
-    const ssize_t got = read_fully(log, start, 0);
-    head = std::span(start, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-  }
-  const bool bare = byte_cursor(head).at<std::uint64_t>(0) == layout::chunk_signature;
-  return bare ? 0 : layout::file_header_bytes;
-}
-
 }  // namespace
 
 bool read_log_blocks(const found_log& log, const block_use& use) {
@@ -54,30 +40,55 @@ std::uint64_t first_chunk(std::span<const std::byte> block) {
 }
 
 bool log_event_reader::read(const found_log& log) {
-  if (log.carve || log.source.kind != log_kind::evtx) {
-    const bool whole = log.carve ? carve(log) : read_evt(log);
-    problem_ = whole ? "" : part_unread;
-    return whole;
-  }
-  return read_evtx(log);
+  // The caller's log outlives the parts.
+  const std::shared_ptr<const found_log> borrowed(std::shared_ptr<void>(), &log);
+  log_losses lost;
+  cut_log(borrowed, memory_, [&](log_part&& part) {
+    lost.add(read(part));
+    if (!part.bytes.empty()) memory_.give_back(std::move(part.bytes));
+  });
+  problem_ = lost.report();
+  return problem_.empty();
 }
 
-bool log_event_reader::read_evtx(const found_log& log) {
+log_losses log_event_reader::read(log_part& part) {
+  if (part.is_block) return read_block(part);
+  log_losses lost;
+  lost.has_chunk = true;
+  lost.unread = !(part.log->carve ? carve(*part.log) : read_evt(*part.log));
+  return lost;
+}
+
+log_losses log_event_reader::read_block(log_part& part) {
+  const found_log& log = *part.log;
   evtx_.set_source(log.source);
   evtx_.set_flags(log.source.deleted ? std::uint32_t{event_deleted} : 0);
   walk_settings settings;
   settings.inc_slack = slack_;
   settings.inside_records = slack_;
   loss_counter losses(evtx_);
-  const bool whole =
-      read_log_blocks(log, [&](std::span<std::byte> block, std::uint64_t offset) {
-        losses.start_block(block);
-        const std::uint64_t skip = first_chunk(block);
-        walk_evtx_block(block.subspan(skip), offset + skip, losses, settings);
-        if (on_progress) on_progress(offset + block.size());
-      });
-  problem_ = whole ? losses.report() : part_unread;
-  return problem_.empty();
+  bool unread = part.unread;
+  const std::span<std::byte> block = bytes_of(part, unread);
+  if (!block.empty()) {
+    losses.start_block(block);
+    const std::uint64_t skip = first_chunk(block);
+    walk_evtx_block(block.subspan(skip), part.offset + skip, losses, settings);
+  }
+  if (on_progress) on_progress(part.offset + part.size);
+  log_losses lost = losses.finish();
+  lost.unread = unread;
+  return lost;
+}
+
+// The bytes of the block, which a walk may change: those of the part, or the file's.
+std::span<std::byte> log_event_reader::bytes_of(log_part& part, bool& unread) {
+  if (!part.bytes.empty()) return {part.bytes.data(), part.size};
+  if (part.size == 0) return {};
+  if (block_.size() < part.size) block_.resize(part.size);
+  const ssize_t got = read_fully(*part.log, std::span(block_).first(part.size), part.offset);
+  const auto bytes = static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+  unread = unread || bytes != part.size;
+  return std::span(block_).first(bytes);
 }
 
 // A window moves over the log: from the record in hand to the end of what is read.

@@ -2,16 +2,21 @@
 //
 //   log_finder.h    logs in files, folders and standard input
 //   block_reader.h  their bytes, a block at a time
+//   log_parts.h     parts of logs, for several threads
 //   log_losses.h    what could not be read of a log
 //   carver.h        events in bytes that are no log
 #pragma once
 
+#include <span>
 #include <string>
+#include <vector>
 
 #include "events/evt_events.h"
 #include "events/evtx_events.h"
 #include "source/block_reader.h"
 #include "source/log_finder.h"
+#include "source/log_losses.h"
+#include "source/log_parts.h"
 
 namespace zanvik {
 
@@ -43,9 +48,12 @@ class log_event_reader {
   bool read(const found_log& log);
   // What could not be read of the last log; empty when all was.
   const std::string& problem() const { return problem_; }
+  // Hands on the events of a part; its bytes may be changed. Returns what could not be read.
+  log_losses read(log_part& part);
 
  private:
-  bool read_evtx(const found_log& log);
+  log_losses read_block(log_part& part);
+  std::span<std::byte> bytes_of(log_part& part, bool& unread);
   bool read_evt(const found_log& log);
   bool carve(const found_log& log);
 
@@ -54,6 +62,8 @@ class log_event_reader {
   evtx_event_reader evtx_;
   evt_event_reader evt_;
   bool slack_;
+  block_memory memory_;           // for `read` of a whole log
+  std::vector<std::byte> block_;  // of a file
   std::string problem_;
 };
 

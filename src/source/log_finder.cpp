@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 
+#include "base/stop_signal.h"
 #include "source/block_reader.h"
 #include "source/disk_image.h"
 #include "source/log_start.h"
@@ -19,20 +20,6 @@ namespace zanvik {
 namespace {
 
 constexpr unsigned deepest_folder = 200;  // a path of that many names is longer than the system's
-
-class descriptor {
- public:
-  explicit descriptor(int fd) : fd_(fd) {}
-  descriptor(const descriptor&) = delete;
-  descriptor& operator=(const descriptor&) = delete;
-  ~descriptor() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
 
 std::uint64_t end_of(int file) {
   const off_t end = ::lseek(file, 0, SEEK_END);
@@ -65,6 +52,10 @@ std::optional<std::vector<entry>> list(const std::string& path) {
 
 }  // namespace
 
+open_file::~open_file() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
 void identify_standard_input(log_source& source) {
   struct stat about {};
   if (::fstat(STDIN_FILENO, &about) != 0 || !S_ISREG(about.st_mode)) return;
@@ -73,6 +64,7 @@ void identify_standard_input(log_source& source) {
 }
 
 void log_finder::find(const std::string& path) {
+  if (stop_signal() != 0) return;
   if (path == "-") return find_stream();
   struct stat about {};
   if (::stat(path.c_str(), &about) != 0) {
@@ -92,6 +84,7 @@ void log_finder::find_folder(const std::string& path, unsigned depth) {
   }
   const std::string prefix = path.ends_with('/') ? path : path + "/";
   for (const entry& found : *entries) {
+    if (stop_signal() != 0) return;
     if (!found.folder) {
       find_file(prefix + found.name, false);
     } else if (depth < deepest_folder) {
@@ -105,9 +98,10 @@ void log_finder::find_folder(const std::string& path, unsigned depth) {
 // `named`: by the user, not found below a folder.
 void log_finder::find_file(const std::string& path, bool named) {
   const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (named ? 0 : O_NOFOLLOW);
-  const descriptor file(::open(path.c_str(), flags));
+  const auto file = std::make_shared<const open_file>(::open(path.c_str(), flags));
+  const int descriptor = file->descriptor();
   struct stat about {};
-  if (file.get() < 0 || ::fstat(file.get(), &about) != 0) {
+  if (descriptor < 0 || ::fstat(descriptor, &about) != 0) {
     on_problem_(path, std::strerror(errno));
     return;
   }
@@ -117,9 +111,9 @@ void log_finder::find_file(const std::string& path, bool named) {
   }
   // A device has no size of its own.
   const std::uint64_t size =
-      S_ISBLK(about.st_mode) ? end_of(file.get()) : static_cast<std::uint64_t>(about.st_size);
+      S_ISBLK(about.st_mode) ? end_of(descriptor) : static_cast<std::uint64_t>(about.st_size);
   std::byte head[log_start_bytes];
-  const ssize_t got = read_fully(file.get(), head, 0);
+  const ssize_t got = read_fully(descriptor, head, 0);
   if (got < 0) {
     on_problem_(path, std::strerror(errno));
     return;
@@ -129,7 +123,7 @@ void log_finder::find_file(const std::string& path, bool named) {
   if (!kind) {
     std::byte tail[512];
     const bool has_tail =
-        size >= sizeof tail && read_fully(file.get(), tail, size - sizeof tail) == std::ssize(tail);
+        size >= sizeof tail && read_fully(descriptor, tail, size - sizeof tail) == std::ssize(tail);
     const auto image = image_kind_of(
         start, has_tail ? std::span<const std::byte>(tail) : std::span<const std::byte>());
     if (image &&
@@ -144,7 +138,8 @@ void log_finder::find_file(const std::string& path, bool named) {
   }
   found_log log;
   log.source = {path, "", kind.value_or(log_kind::evtx), about.st_dev, about.st_ino};
-  log.descriptor = file.get();
+  log.file = file;
+  log.descriptor = descriptor;
   log.size = size;
   log.carve = carve_ != carve_what::nothing;
   on_log_(log);
@@ -166,7 +161,7 @@ bool log_finder::find_in_image(const std::string& path, image_kind kind, const l
   }
   for (std::uint32_t number = 0;; ++number) {
     const auto item = image.at(number);
-    if (!item) break;
+    if (!item || stop_signal() != 0) break;
     const std::string name = item->path.empty() ? path : path + ":" + item->path;
     if (item->what == image_item::problem) {
       on_problem_(name, item->problem);
@@ -192,7 +187,7 @@ bool log_finder::find_in_image(const std::string& path, image_kind kind, const l
     }
     on_log_(log);
   }
-  if (!image.stopped().empty()) on_problem_(path, image.stopped());
+  if (!image.stopped().empty() && stop_signal() == 0) on_problem_(path, image.stopped());
   return true;
 }
 
@@ -201,7 +196,7 @@ void log_finder::find_stream() {
   log.head.resize(log_start_bytes);
   const ssize_t got = read_fully(STDIN_FILENO, log.head);
   if (got < 0) {
-    on_problem_("-", std::strerror(errno));
+    if (stop_signal() == 0) on_problem_("-", std::strerror(errno));
     return;
   }
   log.head.resize(static_cast<std::size_t>(got));

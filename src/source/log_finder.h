@@ -5,7 +5,7 @@
 // the paths; below a folder in byte order of names, in a disk image in the order of its volumes.
 // Symbolic links below a folder are not followed.
 // What cannot be read is reported and passed over; files below a folder that are no logs are passed
-// over in silence.
+// over in silence. A stop signal ends the search.
 #pragma once
 
 #include <functional>

@@ -29,9 +29,9 @@ void loss_counter::start_block(std::span<const std::byte> block) {
   for (std::uint64_t at = 0; at < block.size(); at += layout::chunk_bytes) {
     const std::uint64_t size = std::min<std::uint64_t>(layout::chunk_bytes, block.size() - at);
     const bool whole = size == layout::chunk_bytes;
-    has_chunk_ = has_chunk_ || whole;
+    lost_.has_chunk = lost_.has_chunk || whole;
     if (whole && bytes.at<std::uint64_t>(at) == layout::chunk_signature) continue;
-    if (!is_zero(bytes.bytes_at(at, size))) ++lost_chunks_;  // zeros are a chunk without use
+    if (!is_zero(bytes.bytes_at(at, size))) ++lost_.chunks;  // zeros are a chunk without use
   }
 }
 
@@ -56,18 +56,28 @@ void loss_counter::on_slack_candidate(std::uint64_t offset, std::uint64_t area_b
 }
 
 void loss_counter::end_chunk() {
-  if (declared_ > reached_) lost_records_ += declared_ - reached_;
+  if (declared_ > reached_) lost_.records += declared_ - reached_;
   declared_ = reached_ = 0;
 }
 
-std::string loss_counter::report() {
+log_losses loss_counter::finish() {
   end_chunk();
-  if (!has_chunk_ && lost_chunks_ == 0) return "the log holds no chunk";
+  return lost_;
+}
+
+void log_losses::add(const log_losses& next) {
+  records += next.records;
+  chunks += next.chunks;
+  has_chunk = has_chunk || next.has_chunk;
+  unread = unread || next.unread;
+}
+
+std::string log_losses::report() const {
+  if (unread) return "a part could not be read";
+  if (!has_chunk && chunks == 0) return "the log holds no chunk";
   std::string text;
-  if (lost_chunks_ != 0) text = counted(lost_chunks_, "chunk");
-  if (lost_records_ != 0) {
-    text += (text.empty() ? "" : " and ") + counted(lost_records_, "declared record");
-  }
+  if (chunks != 0) text = counted(chunks, "chunk");
+  if (records != 0) text += (text.empty() ? "" : " and ") + counted(records, "declared record");
   return text.empty() ? text : text + " cannot be read; `zanvik check` shows where";
 }
 

@@ -11,6 +11,18 @@
 
 namespace zanvik {
 
+// Of a log, or of a part of it.
+struct log_losses {
+  std::uint64_t records = 0;
+  std::uint64_t chunks = 0;  // without a signature, or cut
+  bool has_chunk = false;    // a whole one, even if it is empty; true for logs without chunks
+  bool unread = false;       // bytes could not be read from the file
+
+  void add(const log_losses& next);
+  // "2 chunks and 15 declared records cannot be read …", or empty when all was read.
+  std::string report() const;
+};
+
 // Counts the records that chunks declare and the walk does not reach, and passes everything on.
 class loss_counter : public chunk_visitor {
  public:
@@ -24,8 +36,8 @@ class loss_counter : public chunk_visitor {
   bool on_record(std::uint64_t offset) override;
   void on_slack_candidate(std::uint64_t offset, std::uint64_t area_bytes) override;
 
-  // After the last block: "2 chunks and 15 records cannot be read", or empty when all was read.
-  std::string report();
+  // After the last block.
+  log_losses finish();
 
  private:
   void end_chunk();
@@ -33,9 +45,7 @@ class loss_counter : public chunk_visitor {
   chunk_visitor& reader_;
   std::uint64_t declared_ = 0;  // records of the chunk in hand
   std::uint64_t reached_ = 0;
-  std::uint64_t lost_records_ = 0;
-  std::uint64_t lost_chunks_ = 0;  // without a signature, or cut
-  bool has_chunk_ = false;         // a whole one, even if it is empty
+  log_losses lost_;
 };
 
 }  // namespace zanvik
