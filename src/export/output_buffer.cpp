@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace zanvik {
 
@@ -16,6 +17,8 @@ output_buffer::output_buffer(int descriptor)
 
 output_buffer::output_buffer(std::string& text) : output_buffer(-1) { text_ = &text; }
 
+output_buffer::output_buffer(piece_sink& pieces) : output_buffer(-1) { pieces_ = &pieces; }
+
 void output_buffer::append(std::string_view text) {
   while (!text.empty()) {
     const std::size_t piece = text.size() < most_room ? text.size() : most_room;
@@ -25,8 +28,13 @@ void output_buffer::append(std::string_view text) {
   }
 }
 
+void output_buffer::write_through(std::string_view text) {
+  (void)flush();
+  write_out(text.data(), text.size());
+}
+
 bool output_buffer::flush() {
-  write_out(begin_.get(), static_cast<std::size_t>(at_ - begin_.get()));
+  hand_on(static_cast<std::size_t>(at_ - begin_.get()));
   at_ = begin_.get();
   return error_ == 0;
 }
@@ -34,9 +42,17 @@ bool output_buffer::flush() {
 void output_buffer::flush_all_but_one() {
   if (at_ == begin_.get()) return;
   const char last = at_[-1];
-  write_out(begin_.get(), static_cast<std::size_t>(at_ - begin_.get()) - 1);
+  hand_on(static_cast<std::size_t>(at_ - begin_.get()) - 1);
   begin_[0] = last;
   at_ = begin_.get() + 1;
+}
+
+// The first `bytes` of the buffer.
+void output_buffer::hand_on(std::size_t bytes) {
+  if (!pieces_) return write_out(begin_.get(), bytes);
+  if (bytes == 0) return;
+  begin_ = pieces_->take(std::move(begin_), bytes);
+  end_ = begin_.get() + buffer_bytes;
 }
 
 void output_buffer::write_out(const char* text, std::size_t bytes) {

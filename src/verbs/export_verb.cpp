@@ -7,9 +7,10 @@
 #include <vector>
 
 #include "export/event_form.h"
-#include "source/log_events.h"
 #include "verbs/case_export.h"
+#include "verbs/export_worker.h"
 #include "verbs/list_logs.h"
+#include "verbs/log_jobs.h"
 #include "verbs/log_options.h"
 #include "verbs/log_survey.h"
 #include "verbs/order_options.h"
@@ -31,6 +32,7 @@ struct export_options {
   bool event_time = false;
   bool full_text = false;
   bool list = false;
+  unsigned threads = 0;
 };
 
 // A form that is no text, and has a run of its own.
@@ -49,51 +51,54 @@ bool by_time(const export_options& options) {
   return options.order.by_time(is_timeline_form(options.format) || form_of(options).by_time);
 }
 
-class export_run : public event_sink {
+// The timelines are made by one thread.
+class timeline_worker : public log_worker {
+ public:
+  explicit timeline_worker(timeline_logs& lines) : lines_(lines) {}
+
+  std::unique_ptr<part_result> read(log_part& part, part_turn& turn) override {
+    auto result = std::make_unique<nothing>();
+    const auto progress = [&turn](std::uint64_t bytes) { turn.show_progress(bytes); };
+    result->lost.has_chunk = true;
+    result->lost.unread = !lines_.read(*part.log, progress);
+    return result;
+  }
+
+ private:
+  class nothing : public part_result {
+    void pass_on() override {}
+    std::uint64_t waiting_bytes() const override { return 0; }
+  };
+
+  timeline_logs& lines_;
+};
+
+class export_run {
  public:
   export_run(const export_options& options, int descriptor, std::uint64_t total_bytes)
       : options_(options),
-        filter_(options.logs.conditions),
-        filtering_(options.logs.conditions.any()),
         out_(descriptor),
-        progress_(!options.logs.quiet && progress_line::has_terminal(), total_bytes),
         form_(form_of(options).make(options.form)),
-        events_(*form_, out_, options.order, by_time(options), options.form.copies) {
+        work_{options.logs, form_of(options), options.form, out_, nullptr, false, {}} {
+    settings_.threads = options.threads;
+    settings_.shows_progress = !options.logs.quiet && progress_line::has_terminal();
+    settings_.total_bytes = total_bytes;
+    settings_.carve = options.logs.carve.what();
     if (is_timeline_form(options.format)) {
+      settings_.threads = 1;
+      settings_.whole_logs = true;
       timeline_ = std::make_unique<timeline_logs>(
           options.format, options.logs.conditions,
           timeline_options{options.logs.slack, options.event_time}, options.order);
+    } else if (by_time(options)) {
+      by_time_ = std::make_unique<line_sorter>(options.order.sorting, options.form.copies);
+      work_.by_time = by_time_.get();
     }
-  }
-
-  void on_event(const event_view& event) override {
-    if (!filtering_ || filter_.takes(event)) events_.write(event);
   }
 
   int run() {
-    int status = verb_done;
-    const auto problem = [&status](const std::string& path, const std::string& what) {
-      report_problem(path, what);
-      status = verb_problems;
-    };
-    log_event_reader reader(*this, options_.logs.slack);
-    if (options_.logs.conditions.event_ids) {
-      reader.take_event_ids(&*options_.logs.conditions.event_ids);
-    }
-    std::uint64_t done = 0;
-    reader.on_progress = [&](std::uint64_t read) { progress_.update(done + read); };
-    log_finder finder(
-        [&](found_log& log) {
-          if (!read_log(log, reader)) {
-            const std::string& lost = reader.problem();
-            problem(log.source.path, lost.empty() ? "a part could not be read" : lost);
-          }
-          done += log.size;
-        },
-        problem);
-    finder.carve(options_.logs.carve.what());
     if (!timeline_) form_->begin(out_);
-    for (const std::string& path : options_.logs.paths) finder.find(path);
+    read_logs();
     const std::string error = write_waiting();
     if (!error.empty()) {
       problem("sorting", error);
@@ -103,36 +108,46 @@ class export_run : public event_sink {
       const bool named = !options_.output.empty() && options_.output != "-";
       problem(named ? options_.output : "standard output", std::strerror(out_.error()));
     }
-    return status;
+    return status_;
   }
   // Whether the output is whole: all that could be read is in it.
   bool written() const { return complete_ && !out_.failed(); }
 
  private:
-  bool read_log(const found_log& log, log_event_reader& reader) {
-    if (timeline_) return timeline_->read(log, reader.on_progress);
-    form_->start_log(log.source);
-    events_.start_log();
-    return reader.read(log);
+  void problem(const std::string& path, const std::string& what) {
+    report_problem(path, what);
+    status_ = verb_problems;
+  }
+
+  void read_logs() {
+    log_jobs jobs(
+        settings_, [this] { return make_worker(); },
+        [this](const std::string& path, const std::string& what) { problem(path, what); });
+    work_.one_thread = jobs.threads() == 1;
+    jobs.read(options_.logs.paths);
+  }
+  std::unique_ptr<log_worker> make_worker() {
+    if (timeline_) return std::make_unique<timeline_worker>(*timeline_);
+    return make_export_worker(work_);
   }
 
   // Writes what had to wait for the last log, and the end of the form. Returns what went wrong.
   std::string write_waiting() {
     if (timeline_) return timeline_->finish(out_) ? "" : timeline_->error();
-    const bool done = events_.finish();
+    const bool done = !by_time_ || write_lines(*by_time_, *form_, out_);
     form_->end(out_);
-    return done ? "" : events_.error();
+    return done ? "" : by_time_->error();
   }
 
   const export_options& options_;
-  event_filter filter_;
-  bool filtering_;
   output_buffer out_;
-  progress_line progress_;
-  std::unique_ptr<event_form> form_;
-  ordered_events events_;
-  bool complete_ = true;
+  const std::unique_ptr<event_form> form_;
+  std::unique_ptr<line_sorter> by_time_;
   std::unique_ptr<timeline_logs> timeline_;  // of a form that is no event_form
+  export_work work_;
+  log_jobs::settings settings_;
+  bool complete_ = true;
+  int status_ = verb_done;
 };
 
 int run(const export_options& options) {
@@ -210,6 +225,7 @@ int run_export(int argc, char** argv) {
   app.add_flag("--unique", options.form.copies,
                "write copies of an event once, with their number; needs --order time");
   add_log_options(app, options.logs);
+  add_threads_option(app, options.threads);
   add_list_option(app, options.list);
   app.final_callback([&] {
     const bool is_case = options.format == case_form && !options.list;

@@ -28,38 +28,40 @@ event_identity::value event_identity::of(const event_view& event) {
   return id;
 }
 
-ordered_events::ordered_events(event_form& form, output_buffer& out, const order_options& options,
-                               bool by_time, bool unique)
-    : form_(form), out_(out), render_(rendered_) {
-  if (by_time) by_time_ = std::make_unique<line_sorter>(options.sorting, unique);
+void timed_lines::add(const sort_key& place, const sort_key& identity, std::string_view line) {
+  lines_.push_back({place, identity, line.size()});
+  text_ += line;
 }
 
-void ordered_events::write(const event_view& event) {
-  if (!by_time_) return form_.write(out_, event);
+void timed_lines::hand_on(line_sorter& sorter) {
+  std::string_view rest = text_;
+  for (const timed_line& line : lines_) {
+    sorter.add(line.place, line.identity, rest.substr(0, line.bytes));
+    rest.remove_prefix(line.bytes);
+  }
+  lines_.clear();
+  text_.clear();
+}
+
+void timed_line_maker::make(const event_view& event, std::uint64_t log, timed_lines& out) {
   const std::uint64_t time = event.time();
   rendered_.clear();
   form_.write(render_, event);
   (void)render_.flush();
   event_identity::value id{};
-  if (by_time_->unique()) id = identity_.of(event);
-  by_time_->add({{form_.shown_time(time), log_, time}}, {{id[0], id[1], 0}}, rendered_);
+  if (unique_) id = identity_.of(event);
+  out.add({{form_.shown_time(time), log, time}}, {{id[0], id[1], 0}}, rendered_);
 }
 
-bool ordered_events::finish() {
-  if (!by_time_) return true;
-  const auto note = [this](std::string& event, std::uint64_t copies) {
-    form_.add_copies(event, copies);
+bool write_lines(line_sorter& sorter, const event_form& form, output_buffer& out) {
+  const auto note = [&form](std::string& event, std::uint64_t copies) {
+    form.add_copies(event, copies);
   };
-  const bool done = by_time_->finish(note, [this](std::string_view event) {
-    out_.append(event);
-    return !out_.failed();
+  const bool done = sorter.finish(note, [&out](std::string_view event) {
+    out.append(event);
+    return !out.failed();
   });
-  return done || out_.failed();
-}
-
-const std::string& ordered_events::error() const {
-  static const std::string none;
-  return by_time_ ? by_time_->error() : none;
+  return done || out.failed();
 }
 
 }  // namespace zanvik

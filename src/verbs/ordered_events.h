@@ -1,7 +1,6 @@
-// Events of a form in the requested order: log by log as they are read, or all in one order of
-// time.
+// Events of a form in one order of time over all logs.
 //
-// In one order of time, events whose lines show the same time are in the order of their logs;
+// Events whose lines show the same time are in the order of their logs;
 // events of one log are ordered by their full time, then by position. So results of separate runs
 // can be merged by what their lines show. Events wait as the bytes that the form makes of them.
 //
@@ -10,13 +9,14 @@
 #pragma once
 
 #include <array>
-#include <memory>
+#include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "export/event_form.h"
 #include "export/form_program.h"
 #include "verbs/line_sorter.h"
-#include "verbs/order_options.h"
 
 namespace zanvik {
 
@@ -32,26 +32,39 @@ class event_identity {
   output_buffer out_{xml_};
 };
 
-class ordered_events {
+// A line of an event in one order of time, as a worker makes it.
+class timed_lines {
  public:
-  // `form` and `out` must outlive this.
-  ordered_events(event_form& form, output_buffer& out, const order_options& options, bool by_time,
-                 bool unique);
+  void add(const sort_key& place, const sort_key& identity, std::string_view line);
+  void hand_on(line_sorter& sorter);
+  std::uint64_t bytes() const { return text_.size() + lines_.size() * sizeof(timed_line); }
 
-  void start_log() { ++log_; }
-  void write(const event_view& event);
-  // Writes the waiting events. False, with `error` set, if they could not be sorted.
-  [[nodiscard]] bool finish();
-  const std::string& error() const;
+ private:
+  struct timed_line {
+    sort_key place, identity;
+    std::size_t bytes;
+  };
+  std::vector<timed_line> lines_;
+  std::string text_;
+};
+
+// Makes the lines. Belongs to one thread.
+class timed_line_maker {
+ public:
+  // `form` must outlive this.
+  timed_line_maker(event_form& form, bool unique) : form_(form), unique_(unique) {}
+
+  void make(const event_view& event, std::uint64_t log, timed_lines& out);
 
  private:
   event_form& form_;
-  output_buffer& out_;
-  std::uint64_t log_ = 0;
-  std::unique_ptr<line_sorter> by_time_;
+  const bool unique_;
   event_identity identity_;
   std::string rendered_;
-  output_buffer render_;
+  output_buffer render_{rendered_};
 };
+
+// Writes the lines in order, those of copies with their number. False if they could not be sorted.
+[[nodiscard]] bool write_lines(line_sorter& sorter, const event_form& form, output_buffer& out);
 
 }  // namespace zanvik
