@@ -13,6 +13,7 @@ namespace {
 constexpr int heap_step_bytes = 32 << 20;       // only what is touched takes memory
 constexpr int mapped_from_bytes = 4 << 20;      // larger allocations have their own mapping
 constexpr std::uintptr_t large_page_bytes = 2 << 20;
+constexpr std::uintptr_t thread_heap_bytes = 64 << 20;  // reserved at such a multiple
 
 }  // namespace
 
@@ -29,6 +30,17 @@ void use_large_heap_pages() {
   if (after <= before || after - before > 2 * std::uintptr_t{heap_step_bytes}) return;
   const std::uintptr_t start = (before + large_page_bytes - 1) & ~(large_page_bytes - 1);
   if (start < after) ::madvise(reinterpret_cast<void*>(start), after - start, MADV_HUGEPAGE);
+#endif
+}
+
+void use_large_pages_in_thread() {
+#ifdef __GLIBC__
+  // A thread gets a heap of its own, all of which is reserved at its first allocation. If this one
+  // came from elsewhere, the call below meets unmapped memory and fails.
+  void* volatile const first = std::malloc(large_page_bytes / 2);
+  const auto start = reinterpret_cast<std::uintptr_t>(first) & ~(thread_heap_bytes - 1);
+  std::free(first);
+  if (start != 0) ::madvise(reinterpret_cast<void*>(start), thread_heap_bytes, MADV_HUGEPAGE);
 #endif
 }
 

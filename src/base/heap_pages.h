@@ -9,4 +9,7 @@ namespace zanvik {
 // one, nothing changes but the size of that step.
 void use_large_heap_pages();
 
+// The same for a thread beside the first one, which calls it before anything else.
+void use_large_pages_in_thread();
+
 }  // namespace zanvik

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/heap_pages.h"
 #include "base/limits.h"
 
 namespace zanvik {
@@ -73,6 +74,7 @@ bool ordered_work::may_start() const {
 }
 
 void ordered_work::run(std::size_t thread) {
+  use_large_pages_in_thread();
   lock held(mutex_);
   for (;;) {
     for_threads_.wait(held, [this] { return may_start() || ending_; });
