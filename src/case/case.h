@@ -12,4 +12,5 @@
 #pragma once
 
 #include "case/case_file.h"
+#include "case/case_merge.h"
 #include "case/case_writer.h"

@@ -77,6 +77,22 @@ bool case_rows::add_finding(const finding_row& found) {
   return finding_.run() || fail();
 }
 
+bool case_rows::add_finding_from(const statement& row, int first) {
+  constexpr int values = 6;
+  finding_.bind(1, log_);
+  for (int i = 0; i < values; ++i) {
+    const int column = first + i, parameter = i + 2;
+    if (row.is_integer(column)) {
+      finding_.bind(parameter, row.integer(column));
+    } else if (row.is_null(column)) {
+      finding_.bind_null(parameter);
+    } else {
+      finding_.bind(parameter, row.text(column));
+    }
+  }
+  return finding_.run() || fail();
+}
+
 bool case_rows::add_event() {
   if (failed()) return false;
   bind(event_column::log, log_);

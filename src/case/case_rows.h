@@ -80,6 +80,8 @@ class case_rows {
   // These return false on failure.
   [[nodiscard]] bool begin(const log_row& log);
   [[nodiscard]] bool add_finding(const finding_row& found);
+  // The same from another case: the columns of `row` from `first` on, which have been looked at.
+  [[nodiscard]] bool add_finding_from(const statement& row, int first);
   // Adds what is bound; every column must be.
   [[nodiscard]] bool add_event();
   [[nodiscard]] bool commit();

@@ -29,9 +29,10 @@ std::string value_of(std::string_view name) {
   if (name == "@Channel") return "(SELECT name FROM channel WHERE id = e.channel)";
   if (name == "@Computer") return "(SELECT name FROM computer WHERE id = e.computer)";
   if (name == "@UserID") return "(SELECT name FROM sid WHERE id = e.user_sid)";
-  std::string datum(name);
-  if (name.starts_with('#')) datum = "param" + std::to_string(std::stoul(datum.substr(1)) + 1);
-  const std::string value = "json_extract(e.data, " + quoted("$.\"" + datum + "\"") + ")";
+  const std::string datum(name);
+  const std::string path =
+      name.starts_with('#') ? "$.Data[" + datum.substr(1) + "]" : "$.\"" + datum + "\"";
+  const std::string value = "json_extract(e.data, " + quoted(path) + ")";
   return "nullif(nullif(" + value + ", ''), '-')";
 }
 

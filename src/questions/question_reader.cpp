@@ -17,18 +17,31 @@ system_member member_of(std::string_view name) {
   return system_member::count;
 }
 
-void add_field(std::vector<std::uint32_t>& out, std::int32_t field) {
-  if (field >= 0) out.push_back(static_cast<std::uint32_t>(field));
+void add_field(std::vector<field_place>& out, std::int32_t field) {
+  if (field >= 0) out.push_back({static_cast<std::uint32_t>(field)});
+}
+
+// The datum at a position. Sources without names often write all their data as one array.
+void add_datum(const event_shape& shape, std::uint32_t position, std::vector<field_place>& out) {
+  for (std::uint32_t i = 0; i < shape.fields.size(); ++i) {
+    const event_field& field = shape.fields[i];
+    if (field.group != field_group::data || field.position > position) continue;
+    if (field.parts.size() == 1 && field.parts.front().array) {
+      out.push_back({i, static_cast<std::int32_t>(position - field.position)});
+      return;
+    }
+  }
+  add_field(out, shape.datum_at(position));
 }
 
 // Appends the fields that one alternative means.
 void find_alternative(const event_shape& shape, std::string_view name,
-                      std::vector<std::uint32_t>& out) {
+                      std::vector<field_place>& out) {
   if (name.empty()) return;
   if (name[0] == '#') {
     std::uint32_t position = 0;
     std::from_chars(name.data() + 1, name.data() + name.size(), position);
-    add_field(out, shape.datum_at(position));
+    add_datum(shape, position, out);
   } else if (name[0] == '@') {
     const system_member member = member_of(name.substr(1));
     if (member != system_member::count) add_field(out, shape.find(member));
@@ -40,7 +53,7 @@ void find_alternative(const event_shape& shape, std::string_view name,
     } else {
       for (const std::uint32_t field : shape.find_all(name)) {
         if (shape.fields[field].group != field_group::system) {
-          out.push_back(field);
+          out.push_back({field});
           break;
         }
       }
@@ -48,8 +61,8 @@ void find_alternative(const event_shape& shape, std::string_view name,
   }
 }
 
-std::vector<std::uint32_t> find_fields(const event_shape& shape, std::string_view names) {
-  std::vector<std::uint32_t> fields;
+std::vector<field_place> find_fields(const event_shape& shape, std::string_view names) {
+  std::vector<field_place> fields;
   while (!names.empty()) {
     const std::size_t bar = std::min(names.find('|'), names.size());
     find_alternative(shape, names.substr(0, bar), fields);
@@ -130,10 +143,20 @@ std::span<const question_match> question_reader::matches(const event_view& event
   return matches_;
 }
 
+std::string_view question_reader::value(const event_view& event, const field_place& place) {
+  if (place.item < 0) return event.text(static_cast<std::int32_t>(place.field), scratch_);
+  scratch_.clear();
+  event_value rest = event.value(place.field), item;
+  for (std::int32_t i = 0; next_item(rest, item); ++i) {
+    if (i == place.item) append_text(scratch_, item);
+  }
+  return scratch_;
+}
+
 std::string_view question_reader::first_value(const event_view& event,
-                                              std::span<const std::uint32_t> fields) {
-  for (const std::uint32_t field : fields) {
-    const std::string_view text = event.text(static_cast<std::int32_t>(field), scratch_);
+                                              std::span<const field_place> fields) {
+  for (const field_place& place : fields) {
+    const std::string_view text = value(event, place);
     if (is_value(text)) return text;
   }
   return {};

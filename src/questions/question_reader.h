@@ -22,11 +22,17 @@
 
 namespace zanvik {
 
+// A field of a shape, or one item of the array that it holds.
+struct field_place {
+  std::uint32_t field = 0;
+  std::int32_t item = -1;  // -1: the whole field
+};
+
 // Where the values of one source are in the events of one shape.
 struct source_fields {
   const question_source* source = nullptr;
-  std::array<std::vector<std::uint32_t>, question_columns> columns;  // alternatives, in order
-  std::vector<std::uint32_t> when;                                   // the condition's fields
+  std::array<std::vector<field_place>, question_columns> columns;  // alternatives, in order
+  std::vector<field_place> when;                                   // the condition's fields
 };
 
 struct question_match {
@@ -65,7 +71,8 @@ class question_reader {
   };
   const known_id& known_for(const event_view& event, std::uint16_t event_id);
   bool fits(const event_view& event, const source_fields& fields);
-  std::string_view first_value(const event_view& event, std::span<const std::uint32_t> fields);
+  std::string_view value(const event_view& event, const field_place& place);
+  std::string_view first_value(const event_view& event, std::span<const field_place> fields);
 
   std::bitset<65536> event_ids_;
   std::unordered_map<std::uint16_t, std::vector<known_source>> by_id_;

@@ -1,14 +1,12 @@
 #include "verbs/case_export.h"
 
-#include <cstdio>
-
-#include "base/text.h"
 #include "case/case.h"
 #include "inspect/inspect_log.h"
 #include "pipeline/temporary_file.h"
 #include "run/version.h"
 #include "source/block_reader.h"
 #include "source/log_events.h"
+#include "verbs/case_reports.h"
 #include "verbs/log_survey.h"
 #include "verbs/progress_line.h"
 #include "verbs/selection_text.h"
@@ -105,14 +103,7 @@ class case_run : public event_sink {
   bool is_in_case(const log_row& row) {
     const kept_log kept = rows_.find(row);
     if (kept.id == 0) return false;
-    if (kept.selection != row.selection) {
-      problem(row.path, "is in the case with another selection of its events (" +
-                            (kept.selection.empty() ? "all" : kept.selection) + ")");
-    } else if (!logs_.quiet) {
-      const std::string as = kept.path == row.path ? "" : ", as " + kept.path;
-      std::fprintf(stderr, "zanvik: %s\n",
-                   printable_name(row.path + ": is in the case already" + as).c_str());
-    }
+    if (!report_kept(kept, row, logs_.quiet)) status_ = verb_problems;
     return true;
   }
 

@@ -5,12 +5,15 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "export/output_buffer.h"
 #include "merge/merge.h"
+#include "verbs/case_export.h"
 #include "verbs/log_options.h"
 #include "verbs/output_target.h"
 #include "verbs/verbs.h"
@@ -115,7 +118,18 @@ class merge_run {
   std::string header_;
 };
 
+// Whether one of the files is a database: then all have to be cases.
+bool has_database(const std::vector<std::string>& paths) {
+  constexpr std::string_view start = "SQLite format 3";
+  return std::any_of(paths.begin(), paths.end(), [start](const std::string& path) {
+    char head[start.size()];
+    std::ifstream file(path == "-" ? std::string() : path, std::ios::binary);
+    return file.read(head, sizeof(head)) && std::string_view(head, sizeof(head)) == start;
+  });
+}
+
 int run(const merge_options& options) {
+  if (has_database(options.paths)) return merge_cases(options.paths, options.output);
   merge_run work(options);
   if (!work.open()) return verb_problems;
   output_target target;
@@ -140,7 +154,8 @@ int run_merge(int argc, char** argv) {
   CLI::App app(
       "One file of results that are in one order of time each: of jsonl, csv, timesketch, "
       "elastic,\n"
-      "l2t or bodyfile. Name them in the order of their logs; events of one time keep it.",
+      "l2t or bodyfile. Name them in the order of their logs; events of one time keep it.\n"
+      "Or one case, a database, of many: their logs are added to the one of -o.",
       "zanvik merge");
   app.add_option("-o,--output", options.output,
                  "write to this file, which gets its name when it is complete")

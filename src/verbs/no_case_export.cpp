@@ -10,4 +10,10 @@ std::string case_support_problem() {
 
 int export_case(const log_options&, const case_options&) { return verb_bad_command; }
 
+int merge_cases(const std::vector<std::string>& paths, const std::string&) {
+  report_problem(paths.front(),
+                 "is a database; this program was built without SQLite, which its merge needs");
+  return verb_bad_command;
+}
+
 }  // namespace zanvik

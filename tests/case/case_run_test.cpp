@@ -110,7 +110,7 @@ TEST(case_run, data_are_typed_and_found_by_their_names) {
   EXPECT_EQ(into_case(output, {scratch.write("a.evtx", bytes_of_log(hostile_log()))}).status, 0);
   EXPECT_EQ(answer(output, "SELECT data FROM event"),
             R"({"a\"b.c$[0]":"x'||y","Same":"1","Same_1":"2","Control":"one\r\n\ttwo\u0001"}; )"
-            R"({"param1":"first","param2":"","Binary":"0102FF"}; )"
+            R"({"Data":["first",""],"Binary":"0102FF"}; )"
             R"({"SubjectUserName":"anna","Count":7}; {}; )");
   EXPECT_EQ(answer(output,
                    "SELECT data ->> 'Count', typeof(data ->> 'Count') FROM event "

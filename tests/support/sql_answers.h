@@ -33,6 +33,13 @@ class sql_answers {
     return rows;
   }
 
+  // Several statements.
+  void run(const std::string& sql) {
+    if (sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+      throw std::runtime_error(sql + ": " + sqlite3_errmsg(handle_));
+    }
+  }
+
  private:
   static void append_row(sqlite3_stmt* row, std::string& out) {
     for (int i = 0; i < sqlite3_column_count(row); ++i) {
