@@ -145,12 +145,12 @@ TEST_F(case_merge, damaged_cases) {
     EXPECT_EQ(answer(path("out.db"), "SELECT count(*) FROM event, log WHERE events <> 14"), "0; ")
         << at;
   };
-  for (std::size_t at = 100; at < sound.size(); at += sound.size() / 60 + 1) {
+  for (std::size_t at = 100; at < sound.size(); at += sound.size() / 24 + 1) {
     std::string bytes = sound;
     bytes[at] = static_cast<char>(bytes[at] ^ 0x55);
     survives(bytes, at);
   }
-  for (std::size_t size = 16; size < sound.size(); size += sound.size() / 10) {
+  for (std::size_t size = 16; size < sound.size(); size += sound.size() / 5) {
     survives(sound.substr(0, size), size);
   }
 }

@@ -36,7 +36,8 @@ class row_sink : public event_sink {
 std::vector<std::string> rows_of(log_builder log) {
   own_bytes bytes(log.bytes());
   row_sink sink;
-  const log_source source{"a.evtx", log_kind::evtx, 0, 0};
+  log_source source;
+  source.path = "a.evtx";
   evtx_event_reader reader(sink);
   reader.set_source(source);
   walk_evtx_block(bytes.span(), 0, reader, {});
@@ -157,7 +158,9 @@ TEST(question_reader, legacy_events_of_one_shape_and_several_ids) {
   own_bytes bytes(log.bytes());
   row_sink sink;
   evt_event_reader reader(sink);
-  const log_source source{"a.evt", log_kind::evt, 0, 0};
+  log_source source;
+  source.path = "a.evt";
+  source.kind = log_kind::evt;
   reader.set_source(source);
   reader.set_buffer(0, bytes.span().data() + bytes.span().size());
   ASSERT_TRUE(walk_evt_log(bytes.span(), reader));
