@@ -18,12 +18,14 @@ namespace {
 
 // Of the file's header, as SQLite documents it.
 constexpr std::string_view sqlite_start{"SQLite format 3\0", 16};
+constexpr std::size_t read_version_at = 19;
+constexpr std::byte wal_version{2};
 constexpr std::size_t version_at = 60;
 constexpr std::size_t application_at = 68;
 constexpr std::size_t header_bytes = 100;
 
-// Pages of 16 KiB hold some 25 events each. Dirty pages beyond the cache go to the file, so that a
-// log of any size takes the same memory. NORMAL: the file is synced where its soundness needs it.
+// Pages of 16 KiB hold some 25 events each. Dirty pages beyond the cache go to the disk, so that a
+// log of any size takes the same memory. In WAL mode, NORMAL syncs where soundness needs it.
 constexpr const char* settings = R"(PRAGMA page_size = 16384;
 PRAGMA cache_size = -32768;
 PRAGMA locking_mode = EXCLUSIVE;
@@ -36,6 +38,19 @@ std::uint32_t big_endian(std::span<const std::byte> bytes, std::size_t at) {
     number = number << 8 | std::to_integer<std::uint32_t>(bytes[at + i]);
   }
   return number;
+}
+
+using file_start = std::array<std::byte, header_bytes>;
+
+// Bytes read, or -1 with errno.
+ssize_t read_start(const std::string& path, file_start& head) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return -1;
+  const ssize_t got = read_fully(file, head, 0);
+  const int error = errno;
+  ::close(file);
+  errno = error;
+  return got;
 }
 
 std::string judge(std::span<const std::byte> head) {
@@ -59,14 +74,15 @@ std::string why_no_case(const std::string& path) {
   if (::stat(path.c_str(), &about) != 0) return errno == ENOENT ? "" : std::strerror(errno);
   if (!S_ISREG(about.st_mode)) return "is not a file that a case can be in";
   if (about.st_size == 0) return "";
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return std::strerror(errno);
-  std::array<std::byte, header_bytes> head;
-  const ssize_t got = read_fully(file, head, 0);
-  const std::string error = got < 0 ? std::strerror(errno) : "";
-  ::close(file);
-  if (!error.empty()) return error;
+  file_start head;
+  const ssize_t got = read_start(path, head);
+  if (got < 0) return std::strerror(errno);
   return judge(std::span(head).first(static_cast<std::size_t>(got)));
+}
+
+bool is_unfinished_case(const std::string& path) {
+  file_start head;
+  return read_start(path, head) == std::ssize(head) && head[read_version_at] == wal_version;
 }
 
 std::string why_no_case_tables(database& base) {
@@ -131,12 +147,15 @@ std::string case_file::add_full_text() {
   return full_text_ ? "" : base_.error();
 }
 
-std::string case_file::prepare_for(std::uint64_t bytes) {
+std::string case_file::start_adding() {
+  if (adding_) return "";
+  adding_ = true;
+  std::string sql = "PRAGMA journal_mode = WAL;";
   const std::int64_t held = base_.number("SELECT total(size) FROM log");
-  if (held > 0 && bytes <= static_cast<std::uint64_t>(held)) return "";
-  std::string sql;
-  for (const case_index& index : case_indexes()) {
-    sql += "DROP INDEX IF EXISTS " + std::string(index.name) + ";";
+  if (held <= 0 || bytes_ > static_cast<std::uint64_t>(held)) {
+    for (const case_index& index : case_indexes()) {
+      sql += "DROP INDEX IF EXISTS " + std::string(index.name) + ";";
+    }
   }
   return base_.run(sql) ? "" : base_.error();
 }
@@ -147,7 +166,10 @@ std::string case_file::finish() {
     sql += "CREATE INDEX IF NOT EXISTS " + std::string(index.name) + " ON " +
            std::string(index.on) + ";";
   }
-  const std::string problem = base_.run(sql + "COMMIT") ? "" : base_.error();
+  sql += "COMMIT;";
+  // Also behind a run that was killed.
+  if (base_.word("PRAGMA journal_mode") == "wal") sql += "PRAGMA journal_mode = DELETE";
+  const std::string problem = base_.run(sql) ? "" : base_.error();
   base_.close();
   return problem;
 }

@@ -15,6 +15,10 @@ namespace zanvik {
 // has no bytes, so that a case can be made. Only the first bytes are looked at.
 std::string why_no_case(const std::string& path);
 
+// Whether a run is adding to the case, or was killed while it did: what it wrote last is beside the
+// case.
+bool is_unfinished_case(const std::string& path);
+
 // Why the tables of an open database are not those of a case; empty when they are.
 std::string why_no_case_tables(database& base);
 
@@ -25,8 +29,11 @@ class case_file {
   database& base() { return base_; }
   bool has_full_text() const { return full_text_; }
 
-  // Before logs of that many bytes are added: drops the indexes if that is faster.
-  [[nodiscard]] std::string prepare_for(std::uint64_t bytes);
+  // Says how many bytes of logs may come.
+  void expect(std::uint64_t bytes) { bytes_ = bytes; }
+  // Before the first log: drops the indexes if that is faster. Until `finish`, what is written goes
+  // to the file beside the case that SQLite calls WAL: a log then costs no wait for the disk.
+  [[nodiscard]] std::string start_adding();
   // Makes the indexes that are missing, and closes.
   [[nodiscard]] std::string finish();
 
@@ -38,6 +45,8 @@ class case_file {
 
   database base_;
   bool full_text_ = false;
+  bool adding_ = false;
+  std::uint64_t bytes_ = 0;
 };
 
 }  // namespace zanvik

@@ -55,6 +55,10 @@ bool case_source::fail(const std::string& why) {
 std::string case_source::open(const std::string& path) {
   std::string problem = why_no_case(path);
   if (!problem.empty()) return problem;
+  if (is_unfinished_case(path)) {
+    return "is in use, or was left by a run that was killed: `zanvik export --format sqlite` with "
+           "it as output, and any log, puts it right";
+  }
   if (!base_.open(path, database::access::read)) return base_.error();
   if (!base_.run("BEGIN")) return base_.error();
   problem = check_tables();

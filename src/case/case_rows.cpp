@@ -49,6 +49,8 @@ kept_log case_rows::find(const log_row& log) {
 
 bool case_rows::begin(const log_row& log) {
   if (failed()) return false;
+  error_ = file_.start_adding();
+  if (failed()) return false;
   if (!base_.run("BEGIN IMMEDIATE")) return fail();
   first_event_ = base_.number("SELECT max(id) FROM event") + 1;
   events_ = 0;

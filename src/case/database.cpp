@@ -139,9 +139,6 @@ std::string database::error() const {
   if (!handle_) return "no memory for a database";
   const int status = sqlite3_extended_errcode(handle_);
   if ((status & 0xff) == SQLITE_BUSY) return "is in use by another program";
-  if (status == SQLITE_READONLY_ROLLBACK) {
-    return "was left by a run that was killed; `zanvik export --format sqlite -o` puts it right";
-  }
   return sqlite3_errmsg(handle_);
 }
 

@@ -147,9 +147,9 @@ int export_case(const log_options& logs, const case_options& options) {
   database::set_temporary_folder(options.temporary_folder);
   case_file file;
   std::string error = file.open(options.output, options.full_text);
-  if (error.empty()) error = file.prepare_for(seen.bytes);
   if (!error.empty()) return refuse(options.output, error);
-  int status = case_run(logs, options, file, seen.bytes).run();
+  file.expect(seen.bytes);
+  const int status = case_run(logs, options, file, seen.bytes).run();
   error = file.finish();
   return error.empty() ? status : refuse(options.output, error);
 }

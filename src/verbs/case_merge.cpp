@@ -36,7 +36,7 @@ class merge_of_cases {
   int run(const std::vector<std::string>& paths) {
     case_file file;
     std::string error = file.open(output_, full_text_);
-    if (error.empty()) error = file.prepare_for(bytes_);
+    file.expect(bytes_);
     if (error.empty()) {
       case_rows rows(file);
       for (const std::string& path : paths) {

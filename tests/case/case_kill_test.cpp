@@ -31,7 +31,7 @@ off_t size_of(const std::string& path) {
   return ::stat(path.c_str(), &about) == 0 ? about.st_size : 0;
 }
 
-// Starts the run, waits until the case or its journal is as large as that, and kills it. Returns
+// Starts the run, waits until the file is as large as that, and kills it. Returns
 // whether it was still at work.
 bool run_and_kill(const std::vector<std::string>& args, const std::string& watched, off_t size) {
   std::vector<std::string> words = args;
@@ -64,8 +64,8 @@ TEST(case_kill, a_killed_run_leaves_whole_logs_and_the_next_one_goes_on) {
   std::mt19937 random(7);
   int killed = 0;
   for (int round = 0; round < 12; ++round) {
-    // By turns early, when the journal grows, and when the case has grown by some pages.
-    const std::string watched = round % 2 == 0 ? output + "-journal" : output;
+    // By turns when the file beside the case grows, and when the case itself does.
+    const std::string watched = round % 2 == 0 ? output + "-wal" : output;
     const off_t more = static_cast<off_t>(random() % 40) * 1024 + 1;
     killed += run_and_kill(args, watched, size_of(watched) + more);
     EXPECT_EQ(answer(output, "PRAGMA integrity_check"), "ok; ") << round;

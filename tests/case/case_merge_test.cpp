@@ -86,6 +86,16 @@ struct prepared_row {
   bool first_log_stays = true;  // what is wrong is found behind the first log
 };
 
+TEST_F(case_merge, a_case_of_a_run_that_did_not_end_is_put_right_first) {
+  const std::string one = made("one.db", {first_});
+  answer(one, "PRAGMA journal_mode = WAL");
+  const auto run = run_zanvik({"merge", one, "-o", path("x.db")});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("left by a run that was killed"), std::string::npos) << run.err;
+  (void)made("one.db", {first_});
+  EXPECT_EQ(run_zanvik({"merge", one, "-o", path("x.db")}).status, 0);
+}
+
 // What somebody may do to a case, and what is said of it. Only whole logs as they were come over.
 TEST_F(case_merge, prepared_cases) {
   const prepared_row rows[] = {
