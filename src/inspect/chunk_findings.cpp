@@ -148,6 +148,13 @@ void chunk_check::check_header() {
     find(finding_kind::declared_count, layout::first_logical_record_at,
          "declares " + text_of(*declared) + ", holds " + text_of(summary_.records));
   }
+  if (declared && header.has_records() &&
+      header.last_in_file - header.first_in_file != header.last_number - header.first_number) {
+    find(finding_kind::chunk_fields, 8,
+         "counts records " + text_of(header.first_in_file) + " to " +
+             text_of(header.last_in_file) + " of the log, with the numbers " +
+             text_of(header.first_number) + " to " + text_of(header.last_number));
+  }
   if (header.has_records() && summary_.records != 0 && header.last_record_at != last_record_at_) {
     find(finding_kind::chunk_fields, 44,
          "last record at " + text_of(header.last_record_at) + ", found at " +

@@ -47,7 +47,8 @@ constexpr kind_row rows[] = {
     {checksum_stale, "checksum_stale", finding_weight::note,
      "the chunk was being written when its log was copied or its machine lost power"},
     {chunk_fields, "chunk_fields", finding_weight::finding,
-     "offsets or numbers in a chunk's header point nowhere, or past its records"},
+     "offsets or numbers in a chunk's header point nowhere or past its records, or do not fit "
+     "one another"},
     {declared_count, "declared_count", finding_weight::finding,
      "records of the chunk were removed, joined, damaged or added"},
     {chunk_twice, "chunk_twice", finding_weight::finding,

@@ -210,9 +210,14 @@ TEST(findings, of_an_evtx_log) {
        {"chunk_fields"},
        "chunk_fields",
        {chunk1 + 24, 1}},
+      {"two counts of a chunk's records differ",
+       forged([](auto& l) { l.poke_u64(chunk1 + 16, 9); }),
+       {"chunk_fields"},
+       "chunk_fields",
+       {chunk1 + 8, 1}},
       {"a chunk that declares fewer records",
        forged([](auto& l) { l.poke_u64(chunk1 + 32, 5); }),
-       {"declared_count", "record_unread"},
+       {"chunk_fields", "declared_count", "record_unread"},
        "declared_count",
        {chunk1 + 24, 1}},
       {"a chunk that comes twice",
@@ -360,6 +365,7 @@ TEST(findings, a_record_inside_another_one) {
   log.poke_u32(outer + 4, size);
   log.poke_u32(behind - 4, size);
   log.poke_u64(behind + 8, 2);
+  log.poke_u64(4096 + 16, 2);
   log.poke_u64(4096 + 32, 2);
   log.poke_u64(24, 3);
   mend_chunk(log, 0);
