@@ -27,7 +27,7 @@ _zanvik_verb() {
     check:-f | check:--format)
       _zanvik_words 'table json csv'
       return ;;
-    hunt:--min-level)
+    hunt:--min-level | report:--min-level)
       _zanvik_words 'informational low medium high critical'
       return ;;
     hunt:--status)
@@ -42,7 +42,8 @@ _zanvik_verb() {
     *:-l | *:--level)
       _zanvik_words 'critical error warning information verbose'
       return ;;
-    *:-o | *:--output | *:--from-list | hunt:-r | hunt:--rules | hunt:--log-sources)
+    *:-o | *:--output | *:--from-list | hunt:-r | hunt:--rules | hunt:--log-sources | \
+      report:-r | report:--rules)
       _zanvik_files
       return ;;
     # Values that only the examiner knows.
@@ -67,6 +68,9 @@ _zanvik_verb() {
         --details --list --stats --unique -q --quiet --slack --carve --from-list $take" ;;
     check)
       _zanvik_words '-h --help -f --format -o --output -q --quiet --chunks --carve --list --from-list' ;;
+    report)
+      _zanvik_words "-h --help -o --output -r --rules --min-level -q --quiet --slack --carve
+        --from-list $take" ;;
     shard)
       _zanvik_words '-h --help -n --count -o --output --only --null --from-list' ;;
     merge)
@@ -78,7 +82,7 @@ _zanvik() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
   case ${COMP_WORDS[1]} in
-    export | hunt | check | shard | merge)
+    export | hunt | check | report | shard | merge)
       if ((COMP_CWORD > 1)); then
         # Bash takes --format=csv for three words.
         if [[ $word == = ]]; then
@@ -91,7 +95,7 @@ _zanvik() {
       fi ;;
   esac
   if ((COMP_CWORD == 1)) && [[ $word != -* ]]; then
-    _zanvik_words 'export hunt check shard merge'
+    _zanvik_words 'export hunt check report shard merge'
     return
   fi
   # Names of options count in any case, so the one in front does too.

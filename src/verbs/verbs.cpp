@@ -13,6 +13,7 @@ std::span<const verb> verbs() {
 #ifdef ZANVIK_INSPECT
       {"check", "what is missing from logs, and what was changed", run_check},
 #endif
+      {"report", "one HTML page that shows what happened", run_report},
       {"shard", "lists of logs of about equal size, for several runs or machines", run_shard},
       {"merge", "results of such runs as one, in order of time", run_merge},
   };

@@ -31,6 +31,7 @@ std::span<const verb> verbs();
 std::optional<int> run_verb(int argc, char** argv);
 
 int run_export(int argc, char** argv);
+int run_report(int argc, char** argv);
 int run_shard(int argc, char** argv);
 int run_merge(int argc, char** argv);
 #ifdef ZANVIK_SIGMA

@@ -1,0 +1,182 @@
+// The page that is made of built logs: its rows, and that no text leaves its place.
+#include "report/page.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "exported_events.h"
+#include "read_page.h"
+#include "report/page_files.h"
+
+namespace zanvik::testing {
+namespace {
+
+constexpr const char* security = "Microsoft-Windows-Security-Auditing";
+
+std::string page_of(const std::vector<log_builder>& logs) {
+  report_collector collected;
+  report_head head;
+  head.version = "1.0";
+  for (const log_builder& log : logs) {
+    own_bytes bytes(log.bytes());
+    log_source source;
+    source.path = "log" + std::to_string(head.logs.size());
+    evtx_event_reader reader(collected);
+    reader.set_source(source);
+    collected.start_log();
+    walk_evtx_block(bytes.span(), 0, reader, {});
+    head_log& about = head.logs.emplace_back();
+    about.path = source.path;
+    about.events = collected.log_events().events;
+  }
+  collected.finish();
+  std::string html;
+  output_buffer out(html);
+  write_page(out, head, collected);
+  out.flush();
+  return html;
+}
+
+std::size_t occurrences(std::string_view text, std::string_view what) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(what, at)) != std::string_view::npos; ++at) ++count;
+  return count;
+}
+
+record_builder logon(std::uint64_t number, const char* account, const char* address,
+                     std::uint32_t id = 4624) {
+  return record(number, {.event_id = id,
+                         .provider = security,
+                         .channel = "Security",
+                         .data = {{"TargetUserName", slot::utf16(account)},
+                                  {"TargetDomainName", slot::utf16("FABRIKAM")},
+                                  {"LogonType", slot::uint32(3)},
+                                  {"SubStatus", slot::hex32(0xc000006a)},
+                                  {"IpAddress", slot::utf16(address)}}});
+}
+
+TEST(page, rows_say_what_events_say) {
+  const page_content page(page_of({log_builder().chunk(
+      {logon(1, "anna", "10.0.0.1"), logon(2, "tom", "-"),
+       logon(3, "Anna", "10.0.0.2", 4625), record(4)})}));
+  const page_table logons = page.table("logons");
+  ASSERT_EQ(logons.rows.size(), 2U);
+  EXPECT_EQ(logons.rows[0].at("account"), "anna");
+  EXPECT_EQ(logons.rows[0].at("logon_type"), "network (3)");
+  EXPECT_EQ(logons.rows[0].at("source_address"), "10.0.0.1");
+  EXPECT_EQ(logons.rows[1].at("source_address"), "");
+  EXPECT_EQ(logons.rows[1].at("record"), "2");
+  EXPECT_EQ(logons.rows[1].at("log"), "log0");
+  EXPECT_EQ(logons.rows[0].count("computer"), 0U);  // there is one
+  EXPECT_EQ(logons.times[0], 1705305601000.0);      // 2024-01-15 08:00:01
+  const page_table failed = page.table("failed_logons");
+  ASSERT_EQ(failed.rows.size(), 1U);
+  EXPECT_EQ(failed.rows[0].at("reason"), "wrong password (0xc000006a)");
+}
+
+TEST(page, a_long_column_is_sorted_as_people_read) {
+  chunk_builder records;
+  const char* const names[] = {"b10", "B2", "a", "10", "9", "010", ""};
+  for (std::uint64_t i = 0; i < std::size(names); ++i) records.add(logon(i + 1, names[i], "x"));
+  const page_content page(page_of({log_builder().chunk(records)}));
+  std::string order;
+  for (const json_value& column : page.data["tables"].items[0]["columns"].items) {
+    if (column["name"].text != "account") continue;
+    for (const json_value& value : column["values"].items) order += value.text + "|";
+  }
+  EXPECT_EQ(order, "9|10|010||a|b10|B2|");
+}
+
+// Every field of every source of every question holds markup.
+TEST(page, markup_in_every_field_stays_text) {
+  const std::string attack =
+      "</script><script>x()</script><img src=x onerror=x()>\"'&lt;\xe2\x80\xae\x01]]>-->";
+  const std::string shown =
+      "</script><script>x()</script><img src=x onerror=x()>\"'&lt;[U+202E]\xe2\x90\x81]]>-->";
+  std::vector<log_builder> logs;
+  std::uint64_t number = 0, sources = 0;
+  chunk_builder records;
+  const auto flush = [&] {
+    logs.push_back(log_builder().chunk(records));
+    records = chunk_builder();
+  };
+  for (const question& asked : questions()) {
+    for (const question_source& source : asked.sources) {
+      event made{.event_id = source.event_id, .provider = std::string(source.provider),
+                 .channel = attack, .computer = attack};
+      bool unnamed = false;
+      std::string condition(source.when.substr(0, source.when.find_first_of("!=")));
+      for (const std::string_view field : source.fields) {
+        for (std::string_view rest = field; !rest.empty();) {
+          const std::string name(rest.substr(0, rest.find('|')));
+          rest.remove_prefix(std::min(name.size() + 1, rest.size()));
+          unnamed = unnamed || (name[0] == '#' && field.find('|') == field.npos);
+          const bool here = name == condition && source.when.find("*USB*") != source.when.npos;
+          if (name[0] != '@' && name[0] != '#') {
+            made.data.push_back({name, slot::utf16(here ? attack + "USB" : attack)});
+          }
+        }
+      }
+      if (unnamed) {
+        made.form = payload_form::unnamed_event_data;
+        for (int i = 0; i < 20; ++i) made.data.push_back({"", slot::utf16(attack)});
+      }
+      records.add(record(++number, made));
+      if (++sources % 6 == 0) flush();
+    }
+  }
+  flush();
+  const std::string html = page_of(logs);
+  // The page's own elements and nothing else.
+  EXPECT_EQ(occurrences(html, "<script"), 2U);
+  EXPECT_EQ(occurrences(html, "</script"), 2U);
+  EXPECT_EQ(occurrences(html, "<img"), 0U);
+  EXPECT_EQ(occurrences(html, "\xe2\x80\xae"), 0U);
+  EXPECT_EQ(occurrences(html, "\x01"), 0U);
+  const page_content page(html);
+  std::uint64_t rows = 0, cells = 0;
+  for (const auto& [name, table] : page.tables) {
+    rows += table.total;
+    for (const auto& row : table.rows) {
+      for (const auto& [column, value] : row) cells += value.find(shown) != value.npos ? 1 : 0;
+    }
+  }
+  // All script blocks have one ID.
+  EXPECT_EQ(rows, sources - 1);
+  EXPECT_GT(cells, 4 * sources);
+}
+
+TEST(page, policy_names_the_script_and_the_style_by_hash) {
+  const std::string html = page_of({log_builder().chunk({record(1)})});
+  const std::size_t policy = html.find("Content-Security-Policy");
+  ASSERT_NE(policy, std::string::npos);
+  const std::string_view line = std::string_view(html).substr(policy, 400);
+  for (const char* const part :
+       {"default-src 'none'; script-src 'sha256-", "; style-src 'sha256-", "; base-uri 'none'",
+        "; form-action 'none'\""}) {
+    EXPECT_NE(line.find(part), std::string_view::npos) << part;
+  }
+  EXPECT_EQ(line.find("unsafe"), std::string_view::npos);
+  // What is hashed is what stands between the tags.
+  EXPECT_NE(html.find("<script>" + std::string(page_files::script) + "</script>"),
+            std::string::npos);
+  EXPECT_NE(html.find("<style>" + std::string(page_files::style) + "</style>"), std::string::npos);
+  // Nothing in it writes markup or runs texts.
+  for (const char* const word : {"innerHTML", "outerHTML", "insertAdjacentHTML", "document.write",
+                                 "eval(", "Function(", "http:", "https:"}) {
+    std::string script = page_files::script;
+    const std::size_t space = script.find("http://www.w3.org/2000/svg");
+    if (space != std::string::npos) script.erase(space, 26);
+    EXPECT_EQ(script.find(word), std::string::npos) << word;
+  }
+}
+
+TEST(page, without_any_event_there_is_a_page) {
+  const std::string html = page_of({});
+  EXPECT_NE(html.find("<h1>No events</h1>"), std::string::npos);
+  EXPECT_TRUE(page_content(html).tables.empty());
+}
+
+}  // namespace
+}  // namespace zanvik::testing
