@@ -37,6 +37,32 @@ void replace_controls(std::string& text) {
       [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, '?');
 }
 
+// Where the messages of this thread are kept; null if they are shown at once.
+thread_local held_messages::list* held = nullptr;
+
+void put_status(int width, std::string text) {
+  const std::size_t columns = terminal_columns();
+  if (columns == 0) return;
+  text.resize(std::min(text.size(), static_cast<std::size_t>(
+                                        std::clamp(width, 0, status_width_max))));
+  std::erase(text, '\n');
+  replace_controls(text);
+  // A text that fills its line would move the cursor to the next one.
+  put_error_text("\x1b[2K\r    \r" + shortened_in_middle(text, columns - 1) + "\r");
+}
+
+// Shows a message, which ends without a line end.
+void put_message(std::string text) {
+  clear_status();
+  if (terminal_columns() != 0) {
+    replace_controls(text);
+    text += '\n';
+  } else {
+    line_is_open = line_is_open || !text.empty();
+  }
+  put_error_text(text);
+}
+
 bool is_continuation(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
 
 }  // namespace
@@ -61,29 +87,27 @@ std::string path_for_message(std::string_view path, std::size_t beside) {
 }
 
 void clear_status() {
-  if (terminal_columns() != 0) put_error_text("\x1b[2K\r                           \r");
+  if (!held && terminal_columns() != 0) put_error_text("\x1b[2K\r                           \r");
 }
 
 void print_status(int width, const char* format, ...) {
-  const std::size_t columns = terminal_columns();
-  if (columns == 0) return;
+  if (terminal_columns() == 0) return;
   char formatted[256];
   std::va_list arguments;
   va_start(arguments, format);
   const int length = std::vsnprintf(formatted, sizeof(formatted), format, arguments);
   va_end(arguments);
   if (length < 0) return;
-  const int shown = std::clamp(std::min(width, length), 0, status_width_max);
-  std::string text(formatted, static_cast<std::size_t>(shown));
-  std::erase(text, '\n');
-  replace_controls(text);
-  // A text that fills its line would move the cursor to the next one.
-  put_error_text("\x1b[2K\r    \r" + shortened_in_middle(text, columns - 1) + "\r");
+  if (!held_messages::keep([width, text = std::string(formatted)] { put_status(width, text); })) {
+    put_status(width, formatted);
+  }
 }
 
 int prob_message(const char* format, ...) {
-  clear_status();
-  if (format == nullptr) return 0;
+  if (format == nullptr) {
+    clear_status();
+    return 0;
+  }
   std::va_list arguments;
   va_start(arguments, format);
   std::va_list measured;
@@ -92,6 +116,7 @@ int prob_message(const char* format, ...) {
   va_end(measured);
   if (length < 0 || length > max_message_length) {
     va_end(arguments);
+    clear_status();
     return 0;
   }
   std::string text(static_cast<std::size_t>(length) + 1, '\0');
@@ -99,21 +124,32 @@ int prob_message(const char* format, ...) {
   va_end(arguments);
   // Without the terminator and, on purpose, without the last character.
   text.resize(static_cast<std::size_t>(std::max(length - 1, 0)));
-  if (terminal_columns() != 0) {
-    replace_controls(text);
-    text += '\n';
-  } else {
-    line_is_open = line_is_open || !text.empty();
-  }
-  put_error_text(text);
+  if (!held_messages::keep([text] { put_message(text); })) put_message(std::move(text));
   return length;
 }
 
 void print_line(std::string text) {
+  if (held_messages::keep([text] { print_line(text); })) return;
   clear_status();
   if (terminal_columns() != 0) replace_controls(text);
   if (std::exchange(line_is_open, false)) text.insert(0, 1, '\n');
   put_error_text(text + '\n');
+}
+
+held_messages::held_messages(list& messages) { held = &messages; }
+
+held_messages::~held_messages() { held = nullptr; }
+
+bool held_messages::keep(std::function<void()> message) {
+  if (held) held->push_back(std::move(message));
+  return held != nullptr;
+}
+
+void held_messages::tell(list& messages) {
+  list* const kept = std::exchange(held, nullptr);
+  for (const std::function<void()>& message : messages) message();
+  held = kept;
+  messages.clear();
 }
 
 }  // namespace zanvik

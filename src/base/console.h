@@ -6,8 +6,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zanvik {
 
@@ -30,6 +32,24 @@ inline constexpr int status_width_max = 70;
 
 // Prints `text` on a line of its own, on a terminal and elsewhere.
 void print_line(std::string text);
+
+// Keeps the messages of this thread, for a result that is shown later, in its order. While one
+// lives in a thread, the functions above keep what the thread would show. A thread has one at most.
+class held_messages {
+ public:
+  using list = std::vector<std::function<void()>>;
+
+  // They are added to `messages`, which must outlive this.
+  explicit held_messages(list& messages);
+  held_messages(const held_messages&) = delete;
+  held_messages& operator=(const held_messages&) = delete;
+  ~held_messages();
+
+  // Keeps `message` for later if messages of this thread are kept, and returns whether they are.
+  static bool keep(std::function<void()> message);
+  // Shows the messages in order, even if the thread keeps its own, and empties the list.
+  static void tell(list& messages);
+};
 
 // `text` in at most `width` bytes, with "..." instead of its middle if it is longer. UTF-8
 // sequences are not split.

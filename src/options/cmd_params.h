@@ -36,6 +36,7 @@ class cmd_params {
   std::string signal_name;
   bool show_status = true;
   bool profile = false;  // print the run time at the end
+  unsigned threads = 0;  // of the run; 0 if the processors decide
   output_format format;
   walk_options walk;
   diag_trace trace;
@@ -44,6 +45,7 @@ class cmd_params {
  private:
   [[nodiscard]] bool take_results_file(argument_list& argv_list);
   void take_trace_options(argument_list& argv_list);
+  void take_threads_option(argument_list& argv_list);
   void drop_values(std::initializer_list<std::string_view> names, argument_list& argv_list);
   void drop_flags(std::initializer_list<std::string_view> names, argument_list& argv_list);
   [[nodiscard]] bool take_checked_file_times(argument_list& argv_list);

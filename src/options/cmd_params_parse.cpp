@@ -130,6 +130,18 @@ void cmd_params::take_trace_options(argument_list& argv_list) {
   }
 }
 
+// What is no number of threads is swallowed.
+void cmd_params::take_threads_option(argument_list& argv_list) {
+  std::string value;
+  if (!take_value_option("-threads", value, argv_list)) return;
+  const std::int32_t number = signed_from_text(value).value_or(0);
+  if (number > 0) {
+    threads = static_cast<unsigned>(number);
+  } else {
+    strict.add("-threads " + value + " is no number of threads");
+  }
+}
+
 bool cmd_params::take_results_file(argument_list& argv_list) {
   std::string value;
   if (!take_value_option("-out", value, argv_list) &&
@@ -153,7 +165,7 @@ bool cmd_params::parse_options(argument_list& argv_list) {
   take_form_options(argv_list, format);
   if (!take_alias_options(argv_list, format)) return false;
   drop_flags({"-gzip", "-zlib"}, argv_list);
-  drop_values({"-threads"}, argv_list);
+  take_threads_option(argv_list);
   drop_flags({"-zlibex"}, argv_list);
   if (refuses_sqlite(argv_list)) return false;
   (void)take_value_option("-signal", signal_name, argv_list);

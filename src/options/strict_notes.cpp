@@ -8,7 +8,10 @@ namespace zanvik {
 
 void strict_notes::add(std::string note) {
   if (state_ == state::undecided) return held_.push_back(std::move(note));
-  if (state_ == state::on && told_.insert(note).second) print_line("strict: " + note);
+  if (state_ == state::off) return;
+  // A thread may read this state but not change it.
+  if (held_messages::keep([this, note] { add(note); })) return;
+  if (told_.insert(note).second) print_line("strict: " + note);
 }
 
 void strict_notes::decide(bool strict) {

@@ -14,6 +14,7 @@ namespace zanvik {
 
 class strict_notes {
  public:
+  // A thread that keeps its messages (base/console.h) keeps its notes with them.
   void add(std::string note);
   // The command line has been read; from now on notes are printed at once, or dropped.
   void decide(bool strict);

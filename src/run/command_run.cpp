@@ -45,7 +45,8 @@ class log_walk {
         evt_selector_(commands, selection()),
         counter_(run.statistics, run.log.channel, selector_, evt_selector_),
         progress_(options_, run.log.path),
-        settings_{options_.inc_slack, progress_.if_wanted(), options_.reading},
+        settings_{options_.inc_slack, run.is_part ? nullptr : progress_.if_wanted(),
+                  options_.reading},
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
                           [](const ReportCommand* command) { return command->has_hist; }))) {
@@ -142,6 +143,7 @@ class log_walk {
                                 .username = options_.username,
                                 .hostname = options_.hostname,
                                 .program_name = options_.program_name};
+    run_.any_written = true;
     if (run_.timeline) {
       run_.timeline->add(run_.records.in_time_order(), context);
     } else {

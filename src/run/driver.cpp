@@ -14,7 +14,10 @@
 #include "base/console.h"
 #include "base/fileio.h"
 #include "base/fileio_output.h"
+#include "base/limits.h"
 #include "options/cmdline_ctx.h"
+#include "pipeline/processors.h"
+#include "run/log_threads.h"
 #include "run/log_run.h"
 #include "run/report_runs.h"
 #include "run/run_reports.h"
@@ -81,14 +84,21 @@ bool pass_gates(log_run& run, std::ofstream& stats_stream, const std::string& id
 
 // The lines of all logs, which have waited for each other.
 void write_one_timeline(log_run& run) {
-  if (!run.timeline || !run.timeline->any()) return;
-  const bool done = run.timeline->finish([&run](std::string_view line) {
+  if (!run.own_timeline || !run.own_timeline->any()) return;
+  one_timeline& timeline = *run.own_timeline;
+  const bool done = timeline.finish([&run](std::string_view line) {
     run.results << line;
     return run.results.good();
   });
-  if (!done && !run.timeline->error().empty()) {
-    prob_message("prob sorting the timeline: %s, it is cut short\n", run.timeline->error().c_str());
+  if (!done && !timeline.error().empty()) {
+    prob_message("prob sorting the timeline: %s, it is cut short\n", timeline.error().c_str());
   }
+}
+
+// A trace and a terminal show one log after the other, with messages and results in turn.
+unsigned threads_of(const evt_output_options& options, const uni::fileio_output& results) {
+  if (options.trace.diags_on || results.is_terminal()) return 1;
+  return options.threads == 0 ? usable_processors() : std::min(options.threads, limits::threads);
 }
 
 // The status is 0 all the same, so only this says that results are cut short. Whoever closed the
@@ -140,6 +150,7 @@ int run_program(int argc, char** argv) {
   log_run run(options, results);
   run.output = &results;
   if (!pass_gates(run, stats_stream, identification)) return run.strict.any() ? 1 : 0;
+  log_threads jobs(run, threads_of(options, results));
   if (options.walk.is_stream_run()) {
     run_stream(run);
   } else {

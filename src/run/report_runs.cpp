@@ -10,6 +10,7 @@
 #include "commands/command_check.h"
 #include "commands/command_list.h"
 #include "run/command_run.h"
+#include "run/log_threads.h"
 
 namespace zanvik {
 namespace {
@@ -89,12 +90,16 @@ bool run_builtin_reports(log_run& run) {
   for (const report_runner& runner : runners) {
     if (!(run.options.reports.*runner.asked_for)) continue;
     for (const auto& [path, log] : run.logs) {
-      if (run.ends_early()) return any_results;
+      if (run.ends_early()) return finish_logs(run) || any_results;
       if (!report_concerns_log(runner.report, log.channel, log.is_evtx)) continue;
-      run.log = source_of(log);
-      any_results = runner.make(run) || any_results;
+      const auto make = [&runner, &log = log](log_run& reading) {
+        reading.log = source_of(log);
+        return runner.make(reading);
+      };
+      any_results = read_log(run, path, make) || any_results;
     }
   }
+  any_results = finish_logs(run) || any_results;
   check_concerned_logs(run);
   return any_results;
 }
@@ -106,16 +111,19 @@ bool run_command_file(log_run& run) {
   check_command_file(list, run.options.cmd_file, run.strict);
   if (list.empty()) return false;
   bool any_results = false;
-  CommandSet set;
   for (const auto& [path, log] : run.logs) {
     if (run.ends_early()) break;
-    run.log = source_of(log);
-    if (!build_commands(set, list, run, false)) continue;
-    if (run.strict.is_strict()) note_used_commands(set, run.used_commands);
-    diag_line(run.options.trace, "analyzing: %s", path.c_str());
-    any_results = run_command_set(set, run) || any_results;
+    const auto report = [&list, &path = path, &log = log](log_run& reading) {
+      reading.log = source_of(log);
+      CommandSet set;
+      if (!build_commands(set, list, reading, false)) return false;
+      if (reading.strict.is_strict()) note_used_commands(set, reading.used_commands);
+      diag_line(reading.options.trace, "analyzing: %s", path.c_str());
+      return run_command_set(set, reading);
+    };
+    any_results = read_log(run, path, report) || any_results;
   }
-  return any_results;
+  return finish_logs(run) || any_results;
 }
 
 void check_command_use(log_run& run) {

@@ -5,6 +5,7 @@
 #include "base/diag.h"
 #include "base/text.h"
 #include "run/command_run.h"
+#include "run/log_threads.h"
 #include "run/report_runs.h"
 
 namespace zanvik {
@@ -37,12 +38,14 @@ bool run_listing(log_run& run) {
   bool any_results = false;
   for (const auto& [path, log] : run.logs) {
     if (run.ends_early()) break;
-    const CommandSet set = listing_commands(run.options, log);
     diag_line(run.options.trace, "analyzing: %s", path.c_str());
-    run.log = source_of(log);
-    any_results = run_command_set(set, run) || any_results;
+    const auto list = [&log = log](log_run& reading) {
+      reading.log = source_of(log);
+      return run_command_set(listing_commands(reading.options, log), reading);
+    };
+    any_results = read_log(run, path, list) || any_results;
   }
-  return any_results;
+  return finish_logs(run) || any_results;
 }
 
 }  // namespace

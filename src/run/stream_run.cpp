@@ -10,6 +10,7 @@
 #include "base/text.h"
 #include "options/dir_walk.h"
 #include "options/file_match.h"
+#include "run/log_threads.h"
 #include "run/run_reports.h"
 #include "run/stats_file.h"
 
@@ -31,35 +32,48 @@ void announce(const std::string& file_name) {
   print_status(status_width, "analyzing: %s", shown.substr(0, status_width).c_str());
 }
 
-// `entry` is used for each name in turn.
-void run_log(const std::string& name, log_run& run, LogEntry& entry) {
-  const evt_output_options& options = run.options;
-  // An existing name is taken literally, whatever it looks like; others may refer to the
-  // environment.
+// An existing name is taken literally, whatever it looks like; others may refer to the environment.
+std::string path_of(const std::string& name) {
   struct stat status = {};
-  const bool exists = ::stat(name.c_str(), &status) == 0;
-  run.log.path = exists ? name : expand_env_references(name, true);
+  return ::stat(name.c_str(), &status) == 0 ? name : expand_env_references(name, true);
+}
+
+bool run_log(const std::string& path, log_run& run) {
+  const evt_output_options& options = run.options;
+  run.log.path = path;
   std::string folder;
   std::string file_name;
-  if (!split_path(run.log.path, folder, file_name)) return;
-  if (!classify_log(entry, run.log.path, run.probe)) {
+  if (!split_path(path, folder, file_name)) return false;
+  LogEntry entry;
+  if (!classify_log(entry, path, run.probe)) {
     // A folder has other files too; a file that is named like a log, or by the user, should be one.
     const std::string lower = to_lower(file_name);
     if (options.walk.pipe || lower.ends_with(".evtx") || lower.ends_with(".evt")) {
-      run.strict.add(run.log.path + " is no event log, or cannot be read");
+      run.strict.add(path + " is no event log, or cannot be read");
     }
-    return;
+    return false;
   }
   run.logs.clear();
-  run.logs.emplace(run.log.path, entry);
-  init_statistics(run.statistics, run.log.path, entry.channel, entry.is_evtx,
+  run.logs.emplace(path, entry);
+  init_statistics(run.statistics, path, entry.channel, entry.is_evtx,
                   options.hist_fields.empty() ? 0 : 1, "", "");
   run.log.inode = 0;
   if (options.show_status) announce(file_name);
   diag_line(options.trace, "analyzing: %s", file_name.c_str());
-  (void)run_reports(run);
+  const bool any_results = run_reports(run);
   if (options.show_status) tell_progress("processed log ", run.log.path);
   write_run_statistics(run);
+  return any_results;
+}
+
+// An error in a log costs that log.
+bool try_log(const std::string& path, log_run& run) {
+  try {
+    return run_log(path, run);
+  } catch (...) {
+    prob_message("exception caught on file %s\n", run.log.path.c_str());
+    return false;
+  }
 }
 
 bool start(qxportdir::stdin_stream_ex& names, const walk_options& walk) {
@@ -71,7 +85,6 @@ bool start(qxportdir::stdin_stream_ex& names, const walk_options& walk) {
 
 void run_stream(log_run& run) {
   const walk_options& walk = run.options.walk;
-  LogEntry entry;
   qxportdir::stdin_stream_ex names(walk);
   if (!start(names, walk)) return;
   std::string name;
@@ -79,12 +92,10 @@ void run_stream(log_run& run) {
     bool undecided = false;
     // The window of file times is for the walk: a name alone has none.
     if (name.empty() || !match_filters(walk, undecided, name, walk.file_filters, nullptr)) continue;
-    try {
-      run_log(name, run, entry);
-    } catch (...) {
-      prob_message("exception caught on file %s\n", run.log.path.c_str());
-    }
+    const std::string path = path_of(name);
+    (void)read_log(run, path, [path](log_run& reading) { return try_log(path, reading); });
   }
+  (void)finish_logs(run);
 }
 
 }  // namespace zanvik

@@ -5,10 +5,12 @@
 // those of one log by their full time, equal ones as they came in: as in the log's own timeline.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "events/log_record.h"
 #include "options/output_format.h"
@@ -17,15 +19,47 @@
 
 namespace zanvik {
 
-class one_timeline {
+// What takes the records of all logs.
+class timeline_sink {
+ public:
+  virtual ~timeline_sink() = default;
+  // The records that follow are of the next log.
+  virtual void start_log() = 0;
+  virtual void add(std::span<const LogRecord* const> records, const write_context& context) = 0;
+};
+
+// Lines that wait to be added, made on any thread.
+class timed_lines {
+ public:
+  void start_log() { lines_.push_back({0, starts_log}); }
+  void add(std::span<const LogRecord* const> records, const output_format& format,
+           const write_context& context);
+  void clear();
+  // What it holds.
+  std::uint64_t bytes() const { return text_.size() + lines_.size() * sizeof(line); }
+
+ private:
+  friend class one_timeline;
+  static constexpr std::size_t starts_log = ~std::size_t{0};
+  struct line {
+    std::uint64_t filetime = 0;
+    std::size_t size = 0;  // in bytes; or starts_log
+  };
+  std::vector<line> lines_;
+  std::string text_;
+  bool any_ = false;  // a record, with a line or without
+};
+
+class one_timeline : public timeline_sink {
  public:
   // `format` must outlive this. `by_time` false: one log's timeline after the other's.
   one_timeline(const output_format& format, const sort_settings& settings, bool by_time = true)
       : format_(format), sorter_(settings), by_time_(by_time) {}
 
-  void start_log() { ++log_; }
+  void start_log() override { ++log_; }
   // After an error the records are not taken.
-  void add(std::span<const LogRecord* const> records, const write_context& context);
+  void add(std::span<const LogRecord* const> records, const write_context& context) override;
+  void add(const timed_lines& lines);
   // Whether there was a record, with a line or without.
   bool any() const { return any_; }
   // Hands out the lines. False when they could not be sorted, and `error` says why, or when `write`
@@ -34,6 +68,8 @@ class one_timeline {
   const std::string& error() const { return sorter_.error(); }
 
  private:
+  void add_line(std::uint64_t filetime, std::string_view line);
+
   const output_format& format_;
   external_sorter sorter_;
   bool by_time_;
