@@ -165,6 +165,10 @@ TEST(fileio_output, text_of_any_length_arrives_in_order) {
       out << text << '.';
       expected += text + '.';
     }
+    for (char c = 'a'; c <= 'z'; ++c) {
+      out.rdbuf()->sputc(c);
+      expected += c;
+    }
     out << std::flush;
     EXPECT_EQ(file_text(file.path()), expected);
     struct stat made = {};

@@ -323,6 +323,39 @@ TEST(forms, timesketch_and_elastic_have_what_their_importers_look_for) {
   }
 }
 
+// The legacy log as JSON lines, by one reader.
+std::string legacy_json(const evt_builder& log) {
+  writing_sink sink("jsonl");
+  evt_event_reader reader(sink);
+  reader.set_source(sink.source());
+  own_bytes bytes(log.bytes());
+  reader.set_buffer(0, bytes.span().data() + bytes.span().size());
+  EXPECT_TRUE(walk_evt_log(bytes.span(), reader));
+  return sink.take();
+}
+
+// What a record lacks decides its tree: none may get that of another.
+TEST(forms, legacy_records_differ_by_what_they_lack) {
+  evt_record_fields whole{.record_num = 1, .sid = "S-1-5-18", .strings = {}, .data = bytes_of({1})};
+  evt_record_fields nobody = whole, undated = whole;
+  nobody.sid = "";
+  undated.time_generated = 0;
+  for (const std::size_t strings : {0, 40}) {
+    evt_builder all;
+    std::string expected;
+    for (evt_record_fields* record : {&whole, &nobody, &undated}) {
+      record->strings.assign(strings, "x");
+      std::string alone = legacy_json(evt_builder().add(*record));
+      const std::size_t at = alone.find("\"offset\":48");
+      alone.replace(at, 11, "\"offset\":" + std::to_string(all.size()));
+      expected += alone;
+      all.add(*record);
+    }
+    EXPECT_EQ(legacy_json(all), expected) << strings;
+    EXPECT_EQ(expected.find("UserID"), expected.rfind("UserID", expected.find('\n')));
+  }
+}
+
 TEST(forms, legacy_records_are_events) {
   const evt_builder log = evt_builder().add({.record_num = 9,
                                              .event_id = 0x8000177b,
@@ -332,14 +365,8 @@ TEST(forms, legacy_records_are_events) {
                                              .sid = "S-1-5-21-1-2-3-500",
                                              .strings = {"one", "t\"wo"},
                                              .data = bytes_of({1, 0xff})});
-  writing_sink sink("jsonl");
-  evt_event_reader reader(sink);
-  reader.set_source(sink.source());
-  own_bytes bytes(log.bytes());
-  reader.set_buffer(0, bytes.span().data() + bytes.span().size());
-  ASSERT_TRUE(walk_evt_log(bytes.span(), reader));
   EXPECT_EQ(
-      sink.take(),
+      legacy_json(log),
       R"({"Event":{"#attributes":{"xmlns":"http://schemas.microsoft.com/win/2004/08/events/event"},)"
       R"("System":{"Provider":{"#attributes":{"Name":"EventLog"}},)"
       R"("EventID":{"#attributes":{"Qualifiers":32768},"#text":6011},"Level":3,"Task":0,)"

@@ -2,6 +2,8 @@
 // says.
 #include <functional>
 
+#include "inspect/finding_runs.h"
+#include "inspect/record_sequence.h"
 #include "ledger_of.h"
 
 namespace zanvik::testing {
@@ -385,6 +387,7 @@ TEST(findings, of_a_legacy_log) {
     std::function<evt_builder()> make;
     names expected;
     bool whole = false;
+    std::string said = {};  // by one of the findings
   };
   const auto changed = [sound](std::function<void(evt_builder&)> damage) {
     return [sound, damage] {
@@ -400,11 +403,46 @@ TEST(findings, of_a_legacy_log) {
       {"the full flag", changed([](auto& l) { l.poke_u32(36, 4); }), {"log_full"}, true},
       {"another size than declared",
        changed([](auto& l) { l.poke_u32(32, 12345); }),
-       {"file_tail"}},
-      {"version 2", changed([](auto& l) { l.poke_u32(8, 2); }), {"header_fields"}},
+       {"file_tail"},
+       false,
+       "declares 12345 bytes, the file has " + std::to_string(sound().size())},
+      {"version 2.1",
+       changed([](auto& l) { l.poke_u32(8, 2); }),
+       {"header_fields"},
+       false,
+       "version 2.1"},
+      {"version 1.2",
+       changed([](auto& l) { l.poke_u32(12, 2); }),
+       {"header_fields"},
+       false,
+       "version 1.2"},
+      {"the size at the header's end",
+       changed([](auto& l) { l.poke_u32(44, 47); }),
+       {"header_fields"},
+       false,
+       "sizes 48 in front, 47 at the end"},
       {"header and end-of-file record differ",
        changed([](auto& l) { l.poke_u32(24, 77); }),
-       {"end_record"}},
+       {"end_record"},
+       false,
+       "the header 1 to below 77 from 48 to " + std::to_string(sound().size() - 40)},
+      {"the end-of-file record is elsewhere",
+       changed([](auto& l) {
+         l.poke_u32(20, 48);
+         l.poke_u32(l.size() - 40 + 24, 48);
+       }),
+       {"end_record"},
+       false,
+       "says that it stands at 48"},
+      {"two end-of-file records",
+       [] {
+         evt_builder log = evt_builder().add({.event_id = 1}).cursor().cursor();
+         log.poke_u32(32, static_cast<std::uint32_t>(log.size()));
+         return log;
+       },
+       {"end_record"},
+       false,
+       "one more end-of-file record"},
       {"the same in a log that was not closed",
        changed([](auto& l) {
          l.poke_u32(24, 77);
@@ -414,7 +452,9 @@ TEST(findings, of_a_legacy_log) {
        true},
       {"the size at a record's end differs",
        changed([](auto& l) { l.poke_u32(l.record_offset(1) - 4, 8); }),
-       {"sizes_differ"}},
+       {"sizes_differ"},
+       false,
+       "in front, 8 at the end"},
       {"a record's signature is gone",
        changed([](auto& l) { l.poke_u8(l.record_offset(1) + 4, 0); }),
        {"damaged_bytes", "number_gap"}},
@@ -440,7 +480,38 @@ TEST(findings, of_a_legacy_log) {
     EXPECT_EQ(names_of(ledger), row.expected);
     EXPECT_EQ(!ledger.findings.any_finding(), row.whole);
     EXPECT_EQ(ledger.account.bytes(), log.size());
+    std::string said;
+    for (const finding& found : ledger.findings.kept()) said += found.detail + "\n";
+    EXPECT_NE(said.find(row.said), std::string::npos) << said;
   }
+}
+
+TEST(findings, of_consecutive_records_are_joined) {
+  finding_list findings;
+  finding_runs runs(findings, finding_kind::record_unread);
+  const auto add = [&](std::uint64_t number, std::optional<std::uint64_t> chunk, const char* text) {
+    runs.add({number * 100, 90, area_kind::lost_cut, number}, chunk, text);
+  };
+  for (const std::uint64_t number : {3, 4, 5}) add(number, 0, "cut");
+  add(6, 1, "cut");
+  add(7, 1, "behind");
+  add(9, 1, "behind");
+  add(~std::uint64_t{0}, 1, "behind");
+  add(0, 1, "behind");
+  add(1, std::nullopt, "behind");
+  runs.flush();
+  runs.flush();
+  std::string seen;
+  for (const finding& found : findings.kept()) {
+    seen += std::to_string(found.offset / 100 % 1000) + ": " + found.detail + "; ";
+    EXPECT_EQ(found.record.value_or(77) * 100, found.offset);
+  }
+  const std::string last = std::to_string(~std::uint64_t{0});
+  EXPECT_EQ(seen, "3: " + numbers_text(3, 5) + ", cut; 6: " + numbers_text(6, 6) +
+                      ", cut; 7: " + numbers_text(7, 7) + ", behind; 9: " + numbers_text(9, 9) +
+                      ", behind; " + std::to_string(~std::uint64_t{0} * 100 / 100 % 1000) + ": " +
+                      numbers_text(~std::uint64_t{0}, ~std::uint64_t{0}) + ", behind; 0: " +
+                      numbers_text(0, 0) + ", behind; 1: " + numbers_text(1, 1) + ", behind; ");
 }
 
 }  // namespace

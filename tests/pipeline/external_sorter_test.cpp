@@ -7,10 +7,12 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <utility>
 #include <vector>
 
+#include "pipeline/sorted_input.h"
 #include "scratch_dir.h"
 
 namespace zanvik::testing {
@@ -98,6 +100,41 @@ TEST(external_sorter, says_what_went_wrong_with_its_file) {
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
   std::signal(SIGXFSZ, handler);
   EXPECT_NE(full.error().find("File too large"), std::string::npos) << full.error();
+}
+
+// Items in memory, in order.
+class listed_input : public sorted_input {
+ public:
+  explicit listed_input(std::vector<item> items) : items_(std::move(items)) {}
+  bool next() override {
+    if (next_ == items_.size()) return false;
+    key_ = items_[next_++].first;
+    return true;
+  }
+  std::string_view bytes() override { return items_[next_ - 1].second; }
+
+ private:
+  std::vector<item> items_;
+  std::size_t next_ = 0;
+};
+
+TEST(sorted_input, many_are_merged_as_one_stable_sort) {
+  for (const std::size_t count : {0u, 1u, 2u, 3u, 7u, 20u}) {
+    std::vector<std::unique_ptr<listed_input>> inputs;
+    std::vector<sorted_input*> all;
+    std::vector<item> joined, merged;
+    for (std::size_t i = 0; i < count; ++i) {
+      auto items = stable_order(random_items(i % 5 == 4 ? 0 : 100 - 3 * i, 20));
+      for (auto& [key, bytes] : items) bytes += " of " + std::to_string(i);
+      joined.insert(joined.end(), items.begin(), items.end());
+      all.push_back(inputs.emplace_back(std::make_unique<listed_input>(items)).get());
+    }
+    EXPECT_TRUE(merge_inputs(all, [&](const sort_key& key, std::string_view bytes) {
+      merged.emplace_back(key, bytes);
+      return true;
+    }));
+    EXPECT_TRUE(merged == stable_order(joined)) << count;
+  }
 }
 
 TEST(external_sorter, stops_when_nobody_wants_more) {

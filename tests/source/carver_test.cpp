@@ -6,9 +6,11 @@
 #include <random>
 #include <set>
 
+#include "base/limits.h"
 #include "evt_builder.h"
 #include "exported_events.h"
 #include "source/log_signatures.h"
+#include "source/record_runs.h"
 
 namespace zanvik::testing {
 namespace {
@@ -251,6 +253,28 @@ TEST(carver, finds_legacy_records) {
     ASSERT_EQ(numbers(events), (number_list{5, 6}));
     EXPECT_EQ(events[0].offset, 77 + broken.size() + log.record_offset(0));
     EXPECT_EQ(events[0].flags, event_carved);
+  }
+}
+
+// What does not fit into memory comes back from a file, in order and as often as asked.
+TEST(run_store, gives_back_what_it_took) {
+  run_store store;
+  std::vector<std::pair<std::uint64_t, byte_vector>> kept;
+  for (unsigned i = 0; i < 12; ++i) {
+    const std::uint32_t size = i % 3 == 0 ? 100 : limits::carved_bytes_in_memory / 4 + i;
+    kept.emplace_back(i * 1000, noise(size, i));
+    ASSERT_TRUE(store.add({i * 1000, i, size}, kept.back().second));
+  }
+  for (int round = 0; round < 2; ++round) {
+    std::size_t next = 0;
+    EXPECT_TRUE(store.for_each([&](const record_run& run, std::span<const std::byte> bytes) {
+      ASSERT_LT(next, kept.size());
+      EXPECT_EQ(run.offset, kept[next].first);
+      EXPECT_EQ(run.place, next);
+      EXPECT_TRUE(std::ranges::equal(bytes, kept[next].second)) << next;
+      ++next;
+    }));
+    EXPECT_EQ(next, kept.size());
   }
 }
 

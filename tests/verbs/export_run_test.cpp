@@ -114,8 +114,9 @@ TEST(export_run, carving_takes_files_and_streams_of_any_bytes) {
 
 TEST(export_run, what_cannot_be_read_is_counted_and_the_rest_is_written) {
   constexpr std::size_t first_chunk = 4096, second_chunk = first_chunk + 65536;
-  const std::string sound =
-      bytes_of_log(log_builder().chunk({record(1), record(2)}).chunk({record(3)}));
+  const auto builder = log_builder().chunk({record(1), record(2)}).chunk({record(3)});
+  const std::string sound = bytes_of_log(builder);
+  const std::size_t second_record = builder.record_offset(0, 1);
   struct damage_row {
     const char* what;
     std::function<void(std::string&)> damage;
@@ -129,6 +130,9 @@ TEST(export_run, what_cannot_be_read_is_counted_and_the_rest_is_written) {
        "1 chunk cannot be read"},
       {"a record's signature", [](std::string& log) { log[first_chunk + 512] = 'x'; }, 1, "3; ",
        "2 declared records cannot be read"},
+      {"the signature of a chunk's last record",
+       [&](std::string& log) { log[second_record] = 'x'; }, 1, "1; 3; ",
+       "1 declared record cannot be read"},
       {"the end is cut off", [](std::string& log) { log.resize(second_chunk + 600); }, 1,
        "1; 2; ", "1 chunk cannot be read"},
       {"all but the header is cut off", [](std::string& log) { log.resize(first_chunk); }, 1, "",
@@ -151,6 +155,16 @@ TEST(export_run, what_cannot_be_read_is_counted_and_the_rest_is_written) {
     EXPECT_NE(run.err.find(row.said), std::string::npos) << row.what << run.err;
     EXPECT_EQ(run.err.empty(), row.status == 0) << row.what << run.err;
   }
+}
+
+TEST(export_run, lists_logs_in_a_line_each) {
+  const scratch_dir scratch;
+  const std::string log = small_log(1);
+  const std::string path = scratch.write("a b\x1f\x7f\n.evtx", log);
+  scratch.write("c.txt", "text");
+  const auto run = run_zanvik({"export", "--list", scratch.path("")});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out, std::to_string(log.size()) + "\tevtx\t-\t" + scratch.path("a b???.evtx\n"));
 }
 
 struct status_row {
