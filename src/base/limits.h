@@ -147,7 +147,10 @@ inline constexpr std::size_t cached_fragment_bytes = 1 << 20;
 
 // Shapes of events kept for later ones. Their trees and fields are made again when needed.
 inline constexpr std::size_t cached_shapes = 4096;
-inline constexpr std::size_t cached_tree_bytes = 4 << 20;
+inline constexpr std::size_t cached_tree_bytes = 2 << 20;
+
+// Programs of a form that are kept, one for each shape: 2,000 of an ordinary size.
+inline constexpr std::size_t cached_program_bytes = 4 << 20;
 
 // What `check` lists for one log: findings of each kind (more are counted), ranges of record
 // numbers in a line of the account, and names of each sort that are counted separately. A log

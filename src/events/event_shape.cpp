@@ -179,6 +179,10 @@ void event_shape::list_fields() {
     }
   }
   has_fields = true;
+  const std::int32_t time = find(system_member::time_created);
+  if (time >= 0 && fields[static_cast<std::size_t>(time)].parts.size() == 1) {
+    time_slot = fields[static_cast<std::size_t>(time)].parts.front().slot;
+  }
   for (const event_field& field : fields) {
     new_bytes += sizeof(field) + field.path.size() + field.parts.size() * sizeof(value_part);
   }

@@ -108,6 +108,9 @@ class event_shape {
   std::uint64_t source_bytes = 0;   // of the templates
   std::uint64_t paid_in_chunk = 0;  // for the reader's account
 
+  // The slot that is all of TimeCreated/SystemTime, once the fields have been listed; -1 for none.
+  std::int32_t time_slot = -1;
+
   std::vector<event_item> roots;  // of the tree
   std::vector<event_element> elements;
   std::vector<event_field> fields;  // in document order

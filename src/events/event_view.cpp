@@ -45,7 +45,10 @@ bool event_view::number(system_member member, std::uint64_t& out) const {
 }
 
 std::uint64_t event_view::time() const {
-  const event_value created = value(system_member::time_created);
+  // Without the fields, which may be gone, if they have said where it is.
+  const std::int32_t slot = shape_->time_slot;
+  const event_value created =
+      slot >= 0 ? slots_[static_cast<std::size_t>(slot)] : value(system_member::time_created);
   std::uint64_t filetime = 0;
   if (created.type == value_type::filetime && created.size == sizeof(filetime)) {
     std::memcpy(&filetime, created.data, sizeof(filetime));

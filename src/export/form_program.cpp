@@ -103,13 +103,13 @@ void put_keywords(output_buffer& out, const event_value& value) {
   out.append("\"");
 }
 
-void put_xml_string(output_buffer& out, const form_program& xml, const event_view& event) {
-  std::string text;
-  output_buffer memory(text);
-  xml.write(memory, event, {}, false);
-  memory.flush();
-  constexpr std::size_t piece_bytes = 64 << 10;
+// Returns whether anything was lost, which may be what only XML cannot hold.
+bool put_xml_string(output_buffer& out, const form_program& xml, const event_view& event) {
   bool lossy = false;
+  bool lost = false;
+  const std::string& text =
+      out.render([&](output_buffer& memory) { lost = xml.write(memory, event, {}, false); });
+  constexpr std::size_t piece_bytes = 64 << 10;
   for (std::string_view rest = text; !rest.empty();) {
     std::size_t bytes = std::min(rest.size(), piece_bytes);
     // A character stays in one piece.
@@ -118,6 +118,7 @@ void put_xml_string(output_buffer& out, const form_program& xml, const event_vie
     out.commit(write_escaped_utf8<escape_form::json>(at, rest.substr(0, bytes), lossy));
     rest.remove_prefix(bytes);
   }
+  return lost || lossy;
 }
 
 }  // namespace
@@ -126,18 +127,25 @@ void form_program::add(gap how, std::int32_t slot, std::string_view open, std::s
   form_step step;
   step.how = how;
   step.slot = slot;
-  const auto keep = [this](std::string_view text, std::uint32_t& at, std::uint32_t& bytes) {
-    at = static_cast<std::uint32_t>(pool_.size());
-    bytes = static_cast<std::uint32_t>(text.size());
+  step.text = static_cast<std::uint32_t>(pool_.size());
+  const auto keep = [this](std::string_view text) {
     pool_.append(text);
+    return static_cast<std::uint32_t>(text.size());
   };
-  keep(pending_, step.text, step.text_bytes);
-  keep(open, step.open, step.open_bytes);
-  keep(close, step.close, step.close_bytes);
+  step.text_bytes = keep(pending_);
+  step.open_bytes = keep(open);
+  step.close_bytes = keep(close);
   pending_.clear();
   if (how == gap::none) pool_.append(copy_step, '\0');  // what a copy reads behind a text
   room_ += room_of(step);
   steps_.push_back(step);
+}
+
+void form_program::finish() {
+  add(gap::none);
+  pool_.shrink_to_fit();
+  steps_.shrink_to_fit();
+  pending_ = {};
 }
 
 // Writes one event. The room for all constant text and quick values of most programs is asked for
@@ -182,8 +190,12 @@ class form_program::writer {
     return program_.room_ <= output_buffer::most_room ? out_.room(program_.room_) : out_.position();
   }
 
+  std::string_view open_of(const form_step& step) const {
+    return {program_.pool_.data() + step.text + step.text_bytes, step.open_bytes};
+  }
   std::string_view close_of(const form_step& step) const {
-    return {program_.pool_.data() + step.close, step.close_bytes};
+    const std::size_t before = std::size_t{step.text_bytes} + step.open_bytes;
+    return {program_.pool_.data() + step.text + before, step.close_bytes};
   }
 
   const form_program& program_;
@@ -276,8 +288,7 @@ char* form_program::writer::of_slot(char* at, const form_step& step, const event
       put_keywords(out_, value);
       break;
     case gap::xml_repeated:
-      sink_.xml_repeated(value, {program_.pool_.data() + step.open, step.open_bytes},
-                         close_of(step));
+      sink_.xml_repeated(value, open_of(step), close_of(step));
       break;
     default:
       of_event(step);
@@ -304,7 +315,7 @@ void form_program::writer::of_event(const form_step& step) {
       put_unix_microseconds(out_, event_.time());
       break;
     case gap::xml_string:
-      put_xml_string(out_, *program_.xml_, event_);
+      lossy_ = put_xml_string(out_, *program_.xml_, event_) || lossy_;
       break;
     case gap::log_path:
       out_.append(log_);

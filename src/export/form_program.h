@@ -5,6 +5,7 @@
 // the steps. A gap names a slot and how its value is written; the type is that of the value.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -12,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/limits.h"
 #include "events/event_view.h"
 #include "export/escaped_text.h"
 #include "export/output_buffer.h"
@@ -50,15 +52,14 @@ enum class gap : std::uint8_t {
   xml_oddities,   // the same as attributes, as far as they are known before the event
 };
 
+// Its texts are in the pool, one behind the other.
 struct form_step {
-  gap how = gap::none;
+  std::uint32_t text = 0;         // where they begin
+  std::uint32_t text_bytes = 0;   // of the constant text before the gap
+  std::uint32_t open_bytes = 0;   // of xml_repeated: the start tag without its `>`
+  std::uint32_t close_bytes = 0;  // of xml_element and xml_repeated: the end tag
   std::int32_t slot = -1;
-  std::uint32_t text = 0;  // the constant text before the gap, in the pool
-  std::uint32_t text_bytes = 0;
-  std::uint32_t open = 0;  // of xml_repeated: the start tag without its `>`
-  std::uint32_t open_bytes = 0;
-  std::uint32_t close = 0;  // of xml_element and xml_repeated: the end tag
-  std::uint32_t close_bytes = 0;
+  gap how = gap::none;
 };
 
 class form_program {
@@ -76,7 +77,11 @@ class form_program {
   // What the gap xml_string writes.
   void set_xml(std::shared_ptr<const form_program> xml) { xml_ = std::move(xml); }
   void set_lossy(bool lossy) { lossy_ = lossy_ || lossy; }
-  void finish() { add(gap::none); }
+  void finish();
+  // Approximate size in memory.
+  std::size_t bytes() const {
+    return pool_.size() + steps_.size() * sizeof(form_step) + (xml_ ? xml_->bytes() : 0);
+  }
 
   // Writes the event. `log` is the path as the form needs it. Returns whether anything was lost.
   bool write(output_buffer& out, const event_view& event, std::string_view log,
@@ -101,14 +106,17 @@ class form_programs {
   template <typename F>
   const form_program& of(const event_view& event, F&& build) {
     if (event.shape_index() >= known_.size()) known_.resize(event.shape_index() + 1);
-    known& entry = known_[event.shape_index()];
-    if (entry.shape != event.shape_id() || entry.program.once()) {
-      entry.program = {};
-      build(entry.program);
-      entry.program.finish();
-      entry.shape = event.shape_id();
+    known* entry = &known_[event.shape_index()];
+    if (entry->shape != event.shape_id() || entry->program.once()) {
+      if (held_bytes_ > limits::cached_program_bytes) entry = &start_anew(event.shape_index());
+      held_bytes_ -= std::min(held_bytes_, entry->program.bytes());
+      entry->program = {};
+      build(entry->program);
+      entry->program.finish();
+      entry->shape = event.shape_id();
+      held_bytes_ += entry->program.bytes();
     }
-    return entry.program;
+    return entry->program;
   }
 
  private:
@@ -116,7 +124,14 @@ class form_programs {
     std::uint64_t shape = 0;
     form_program program;
   };
+  known& start_anew(std::uint32_t index) {
+    known_ = std::vector<known>(index + 1);
+    held_bytes_ = 0;
+    return known_[index];
+  }
+
   std::vector<known> known_;
+  std::size_t held_bytes_ = 0;
 };
 
 }  // namespace zanvik

@@ -55,6 +55,16 @@ class output_buffer {
     if (at_ != begin_.get() && at_[-1] == last) --at_;
   }
 
+  // Text that `write` makes in a buffer of its own, valid until the next call.
+  template <typename F>
+  const std::string& render(F&& write) {
+    if (!aside_) aside_ = std::make_unique<output_buffer>(aside_text_);
+    aside_text_.clear();
+    write(*aside_);
+    (void)aside_->flush();
+    return aside_text_;
+  }
+
   // Writes everything. False if that, or an earlier write, failed.
   bool flush();
   bool failed() const { return error_ != 0; }
@@ -73,6 +83,8 @@ class output_buffer {
   std::unique_ptr<char[]> begin_;
   char* at_;
   char* end_;
+  std::string aside_text_;
+  std::unique_ptr<output_buffer> aside_;
 };
 
 }  // namespace zanvik
