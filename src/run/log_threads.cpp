@@ -82,7 +82,7 @@ class log_threads::job : public ordered_job, public std::streambuf, public timel
   std::shared_ptr<log_tasks> tasks_;
   log_run* part_run_ = nullptr;  // while it reads the logs
   std::string results_;
-  timed_lines lines_;
+  timeline_part lines_;
   held_messages::list messages_;
   std::string stats_text_;
   LogStatistics statistics_;

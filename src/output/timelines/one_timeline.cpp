@@ -5,7 +5,7 @@
 
 namespace zanvik {
 
-void timed_lines::add(std::span<const LogRecord* const> records, const output_format& format,
+void timeline_part::add(std::span<const LogRecord* const> records, const output_format& format,
                       const write_context& context) {
   any_ = any_ || !records.empty();
   render_timeline(records, format, context, [this](const LogRecord& record, std::string_view text) {
@@ -14,7 +14,7 @@ void timed_lines::add(std::span<const LogRecord* const> records, const output_fo
   });
 }
 
-void timed_lines::clear() {
+void timeline_part::clear() {
   lines_.clear();
   text_.clear();
   any_ = false;
@@ -27,11 +27,11 @@ void one_timeline::add(std::span<const LogRecord* const> records, const write_co
   });
 }
 
-void one_timeline::add(const timed_lines& lines) {
+void one_timeline::add(const timeline_part& lines) {
   any_ = any_ || lines.any_;
   std::string_view rest = lines.text_;
-  for (const timed_lines::line& line : lines.lines_) {
-    if (line.size == timed_lines::starts_log) {
+  for (const timeline_part::line& line : lines.lines_) {
+    if (line.size == timeline_part::starts_log) {
       start_log();
       continue;
     }

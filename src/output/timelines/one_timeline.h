@@ -29,7 +29,7 @@ class timeline_sink {
 };
 
 // Lines that wait to be added, made on any thread.
-class timed_lines {
+class timeline_part {
  public:
   void start_log() { lines_.push_back({0, starts_log}); }
   void add(std::span<const LogRecord* const> records, const output_format& format,
@@ -59,7 +59,7 @@ class one_timeline : public timeline_sink {
   void start_log() override { ++log_; }
   // After an error the records are not taken.
   void add(std::span<const LogRecord* const> records, const write_context& context) override;
-  void add(const timed_lines& lines);
+  void add(const timeline_part& lines);
   // Whether there was a record, with a line or without.
   bool any() const { return any_; }
   // Hands out the lines. False when they could not be sorted, and `error` says why, or when `write`
