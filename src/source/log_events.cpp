@@ -4,30 +4,15 @@
 #include <utility>
 #include <vector>
 
-#include "evt/part_walk.h"
 #include "source/block_reader.h"
 #include "source/carver.h"
+#include "source/evt_windows.h"
 
 namespace zanvik {
-namespace {
-
 namespace layout = evtx_layout;
 
-constexpr std::size_t evt_block_bytes = 1 << 20;
-}  // namespace
-
 bool read_log_blocks(const found_log& log, const block_use& use) {
-  if (log.source.kind == log_kind::evtx) {
-    return read_blocks(log, first_chunk_offset(log), layout::block_bytes, use);
-  }
-  std::vector<std::byte> all;
-  const bool whole = read_blocks(log, 0, layout::block_bytes,
-                                 [&](std::span<std::byte> block, std::uint64_t offset) {
-                                   all.resize(offset);
-                                   all.insert(all.end(), block.begin(), block.end());
-                                 });
-  use(all, 0);
-  return whole;
+  return read_blocks(log, first_chunk_offset(log), layout::block_bytes, use);
 }
 
 std::uint64_t first_chunk(std::span<const std::byte> block) {
@@ -53,9 +38,10 @@ bool log_event_reader::read(const found_log& log) {
 
 log_losses log_event_reader::read(log_part& part) {
   if (part.is_block) return read_block(part);
+  if (!part.log->carve) return read_evt(*part.log);
   log_losses lost;
   lost.has_chunk = true;
-  lost.unread = !(part.log->carve ? carve(*part.log) : read_evt(*part.log));
+  lost.unread = !carve(*part.log);
   return lost;
 }
 
@@ -91,33 +77,13 @@ std::span<std::byte> log_event_reader::bytes_of(log_part& part, bool& unread) {
   return std::span(block_).first(bytes);
 }
 
-// A window moves over the log: from the record in hand to the end of what is read.
-bool log_event_reader::read_evt(const found_log& log) {
+log_losses log_event_reader::read_evt(const found_log& log) {
   evt_.set_source(log.source);
   evt_.set_flags(log.source.deleted ? std::uint32_t{event_deleted} : 0);
-  evt_part_walk walk(evt_, log.is_stream ? 0 : log.size);
-  std::vector<std::byte> window;
-  std::uint64_t begin = 0;
-  const auto walk_window = [&](bool last) {
-    evt_.set_buffer(begin, window.data() + window.size());
-    walk.walk(window, begin, last);
-    const std::uint64_t used = std::min<std::uint64_t>(walk.position() - begin, window.size());
-    window.erase(window.begin(), window.begin() + static_cast<std::ptrdiff_t>(used));
-    begin += used;
-  };
-  const bool whole =
-      read_blocks(log, 0, evt_block_bytes, [&](std::span<std::byte> block, std::uint64_t offset) {
-        while (begin + window.size() < offset) {  // a hole of the file: zeros
-          const std::uint64_t hole = offset - begin - window.size();
-          window.resize(window.size() + std::min<std::uint64_t>(hole, evt_block_bytes));
-          walk_window(false);
-        }
-        window.insert(window.end(), block.begin(), block.end());
-        walk_window(false);
-        if (on_progress) on_progress(offset + block.size());
-      });
-  walk_window(true);
-  return whole && !(walk.lost() != 0);
+  return walk_evt_windows(log, evt_, [&](std::span<const std::byte> window, std::uint64_t offset) {
+    evt_.set_buffer(offset, window.data() + window.size());
+    if (on_progress) on_progress(offset + window.size());
+  });
 }
 
 bool log_event_reader::carve(const found_log& log) {

@@ -3,6 +3,7 @@
 //   log_finder.h    logs in files, folders and standard input
 //   block_reader.h  their bytes, a block at a time
 //   log_parts.h     parts of logs, for several threads
+//   evt_windows.h   a legacy log, a window at a time
 //   log_losses.h    what could not be read of a log
 //   carver.h        events in bytes that are no log
 #pragma once
@@ -24,8 +25,7 @@ namespace zanvik {
 // when there is none. Walks begin there, so that a damaged chunk does not cost those behind it.
 std::uint64_t first_chunk(std::span<const std::byte> block);
 
-// Hands out the log in the blocks that its kind is walked in: of whole chunks, or a legacy log as
-// one. Returns false when a part could not be read.
+// Hands out an .evtx log in blocks of whole chunks. Returns false when a part could not be read.
 bool read_log_blocks(const found_log& log, const block_use& use);
 
 // Reads logs one after the other; what is learnt of templates serves all of them.
@@ -54,7 +54,7 @@ class log_event_reader {
  private:
   log_losses read_block(log_part& part);
   std::span<std::byte> bytes_of(log_part& part, bool& unread);
-  bool read_evt(const found_log& log);
+  log_losses read_evt(const found_log& log);
   bool carve(const found_log& log);
 
   event_sink& sink_;

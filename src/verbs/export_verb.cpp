@@ -59,8 +59,7 @@ class timeline_worker : public log_worker {
   std::unique_ptr<part_result> read(log_part& part, part_turn& turn) override {
     auto result = std::make_unique<nothing>();
     const auto progress = [&turn](std::uint64_t bytes) { turn.show_progress(bytes); };
-    result->lost.has_chunk = true;
-    result->lost.unread = !lines_.read(*part.log, progress);
+    result->lost = lines_.read(*part.log, progress);
     return result;
   }
 

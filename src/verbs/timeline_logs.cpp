@@ -10,6 +10,7 @@
 #include "select/evt_selector.h"
 #include "select/evtx_selector.h"
 #include "source/block_reader.h"
+#include "source/evt_windows.h"
 
 namespace zanvik {
 namespace {
@@ -24,6 +25,25 @@ void set_classic_options(evt_output_options& options, std::string_view form,
   if (wanted.event_time) words.emplace_back("-event_time");
   (void)options.parse_log_options(words, "", "");  // these words are sound
 }
+
+// Records by their heads, for what counts losses.
+class record_heads : public chunk_visitor {
+ public:
+  void walk(std::span<std::byte> block, chunk_visitor& counter, const walk_settings& settings) {
+    walk_settings heads = settings;
+    heads.inside_records = false;
+    // Searching behind damage changes sizes, which must not be seen by the walk to come.
+    if (settings.inc_slack) copy_.assign(block.begin(), block.end());
+    (void)walk_evtx_block(settings.inc_slack ? std::span(copy_) : block, 0, counter, heads);
+  }
+
+  void start_chunk(std::span<const std::byte>, std::uint64_t, std::uint64_t) override {}
+  bool on_record(std::uint64_t) override { return true; }
+  void on_slack_candidate(std::uint64_t, std::uint64_t) override {}
+
+ private:
+  std::vector<std::byte> copy_;
+};
 
 }  // namespace
 
@@ -44,17 +64,20 @@ class timeline_logs::wanted_events : public event_sink {
     evt_.set_source(source);
   }
   // Walking may change a block, so a copy is walked.
-  void look_at(std::span<const std::byte> block, std::uint64_t offset, log_kind kind,
+  void look_at(std::span<const std::byte> block, std::uint64_t offset,
                const walk_settings& settings) {
     offsets_.clear();
     copy_.assign(block.begin(), block.end());
-    if (kind == log_kind::evtx) {
-      (void)walk_evtx_block(copy_, offset, evtx_, settings);
-    } else {
-      evt_.set_buffer(0, copy_.data() + copy_.size());
-      (void)walk_evt_log(copy_, evt_);
-    }
+    (void)walk_evtx_block(copy_, offset, evtx_, settings);
     std::sort(offsets_.begin(), offsets_.end());
+  }
+  void start_window(std::span<const std::byte> window) {
+    evt_.set_buffer(0, window.data() + window.size());
+  }
+  // The record in hand is the only one that `has` knows then.
+  void look_at(const evt_record& record) {
+    offsets_.clear();
+    evt_.on_record(record);
   }
   bool has(std::uint64_t offset) const {
     return std::binary_search(offsets_.begin(), offsets_.end(), offset);
@@ -86,9 +109,25 @@ class timeline_logs::wanted_records : public selection_sink {
   selection_sink& keeping_;
 };
 
+// Looks at a legacy record before it is selected.
+class timeline_logs::record_pair : public evt_sink {
+ public:
+  record_pair(wanted_events* wanted, evt_sink& selector) : wanted_(wanted), selector_(selector) {}
+  void on_record(const evt_record& record) override {
+    if (wanted_) wanted_->look_at(record);
+    selector_.on_record(record);
+  }
+
+ private:
+  wanted_events* wanted_;
+  evt_sink& selector_;
+};
+
 timeline_logs::timeline_logs(std::string_view form, const event_conditions& conditions,
                              const timeline_options& options, const order_options& order)
-    : lines_(options_.format, order.sorting, order.by_time(true)), reader_(options_.format) {
+    : by_time_(order.by_time(true)),
+      lines_(options_.format, order.sorting, by_time_),
+      reader_(options_.format) {
   set_classic_options(options_, form, options);
   if (conditions.any()) wanted_ = std::make_unique<wanted_events>(conditions);
 }
@@ -127,7 +166,8 @@ void timeline_logs::hand_on(const LogEntry& entry) {
   records_.clear_records();
 }
 
-bool timeline_logs::read(const found_log& log, const std::function<void(std::uint64_t)>& progress) {
+log_losses timeline_logs::read(const found_log& log,
+                               const std::function<void(std::uint64_t)>& progress) {
   LogEntry entry;
   entry.path = log.source.path;
   const CommandSet set = listing_commands(options_, entry);
@@ -138,27 +178,58 @@ bool timeline_logs::read(const found_log& log, const std::function<void(std::uin
   lines_.start_log();
   keeping_sink keeping(commands, records_, plans_);
   wanted_records wanted(wanted_.get(), keeping);
+  if (wanted_) wanted_->start_log(log.source);
+  return log.source.kind == log_kind::evt ? read_evt(log, entry, wanted, commands, progress)
+                                          : read_evtx(log, entry, wanted, commands, progress);
+}
+
+log_losses timeline_logs::read_evtx(const found_log& log, LogEntry& entry, selection_sink& wanted,
+                                    const command_refs& commands,
+                                    const std::function<void(std::uint64_t)>& progress) {
   evtx_selector selector(commands, wanted);
-  evt_selector evt_selector(commands, wanted);
   walk_settings settings;
   settings.inc_slack = options_.inc_slack;
   settings.reading = options_.reading;
-  if (wanted_) wanted_->start_log(log.source);
-
+  record_heads heads;
+  loss_counter losses(heads);
   bool first = true;
   const auto take_block = [&](std::span<std::byte> block, std::uint64_t offset) {
     if (std::exchange(first, false)) classify(log, block, offset, entry);
     records_.add_log_bytes(block.size());
-    if (wanted_) wanted_->look_at(block, offset, log.source.kind, settings);
-    if (log.source.kind == log_kind::evt) {
-      (void)walk_evt_log(block, evt_selector);
-    } else {
-      (void)walk_evtx_block(block, offset, reader_, selector, settings);
-    }
+    losses.start_block(block);
+    const std::uint64_t skip = first_chunk(block);
+    const auto chunks = block.subspan(skip);
+    if (wanted_) wanted_->look_at(chunks, offset + skip, settings);
+    heads.walk(chunks, losses, settings);
+    (void)walk_evtx_block(chunks, offset + skip, reader_, selector, settings);
     hand_on(entry);
     if (progress) progress(offset + block.size());
   };
-  return read_log_blocks(log, take_block);
+  const bool whole = read_log_blocks(log, take_block);
+  log_losses lost = losses.finish();
+  lost.unread = !whole;
+  return lost;
+}
+
+log_losses timeline_logs::read_evt(const found_log& log, LogEntry& entry, selection_sink& wanted,
+                                   const command_refs& commands,
+                                   const std::function<void(std::uint64_t)>& progress) {
+  evt_selector selector(commands, wanted);
+  record_pair pair(wanted_.get(), selector);
+  bool first = true;
+  std::uint64_t seen = 0;
+  const log_losses lost =
+      walk_evt_windows(log, pair, [&](std::span<const std::byte> window, std::uint64_t offset) {
+        if (std::exchange(first, false)) classify(log, window, offset, entry);
+        records_.add_log_bytes(offset + window.size() - seen);
+        seen = offset + window.size();
+        // The log is a ring: one log's own order of time needs all of it.
+        if (by_time_) hand_on(entry);
+        if (wanted_) wanted_->start_window(window);
+        if (progress) progress(offset + window.size());
+      });
+  hand_on(entry);
+  return lost;
 }
 
 bool timeline_logs::finish(output_buffer& out) {

@@ -18,6 +18,7 @@
 #include "run/evt_output_options.h"
 #include "run/log_list.h"
 #include "select/event_conditions.h"
+#include "select/selection_sink.h"
 #include "source/log_events.h"
 #include "verbs/order_options.h"
 
@@ -38,8 +39,9 @@ class timeline_logs {
                 const timeline_options& options, const order_options& order);
   ~timeline_logs();
 
-  // Takes the lines of the log. False when a part of it could not be read.
-  [[nodiscard]] bool read(const found_log& log, const std::function<void(std::uint64_t)>& progress);
+  // Takes the lines of the log. Returns what could not be read.
+  [[nodiscard]] log_losses read(const found_log& log,
+                                const std::function<void(std::uint64_t)>& progress);
   // Writes header and lines. False, with `error` set, when they could not be sorted.
   [[nodiscard]] bool finish(output_buffer& out);
   const std::string& error() const { return lines_.error(); }
@@ -47,12 +49,20 @@ class timeline_logs {
  private:
   class wanted_events;
   class wanted_records;
+  class record_pair;
 
   void classify(const found_log& log, std::span<const std::byte> block, std::uint64_t offset,
                 LogEntry& entry);
   void hand_on(const LogEntry& entry);
+  log_losses read_evtx(const found_log& log, LogEntry& entry, selection_sink& wanted,
+                       const command_refs& commands,
+                       const std::function<void(std::uint64_t)>& progress);
+  log_losses read_evt(const found_log& log, LogEntry& entry, selection_sink& wanted,
+                      const command_refs& commands,
+                      const std::function<void(std::uint64_t)>& progress);
 
   evt_output_options options_;
+  bool by_time_;
   one_timeline lines_;
   record_reader reader_;
   record_container records_;

@@ -154,6 +154,47 @@ TEST(export_run, what_cannot_be_read_is_counted_and_the_rest_is_written) {
     EXPECT_EQ(seen, row.events) << row.what;
     EXPECT_NE(run.err.find(row.said), std::string::npos) << row.what << run.err;
     EXPECT_EQ(run.err.empty(), row.status == 0) << row.what << run.err;
+    const auto timeline = run_zanvik({"export", "--format", "l2t", path});
+    EXPECT_EQ(timeline.err, run.err) << row.what;
+    EXPECT_EQ(timeline.status, row.status) << row.what;
+    const auto events = static_cast<std::size_t>(std::count(seen.begin(), seen.end(), ';'));
+    EXPECT_EQ(lines_of(timeline.out).size(), events + 1) << row.what;
+  }
+}
+
+TEST(export_run, losses_of_a_legacy_log_are_counted_too) {
+  const auto sound = evt_builder().add({}).add({}).add({}).add({}).cursor();
+  struct damage_row {
+    const char* what;
+    std::function<void(evt_builder&)> damage;
+    std::size_t events;
+    const char* said;
+  };
+  const damage_row rows[] = {
+      {"nothing", [](evt_builder&) {}, 4, ""},
+      {"a size leads out of the log",
+       [](evt_builder& log) { log.poke_u32(log.record_offset(1), 0x10000); }, 1,
+       ": 3 declared records cannot be read"},
+      {"a signature", [](evt_builder& log) { log.poke_u32(log.record_offset(1) + 4, 1); }, 3,
+       ": 1 declared record cannot be read"},
+      {"a signature, in a log that was copied while it was open",
+       [](evt_builder& log) {
+         log.poke_u32(log.record_offset(1) + 4, 1);
+         log.poke_u32(36, 1);
+       },
+       3, ""},
+  };
+  const scratch_dir scratch;
+  for (const damage_row& row : rows) {
+    evt_builder log = sound;
+    row.damage(log);
+    log.write(scratch.path("a.evt"));
+    for (const std::string form : {"jsonl", "bodyfile"}) {  // the second with a header
+      const auto run = run_zanvik({"export", "--format", form, scratch.path("a.evt")});
+      EXPECT_EQ(lines_of(run.out).size(), row.events + (form == "bodyfile" ? 1 : 0)) << row.what;
+      EXPECT_NE(run.err.find(row.said), std::string::npos) << row.what << run.err;
+      EXPECT_EQ(run.status, *row.said == 0 ? 0 : 1) << row.what << run.err;
+    }
   }
 }
 
