@@ -153,6 +153,12 @@ class Page:
         with open(path, "wb") as file:
             file.write(base64.b64decode(data))
 
+    # What can be seen now.
+    def view(self, path):
+        data = self.call("Page.captureScreenshot", format="png")["data"]
+        with open(path, "wb") as file:
+            file.write(base64.b64decode(data))
+
     # What the page said: console messages, exceptions, log entries.
     def said(self):
         self.run("0")

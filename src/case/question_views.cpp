@@ -42,9 +42,12 @@ std::string value_of_field(std::string_view field) {
   bool several = false;
   for (;;) {
     const std::size_t bar = field.find('|');
-    list += value_of(field.substr(0, bar));
-    if (bar == field.npos) break;
-    list += ", ";
+    const std::string value = value_of(field.substr(0, bar));
+    if (bar == field.npos) {
+      list += value;
+      break;
+    }
+    list += "nullif(" + value + ", '0x0'), ";
     field.remove_prefix(bar + 1);
     several = true;
   }

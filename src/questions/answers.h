@@ -15,7 +15,7 @@ inline constexpr std::string_view event_log = "Microsoft-Windows-Eventlog";
 // logons.cpp
 extern const question_parts logons, failed_logons, explicit_logons, remote_desktop;
 // programs.cpp
-extern const question_parts services, tasks, processes, script_blocks;
+extern const question_parts services, start_types, tasks, processes, script_blocks;
 // accounts.cpp
 extern const question_parts accounts, groups;
 // system.cpp

@@ -12,7 +12,6 @@ constexpr question_column service_columns[] = {
     {"command", "Program"},
     {"service_type", "Type", &codes::service_types},
     {"start_type", "Start", &codes::start_types},
-    {"old_start_type", "Start before", &codes::start_types},
     {"run_as", "Runs as"},
     {"by_account", "By account"},
     {"by_domain", "By domain"},
@@ -21,17 +20,22 @@ constexpr question_source service_sources[] = {
     {service_manager,
      7045,
      "service installed",
-     {"ServiceName", "ImagePath", "ServiceType", "StartType", "", "AccountName"}},
+     {"ServiceName", "ImagePath", "ServiceType", "StartType", "AccountName"}},
     {security,
      4697,
      "service installed",
-     {"ServiceName", "ServiceFileName", "ServiceType", "ServiceStartType", "", "ServiceAccount",
+     {"ServiceName", "ServiceFileName", "ServiceType", "ServiceStartType", "ServiceAccount",
       "SubjectUserName", "SubjectDomainName"}},
-    {service_manager,
-     7040,
-     "start type changed",
-     {"param4|param1|#0", "", "", "param3|#2", "param2|#1"}},
-    {legacy_security, 601, "service installed", {"#0", "#1", "#2", "#3", "", "#4", "#5", "#6"}},
+    {legacy_security, 601, "service installed", {"#0", "#1", "#2", "#3", "#4", "#5", "#6"}},
+};
+
+constexpr question_column start_type_columns[] = {
+    {"service", "Service"},
+    {"start_type", "Start", &codes::start_types},
+    {"old_start_type", "Start before", &codes::start_types},
+};
+constexpr question_source start_type_sources[] = {
+    {service_manager, 7040, "start type changed", {"param4|param1|#0", "param3|#2", "param2|#1"}},
 };
 
 constexpr std::string_view scheduler = "Microsoft-Windows-TaskScheduler";
@@ -117,6 +121,7 @@ constexpr question_source script_sources[] = {
 }  // namespace
 
 constinit const question_parts services = {service_columns, service_sources};
+constinit const question_parts start_types = {start_type_columns, start_type_sources};
 constinit const question_parts tasks = {task_columns, task_sources};
 constinit const question_parts processes = {process_columns, process_sources};
 constinit const question_parts script_blocks = {script_columns, script_sources};

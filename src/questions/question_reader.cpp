@@ -157,7 +157,8 @@ std::string_view question_reader::first_value(const event_view& event,
                                               std::span<const field_place> fields) {
   for (const field_place& place : fields) {
     const std::string_view text = value(event, place);
-    if (is_value(text)) return text;
+    const bool is_last = &place == &fields.back();
+    if (is_value(text) && (is_last || text != "0x0")) return text;
   }
   return {};
 }

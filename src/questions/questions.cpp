@@ -36,6 +36,7 @@ std::span<const question> questions() {
       make("cleared", "Logs cleared, auditing changed", "system", answers::cleared),
       make("clock_changes", "Clock changes", "system", answers::clock_changes),
       make("starts_and_stops", "Starts and stops", "system", answers::starts_and_stops),
+      make("start_types", "Start types of services changed", "system", answers::start_types),
       make("usb", "USB devices", "devices", answers::usb),
       make("defender", "Defender", "malware", answers::defender),
   };

@@ -13,7 +13,7 @@
 //   #3      the fourth datum, of events whose data have no names
 //   @Name   a System member: @Channel, @Computer, @UserID
 //
-// A value of "-" or nothing at all is no value.
+// A value of "-" or nothing at all is no value; neither is "0x0" where an alternative follows.
 //
 // question_reader.h reads rows from events. To add a question, add its columns and sources to one
 // of the files here, and its row to questions.cpp.

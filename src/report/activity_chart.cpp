@@ -13,7 +13,7 @@
 namespace zanvik {
 namespace {
 
-constexpr std::size_t widest_column = 26;  // pixels
+constexpr std::size_t widest_column = 40;  // pixels
 constexpr std::size_t lane_height = 16;
 constexpr std::size_t most_labels = 5, label_pixels = 90;
 

@@ -43,8 +43,9 @@ std::string script_block::joined() const {
   bool left_out = false;
   for (const std::uint64_t number : numbers) {
     if (number != next) {
-      out += "\n[parts " + std::to_string(next) + " to " + std::to_string(number - 1) +
-             " are missing]\n";
+      const std::string first = std::to_string(next), last = std::to_string(number - 1);
+      out += first == last ? "\n[part " + first + " is missing]\n"
+                           : "\n[parts " + first + " to " + last + " are missing]\n";
     }
     next = number + 1;
     const auto text = texts.find(number);

@@ -106,11 +106,17 @@ TEST(question_reader, reads_named_data_user_data_and_system_members) {
                                               .form = payload_form::user_data,
                                               .data = {{"SubjectUserName", slot::utf16("tom")}}}),
                                    // Another provider's event of that number.
-                                   record(3, {.event_id = 4625, .provider = "Fabrikam-Test"})}));
+                                   record(3, {.event_id = 4625, .provider = "Fabrikam-Test"}),
+                                   record(4, {.event_id = 4625,
+                                              .provider = security,
+                                              .data = {{"TargetUserName", slot::utf16("tom")},
+                                                       {"Status", slot::hex32(0xc0000234)},
+                                                       {"SubStatus", slot::hex32(0)}}})}));
   EXPECT_EQ(rows, (std::vector<std::string>{
                       "failed_logons: logon failed; account=anna; reason=0xc000006a; "
                       "logon_type=10; source_host=WS01",
-                      "cleared: audit log cleared; log_name=Security; account=tom"}));
+                      "cleared: audit log cleared; log_name=Security; account=tom",
+                      "failed_logons: logon failed; account=tom; reason=0xc0000234"}));
 }
 
 TEST(question_reader, conditions_and_alternatives) {

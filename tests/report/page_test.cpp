@@ -6,6 +6,8 @@
 #include <algorithm>
 
 #include "exported_events.h"
+#include "incident_builder.h"
+#include "markup_logs.h"
 #include "read_page.h"
 #include "report/page_files.h"
 
@@ -57,9 +59,9 @@ record_builder logon(std::uint64_t number, const char* account, const char* addr
 }
 
 TEST(page, rows_say_what_events_say) {
-  const page_content page(page_of({log_builder().chunk(
-      {logon(1, "anna", "10.0.0.1"), logon(2, "tom", "-"),
-       logon(3, "Anna", "10.0.0.2", 4625), record(4)})}));
+  const page_content page(
+      page_of({log_builder().chunk({logon(1, "anna", "10.0.0.1"), logon(2, "tom", "-"),
+                                    logon(3, "Anna", "10.0.0.2", 4625), record(4)})}));
   const page_table logons = page.table("logons");
   ASSERT_EQ(logons.rows.size(), 2U);
   EXPECT_EQ(logons.rows[0].at("account"), "anna");
@@ -90,44 +92,9 @@ TEST(page, a_long_column_is_sorted_as_people_read) {
 
 // Every field of every source of every question holds markup.
 TEST(page, markup_in_every_field_stays_text) {
-  const std::string attack =
-      "</script><script>x()</script><img src=x onerror=x()>\"'&lt;\xe2\x80\xae\x01]]>-->";
-  const std::string shown =
-      "</script><script>x()</script><img src=x onerror=x()>\"'&lt;[U+202E]\xe2\x90\x81]]>-->";
-  std::vector<log_builder> logs;
-  std::uint64_t number = 0, sources = 0;
-  chunk_builder records;
-  const auto flush = [&] {
-    logs.push_back(log_builder().chunk(records));
-    records = chunk_builder();
-  };
-  for (const question& asked : questions()) {
-    for (const question_source& source : asked.sources) {
-      event made{.event_id = source.event_id, .provider = std::string(source.provider),
-                 .channel = attack, .computer = attack};
-      bool unnamed = false;
-      std::string condition(source.when.substr(0, source.when.find_first_of("!=")));
-      for (const std::string_view field : source.fields) {
-        for (std::string_view rest = field; !rest.empty();) {
-          const std::string name(rest.substr(0, rest.find('|')));
-          rest.remove_prefix(std::min(name.size() + 1, rest.size()));
-          unnamed = unnamed || (name[0] == '#' && field.find('|') == field.npos);
-          const bool here = name == condition && source.when.find("*USB*") != source.when.npos;
-          if (name[0] != '@' && name[0] != '#') {
-            made.data.push_back({name, slot::utf16(here ? attack + "USB" : attack)});
-          }
-        }
-      }
-      if (unnamed) {
-        made.form = payload_form::unnamed_event_data;
-        for (int i = 0; i < 20; ++i) made.data.push_back({"", slot::utf16(attack)});
-      }
-      records.add(record(++number, made));
-      if (++sources % 6 == 0) flush();
-    }
-  }
-  flush();
-  const std::string html = page_of(logs);
+  std::uint64_t sources = 0;
+  for (const question& asked : questions()) sources += asked.sources.size();
+  const std::string html = page_of(markup_logs());
   // The page's own elements and nothing else.
   EXPECT_EQ(occurrences(html, "<script"), 2U);
   EXPECT_EQ(occurrences(html, "</script"), 2U);
@@ -139,11 +106,12 @@ TEST(page, markup_in_every_field_stays_text) {
   for (const auto& [name, table] : page.tables) {
     rows += table.total;
     for (const auto& row : table.rows) {
-      for (const auto& [column, value] : row) cells += value.find(shown) != value.npos ? 1 : 0;
+      for (const auto& [column, value] : row) {
+        cells += value.find(attack_shown) != value.npos ? 1 : 0;
+      }
     }
   }
-  // All script blocks have one ID.
-  EXPECT_EQ(rows, sources - 1);
+  EXPECT_EQ(rows, sources - 1);  // both sources of script blocks have one ID
   EXPECT_GT(cells, 4 * sources);
 }
 
@@ -152,9 +120,8 @@ TEST(page, policy_names_the_script_and_the_style_by_hash) {
   const std::size_t policy = html.find("Content-Security-Policy");
   ASSERT_NE(policy, std::string::npos);
   const std::string_view line = std::string_view(html).substr(policy, 400);
-  for (const char* const part :
-       {"default-src 'none'; script-src 'sha256-", "; style-src 'sha256-", "; base-uri 'none'",
-        "; form-action 'none'\""}) {
+  for (const char* const part : {"default-src 'none'; script-src 'sha256-", "; style-src 'sha256-",
+                                 "; base-uri 'none'", "; form-action 'none'\""}) {
     EXPECT_NE(line.find(part), std::string_view::npos) << part;
   }
   EXPECT_EQ(line.find("unsafe"), std::string_view::npos);
@@ -170,6 +137,44 @@ TEST(page, policy_names_the_script_and_the_style_by_hash) {
     if (space != std::string::npos) script.erase(space, 26);
     EXPECT_EQ(script.find(word), std::string::npos) << word;
   }
+}
+
+TEST(page, a_script_is_put_together_and_a_task_shows_what_it_runs) {
+  std::vector<log_builder> logs;
+  for (const auto& [name, log] : incident_logs()) logs.push_back(log);
+  const page_content page(page_of(logs));
+  const page_table scripts = page.table("script_blocks");
+  ASSERT_EQ(scripts.rows.size(), 1U);
+  EXPECT_EQ(scripts.rows[0].at("script"),
+            "# collects files\n$from = 'C:\\Users'\n$list = Get-ChildItem $from -Recurse\n"
+            "\n[part 3 is missing]\nRemove-Item $list\n");
+  EXPECT_EQ(scripts.rows[0].at("parts"), "3 of 4; missing: 3");
+  EXPECT_TRUE(page.table("tasks").rows.at(0).at("content").starts_with(
+      "powershell.exe -w hidden -f C:\\Users\\Public\\u.ps1\n\n<?xml"));
+  EXPECT_EQ(page.table("clock_changes").rows.at(0).at("offset_seconds"), "-3600.000");
+}
+
+TEST(page, what_stands_out_of_a_break_in) {
+  std::vector<log_builder> logs;
+  for (const auto& [name, log] : incident_logs()) logs.push_back(log);
+  const std::string html = page_of(logs);
+  const char* const sentences[] = {
+      "Defender reported 1 threat: HackTool:Win32/Example.A (1); on 2024-03-16 01:21:10",
+      "Protection by Defender was turned off on 2024-03-16 01:20:50",
+      "Logs were cleared 1 time: Security (1); on 2024-03-16 01:44:00, by helpdesk",
+      "helpdesk logged on from 198.51.100.77 on 2024-03-16 01:15:58, after 140 failed logons",
+      "S-1-5-21-1-2-3-1107 to Administrators",
+      "1 account was created: support$",
+      "The clock was set by more than a minute 1 time; seconds: -3600.000",
+      "1 service was installed: UpdaterSvc",
+      "1 scheduled task was created: \\Updater",
+      "1 remote desktop logon, by helpdesk (1), from 198.51.100.77 (1)",
+  };
+  for (const char* const sentence : sentences) {
+    EXPECT_NE(html.find(sentence), std::string::npos) << sentence;
+  }
+  // Where nothing happens, nothing stands out.
+  EXPECT_EQ(page_of({log_builder().chunk({record(1)})}).find("id=\"stands_out\""), std::string::npos);
 }
 
 TEST(page, without_any_event_there_is_a_page) {

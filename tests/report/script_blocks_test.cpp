@@ -28,8 +28,8 @@ script_block joined(std::initializer_list<script_part> parts) {
 }
 
 TEST(script_blocks, parts_in_any_order_and_twice) {
-  const script_block block = joined({part(3, 3, "c"), part(1, 3, "a"), part(3, 3, "x"),
-                                     part(2, 3, "b")});
+  const script_block block =
+      joined({part(3, 3, "c"), part(1, 3, "a"), part(3, 3, "x"), part(2, 3, "b")});
   EXPECT_EQ(block.joined(), "abc");
   EXPECT_EQ(block.parts_text(), "3");
   EXPECT_EQ(block.place.time, 96U);  // of the earliest
@@ -37,8 +37,7 @@ TEST(script_blocks, parts_in_any_order_and_twice) {
 
 TEST(script_blocks, missing_parts_are_named_where_they_are_missing) {
   const script_block block = joined({part(2, 7, "b"), part(6, 7, "f"), part(3, 7, "c")});
-  EXPECT_EQ(block.joined(),
-            "\n[parts 1 to 1 are missing]\nbc\n[parts 4 to 5 are missing]\nf");
+  EXPECT_EQ(block.joined(), "\n[part 1 is missing]\nbc\n[parts 4 to 5 are missing]\nf");
   EXPECT_EQ(block.parts_text(), "3 of 7; missing: 1, 4 to 5, 7");
 }
 

@@ -2,7 +2,7 @@
 // Texts reach the page as textContent alone: whatever a log holds, it stays text.
 'use strict';
 (() => {
-  const pageRows = 50;
+  const pageRows = 15;
   const shortCell = 240;
   const data = JSON.parse(document.getElementById('data').textContent);
   // What all tables are narrowed to: times in milliseconds, `to` is behind the last; one hour of
@@ -176,6 +176,7 @@
       return this.inOrder(found);
     }
 
+    // Rows come in the order of time; equal values keep it.
     inOrder(rows) {
       const {column, down} = this.sort;
       if (column < 0) return down ? rows.reverse() : rows;
@@ -298,7 +299,7 @@
         const code = column.codes[row];
         if (column.values[code] === '') continue;
         const value = make('dd', {}, make('span', {}, String(column.values[code])));
-        if (column.values.length > 1) {
+        if (column.values.length > 1 && (!this.options.only || column.name === 'key')) {
           value.append(' ', make('button', {
             type: 'button', class: 'only', onclick: () => this.only(column, code),
           }, 'only this'));
@@ -381,9 +382,9 @@
       this.table.rows = this.table.total = groups.length;
       this.table.time = Float64Array.from(groups, (group) => group.first);
       this.table.columns = [
-        codedColumn('last', 'Last', groups.map((group) => timeText(group.last, false))),
         codedColumn('key', this.keyLabel, groups.map((group) => group.key)),
         ...labels.map((label, i) => codedColumn('n' + i, label, groups.map((group) => group.counts[i]))),
+        codedColumn('last', 'Last (UTC)', groups.map((group) => timeText(group.last, false))),
       ];
       if (this.options.also) {
         const from = this.options.also;
@@ -406,6 +407,14 @@
         if (masks.every((word) => word.some((mask, i) => mask[table.columns[i].codes[row]]))) {
           found.push(row);
         }
+      }
+      // Of equal levels, the more frequent first.
+      const {sort, options} = this;
+      if (options.also && sort.column === this.table.columns.length - 1) {
+        this.sort = {column: 1, down: true};
+        const byCount = this.inOrder(found);
+        this.sort = sort;
+        return this.inOrder(byCount);
       }
       return this.inOrder(found);
     }
@@ -443,7 +452,7 @@
       .filter((source) => source.column);
     if (sources.length === 0) return;
     addView(new CountView(name, title, label, sources, keys, {
-      timeLabel: 'First (UTC)', hint, sort: {column: 2, down: true},
+      timeLabel: 'First (UTC)', hint, sort: {column: 1, down: true},
       only: (value) => chooseEverywhere(parts.map(([table]) => table), columnName,
         (known) => keys(known).includes(value)),
       ...options,
