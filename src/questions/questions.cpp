@@ -8,7 +8,7 @@ namespace {
 constexpr std::string_view groups[] = {
     "logons",   "failed logons", "remote desktop", "services and tasks",
     "programs", "scripts",       "accounts",       "system",
-    "devices",  "malware",
+    "devices",  "malware",       "cleared logs",
 };
 
 constexpr question make(std::string_view name, std::string_view title, std::string_view group,
@@ -33,7 +33,7 @@ std::span<const question> questions() {
       make("script_blocks", "PowerShell script blocks", "scripts", answers::script_blocks),
       make("accounts", "Accounts changed", "accounts", answers::accounts),
       make("groups", "Groups changed", "accounts", answers::groups),
-      make("cleared", "Logs cleared, auditing changed", "system", answers::cleared),
+      make("cleared", "Logs cleared, auditing changed", "cleared logs", answers::cleared),
       make("clock_changes", "Clock changes", "system", answers::clock_changes),
       make("starts_and_stops", "Starts and stops", "system", answers::starts_and_stops),
       make("start_types", "Start types of services changed", "system", answers::start_types),

@@ -65,6 +65,10 @@ double number_in(std::string_view text) {
   return number;
 }
 
+std::string times_text(std::uint64_t count) {
+  return count == 1 ? "once" : grouped(count) + " times";
+}
+
 class finder {
  public:
   explicit finder(const report_collector& collected) : collected_(collected) {}
@@ -174,8 +178,8 @@ class finder {
     const row_summary rows = summarize(table, "log_name", is_cleared);
     if (rows.count == 0) return;
     const row_summary people = summarize(table, "account", is_cleared);
-    std::string text = "Logs were cleared " + counted(rows.count, "time", "times") + ": " +
-                       rows.names(true) + "; " + rows.when();
+    std::string text = "Logs were cleared " + times_text(rows.count) + ": " + rows.names(true) +
+                       "; " + rows.when();
     if (!people.values.empty()) text += ", by " + people.names(false);
     add(highlight_weight::high, text, "cleared", "cleared", rows);
   }
@@ -256,7 +260,7 @@ class finder {
     });
     if (rows.count == 0) return;
     add(highlight_weight::middle,
-        "The clock was set by more than a minute " + counted(rows.count, "time", "times") +
+        "The clock was set by more than a minute " + times_text(rows.count) +
             "; seconds: " + rows.names(false) + "; " + rows.when(),
         "clock_changes", "", rows);
   }

@@ -10,6 +10,7 @@
 #include "markup_logs.h"
 #include "read_page.h"
 #include "report/page_files.h"
+#include "report/page_text.h"
 
 namespace zanvik::testing {
 namespace {
@@ -161,11 +162,11 @@ TEST(page, what_stands_out_of_a_break_in) {
   const char* const sentences[] = {
       "Defender reported 1 threat: HackTool:Win32/Example.A (1); on 2024-03-16 01:21:10",
       "Protection by Defender was turned off on 2024-03-16 01:20:50",
-      "Logs were cleared 1 time: Security (1); on 2024-03-16 01:44:00, by helpdesk",
+      "Logs were cleared once: Security (1); on 2024-03-16 01:44:00, by helpdesk",
       "helpdesk logged on from 198.51.100.77 on 2024-03-16 01:15:58, after 140 failed logons",
       "S-1-5-21-1-2-3-1107 to Administrators",
       "1 account was created: support$",
-      "The clock was set by more than a minute 1 time; seconds: -3600.000",
+      "The clock was set by more than a minute once; seconds: -3600.000",
       "1 service was installed: UpdaterSvc",
       "1 scheduled task was created: \\Updater",
       "1 remote desktop logon, by helpdesk (1), from 198.51.100.77 (1)",
@@ -174,7 +175,45 @@ TEST(page, what_stands_out_of_a_break_in) {
     EXPECT_NE(html.find(sentence), std::string::npos) << sentence;
   }
   // Where nothing happens, nothing stands out.
-  EXPECT_EQ(page_of({log_builder().chunk({record(1)})}).find("id=\"stands_out\""), std::string::npos);
+  EXPECT_EQ(page_of({log_builder().chunk({record(1)})}).find("id=\"stands_out\""),
+            std::string::npos);
+}
+
+// More events than the page holds: the newest are there, all are counted, and the page says so.
+TEST(page, holds_200000_rows) {
+  constexpr std::uint64_t passes = 3'400;
+  chunk_builder records;
+  for (std::uint64_t i = 0; i < 60; ++i) {
+    records.add(record(i + 1, {.event_id = 4624,
+                               .provider = security,
+                               .filetime = filetime(2024, 1, 1) + i,
+                               .data = {{"TargetUserName", slot::utf16(i % 2 ? "a" : "b")}}}));
+  }
+  log_builder log = log_builder().chunk(records).chunk({logon(61, "anna", "10.0.0.1", 4625)});
+  own_bytes bytes(log.bytes());
+  report_collector collected;
+  log_source source;
+  evtx_event_reader reader(collected);
+  reader.set_source(source);
+  collected.start_log();
+  for (std::uint64_t pass = 0; pass < passes; ++pass) {
+    walk_evtx_block(bytes.span(), 0, reader, {});
+  }
+  collected.finish();
+  std::string html;
+  output_buffer out(html);
+  report_head head;
+  head.logs.resize(1);
+  write_page(out, head, collected);
+  out.flush();
+  const page_content page(html);
+  EXPECT_EQ(page.table("logons").total, 60 * passes);
+  EXPECT_EQ(page.table("failed_logons").rows.size(), passes);
+  EXPECT_EQ(page.table("logons").rows.size(), 200'000 - passes);
+  EXPECT_NE(html.find(grouped(60 * passes + passes - 200'000) + " older ones"), std::string::npos);
+  EXPECT_NE(html.find("zanvik export --format sqlite"), std::string::npos);
+  EXPECT_NE(html.find("<dt>Events</dt><dd>" + grouped(61 * passes) + "</dd>"), std::string::npos);
+  EXPECT_LT(html.size(), 10'000'000U);
 }
 
 TEST(page, without_any_event_there_is_a_page) {

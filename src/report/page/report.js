@@ -102,7 +102,7 @@
       this.table = table;
       this.options = options;
       this.search = '';
-      this.filters = new Map();  // column -> value's number
+      this.filters = new Map();  // column -> the wanted values' numbers, and a text for them
       this.sort = options.sort || {column: -1, down: false};  // -1: time
       this.page = 0;
       this.build();
@@ -148,9 +148,8 @@
           const list = make('select', {
             'aria-label': column.label,
             onchange: () => {
-              if (list.value === '') this.filters.delete(column);
-              else this.filters.set(column, Number(list.value));
-              this.change();
+              if (list.value === '') this.setFilter(column, null);
+              else this.setFilter(column, [Number(list.value)]);
             },
           }, make('option', {value: ''}, column.label + ': all'));
           column.values.forEach((value, i) => {
@@ -168,7 +167,7 @@
       const filters = [...this.filters];
       const found = [];
       for (const row of rowsOfSpan(table)) {
-        if (filters.every(([column, value]) => column.codes[row] === value) &&
+        if (filters.every(([column, wanted]) => wanted.codes.has(column.codes[row])) &&
             masks.every((word) => word.some((mask, i) => mask[table.columns[i].codes[row]]))) {
           found.push(row);
         }
@@ -229,16 +228,24 @@
     }
 
     showChips() {
-      this.chips.replaceChildren(...[...this.filters].map(([column, value]) =>
+      this.chips.replaceChildren(...[...this.filters].map(([column, wanted]) =>
         make('button', {
           type: 'button', class: 'chip', 'aria-label': 'Remove the choice of ' + column.label,
           onclick: () => { this.setFilter(column, null); },
-        }, `${column.label}: ${column.values[value] === '' ? '(none)' : column.values[value]}  ×`)));
+        }, `${column.label}: ${wanted.text}  ×`)));
     }
 
-    setFilter(column, value) {
-      if (value === null) this.filters.delete(column); else this.filters.set(column, value);
-      if (column.list) column.list.value = value === null ? '' : String(value);
+    // Keeps the rows whose column has one of the values with these numbers; all rows for null.
+    setFilter(column, codes) {
+      if (codes === null) {
+        this.filters.delete(column);
+      } else {
+        const text = codes.map((code) => column.values[code] || '(none)').slice(0, 3).join(', ');
+        this.filters.set(column, {codes: new Set(codes), text});
+      }
+      if (column.list) {
+        column.list.value = codes !== null && codes.length === 1 ? String(codes[0]) : '';
+      }
       this.change();
     }
 
@@ -322,7 +329,7 @@
 
     only(column, code) {
       if (this.options.only) this.options.only(column.values[code]);
-      else this.setFilter(column, code);
+      else this.setFilter(column, [code]);
     }
   }
 
@@ -337,21 +344,21 @@
     return table && table.columns.find((column) => column.name === name);
   }
 
-  // Counts the rows of the span by a key. `sources`: {table, column, label}; several may share a
-  // label. `keys` makes a list of keys of a value.
+  // Counts the rows of the span by a key, in any case of letters. `sources`: {table, column, label};
+  // several may share a label. `keys` makes a list of keys of a value.
   function countBy(sources, keys) {
     const labels = [...new Set(sources.map((source) => source.label))];
     const groups = new Map();
     for (const {table, column, label} of sources) {
-      const keysOf = column.values.map((value) => keys(value));
+      const keysOf = column.values.map((value) => keys(value).map((key) => [key, key.toLowerCase()]));
       const at = labels.indexOf(label);
       for (const row of rowsOfSpan(table)) {
-        for (const key of keysOf[column.codes[row]]) {
-          let group = groups.get(key);
+        for (const [key, folded] of keysOf[column.codes[row]]) {
+          let group = groups.get(folded);
           if (!group) {
             group = {key, counts: new Array(labels.length).fill(0), first: Infinity, last: -Infinity,
               table, row};
-            groups.set(key, group);
+            groups.set(folded, group);
           }
           group.counts[at]++;
           group.first = Math.min(group.first, table.time[row]);
@@ -438,9 +445,9 @@
       const view = views.get(name);
       const column = view && columnOf(view.table, columnName);
       if (!column) continue;
-      const code = column.values.findIndex(fits);
-      if (code < 0) continue;
-      view.setFilter(column, code);
+      const codes = [...column.values.keys()].filter((code) => fits(column.values[code]));
+      if (codes.length === 0) continue;
+      view.setFilter(column, codes);
       first ??= view;
     }
     if (first) first.section.scrollIntoView();
@@ -454,7 +461,7 @@
     addView(new CountView(name, title, label, sources, keys, {
       timeLabel: 'First (UTC)', hint, sort: {column: 1, down: true},
       only: (value) => chooseEverywhere(parts.map(([table]) => table), columnName,
-        (known) => keys(known).includes(value)),
+        (known) => keys(known).some((key) => key.toLowerCase() === value.toLowerCase())),
       ...options,
     }));
   }
@@ -470,8 +477,8 @@
     [['matches', 'Matches']], (value) => value === '' ? [] : value.split(', '), '');
   addTable('matches');
   addCounts('by_account', 'Accounts', 'Account', 'account',
-    [['failed_logons', 'Failed logons'], ['logons', 'Logons'], ['rdp', 'Remote desktop']], oneKey,
-    '');
+    [['failed_logons', 'Failed logons'], ['logons', 'Logons'], ['rdp', 'Remote desktop']],
+    (value) => oneKey(value.slice(value.lastIndexOf('\\') + 1)), '');
   addCounts('by_address', 'Source addresses', 'Address', 'source_address',
     [['failed_logons', 'Failed logons'], ['logons', 'Logons'], ['rdp', 'Remote desktop']],
     (value) => value === '' ? [] : [plainAddress(value)], '');
