@@ -35,7 +35,8 @@ log_builder hostile_log() {
   odd.data = {{"a\"b.c$[0]", slot::utf16("x'||y")},
               {"Same", slot::utf16("1")},
               {"Same", slot::utf16("2")},
-              {"Control", slot::utf16("one\r\n\ttwo\x01")}};
+              {"Control", slot::utf16("one\r\n\ttwo\x01")},
+              {"Half", slot::raw(1, {std::byte{0x41}, std::byte{0}, std::byte{0}, std::byte{0xd8}})}};
   event plain;
   plain.form = payload_form::unnamed_event_data;
   plain.data = {{"", slot::utf16("first")},
@@ -68,11 +69,12 @@ constexpr const char* of_line = R"(SELECT json_extract(?1, '$.zanvik.log'),
   json_extract(?1, '$.Event.System.Correlation."#attributes".ActivityID'),
   json_extract(?1, '$.Event.System.Computer'),
   json_extract(?1, '$.Event.System.Security."#attributes".UserID'),
+  (SELECT group_concat(key, ' ') FROM json_each(?1, '$.zanvik') WHERE type = 'true'),
   (SELECT group_concat(value) FROM (SELECT quote(atom) AS value FROM json_tree(?1, '$.Event')
     WHERE atom IS NOT NULL AND fullkey NOT LIKE '$.Event.System%' AND key <> 'xmlns' ORDER BY 1)))";
 constexpr const char* of_row = R"(SELECT log, offset, record, time, channel, provider, event_id,
   version, level, task, opcode, iif(keywords IS NULL, NULL, printf('0x%x', keywords)), process_id, thread_id, activity_id,
-  computer, user_sid,
+  computer, user_sid, nullif(flag_names, ''),
   (SELECT group_concat(value) FROM (SELECT quote(atom) AS value FROM json_tree(events.data)
     WHERE atom IS NOT NULL ORDER BY 1))
 FROM events WHERE id = ?1)";
@@ -109,7 +111,8 @@ TEST(case_run, data_are_typed_and_found_by_their_names) {
   const std::string output = scratch.path("case.db");
   EXPECT_EQ(into_case(output, {scratch.write("a.evtx", bytes_of_log(hostile_log()))}).status, 0);
   EXPECT_EQ(answer(output, "SELECT data FROM event"),
-            R"({"a\"b.c$[0]":"x'||y","Same":"1","Same_1":"2","Control":"one\r\n\ttwo\u0001"}; )"
+            R"({"a\"b.c$[0]":"x'||y","Same":"1","Same_1":"2","Control":"one\r\n\ttwo\u0001",)"
+            "\"Half\":\"A\xef\xbf\xbd\"}; "
             R"({"Data":["first",""],"Binary":"0102FF"}; )"
             R"({"SubjectUserName":"anna","Count":7}; {}; )");
   EXPECT_EQ(answer(output,
