@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/stop_signal.h"
 #include "base/time_value.h"
 #include "evt/part_walk.h"
 #include "evtx/container/chunk.h"
@@ -85,7 +86,7 @@ class evtx_feed {
     std::byte first[8];
     const ssize_t got_first = read_fully(log_, first, 0);
     bool header = got_first != std::ssize(first) || has_header(first);
-    for (std::uint64_t at = 0; at < log_.size;) {
+    for (std::uint64_t at = 0; at < log_.size && stop_signal() == 0;) {
       const std::uint64_t piece = header ? layout::file_header_bytes : layout::chunk_bytes;
       const std::uint64_t most = header ? piece : layout::block_bytes;
       const std::uint64_t wanted = std::min(most, log_.size - at);

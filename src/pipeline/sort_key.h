@@ -1,4 +1,4 @@
-// The key of an item: three numbers, the first one counts first. The code that makes the key
+// The key of an item: four numbers, the first one counts first. The code that makes the key
 // decides what they are (a time, the number of a log, ...). Items with equal keys keep their order
 // of arrival.
 #pragma once
@@ -12,7 +12,7 @@
 namespace zanvik {
 
 struct sort_key {
-  std::array<std::uint64_t, 3> parts{};
+  std::array<std::uint64_t, 4> parts{};
 
   auto operator<=>(const sort_key&) const = default;
 };

@@ -26,17 +26,15 @@ compiled_rules::compiled_rules(const rule_set& set, bool plain_literals)
 }
 
 void compiled_rules::compile(rule_group& group) {
-  if (group.matcher) return;
   const auto start = std::chrono::steady_clock::now();
   std::vector<const rule*> rules;
   for (const std::size_t r : group.rules) rules.push_back(&set_.rules[r].content);
   group.matcher = std::make_unique<group_matcher>(rules, plain_literals_);
-  seconds_compiling_ +=
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  const std::chrono::nanoseconds spent = std::chrono::steady_clock::now() - start;
+  nanoseconds_compiling_ += spent.count();
 }
 
 std::size_t compiled_rules::compiled() const {
-  const std::lock_guard lock(mutex_);
   std::size_t count = 0;
   for (const auto& group : groups_) count += group->matcher ? group->rules.size() : 0;
   return count;
@@ -45,7 +43,6 @@ std::size_t compiled_rules::compiled() const {
 std::vector<kind_part> compiled_rules::parts_for(std::string_view channel,
                                                  std::string_view provider,
                                                  std::string_view event_id) {
-  const std::lock_guard lock(mutex_);
   const std::string folded_channel = folded(channel), folded_provider = folded(provider);
   const std::string folded_id = folded(event_id);
   const field_values channels{{channel, folded_channel, false}};
@@ -56,7 +53,7 @@ std::vector<kind_part> compiled_rules::parts_for(std::string_view channel,
   for (const auto& group : groups_) {
     for (const event_source& source : group->events) {
       if (!concerns(source, folded_channel, folded_provider, event_id_of(event_id))) continue;
-      compile(*group);
+      std::call_once(group->compiled, [&] { compile(*group); });
       const auto known = [&](std::string_view rule_field) -> const field_values* {
         const std::string_view name = source.field_name(rule_field);
         if (name == "EventID" && !event_id.empty()) return &ids;

@@ -3,6 +3,7 @@
 // Shared by all threads of a run. What an event matches depends only on the event and the rules.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -19,7 +20,8 @@ namespace zanvik::sigma {
 struct rule_group {
   std::vector<std::size_t> rules;  // numbers in the set
   std::vector<event_source> events;
-  std::unique_ptr<group_matcher> matcher;  // null until `compile`
+  std::once_flag compiled;
+  std::unique_ptr<group_matcher> matcher;  // null until then
 };
 
 // Rules that may match events of one kind, and how these events name their fields.
@@ -41,9 +43,9 @@ class compiled_rules {
                                    std::string_view event_id);
 
   const rule_set& rules() const { return set_; }
-  // Number of rules compiled so far.
+  // Number of rules compiled, and the seconds that took, of all threads; when they are done.
   std::size_t compiled() const;
-  double seconds_compiling() const { return seconds_compiling_; }
+  double seconds_compiling() const { return static_cast<double>(nanoseconds_compiling_) / 1e9; }
 
  private:
   void compile(rule_group& group);
@@ -51,8 +53,7 @@ class compiled_rules {
   const rule_set& set_;
   const bool plain_literals_;
   std::vector<std::unique_ptr<rule_group>> groups_;
-  double seconds_compiling_ = 0;
-  mutable std::mutex mutex_;
+  std::atomic<std::int64_t> nanoseconds_compiling_ = 0;
 };
 
 }  // namespace zanvik::sigma

@@ -98,31 +98,38 @@ bool correlator::has_room() const {
          text_bytes_ < limits::correlated_text_bytes;
 }
 
-void correlator::add(const event_view& event, std::size_t rule, std::uint64_t note) {
-  if (!has_room()) {
-    ++left_out_;
-    return;
-  }
-  ++held_;
-  if (logs_.empty() || logs_.back() != event.source().path) logs_.push_back(event.source().path);
-  events_[rule].push_back(
-      {event.time(), note, 1, event_, static_cast<std::uint32_t>(logs_.size() - 1),
-       static_cast<std::uint32_t>(rule), static_cast<std::uint32_t>(values_.size())});
-  if (identity_ != event_identity{}) identities_[rule].push_back(identity_);
-  const known_rule& known = set_.rules[rule];
+std::vector<std::optional<std::string>> correlator::values_of(const event_view& event,
+                                                             std::size_t rule) const {
+  std::vector<std::optional<std::string>> values;
   std::string scratch;
   for (const std::string& field : fields_[rule]) {
     // Any of the rule's sources may rename the field; the first that the event has is used.
     std::vector<std::uint32_t> found = fields_of_name(event.shape(), field);
-    for (const event_source& source : known.events) {
+    for (const event_source& source : set_.rules[rule].events) {
       if (!found.empty()) break;
       found = fields_of_name(event.shape(), source.field_name(field));
     }
     const bool absent = found.empty() || (event.shape().fields[found[0]].parts.size() == 1 &&
                                           event.value(found[0]).absent());
-    values_.push_back(absent ? 0
-                             : intern(event.text(static_cast<std::int32_t>(found[0]), scratch)));
+    auto& value = values.emplace_back();
+    if (!absent) value = event.text(static_cast<std::int32_t>(found[0]), scratch);
   }
+  return values;
+}
+
+void correlator::add(std::size_t rule, std::uint64_t time, const std::string& log,
+                     std::span<const std::optional<std::string>> values, std::uint64_t note) {
+  if (!has_room()) {
+    ++left_out_;
+    return;
+  }
+  ++held_;
+  if (logs_.empty() || logs_.back() != log) logs_.push_back(log);
+  events_[rule].push_back({time, note, 1, event_, static_cast<std::uint32_t>(logs_.size() - 1),
+                           static_cast<std::uint32_t>(rule),
+                           static_cast<std::uint32_t>(values_.size())});
+  if (identity_ != event_identity{}) identities_[rule].push_back(identity_);
+  for (const auto& value : values) values_.push_back(value ? intern(*value) : 0);
 }
 
 std::uint32_t correlator::value_of(const remembered_event& event, std::string_view field) const {
@@ -133,8 +140,8 @@ std::uint32_t correlator::value_of(const remembered_event& event, std::string_vi
              : values_[event.values + static_cast<std::size_t>(found - fields.begin())];
 }
 
-std::vector<std::uint32_t> correlator::values_of(const remembered_event& event,
-                                                 const std::vector<std::string>& fields) const {
+std::vector<std::uint32_t> correlator::kept_values(const remembered_event& event,
+                                                   const std::vector<std::string>& fields) const {
   std::vector<std::uint32_t> out;
   for (const std::string& field : fields) out.push_back(value_of(event, field));
   return out;
@@ -152,10 +159,10 @@ bool correlator::add_hits(std::size_t rule, tuple_numbers& groups, tuple_numbers
     const std::vector<std::string> group_by = resolved(c, content, c.group_by);
     const std::vector<std::string> fields = resolved(c, content, c.fields);
     const auto add = [&](const remembered_event& event) {
-      const std::uint32_t group = groups.of(values_of(event, group_by));
+      const std::uint32_t group = groups.of(kept_values(event, group_by));
       if (group == 0) return;
       hits.push_back({event.time, static_cast<std::uint32_t>(events.size()),
-                      static_cast<std::uint32_t>(slot), group, counted.of(values_of(event, fields)),
+                      static_cast<std::uint32_t>(slot), group, counted.of(kept_values(event, fields)),
                       false});
       events.push_back(event);
     };

@@ -12,6 +12,8 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -62,9 +64,16 @@ class correlator {
     ++event_;
     identity_ = identity;
   }
-  // A match of such a rule; `note` is returned with the correlation's match. Without room, it is
-  // counted and left out.
-  void add(const event_view& event, std::size_t rule, std::uint64_t note);
+  // What correlations need of an event that such a rule matches: its values for the fields that they
+  // ask for, in order. For any thread, beside `add`.
+  std::vector<std::optional<std::string>> values_of(const event_view& event, std::size_t rule) const;
+  // A match of such a rule with these values, in an event of this time and log; `note` is returned
+  // with the correlation's match. Without room, it is counted and left out.
+  void add(std::size_t rule, std::uint64_t time, const std::string& log,
+           std::span<const std::optional<std::string>> values, std::uint64_t note);
+  void add(const event_view& event, std::size_t rule, std::uint64_t note) {
+    add(rule, event.time(), event.source().path, values_of(event, rule), note);
+  }
 
   // All matches of the reported correlations, by rule and time.
   std::vector<correlation_match> finish();
@@ -79,8 +88,8 @@ class correlator {
   void need(std::size_t rule, const std::string& field, unsigned depth);
   std::uint32_t intern(std::string_view text);
   std::uint32_t value_of(const remembered_event& event, std::string_view field) const;
-  std::vector<std::uint32_t> values_of(const remembered_event& event,
-                                       const std::vector<std::string>& fields) const;
+  std::vector<std::uint32_t> kept_values(const remembered_event& event,
+                                         const std::vector<std::string>& fields) const;
   void drop_copies();
   bool add_hits(std::size_t rule, tuple_numbers& groups, tuple_numbers& counted,
                 std::vector<correlation_hit>& hits, std::vector<remembered_event>& events);

@@ -61,6 +61,13 @@ std::string key_of(const event_view& event) {
   return key;
 }
 
+// Names that a crafted log invents are eventually counted together.
+void add_channel(std::map<std::string, std::uint64_t>& counts, const std::string& channel,
+                 std::uint64_t count, std::size_t most) {
+  const bool fits = counts.size() < most || counts.contains(channel);
+  counts[fits ? channel : std::string("(others)")] += count;
+}
+
 }  // namespace
 
 hunter::hunter(compiled_rules& rules, match_callback on_match)
@@ -102,7 +109,7 @@ hunter::kind& hunter::find_kind(const event_view& event) {
 }
 
 void hunter::forget_kinds() {
-  add_unconcerned(unconcerned_);
+  take_unconcerned();
   plans_.clear();
   kinds_.clear();
 }
@@ -194,19 +201,20 @@ bool hunter::passes_where(const event_view& event, const event_source& source,
   });
 }
 
-void hunter::start_log() {
-  gave_up_in_log_.clear();
+void hunter::start_part() {
+  take_unconcerned();
+  counts_ = {};
+  part_began_ = events_;
   for (const auto& [group, state] : states_) state->skipped.assign(state->skipped.size(), false);
 }
 
-// A rule that would be slow on a log is skipped for the rest of it.
+// A rule that would be slow on a part is skipped for the rest of it.
 void hunter::count_given_up(const rule_group& group, group_state& state) {
   for (const std::uint32_t r : state.gave_up) {
     const std::size_t rule = group.rules[r];
-    ++gave_up_[rule];
-    if (++gave_up_in_log_[rule] != limits::given_up_in_log) continue;
+    if (++counts_.gave_up[rule] != limits::given_up_in_part) continue;
     state.skipped[r] = true;
-    ++left_out_[rule];
+    counts_.left_out[rule] = 1;
   }
 }
 
@@ -237,19 +245,35 @@ void hunter::on_event(const event_view& event) {
   on_match_(event, matches_);
 }
 
-void hunter::add_unconcerned(std::map<std::string, std::uint64_t>& counts) const {
+void hunter::take_unconcerned() {
   for (const auto& [key, known] : kinds_) {
-    if (!known->parts.empty()) continue;
-    // Names that a crafted log invents are eventually counted together.
-    const bool fits = counts.size() < limits::counted_channels || counts.contains(known->channel);
-    counts[fits ? known->channel : std::string("(others)")] += known->events;
+    if (known->events == 0) continue;
+    if (known->parts.empty()) {
+      add_channel(counts_.unconcerned, known->channel, known->events,
+                  limits::counted_channels_of_part);
+    }
+    known->events = 0;
   }
 }
 
-hunt_counts hunter::counts() const {
-  hunt_counts out{events_, unconcerned_, gave_up_, left_out_};
-  add_unconcerned(out.unconcerned);
-  return out;
+hunt_counts hunter::counts() {
+  take_unconcerned();
+  counts_.events = events_ - part_began_;
+  return counts_;
+}
+
+void hunt_counts::add(const hunt_counts& part, std::uint64_t log) {
+  events += part.events;
+  for (const auto& [channel, count] : part.unconcerned) {
+    add_channel(unconcerned, channel, count, limits::counted_channels);
+  }
+  for (const auto& [rule, count] : part.gave_up) gave_up[rule] += count;
+  for (const auto& [rule, ignored] : part.left_out) {
+    const auto [last, fresh] = last_log_.try_emplace(rule, log);
+    if (!fresh && last->second == log) continue;
+    last->second = log;
+    ++left_out[rule];
+  }
 }
 
 }  // namespace zanvik::sigma

@@ -25,7 +25,14 @@ struct hunt_counts {
   std::uint64_t events = 0;
   std::map<std::string, std::uint64_t> unconcerned;  // by channel: events that no rule concerned
   std::map<std::size_t, std::uint64_t> gave_up;      // by rule: events in which a limit was reached
-  std::map<std::size_t, std::uint64_t> left_out;     // by rule: logs whose rest went without it
+  std::map<std::size_t, std::uint64_t> left_out;     // by rule: logs of which a part lacks it
+
+  // Adds the counts of the next part of a log, which has a number. The order of parts decides which
+  // of very many channels are counted by name.
+  void add(const hunt_counts& part, std::uint64_t log);
+
+ private:
+  std::map<std::size_t, std::uint64_t> last_log_;  // by rule: the last one in `left_out`
 };
 
 class hunter : public event_sink {
@@ -37,12 +44,12 @@ class hunter : public event_sink {
   hunter(compiled_rules& rules, match_callback on_match);
   ~hunter() override;
 
-  // The following events are of another log.
-  void start_log();
+  // The following events are of another part of a log, or of another log. Its counts begin at 0.
+  void start_part();
   void on_event(const event_view& event) override;
 
-  // The counts so far.
-  hunt_counts counts() const;
+  // The counts of the part so far.
+  hunt_counts counts();
 
  private:
   struct kind_part_use;
@@ -67,7 +74,7 @@ class hunter : public event_sink {
   void count_given_up(const rule_group& group, group_state& state);
   bool passes_where(const event_view& event, const event_source& source,
                     const std::vector<std::vector<std::uint32_t>>& where);
-  void add_unconcerned(std::map<std::string, std::uint64_t>& counts) const;
+  void take_unconcerned();
 
   compiled_rules& rules_;
   match_callback on_match_;
@@ -80,9 +87,8 @@ class hunter : public event_sink {
   std::uint64_t events_ = 0;
   std::string key_;
   std::vector<std::uint32_t> part_matches_, matches_;
-  std::map<std::size_t, std::uint64_t> gave_up_, left_out_;
-  std::map<std::size_t, std::uint32_t> gave_up_in_log_;
-  std::map<std::string, std::uint64_t> unconcerned_;  // of kinds that were forgotten
+  std::uint64_t part_began_ = 0;  // `events_` at its start
+  hunt_counts counts_;            // of the part
 };
 
 }  // namespace zanvik::sigma

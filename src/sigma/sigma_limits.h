@@ -56,9 +56,10 @@ inline constexpr std::size_t regex_bytes = 16384;
 // few characters. Public rules need 4 KiB and 43 KiB.
 inline constexpr std::size_t rule_regex_bytes = 256 << 10;
 inline constexpr std::size_t all_regex_bytes = 8 << 20;
-// Values of one log on which the expressions of a rule may reach their limit before the rule is
-// skipped for the rest of this log.
-inline constexpr std::uint32_t given_up_in_log = 64;
+// Events of one part of a log (a block of chunks, source/log_parts.h) in which the expressions of a
+// rule may reach their limit before the rule is skipped for the rest of this part. What was seen in
+// other parts does not count, since those may be read later or on other threads.
+inline constexpr std::uint32_t given_up_in_part = 16;
 
 // `?` and dashes of one value, and `*`: each may have to be tried at every character of a text.
 // Public rules have 6.
@@ -78,6 +79,8 @@ inline constexpr std::size_t kinds = 16384;
 inline constexpr std::size_t kinds_of_shape = 256;
 // Channels that are counted by name, and the maximum length of their names.
 inline constexpr std::size_t counted_channels = 4096;
+// The same within one part of a log; a block of chunks cannot have as many.
+inline constexpr std::size_t counted_channels_of_part = 65536;
 inline constexpr std::size_t counted_channel_bytes = 256;
 
 // Matches that correlations hold until the end, and the bytes of their values: 100 MiB at most.

@@ -43,7 +43,7 @@ void read_stream(const found_log& log, std::uint64_t offset, std::size_t block_b
                  const block_room& room, const owned_block_use& use) {
   // The head has been read; it is longer than what stands before the first block.
   std::size_t held = log.head.size() > offset ? log.head.size() - offset : 0;
-  for (bool more = true; more; held = 0) {
+  for (bool more = true; more && stop_signal() == 0; held = 0) {
     std::vector<std::byte> block = room();
     block.resize(block_bytes);
     if (held != 0) {
@@ -104,7 +104,7 @@ void read_blocks_into(const found_log& log, std::uint64_t offset, std::size_t bl
   if (log.is_stream) return read_stream(log, offset, block_bytes, room, use);
   for (;;) {
     offset = next_block(log, offset, block_bytes);
-    if (offset >= log.size) return;
+    if (offset >= log.size || stop_signal() != 0) return;
     const std::size_t wanted = std::min<std::uint64_t>(block_bytes, log.size - offset);
     std::vector<std::byte> block = room();
     block.resize(std::max(block.size(), wanted));
@@ -144,6 +144,7 @@ bool read_stream_into(const found_log& log, const room_use& room, const count_us
   for (;;) {
     const std::span<std::byte> buffer = room(offset);
     const ssize_t got = read_fully(log.descriptor, buffer);
+    if (stop_signal() != 0) return true;
     if (got < 0) return false;
     use(static_cast<std::size_t>(got));
     if (got < std::ssize(buffer)) return true;
@@ -157,7 +158,7 @@ bool read_part_into(const found_log& log, std::uint64_t offset, std::uint64_t en
   while (offset < end) {
     const std::uint64_t data = next_data(log, offset);
     if (data >= offset + least_hole_bytes) offset = data;
-    if (offset >= end) break;
+    if (offset >= end || stop_signal() != 0) break;
     std::span<std::byte> buffer = room(offset);
     buffer = buffer.first(std::min<std::uint64_t>(buffer.size(), end - offset));
     const ssize_t got = read_fully(log, buffer, offset);

@@ -1,4 +1,5 @@
-// Blocks of an open file or stream, one behind the other.
+// Blocks of an open file or stream, one behind the other. A stop signal ends them as the end of the
+// input does.
 #pragma once
 
 #include <sys/types.h>

@@ -111,6 +111,7 @@ class export_run {
   }
   // Whether the output is whole: all that could be read is in it.
   bool written() const { return complete_ && !out_.failed(); }
+  int stopped_by() const { return stopped_by_; }
 
  private:
   void problem(const std::string& path, const std::string& what) {
@@ -124,6 +125,7 @@ class export_run {
         [this](const std::string& path, const std::string& what) { problem(path, what); });
     work_.one_thread = jobs.threads() == 1;
     jobs.read(options_.logs.paths);
+    stopped_by_ = jobs.stopped_by();
   }
   std::unique_ptr<log_worker> make_worker() {
     if (timeline_) return std::make_unique<timeline_worker>(*timeline_);
@@ -147,6 +149,7 @@ class export_run {
   log_jobs::settings settings_;
   bool complete_ = true;
   int status_ = verb_done;
+  int stopped_by_ = 0;
 };
 
 int run(const export_options& options) {
@@ -170,11 +173,7 @@ int run(const export_options& options) {
   }
   export_run work(options, target.descriptor(), seen.bytes);
   const int status = work.run();
-  if (work.written() && !target.keep(problem)) {
-    report_problem(options.output, problem);
-    return verb_problems;
-  }
-  return status;
+  return finish_run(target, work.written(), work.stopped_by(), status);
 }
 
 std::string forms_text() {

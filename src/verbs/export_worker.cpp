@@ -1,5 +1,6 @@
 #include "verbs/export_worker.h"
 
+#include "base/stop_signal.h"
 #include "verbs/ordered_events.h"
 
 namespace zanvik {
@@ -45,6 +46,8 @@ class event_worker : public log_worker, public event_sink {
     form_->start_log(part.log->source);
     return reader_.read(part);
   }
+  // A block that was begun is read to its end.
+  static bool is_cut_short(const log_part& part) { return !part.is_block && stop_signal() != 0; }
   bool takes(const event_view& event) { return !filtering_ || filter_.takes(event); }
 
   export_work& work_;
@@ -66,6 +69,7 @@ class text_worker : public event_worker, private piece_sink {
     auto result = std::make_unique<text_result>(work_);
     result_ = result.get();
     result->lost = read_events(part, turn);
+    result->cut_short = is_cut_short(part);
     (void)own_.flush();
     return result;
   }
@@ -95,6 +99,7 @@ class sorted_worker : public event_worker {
     result_ = result.get();
     log_ = part.number;
     result->lost = read_events(part, turn);
+    result->cut_short = is_cut_short(part);
     return result;
   }
   void on_event(const event_view& event) override {

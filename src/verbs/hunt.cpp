@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,9 +14,8 @@
 #include "sigma/correlation.h"
 #include "sigma/rule_matches.h"
 #include "sigma/sigma.h"
-#include "source/log_events.h"
 #include "verbs/hunt_options.h"
-#include "verbs/hunt_output.h"
+#include "verbs/hunt_worker.h"
 #include "verbs/log_survey.h"
 #include "verbs/output_target.h"
 #include "verbs/progress_line.h"
@@ -29,18 +29,12 @@ double seconds_since(clock::time_point start) {
   return std::chrono::duration<double>(clock::now() - start).count();
 }
 
-class hunt_run : public event_sink {
+class hunt_run {
  public:
   hunt_run(const hunt_options& options, int descriptor, std::uint64_t total_bytes)
       : options_(options),
-        filter_(options.logs.conditions),
-        filtering_(options.logs.conditions.any()),
         out_(descriptor),
         total_bytes_(total_bytes) {}
-
-  void on_event(const event_view& event) override {
-    if (!filtering_ || filter_.takes(event)) hunter_->on_event(event);
-  }
 
   int run() {
     const auto start = clock::now();
@@ -63,13 +57,13 @@ class hunt_run : public event_sink {
       const match_output_options form{options_.format, options_.form,
                                       options_.order.by_time(usually_by_time(options_.format)),
                                       options_.order.sorting};
-      lines_ = std::make_unique<match_output>(form, set_, out_);
+      form_ = std::make_unique<match_form>(form, set_);
+      lines_ = std::make_unique<match_output>(*form_, out_);
       lines_->begin();
     }
     hunt();
     report_correlations();
-    const sigma::hunt_counts counts = hunter_->counts();
-    tell_given_up(counts);
+    tell_given_up();
     if (lines_) {
       lines_->end();
       if (!lines_->error().empty()) problem("sorting", lines_->error());
@@ -77,10 +71,11 @@ class hunt_run : public event_sink {
     std::string text;
     if (options_.format.empty()) matches_->append_table(text);
     out_.append(text);
-    if (options_.stats) write_stats(counts);
+    if (options_.stats) write_stats();
     return finish(matches_->total() != 0);
   }
   bool written() const { return !out_.failed(); }
+  int stopped_by() const { return stopped_by_; }
 
  private:
   void problem(const std::string& path, const std::string& what) {
@@ -126,50 +121,21 @@ class hunt_run : public event_sink {
   }
 
   void hunt() {
-    compiled_ = std::make_unique<sigma::compiled_rules>(set_);
-    hunter_ = std::make_unique<sigma::hunter>(
-        *compiled_, [this](const event_view& event, std::span<const std::uint32_t> found) {
-          kept_ = identified_ = false;
-          for (const std::uint32_t rule : found) take_match(event, rule);
-        });
-    log_event_reader reader(*this, options_.logs.slack);
-    if (options_.logs.conditions.event_ids) {
-      reader.take_event_ids(&*options_.logs.conditions.event_ids);
-    }
+    sigma::compiled_rules& rules = compiled_.emplace(set_);
+    hunt_work work{options_.logs, set_,         rules,  form_.get(),
+                   *matches_,     *correlator_, counts_, lines_.get()};
     const auto start = clock::now();
-    progress_line progress(!options_.logs.quiet && progress_line::has_terminal(), total_bytes_);
-    std::uint64_t done = 0;
-    reader.on_progress = [&](std::uint64_t read) { progress.update(done + read); };
-    log_finder finder(
-        [&](found_log& log) {
-          if (lines_) lines_->start_log(log.source);
-          hunter_->start_log();
-          if (!reader.read(log)) problem(log.source.path, reader.problem());
-          done += log.size;
-        },
+    log_jobs::settings settings;
+    settings.threads = options_.threads;
+    settings.shows_progress = !options_.logs.quiet && progress_line::has_terminal();
+    settings.total_bytes = total_bytes_;
+    settings.carve = options_.logs.carve.what();
+    log_jobs jobs(
+        settings, [&work] { return make_hunt_worker(work); },
         [this](const std::string& path, const std::string& what) { problem(path, what); });
-    finder.carve(options_.logs.carve.what());
-    for (const std::string& path : options_.logs.paths) finder.find(path);
-    seconds_hunting_ = seconds_since(start) - compiled_->seconds_compiling();
-  }
-
-  void take_match(const event_view& event, std::uint32_t rule) {
-    if (set_.rules[rule].reported) {
-      matches_->add(rule, event.time(), event.source().path);
-      if (lines_) lines_->write(event, rule);
-    }
-    if (correlator_->wants(rule)) {
-      if (!identified_) {
-        correlator_->begin_event(lines_ ? lines_->identity_of(event) : event_identity::value{});
-      }
-      identified_ = true;
-      // One line serves all rules that match the event.
-      if (lines_ && !kept_ && correlator_->has_room()) {
-        note_ = lines_->keep(event);
-        kept_ = true;
-      }
-      correlator_->add(event, rule, note_);
-    }
+    jobs.read(options_.logs.paths);
+    stopped_by_ = jobs.stopped_by();
+    seconds_hunting_ = std::max(0.0, seconds_since(start) - rules.seconds_compiling());
   }
 
   void report_correlations() {
@@ -191,22 +157,22 @@ class hunt_run : public event_sink {
 
   // Values on which a regular expression went on for too long do not match it; nobody should
   // believe they were looked at.
-  void tell_given_up(const sigma::hunt_counts& counts) const {
-    for (const auto& [rule, events] : counts.gave_up) {
+  void tell_given_up() const {
+    for (const auto& [rule, events] : counts_.gave_up) {
       std::string what =
           "a regular expression reached its limit in " + std::to_string(events) + " events";
-      const auto logs = counts.left_out.find(rule);
-      if (logs != counts.left_out.end()) {
-        what += "; the rule was left out of the rest of " + std::to_string(logs->second) + " logs";
+      const auto logs = counts_.left_out.find(rule);
+      if (logs != counts_.left_out.end()) {
+        what += "; the rule was left out of parts of " + std::to_string(logs->second) + " logs";
       }
       report_problem(set_.rules[rule].content.file, what);
     }
   }
 
   // To standard error, so that it never mixes with matches.
-  void write_stats(const sigma::hunt_counts& counts) const {
+  void write_stats() const {
     std::string text;
-    sigma::append_hunt_stats(set_, compiled_->compiled(), *matches_, counts, text);
+    sigma::append_hunt_stats(set_, compiled_->compiled(), *matches_, counts_, text);
     std::fprintf(stderr, "seconds  rules read %.3f, compiled %.3f, events hunted %.3f\n%s",
                  seconds_reading_, compiled_->seconds_compiling(), seconds_hunting_, text.c_str());
   }
@@ -221,21 +187,18 @@ class hunt_run : public event_sink {
   }
 
   const hunt_options& options_;
-  event_filter filter_;
-  const bool filtering_;
   output_buffer out_;
   const std::uint64_t total_bytes_;
   sigma::rule_set set_;
   double seconds_reading_ = 0, seconds_hunting_ = 0;
   std::unique_ptr<sigma::rule_matches> matches_;
   std::unique_ptr<sigma::correlator> correlator_;
-  std::unique_ptr<sigma::compiled_rules> compiled_;
-  std::unique_ptr<sigma::hunter> hunter_;
+  std::optional<sigma::compiled_rules> compiled_;
+  sigma::hunt_counts counts_;
+  std::unique_ptr<match_form> form_;
   std::unique_ptr<match_output> lines_;
-  bool identified_ = false;  // the event in hand, to the correlator
-  bool kept_ = false;        // the line of the event in hand, under
-  std::uint64_t note_ = 0;   // this number
   int status_ = verb_done;
+  int stopped_by_ = 0;
 };
 
 int run(const hunt_options& options) {
@@ -256,11 +219,8 @@ int run(const hunt_options& options) {
   }
   hunt_run work(options, target.descriptor(), seen.bytes);
   const int status = work.run();
-  if (status != verb_bad_command && work.written() && !target.keep(problem)) {
-    report_problem(options.output, problem);
-    return verb_problems;
-  }
-  return status;
+  const bool written = status != verb_bad_command && work.written();
+  return finish_run(target, written, work.stopped_by(), status);
 }
 
 }  // namespace

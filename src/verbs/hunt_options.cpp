@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "verbs/hunt_output.h"
+#include "verbs/log_jobs.h"
 #include "verbs/verbs.h"
 
 namespace zanvik {
@@ -60,6 +61,7 @@ int read_hunt_options(int argc, char** argv, hunt_options& options, bool& done) 
   add_rule_options(app, options);
   add_result_options(app, options);
   add_log_options(app, options.logs);
+  add_threads_option(app, options.threads);
   app.get_option("--placeholder")->check(check_placeholder);
   options.logs.needed = false;
   app.final_callback([&] {

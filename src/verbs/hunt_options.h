@@ -18,6 +18,7 @@ struct hunt_options {
   order_options order;
   sigma::rule_choice choice;
   form_options form;
+  unsigned threads = 0;
   bool list = false, stats = false, details = false;
 };
 

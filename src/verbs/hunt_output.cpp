@@ -85,124 +85,41 @@ bool usually_by_time(std::string_view format) {
   return known != nullptr && known->by_time;
 }
 
-match_output::match_output(const match_output_options& options, const sigma::rule_set& set,
-                           output_buffer& out)
+match_form::match_form(const match_output_options& options, const sigma::rule_set& set)
     : set_(set),
-      out_(out),
       options_(options),
+      known_(find_form(options.format)),
       is_table_(options.format == "csv"),
       is_tree_(options.format == "jsonl") {
-  if (const form_name* known = find_form(options.format)) form_ = known->make(options.form);
-  if (options.by_time) {
-    by_time_ = std::make_unique<line_sorter>(options.sorting, options.form.copies);
-  }
   for (const sigma::known_rule& known : set_.rules) {
     const sigma::rule& r = known.content;
     const bool runs = known.state == sigma::rule_state::runs;
     correlates_ = correlates_ || (runs && r.what == sigma::rule::kind::correlation);
-    tails_.push_back(!form_      ? ""
+    tails_.push_back(is_text()   ? ""
                      : is_table_ ? table_cells(r, options.form.raw_cells)
                      : is_tree_  ? ",\"rule\":{" + json_members(r, "") + "}"
                                  : "," + json_members(r, "sigma_rule_"));
   }
-}
-
-void match_output::begin() {
-  if (!form_) return;
-  form_->begin(rendered_);
-  (void)rendered_.flush();
-  if (is_table_) add_tail(table_header);
-  if (is_table_ && correlates_) add_tail(correlation_header);
-  out_.append(line_);
-}
-
-void match_output::start_log(const log_source& log) {
-  ++log_;
-  if (form_) form_->start_log(log);
-}
-
-void match_output::render(const event_view& event) {
-  line_.clear();
-  form_->write(rendered_, event);
-  (void)rendered_.flush();
-}
-
-void match_output::add_tail(std::string_view tail) {
-  put_before(line_, is_table_ ? "\n" : "}\n", tail);
-}
-
-// What waits until its copies are counted: this, the event, and what stands behind it.
-struct match_output::waiting_head {
-  std::uint64_t tail_bytes;
-  std::uint64_t copies;
-};
-
-event_identity::value match_output::identity_of(const event_view& event) {
-  return options_.form.copies ? identity_.of(event) : event_identity::value{};
-}
-
-// Writes the event in hand with `tail` behind it, or has it wait. `copies` is how many there are of
-// an event whose own copies have been counted.
-void match_output::put(const sort_key& place, const sort_key& identity, std::string_view tail,
-                       std::uint64_t copies) {
-  if (!options_.form.copies) {
-    if (form_) add_tail(tail);
-    if (by_time_) {
-      by_time_->add(place, {}, line_);
-    } else {
-      out_.append(line_);
-    }
-    return;
+  match_tails_ = tails_;
+  for (std::string& tail : match_tails_) {
+    if (is_table_ && correlates_) tail += no_correlation;
   }
-  const waiting_head head{tail.size(), copies};
-  packed_.assign(reinterpret_cast<const char*>(&head), sizeof(head));
-  packed_.append(line_).append(tail);
-  by_time_->add(place, identity, packed_);
 }
 
-// Makes a line of what waited.
-void match_output::add_copies(std::string& packed, std::uint64_t copies) {
-  waiting_head head;
-  std::memcpy(&head, packed.data(), sizeof(head));
-  const std::size_t event_bytes = packed.size() - sizeof(head) - head.tail_bytes;
-  line_.assign(packed, sizeof(head), event_bytes);
-  form_->add_copies(line_, copies * head.copies);
-  add_tail(std::string_view(packed).substr(sizeof(head) + event_bytes));
-  packed = line_;
+std::unique_ptr<event_form> match_form::make() const {
+  return known_ ? known_->make(options_.form) : nullptr;
 }
 
-sort_key match_output::place_of(std::uint64_t filetime, std::uint64_t log) const {
-  return {{form_ ? form_->shown_time(filetime) : filetime, log, filetime}};
+std::string match_form::header() const {
+  if (!is_table_) return "";
+  return std::string(table_header) + std::string(correlates_ ? correlation_header : "");
 }
 
-void match_output::write(const event_view& event, std::uint32_t rule) {
-  if (form_) {
-    render(event);
-  } else {
-    line_.clear();
-    sigma::append_details(event, set_.rules[rule].content, line_);
-  }
-  const event_identity::value id = identity_of(event);
-  put(place_of(event.time(), log_), {{id[0], id[1], rule}},
-      is_table_ && correlates_ ? tails_[rule] + std::string(no_correlation) : tails_[rule], 1);
+void match_form::add_tail(std::string& event, std::string_view tail) const {
+  put_before(event, is_table_ ? "\n" : "}\n", tail);
 }
 
-std::uint64_t match_output::keep(const event_view& event) {
-  if (form_) {
-    render(event);
-  } else {
-    line_.clear();
-    sigma::append_event_details(event, line_);
-  }
-  if (error_.empty() && !kept_file_.is_open() && !kept_file_.create(options_.sorting.folder)) {
-    error_ = kept_file_.error();
-  }
-  kept_.push_back({kept_file_.size(), line_.size(), log_});
-  if (error_.empty() && !kept_file_.append(line_)) error_ = kept_file_.error();
-  return kept_.size() - 1;
-}
-
-std::string match_output::correlation_cells(const sigma::correlation_match& match) const {
+std::string match_form::correlation_cells(const sigma::correlation_match& match) const {
   std::string out;
   for (const std::string& text : {sigma::time_text(match.first), sigma::time_text(match.last),
                                   std::to_string(match.events), group_text(match)}) {
@@ -211,7 +128,7 @@ std::string match_output::correlation_cells(const sigma::correlation_match& matc
   return out;
 }
 
-std::string match_output::correlation_tail(const sigma::correlation_match& match) const {
+std::string match_form::correlation_tail(const sigma::correlation_match& match) const {
   if (is_table_) return tails_[match.rule] + correlation_cells(match);
   std::string group;
   for (const auto& [field, value] : match.group) {
@@ -229,21 +146,132 @@ std::string match_output::correlation_tail(const sigma::correlation_match& match
   return is_tree_ ? out + "}" : out;
 }
 
+namespace {
+
+// What waits until its copies are counted: this, the event, and what stands behind it.
+struct waiting_head {
+  std::uint64_t tail_bytes;
+  std::uint64_t copies;  // of an event whose own copies have been counted
+};
+
+void pack(std::string& out, std::string_view event, std::string_view tail, std::uint64_t copies) {
+  const waiting_head head{tail.size(), copies};
+  out.assign(reinterpret_cast<const char*>(&head), sizeof(head));
+  out.append(event).append(tail);
+}
+
+sort_key place_of(const event_form* form, std::uint64_t filetime, std::uint64_t log) {
+  return {{form ? form->shown_time(filetime) : filetime, log, filetime}};
+}
+
+}  // namespace
+
+void match_lines::start_log(const log_source& log, std::uint64_t number) {
+  log_ = number;
+  if (events_) events_->start_log(log);
+}
+
+void match_lines::render(const event_view& event) {
+  line_.clear();
+  events_->write(rendered_, event);
+  (void)rendered_.flush();
+}
+
+event_identity::value match_lines::identity_of(const event_view& event) {
+  return form_.options().form.copies ? identity_.of(event) : event_identity::value{};
+}
+
+match_lines::line match_lines::of(const event_view& event, std::uint32_t rule) {
+  const sort_key place = place_of(events_.get(), event.time(), log_);
+  if (!events_) {
+    line_.clear();
+    sigma::append_details(event, form_.rule_at(rule), line_);
+    return {place, {}, line_};
+  }
+  render(event);
+  if (!form_.options().form.copies) {
+    form_.add_tail(line_, form_.match_tail(rule));
+    return {place, {}, line_};
+  }
+  const event_identity::value id = identity_of(event);
+  pack(packed_, line_, form_.match_tail(rule), 1);
+  return {place, {{id[0], id[1], rule}}, packed_};
+}
+
+std::string_view match_lines::event_text(const event_view& event) {
+  if (events_) {
+    render(event);
+  } else {
+    line_.clear();
+    sigma::append_event_details(event, line_);
+  }
+  return line_;
+}
+
+match_output::match_output(const match_form& form, output_buffer& out)
+    : form_(form), out_(out), events_(form.make()) {
+  const match_output_options& options = form.options();
+  if (options.by_time) {
+    by_time_ = std::make_unique<line_sorter>(options.sorting, options.form.copies);
+  }
+}
+
+void match_output::begin() {
+  if (!events_) return;
+  output_buffer rendered(line_);
+  events_->begin(rendered);
+  (void)rendered.flush();
+  if (const std::string header = form_.header(); !header.empty()) form_.add_tail(line_, header);
+  out_.append(line_);
+}
+
+void match_output::write(const sort_key& place, const sort_key& identity, std::string_view line) {
+  if (by_time_) {
+    by_time_->add(place, identity, line);
+  } else {
+    out_.append(line);
+  }
+}
+
+// Makes a line of what waited.
+void match_output::add_copies(std::string& packed, std::uint64_t copies) {
+  waiting_head head;
+  std::memcpy(&head, packed.data(), sizeof(head));
+  const std::size_t event_bytes = packed.size() - sizeof(head) - head.tail_bytes;
+  line_.assign(packed, sizeof(head), event_bytes);
+  events_->add_copies(line_, copies * head.copies);
+  form_.add_tail(line_, std::string_view(packed).substr(sizeof(head) + event_bytes));
+  packed = line_;
+}
+
+std::uint64_t match_output::keep(std::string_view event, std::uint64_t log) {
+  if (error_.empty() && !kept_file_.is_open() &&
+      !kept_file_.create(form_.options().sorting.folder)) {
+    error_ = kept_file_.error();
+  }
+  kept_.push_back({kept_file_.size(), event.size(), log});
+  if (error_.empty() && !kept_file_.append(event)) error_ = kept_file_.error();
+  return kept_.size() - 1;
+}
+
 void match_output::write_correlation(const sigma::correlation_match& match) {
   const kept_line& kept = kept_[match.event.note];
   std::string event(kept.bytes, '\0');
   if (error_.empty() && !kept_file_.read(kept.offset, event)) error_ = kept_file_.error();
   if (!error_.empty()) return;
-  if (form_) {
-    line_ = std::move(event);
-  } else {
+  const sort_key place = place_of(events_.get(), match.event.time, kept.log);
+  if (!events_) {
     line_.clear();
-    sigma::append_details(match, set_.rules[match.rule].content, event, line_);
+    sigma::append_details(match, form_.rule_at(match.rule), event, line_);
+    return write(place, {}, line_);
   }
+  if (!form_.options().form.copies) {
+    form_.add_tail(event, form_.correlation_tail(match));
+    return write(place, {}, event);
+  }
+  pack(packed_, event, form_.correlation_tail(match), match.event.copies);
   // No rule has such a number: matches of correlations are no copies of one another.
-  const sort_key identity{{++correlation_matches_, 0, ~std::uint64_t{0}}};
-  put(place_of(match.event.time, kept.log), identity, form_ ? correlation_tail(match) : "",
-      match.event.copies);
+  write(place, {{++correlation_matches_, 0, ~std::uint64_t{0}}}, packed_);
 }
 
 void match_output::end() {
@@ -257,7 +285,7 @@ void match_output::end() {
     });
     if (!done && !out_.failed()) error_ = by_time_->error();
   }
-  if (form_) form_->end(out_);
+  if (events_) events_->end(out_);
 }
 
 }  // namespace zanvik

@@ -18,8 +18,11 @@ void line_sorter::add(const sort_key& place, const sort_key& identity, std::stri
     if (!by_time_->add(place, line)) fail(*by_time_);
     return;
   }
-  // The other key comes before the line.
-  packed_.assign(reinterpret_cast<const char*>(&place), sizeof(place));
+  // The other key comes before the line. Lines with one place leave as they came: their identities
+  // have another order in each run.
+  sort_key numbered = place;
+  numbered.parts.back() = ++lines_;
+  packed_.assign(reinterpret_cast<const char*>(&numbered), sizeof(numbered));
   packed_ += line;
   if (!by_identity_->add(identity, packed_)) fail(*by_identity_);
 }

@@ -24,7 +24,8 @@ class line_sorter {
   line_sorter(sort_settings settings, bool unique);
 
   bool unique() const { return by_identity_ != nullptr; }
-  // Adds a line; `identity` counts only if `unique`. Errors are kept.
+  // Adds a line; `identity` counts only if `unique`, and then the last part of `place` is not used.
+  // Errors are kept.
   void add(const sort_key& place, const sort_key& identity, std::string_view line);
   // Hands on the lines in order. False if they could not be sorted, or `use` wanted no more.
   bool finish(const copies_note& note, const line_use& use);
@@ -37,6 +38,7 @@ class line_sorter {
 
   std::unique_ptr<external_sorter> by_time_, by_identity_;
   std::string packed_;
+  std::uint64_t lines_ = 0;  // added
   std::string error_;
 };
 

@@ -29,7 +29,9 @@ class log_jobs::message : public ordered_job {
   message(const log_jobs& owner, std::string path, std::string what)
       : owner_(owner), path_(std::move(path)), what_(std::move(what)) {}
   void work(std::size_t) override {}
-  void commit() override { owner_.on_problem_(path_, what_); }
+  void commit() override {
+    if (!owner_.cut_short_) owner_.on_problem_(path_, what_);
+  }
 
  private:
   const log_jobs& owner_;
@@ -50,16 +52,21 @@ class log_jobs::job : public ordered_job, public part_turn {
     waiting_bytes_ = result_->waiting_bytes();
   }
   void commit() override {
+    if (owner_.cut_short_) return;
     result_->pass_on();
+    owner_.cut_short_ = result_->cut_short;
+    if (result_->cut_short) return;
     owner_.end_part(part_, size_, path_, result_->lost);
   }
   std::uint64_t waiting_bytes() const override { return waiting_bytes_; }
 
   bool has_come(std::uint64_t bytes) override {
+    if (owner_.cut_short_) return false;
     if (mine_ || bytes < ask_at_) return mine_;
     ask_at_ = bytes + asking_bytes;
     if (bytes >= limits::part_result_bytes) wait_turn();
-    return mine_ = has_turn();
+    mine_ = has_turn();
+    return mine_ && !owner_.cut_short_;
   }
   void show_progress(std::uint64_t bytes) override {
     mine_ = mine_ || has_turn();
@@ -94,8 +101,11 @@ void log_jobs::read(const std::vector<std::string>& paths) {
                       work_.add(std::make_unique<message>(*this, path, what));
                     });
   finder.carve(settings_.carve);
+  catch_stop_signals();
   for (const std::string& path : paths) finder.find(path);
+  const int signal = stop_signal();
   work_.finish();
+  if (signal != 0 || cut_short_) stopped_by_ = stop_signal();
 }
 
 void log_jobs::add(found_log& found) {

@@ -5,9 +5,12 @@
 // that order too, and what a log lost is reported in one line after its last part. With one thread
 // no thread is made: a part is read and passed on before the next one.
 //
+// SIGINT and SIGTERM stop the reading; what was read until then is passed on.
+//
 // Results that wait are bounded: a worker asks `part_turn` as its result grows.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -36,6 +39,7 @@ class part_result {
   virtual std::uint64_t waiting_bytes() const = 0;
 
   log_losses lost;
+  bool cut_short = false;  // by a stop signal: nothing behind this is passed on
 };
 
 // Whose turn it is.
@@ -73,8 +77,10 @@ class log_jobs {
   ~log_jobs();
 
   std::size_t threads() const { return work_.threads(); }
-  // Returns when all results are passed on; after a stop signal, those up to some part.
+  // Returns when all results are passed on; after SIGINT or SIGTERM, those up to some part.
   void read(const std::vector<std::string>& paths);
+  // The signal that ended the reading; 0 if it came to its end.
+  int stopped_by() const { return stopped_by_; }
 
  private:
   class job;
@@ -94,6 +100,8 @@ class log_jobs {
   progress_line progress_;
   std::uint64_t bytes_done_ = 0;  // of logs that are done
   log_losses lost_;               // of the log in hand
+  std::atomic<bool> cut_short_ = false;
+  int stopped_by_ = 0;
   ordered_work work_;             // ends first
 };
 

@@ -5,10 +5,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+
+#include "verbs/log_options.h"
+#include "verbs/verbs.h"
 
 namespace zanvik {
 namespace {
@@ -56,8 +60,9 @@ void output_target::open_beside() {
   if (descriptor_ < 0) temporary_.clear();
 }
 
-bool output_target::keep(std::string& problem) {
+bool output_target::keep(std::string& problem, bool whole) {
   if (temporary_.empty()) return true;
+  if (!whole) path_ += ".incomplete";
   bool kept = true;
   if (unnamed_) {
     const std::string file = own_files + std::string("/") + std::to_string(descriptor_);
@@ -71,6 +76,19 @@ bool output_target::keep(std::string& problem) {
   }
   temporary_.clear();
   return true;
+}
+
+int finish_run(output_target& target, bool written, int stopped_by, int status) {
+  std::string problem;
+  if (written && !target.keep(problem, stopped_by == 0)) {
+    report_problem(target.name(), problem);
+    status = verb_problems;
+  }
+  if (stopped_by == 0) return status;
+  const char* const name = stopped_by == SIGINT ? "SIGINT" : "SIGTERM";
+  const std::string where = target.name().empty() ? "the output" : target.name();
+  report_problem(where, std::string("stopped by ") + name + "; the results end here");
+  return verb_stopped + stopped_by;
 }
 
 bool is_same_file(const std::string& path, const log_source& log) {

@@ -42,12 +42,14 @@ class sigma_rules : public report_rules {
   }
 
   void start_log() override {
+    counts_.add(hunter_.counts(), logs_);
     ++logs_;
-    hunter_.start_log();
+    hunter_.start_part();
   }
   void on_event(const event_view& event) override { hunter_.on_event(event); }
 
   std::string finish() override {
+    counts_.add(hunter_.counts(), logs_);
     for (const sigma::correlation_match& match : correlator_.finish()) {
       std::string details = std::to_string(match.events) + " events";
       for (const auto& [field, value] : match.group) details += "; " + field + ": " + value;
@@ -78,7 +80,7 @@ class sigma_rules : public report_rules {
     };
     add(correlator_.left_out(), " matches were too many for correlations and are left out");
     add(correlator_.not_worked_out().size(), " correlations have too many matches to look at");
-    add(hunter_.counts().gave_up.size(), " rules reached the limit of a regular expression");
+    add(counts_.gave_up.size(), " rules reached the limit of a regular expression");
     return out;
   }
 
@@ -87,6 +89,7 @@ class sigma_rules : public report_rules {
   sigma::correlator correlator_;
   sigma::compiled_rules compiled_;
   sigma::hunter hunter_;
+  sigma::hunt_counts counts_;
   std::vector<std::string> techniques_;
   std::uint64_t logs_ = 0;
 };

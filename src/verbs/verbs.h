@@ -17,6 +17,7 @@ enum verb_status {
   verb_bad_command = 2,  // wrong options; nothing was done
   verb_matches = 3,      // of hunt: rules matched
   verb_findings = 4,     // all was read, and there are findings
+  verb_stopped = 128,    // and the number of the signal that stopped the run
 };
 
 struct verb {

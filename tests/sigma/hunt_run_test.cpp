@@ -444,29 +444,36 @@ TEST_F(hunt_runs, copies_of_an_event_are_one_match) {
   EXPECT_EQ(run_zanvik({"hunt", "--rules", file, "--unique", folder_.path("")}).status, 2);
 }
 
-TEST_F(hunt_runs, a_rule_that_crawls_is_given_up_and_told_of) {
+TEST_F(hunt_runs, a_rule_that_crawls_is_left_out_of_the_rest_of_its_block_and_told_of) {
+  const auto event = [](std::uint64_t number, const std::string& text) {
+    return record(number, {.event_id = 7, .channel = "System", .data = {{"F", slot::utf16(text)}}});
+  };
   chunk_builder chunk;
-  for (std::uint64_t number = 1; number <= 70; ++number) {
-    // The last ones are past what one log may cost.
-    const std::string text = number < 65 ? std::string(300, 'a') + "b" : "aaa";
-    chunk.add(
-        record(number, {.event_id = 7, .channel = "System", .data = {{"F", slot::utf16(text)}}}));
+  // The last one is past what a block may cost.
+  for (std::uint64_t number = 1; number <= 16; ++number) {
+    chunk.add(event(number, std::string(300, 'a') + "b"));
   }
-  log_builder().chunk(chunk).write(folder_.path("log.evtx"));
-  log_builder()
-      .chunk({record(1, {.event_id = 7, .channel = "System", .data = {{"F", slot::utf16("aaa")}}})})
-      .write(folder_.path("next.evtx"));
+  chunk.add(event(17, "aaa"));
+  log_builder log;
+  log.chunk(chunk);
+  // A block is 50 chunks: the last of these is the first of the next one.
+  for (std::uint64_t number = 18; number <= 67; ++number) {
+    log.chunk({event(number, number == 67 ? "aaa" : "b")});
+  }
+  log.write(folder_.path("log.evtx"));
   const std::string file =
       folder_.write("slow.yml", rule_text("slow", "service: system", "{F|re: '(a+)+$'}"));
-  const program_run run = run_zanvik({"hunt", "--rules", file, "--format", "jsonl",
-                                      folder_.path("log.evtx"), folder_.path("next.evtx")});
-  EXPECT_EQ(run.status, 3);
-  EXPECT_EQ(titles(run.out), "slow ");
-  EXPECT_NE(run.out.find("next.evtx"), std::string::npos);
-  EXPECT_NE(run.err.find("slow.yml: a regular expression reached its limit in 64 events; the rule "
-                         "was left out of the rest of 1 logs"),
-            std::string::npos)
-      << run.err;
+  for (const char* threads : {"1", "3"}) {
+    const program_run run = run_zanvik({"hunt", "--rules", file, "--format", "jsonl", "--threads",
+                                        threads, folder_.path("log.evtx")});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(titles(run.out), "slow ") << threads;
+    EXPECT_NE(run.out.find("\"EventRecordID\":67"), std::string::npos) << run.out;
+    EXPECT_NE(run.err.find("slow.yml: a regular expression reached its limit in 16 events; the "
+                           "rule was left out of parts of 1 logs"),
+              std::string::npos)
+        << run.err;
+  }
 }
 
 }  // namespace
