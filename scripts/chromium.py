@@ -144,8 +144,8 @@ class Page:
                       windowsVirtualKeyCode={"Enter": 13, "Escape": 27, "ArrowLeft": 37,
                                              "ArrowUp": 38, "ArrowRight": 39, "ArrowDown": 40}[key])
 
-    def picture(self, path, full=False, top=0, height=None):
-        clip = {"x": 0, "y": top, "width": self.size[0], "height": height or self.size[1], "scale": 1}
+    def picture(self, path, full=False, height=None, scale=1):
+        clip = {"x": 0, "y": 0, "width": self.size[0], "height": height or self.size[1], "scale": scale}
         if full:
             clip["height"] = min(self.run("document.documentElement.scrollHeight"), 8000)
         data = self.call("Page.captureScreenshot", format="png", clip=clip,

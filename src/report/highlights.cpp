@@ -96,8 +96,9 @@ class finder {
              "unexpected shutdown", "unexpected shutdowns");
     add_kind("usb", "", "", "device", highlight_weight::plain, "event of a USB device",
              "events of USB devices");
-    std::stable_sort(found_.begin(), found_.end(),
-                     [](const highlight& a, const highlight& b) { return a.weight < b.weight; });
+    std::stable_sort(found_.begin(), found_.end(), [](const highlight& a, const highlight& b) {
+      return a.weight != b.weight ? a.weight < b.weight : a.first < b.first;
+    });
     return std::move(found_);
   }
 

@@ -1,8 +1,8 @@
 // What stands out in the tables: sentences with the rows behind them.
 //
-// In: collected rows, after `finish`. Out: facts that an examiner would ask for first, the gravest
-// first. They are worked out from the rows that the page holds, so that a reader finds them there.
-// Nothing here is a verdict.
+// In: collected rows, after `finish`. Out: facts that an examiner would ask for first; the gravest
+// come first, and of these the earliest. They are worked out from the rows that the page holds, so
+// that a reader finds them there. Nothing here is a verdict.
 #pragma once
 
 #include <cstdint>

@@ -162,7 +162,7 @@ TEST(page, what_stands_out_of_a_break_in) {
   const char* const sentences[] = {
       "Defender reported 1 threat: HackTool:Win32/Example.A (1); on 2024-03-16 01:21:10",
       "Protection by Defender was turned off on 2024-03-16 01:20:50",
-      "Logs were cleared once: Security (1); on 2024-03-16 01:44:00, by helpdesk",
+      "Logs were cleared once: Application (1); on 2024-03-16 01:44:00, by helpdesk",
       "helpdesk logged on from 198.51.100.77 on 2024-03-16 01:15:58, after 140 failed logons",
       "S-1-5-21-1-2-3-1107 to Administrators",
       "1 account was created: support$",

@@ -1,5 +1,6 @@
 #include "incident_builder.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace zanvik::testing {
@@ -8,7 +9,7 @@ namespace {
 constexpr const char* security = "Microsoft-Windows-Security-Auditing";
 constexpr const char* computer = "FABRIKAM-WS02";
 
-// One log under construction: records in the order in which they are added, 20 in a chunk.
+// One log under construction: events in the order of their times, 20 in a chunk.
 class growing_log {
  public:
   growing_log(std::string provider, std::string channel)
@@ -16,31 +17,32 @@ class growing_log {
 
   void add(std::uint64_t time, std::uint32_t id, std::vector<data_field> data,
            const std::string& provider = "", payload_form form = payload_form::event_data) {
-    chunk_.add(record(++number_, {.event_id = id,
-                                  .provider = provider.empty() ? provider_ : provider,
-                                  .filetime = time,
-                                  .channel = channel_,
-                                  .computer = computer,
-                                  .user_sid = "S-1-5-18",
-                                  .form = form,
-                                  .data = std::move(data)}));
-    if (number_ % 20 == 0) flush();
+    events_.push_back({.event_id = id,
+                       .provider = provider.empty() ? provider_ : provider,
+                       .filetime = time,
+                       .channel = channel_,
+                       .computer = computer,
+                       .user_sid = "S-1-5-18",
+                       .form = form,
+                       .data = std::move(data)});
   }
   log_builder finish() {
-    if (number_ % 20 != 0) flush();
-    return log_;
+    std::stable_sort(events_.begin(), events_.end(),
+                     [](const event& a, const event& b) { return a.filetime < b.filetime; });
+    log_builder log;
+    for (std::size_t first = 0; first < events_.size(); first += 20) {
+      chunk_builder chunk;
+      for (std::size_t i = first; i < std::min(first + 20, events_.size()); ++i) {
+        chunk.add(record(i + 1, events_[i]));
+      }
+      log.chunk(chunk);
+    }
+    return log;
   }
 
  private:
-  void flush() {
-    log_.chunk(chunk_);
-    chunk_ = chunk_builder();
-  }
-
   std::string provider_, channel_;
-  log_builder log_;
-  chunk_builder chunk_;
-  std::uint64_t number_ = 0;
+  std::vector<event> events_;
 };
 
 std::uint64_t at(int day, int hour, int minute, int second = 0) {
@@ -158,9 +160,10 @@ class incident {
                 {{"PreviousTime", slot::filetime(at(day, 2, 40))},
                  {"NewTime", slot::filetime(at(day, 1, 40))},
                  text("ProcessName", "C:\\Windows\\System32\\cmd.exe")});
-    security_.add(at(day, 1, 44), 1102,
-                  {text("SubjectUserName", "helpdesk"), text("SubjectDomainName", "FABRIKAM")},
-                  "Microsoft-Windows-Eventlog", payload_form::user_data);
+    system_.add(at(day, 1, 44), 104,
+                {text("SubjectUserName", "helpdesk"), text("SubjectDomainName", "FABRIKAM"),
+                 text("Channel", "Application"), text("BackupPath", "")},
+                "Microsoft-Windows-Eventlog", payload_form::user_data);
   }
 
   void by_helpdesk(std::uint64_t time, std::uint32_t id, std::vector<data_field> data) {

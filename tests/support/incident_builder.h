@@ -3,7 +3,7 @@
 // In: nothing. Out: finished logs with their file names, the same bytes at each call. Weekdays have
 // starts, logons, programs and stops. On Saturday, 2024-03-16, somebody guesses a password from
 // 198.51.100.77, logs on by remote desktop, makes an account, a service and a task, runs a script
-// whose parts are logged out of order, and clears the log. All of it is invented.
+// whose parts are logged out of order, and clears a log. All of it is invented.
 #pragma once
 
 #include <string>
