@@ -161,8 +161,8 @@ bool case_source::add_events(case_rows& rows) {
     if (!rows.add_event() || !advance(events_, "event")) return false;
   }
   if (count == event_count_) return true;
-  return fail(log_.path + ": " + std::to_string(count) + " of its " +
-              std::to_string(event_count_) + " events are there");
+  return fail(log_.path + ": " + std::to_string(count) + " of its " + std::to_string(event_count_) +
+              " events are there");
 }
 
 bool case_source::bind_event(case_rows& rows) {

@@ -89,8 +89,8 @@ bool database::open(const std::string& path, access how) {
   close();
   const int flags =
       how == access::read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-  // No connection is used by two threads. A name that begins with "file:" is a name.
-  const bool is_name = path.starts_with("file:");
+  // No connection is used by two threads. Names that mean something to the library are names.
+  const bool is_name = path.starts_with("file:") || path.starts_with(":");
   if (sqlite3_open_v2((is_name ? "./" + path : path).c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX,
                       nullptr) != SQLITE_OK) {
     return false;

@@ -59,7 +59,7 @@ class database {
   database& operator=(const database&) = delete;
   ~database() { close(); }
 
-  // ":memory:" is a database without a file. A file that is written is made if there is none.
+  // A file that is written is made if there is none.
   [[nodiscard]] bool open(const std::string& path, access how);
   void close();
 

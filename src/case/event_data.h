@@ -2,8 +2,8 @@
 //
 //   {"TargetUserName":"anna.berg","LogonType":3}
 //
-// Values have their types, as in JSON lines. Data without names are in one array, "Data"; the second
-// of a name gets _1. What is under System is not in it.
+// Values have their types, as in JSON lines. Data without names are in one array, "Data"; the
+// second of a name gets _1. What is under System is not in it.
 #pragma once
 
 #include <string>

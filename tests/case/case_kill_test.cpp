@@ -71,10 +71,10 @@ TEST(case_kill, a_killed_run_leaves_whole_logs_and_the_next_one_goes_on) {
     EXPECT_EQ(answer(output, "PRAGMA integrity_check"), "ok; ") << round;
     // A run that was killed before it made the tables leaves an empty file.
     if (answer(output, "SELECT count(*) FROM sqlite_schema") == "0; ") continue;
-    EXPECT_EQ(answer(output, "SELECT path FROM log WHERE events <> " +
-                                 std::to_string(events_per_log) +
-                                 " OR events <> (SELECT count(*) FROM event WHERE log = log.id)"),
-              "")
+    EXPECT_EQ(
+        answer(output, "SELECT path FROM log WHERE events <> " + std::to_string(events_per_log) +
+                           " OR events <> (SELECT count(*) FROM event WHERE log = log.id)"),
+        "")
         << round;
     EXPECT_EQ(answer(output, "SELECT count(*) FROM event WHERE log NOT IN (SELECT id FROM log)"),
               "0; ")

@@ -140,6 +140,18 @@ TEST_F(case_merge, prepared_cases) {
   }
 }
 
+// The ids of texts that came with a log that was left out are not used again.
+TEST_F(case_merge, a_log_that_is_left_out_leaves_nothing) {
+  const auto small = [this](std::uint64_t number) {
+    const auto log = log_builder().chunk({record(number), record(number + 1)});
+    return scratch_.write(std::to_string(number), bytes_of_log(log));
+  };
+  const std::string bad = made("bad.db", {small(1)}), good = made("good.db", {small(11)});
+  answer(bad, "UPDATE event SET data = '{' WHERE id = 2");
+  EXPECT_EQ(run_zanvik({"merge", bad, good, "-o", path("x.db")}).status, 1);
+  EXPECT_EQ(content_of(path("x.db")), content_of(good));
+}
+
 // Any byte of a case may be changed, and a case may end anywhere: the merge says so or takes whole
 // logs, and what it writes is sound.
 TEST_F(case_merge, damaged_cases) {

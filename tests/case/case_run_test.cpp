@@ -32,11 +32,12 @@ log_builder hostile_log() {
   odd.computer = "%s%n \xf0\x9f\x98\x80";
   odd.user_sid = "S-1-5-21-1-2-3-1104";
   odd.activity_id = "{5F2863D6-E0AB-4470-8530-8F129B46177A}";
-  odd.data = {{"a\"b.c$[0]", slot::utf16("x'||y")},
-              {"Same", slot::utf16("1")},
-              {"Same", slot::utf16("2")},
-              {"Control", slot::utf16("one\r\n\ttwo\x01")},
-              {"Half", slot::raw(1, {std::byte{0x41}, std::byte{0}, std::byte{0}, std::byte{0xd8}})}};
+  odd.data = {
+      {"a\"b.c$[0]", slot::utf16("x'||y")},
+      {"Same", slot::utf16("1")},
+      {"Same", slot::utf16("2")},
+      {"Control", slot::utf16("one\r\n\ttwo\x01")},
+      {"Half", slot::raw(1, {std::byte{0x41}, std::byte{0}, std::byte{0}, std::byte{0xd8}})}};
   event plain;
   plain.form = payload_form::unnamed_event_data;
   plain.data = {{"", slot::utf16("first")},
@@ -141,6 +142,17 @@ TEST(case_run, a_log_has_its_facts_and_findings) {
                    "SELECT kind, offset, record FROM finding WHERE weight = 'finding' "
                    "ORDER BY offset LIMIT 2"),
             "number_outside|14232|9000; number_gap|14232|9000; ");
+}
+
+TEST(case_run, a_case_may_have_any_name) {
+  const scratch_dir scratch;
+  const std::string log = scratch.write("a.evtx", small_log(1));
+  for (const std::string& name : {":memory:", "file:x?mode=memory", "-wal", "a\nb%41"}) {
+    const auto run = run_zanvik({"export", "-f", "sqlite", "-o" + std::string(name), log},
+                                {.input = "", .folder = scratch.path("")});
+    EXPECT_EQ(run.status, 0) << name << run.err;
+    EXPECT_EQ(answer(scratch.path(name), "SELECT count(*) FROM event"), "1; ") << name;
+  }
 }
 
 TEST(case_run, a_log_is_in_a_case_once) {

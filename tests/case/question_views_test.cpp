@@ -58,7 +58,8 @@ log_builder answering_log() {
       add_names(when);
       if (by_position) {
         made.form = payload_form::unnamed_event_data;
-        for (int i = 0; i < 16; ++i) made.data.push_back({"", slot::utf16("x" + std::to_string(i))});
+        for (int i = 0; i < 16; ++i)
+          made.data.push_back({"", slot::utf16("x" + std::to_string(i))});
       } else {
         for (const std::string& name : names) {
           const bool fits = name == when;
