@@ -111,6 +111,14 @@ TEST(event_view, fields_by_name_place_and_member) {
             1u);
 }
 
+TEST(event_view, ansi_texts_are_of_code_page_1252) {
+  const std::string_view bytes = "\x7e\x7f\x80\x81\x9f\xa0\xff";
+  std::string text;
+  append_text(text, {reinterpret_cast<const std::byte*>(bytes.data()),
+                     static_cast<std::uint32_t>(bytes.size()), value_type::ansi, 0});
+  EXPECT_EQ(text, "\x7e\x7f\u20ac\xc2\x81\u0178\u00a0\u00ff");
+}
+
 TEST(event_view, events_of_a_kind_share_a_shape) {
   chunk_builder one, two;
   for (int i = 1; i <= 3; ++i) one.add(record(static_cast<std::uint64_t>(i)));

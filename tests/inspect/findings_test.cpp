@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "inspect/finding_runs.h"
+#include "inspect/forms/ledger_forms.h"
 #include "inspect/record_sequence.h"
 #include "ledger_of.h"
 
@@ -484,6 +485,23 @@ TEST(findings, of_a_legacy_log) {
     for (const finding& found : ledger.findings.kept()) said += found.detail + "\n";
     EXPECT_NE(said.find(row.said), std::string::npos) << said;
   }
+}
+
+TEST(findings, stand_in_a_list_of_the_json_form) {
+  evt_builder log = evt_builder().add({.event_id = 1}).add({.event_id = 2}).cursor();
+  log.poke_u32(8, 2);
+  log.poke_u32(32, 7);
+  log_ledger ledger = ledger_of(log);
+  std::string json;
+  append_ledger_json(json, ledger);
+  std::erase_if(json, [](char c) { return c == ' ' || c == '\n'; });
+  const auto expect_part = [&json](const std::string& part) {
+    EXPECT_NE(json.find(part), std::string::npos) << part << " in " << json;
+  };
+  expect_part(R"("findings":[{"name":"header_fields","weight":"finding","offset":8,"detail":)"
+              R"("version2.1","may_mean":")");
+  expect_part(R"(},{"name":"file_tail","weight":"finding","offset":32,"detail":"declares7bytes)");
+  expect_part(R"("}],"finding_counts":{"header_fields":1,"file_tail":1})");
 }
 
 TEST(findings, of_consecutive_records_are_joined) {
