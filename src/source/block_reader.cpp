@@ -63,7 +63,11 @@ constexpr std::uint64_t least_hole_bytes = 1 << 20;
 }  // namespace
 
 ssize_t read_fully(int descriptor, std::span<std::byte> buffer) {
-  return read_with(buffer, [descriptor](std::span<std::byte> rest, std::size_t) {
+  return read_with(buffer, [descriptor](std::span<std::byte> rest, std::size_t) -> ssize_t {
+    if (stop_signal() != 0) {  // a stream may bring nothing more
+      errno = EINTR;
+      return -1;
+    }
     return ::read(descriptor, rest.data(), rest.size());
   });
 }
