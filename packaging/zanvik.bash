@@ -49,7 +49,7 @@ _zanvik_verb() {
     # Values that only the examiner knows.
     shard:-n | shard:--count | shard:--only)
       return ;;
-    *:--memory | hunt:--placeholder | hunt:--exclude-rule | hunt:--tag)
+    *:--memory | *:--threads | hunt:--placeholder | hunt:--exclude-rule | hunt:--tag)
       return ;;
     *)
       [[ " $take " == *[[:space:]]"$before"[[:space:]]* ]] && return ;;
@@ -61,13 +61,15 @@ _zanvik_verb() {
   case $1 in
     export)
       _zanvik_words "-h --help -f --format -o --output --raw-cells --order --memory --temp-dir
-        --event-time --full-text --unique --list -q --quiet --slack --carve --from-list $take" ;;
+        --event-time --full-text --unique --list --threads -q --quiet --slack --carve --from-list
+        $take" ;;
     hunt)
       _zanvik_words "-h --help -r --rules --log-sources --placeholder --min-level --status
         --exclude-rule --tag -f --format --order --memory --temp-dir -o --output --raw-cells
-        --details --list --stats --unique -q --quiet --slack --carve --from-list $take" ;;
+        --details --list --stats --unique --threads -q --quiet --slack --carve --from-list $take" ;;
     check)
-      _zanvik_words '-h --help -f --format -o --output -q --quiet --chunks --carve --list --from-list' ;;
+      _zanvik_words '-h --help -f --format -o --output -q --quiet --chunks --carve --list --threads
+        --from-list' ;;
     report)
       _zanvik_words "-h --help -o --output -r --rules --min-level -q --quiet --slack --carve
         --from-list $take" ;;
