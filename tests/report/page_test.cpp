@@ -78,6 +78,17 @@ TEST(page, rows_say_what_events_say) {
   EXPECT_EQ(failed.rows[0].at("reason"), "wrong password (0xc000006a)");
 }
 
+TEST(page, rows_name_their_log_and_computer) {
+  const log_builder there = log_builder().chunk(
+      {record(9, {.event_id = 4624, .provider = security, .computer = "WS09", .data = {}})});
+  const page_table logons =
+      page_content(page_of({log_builder().chunk({logon(1, "anna", "x")}), there})).table("logons");
+  ASSERT_EQ(logons.rows.size(), 2U);
+  EXPECT_EQ(logons.rows[0].at("log") + " " + logons.rows[0].at("computer"), "log0 FABRIKAM-WS01");
+  EXPECT_EQ(logons.rows[1].at("log") + " " + logons.rows[1].at("computer"), "log1 WS09");
+  EXPECT_EQ(logons.rows[1].at("record"), "9");
+}
+
 TEST(page, a_long_column_is_sorted_as_people_read) {
   chunk_builder records;
   const char* const names[] = {"b10", "B2", "a", "10", "9", "010", ""};
@@ -116,6 +127,21 @@ TEST(page, markup_in_every_field_stays_text) {
   EXPECT_GT(cells, 4 * sources);
 }
 
+// The bytes of 43 digits and a mark, in hexadecimal.
+std::string hex_of_base64(std::string_view text) {
+  std::string bits, out;
+  for (const char c : text.substr(0, 43)) {
+    const std::size_t digit =
+        std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
+            .find(c);
+    for (int bit = 5; bit >= 0; --bit) bits += (digit >> bit & 1) != 0 ? '1' : '0';
+  }
+  for (std::size_t i = 0; i + 4 <= 256; i += 4) {
+    out += "0123456789abcdef"[std::stoul(bits.substr(i, 4), nullptr, 2)];
+  }
+  return out;
+}
+
 TEST(page, policy_names_the_script_and_the_style_by_hash) {
   const std::string html = page_of({log_builder().chunk({record(1)})});
   const std::size_t policy = html.find("Content-Security-Policy");
@@ -126,6 +152,10 @@ TEST(page, policy_names_the_script_and_the_style_by_hash) {
     EXPECT_NE(line.find(part), std::string_view::npos) << part;
   }
   EXPECT_EQ(line.find("unsafe"), std::string_view::npos);
+  const std::size_t script = line.find("script-src 'sha256-") + 19;
+  EXPECT_EQ(hex_of_base64(line.substr(script, 44)), page_files::script_sha256);
+  const std::size_t style = line.find("style-src 'sha256-") + 18;
+  EXPECT_EQ(hex_of_base64(line.substr(style, 44)), page_files::style_sha256);
   // What is hashed is what stands between the tags.
   EXPECT_NE(html.find("<script>" + std::string(page_files::script) + "</script>"),
             std::string::npos);
