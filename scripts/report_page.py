@@ -122,6 +122,28 @@ def use_charts(page):
     page.run("document.querySelector('.bar button').click()")
 
 
+# A column of a chart that is too long for days is a week; one cell is an hour of its days.
+def choose_hour_of_weeks(browser, folder):
+    logs = os.path.join(folder, "long")
+    os.mkdir(logs)
+    subprocess.run([maker, "--long", logs], check=True)
+    page = browser.open(make_report(os.path.join(folder, "long.html"), logs))
+    page.run("document.querySelector('.hours').id = 'chart'")
+    left, top, width, height = rectangle(page, "#chart")
+    columns = page.run("document.querySelector('#chart').viewBox.baseVal.width")
+    check("weeks", columns, 58)
+    rows = "document.querySelectorAll('#logons tbody tr').length"
+    for event, wanted in (("beforeprint", 200), ("afterprint", 15)):
+        page.run(f"window.dispatchEvent(new Event('{event}'))")
+        check(event, page.run(rows), wanted)
+    page.click(left + 0.5 * width / columns, top + 3.5 * height / 24)
+    check("an hour of a week", count(page, "logons"), "3 of 400")
+    page.click(left + 0.5 * width / columns, top + 9.5 * height / 24)
+    check("another hour", count(page, "logons"), "4 of 400")
+    quiet(page, "weeks")
+    page.close()
+
+
 # Scripts that get in after all, by any way, do not run, and nothing is loaded.
 def attack(page):
     page.run("window.ran = 0")
@@ -183,6 +205,7 @@ with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
         quiet(page, "in use")
         attack(page)
         page.close()
+        choose_hour_of_weeks(browser, folder)
         look_at_hostile(browser, folder)
 print("pictures are in " + pictures)
 if failures:

@@ -1,5 +1,6 @@
-// Writes logs to make reports of into a folder that is there: the incident, or with --markup logs
-// that hold markup in every field. For scripts/test-report.
+// Writes logs to make reports of into a folder that is there: the incident; with --markup, logs
+// that hold markup in every field; with --long, 400 days of one logon each, by turns at 9 and at 3
+// o'clock. For scripts/test-report.
 #include <exception>
 #include <iostream>
 #include <string>
@@ -7,16 +8,40 @@
 #include "incident_builder.h"
 #include "markup_logs.h"
 
+namespace {
+
+zanvik::testing::log_builder long_log() {
+  using namespace zanvik::testing;
+  constexpr std::uint64_t hour = 36'000'000'000;
+  log_builder log;
+  for (std::uint64_t day = 0; day < 400;) {
+    chunk_builder chunk;
+    for (const std::uint64_t end = day + 40; day < end; ++day) {
+      const std::uint64_t time = filetime(2023, 1, 2) + (24 * day + (day % 2 == 0 ? 9 : 3)) * hour;
+      chunk.add(record(day + 1, {.event_id = 4624,
+                                 .provider = "Microsoft-Windows-Security-Auditing",
+                                 .filetime = time,
+                                 .data = {{"TargetUserName", slot::utf16("anna")}}}));
+    }
+    log.chunk(chunk);
+  }
+  return log;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   using namespace zanvik::testing;
-  const bool markup = argc == 3 && std::string(argv[1]) == "--markup";
-  if (argc != 2 && !markup) {
-    std::cerr << "usage: make_report_logs [--markup] <folder>\n";
+  const std::string kind = argc == 3 ? argv[1] : "";
+  if (argc != 2 && kind != "--markup" && kind != "--long") {
+    std::cerr << "usage: make_report_logs [--markup|--long] <folder>\n";
     return 1;
   }
   const std::string folder = std::string(argv[argc - 1]) + "/";
   try {
-    if (markup) {
+    if (kind == "--long") {
+      long_log().write(folder + "long.evtx");
+    } else if (kind == "--markup") {
       std::size_t number = 0;
       for (const log_builder& log : markup_logs()) {
         log.write(folder + "<img src=x onerror=ran=3>" + std::to_string(number++) + ".evtx");

@@ -2,7 +2,8 @@
 // Texts reach the page as textContent alone: whatever a log holds, it stays text.
 'use strict';
 (() => {
-  const pageRows = 15;
+  let pageRows = 15;
+  const printedRows = 200;
   const shortCell = 240;
   const data = JSON.parse(document.getElementById('data').textContent);
   // What all tables are narrowed to: times in milliseconds, `to` is behind the last; one hour of
@@ -666,6 +667,15 @@
       view.section.scrollIntoView();
     });
   }
+
+  // On paper nobody turns pages.
+  function showRows(count) {
+    pageRows = count;
+    for (const view of views.values()) { view.page = 0; view.showPage(); }
+  }
+  const screenRows = pageRows;
+  window.addEventListener('beforeprint', () => showRows(printedRows));
+  window.addEventListener('afterprint', () => showRows(screenRows));
 
   setSpan(-Infinity, Infinity, -1);
 })();
