@@ -502,6 +502,17 @@ TEST(findings, stand_in_a_list_of_the_json_form) {
               R"("version2.1","may_mean":")");
   expect_part(R"(},{"name":"file_tail","weight":"finding","offset":32,"detail":"declares7bytes)");
   expect_part(R"("}],"finding_counts":{"header_fields":1,"file_tail":1})");
+
+  log_builder damaged = sound_log();
+  damaged.poke_u8(chunk1, 'X');
+  ledger = ledger_of(damaged);
+  json.clear();
+  append_ledger_json(json, ledger);
+  std::erase_if(json, [](char c) { return c == ' ' || c == '\n'; });
+  expect_part(R"("chunks":[{"chunk":0,"offset":4096,"state":"sound","declared_first":1,)"
+              R"("declared_last":3,)");
+  expect_part(R"({"chunk":1,"offset":69632,"state":")");
+  expect_part(R"("name":"chunk_signature","weight":"finding","offset":69632,"chunk":1,"detail":")");
 }
 
 TEST(findings, of_consecutive_records_are_joined) {
