@@ -4,7 +4,7 @@
 #include <chrono>
 #include <map>
 
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 namespace zanvik::sigma {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 namespace zanvik::sigma {
 

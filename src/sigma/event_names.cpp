@@ -3,7 +3,7 @@
 #include <string>
 
 #include "base/text.h"
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 namespace zanvik::sigma {
 namespace {

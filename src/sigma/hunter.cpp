@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "sigma/event_names.h"
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 #include "sigma/sigma_limits.h"
 
 namespace zanvik::sigma {

@@ -4,7 +4,7 @@
 #include <cassert>
 #include <charconv>
 
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 #include "sigma/rule_reader.h"
 
 namespace zanvik::sigma {

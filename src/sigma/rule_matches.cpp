@@ -5,7 +5,7 @@
 #include <map>
 
 #include "events/event_value.h"
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 namespace zanvik::sigma {
 namespace {

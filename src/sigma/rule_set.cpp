@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "base/text.h"
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 #include "sigma/rule_files.h"
 #include "sigma/sigma_limits.h"
 

@@ -3,7 +3,7 @@
 //   yaml_text.h       YAML, by yaml-cpp
 //   rule.h            a rule; rule_reader.h makes it of YAML: field_reader.cpp its tests,
 //                     condition.cpp its condition, correlation_reader.cpp a correlation
-//   text_pattern.h    wildcards, escapes, dashes; encodings.h; fold_case.h text without case
+//   text_pattern.h    wildcards, escapes, dashes; encodings.h
 //   regex.h           regular expressions, by PCRE2
 //   field_test.h      one question about one field, and its plain answer
 //   log_sources.h     which events a log source stands for; the table is log_sources.yml

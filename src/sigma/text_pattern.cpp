@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 namespace zanvik::sigma {
 namespace {

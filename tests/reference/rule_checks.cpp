@@ -1,6 +1,6 @@
 #include "reference/rule_checks.h"
 
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 namespace zanvik::sigma {
 

@@ -10,7 +10,7 @@
 
 #include "reference/plain_rules.h"
 #include "sigma/event_names.h"
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 #include "sigma/sigma.h"
 #include "source/log_events.h"
 

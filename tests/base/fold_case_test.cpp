@@ -1,9 +1,9 @@
 // Lower case of letters beyond ASCII, by the tables of Unicode.
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 #include <gtest/gtest.h>
 
-namespace zanvik::sigma {
+namespace zanvik {
 namespace {
 
 TEST(fold_case, first_and_last_letter_of_each_range) {
@@ -33,4 +33,4 @@ TEST(fold_case, first_and_last_letter_of_each_range) {
 }
 
 }  // namespace
-}  // namespace zanvik::sigma
+}  // namespace zanvik

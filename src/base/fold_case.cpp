@@ -1,4 +1,4 @@
-#include "sigma/fold_case.h"
+#include "base/fold_case.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include "base/text.h"
 #include "base/utf16.h"
 
-namespace zanvik::sigma {
+namespace zanvik {
 namespace {
 
 // Upper-case letters from `first` to `last`, each `step` apart, and the distance to their lower
@@ -107,4 +107,4 @@ std::string folded(std::string_view text) {
   return out;
 }
 
-}  // namespace zanvik::sigma
+}  // namespace zanvik

@@ -1,4 +1,4 @@
-// Text without case, for values that rules compare in any case.
+// Text without case, for texts that rules and conditions compare in any case.
 //
 // Folds A to Z and the letters of the Latin, Greek, Cyrillic, Armenian and full-width alphabets
 // that have their own single lower-case form, code point by code point. Text is UTF-8; other bytes
@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace zanvik::sigma {
+namespace zanvik {
 
 // The lower-case form of one code point, or itself.
 char32_t fold_code_point(char32_t c);
@@ -27,4 +27,4 @@ code_point next_code_point(std::string_view text, std::size_t& position);
 // The position of the code point that ends before `position`, which must be above 0.
 std::size_t previous_code_point(std::string_view text, std::size_t position);
 
-}  // namespace zanvik::sigma
+}  // namespace zanvik
