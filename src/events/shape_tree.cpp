@@ -1,5 +1,7 @@
 // The tree of a shape: the templates' tokens, with nested templates in their places and absent
 // parts left out.
+#include <algorithm>
+
 #include "base/limits.h"
 #include "events/event_shapes.h"
 
@@ -30,6 +32,8 @@ class tree_builder {
   }
 
   void expand(std::size_t number, unsigned depth);
+  void keep_unplaced(const event_instance& instance, unsigned depth);
+  bool is_unplaced(std::uint32_t slot) const { return uses_[slot] == 0 && !slots_[slot].absent(); }
   void open(std::string_view name);
   void close();
   void add_slot(const event_instance& instance, const template_token& token, unsigned depth);
@@ -86,6 +90,38 @@ void tree_builder::expand(std::size_t number, unsigned depth) {
         break;
     }
   }
+  if (body.cut) keep_unplaced(instance, depth);
+}
+
+// A template that broke off has lost the places of the slots behind: their values stand at the end
+// of the event, as data without names.
+void tree_builder::keep_unplaced(const event_instance& instance, unsigned depth) {
+  const bool in_root = open_.empty();
+  if (in_root) {
+    const auto root = std::find_if(
+        shape_.roots.begin(), shape_.roots.end(),
+        [](const event_item& item) { return item.what == event_item::kind::element; });
+    if (root == shape_.roots.end()) return;
+    open_.push_back(root->element);
+  }
+  const std::uint32_t end = instance.first_slot + instance.slot_count;
+  for (std::uint32_t slot = instance.first_slot; slot < end; ++slot) {
+    if (!is_unplaced(slot) || slots_[slot].child == 0 || depth >= limits::nesting_depth) continue;
+    ++uses_[slot];
+    expand(slots_[slot].child, depth + 1);
+  }
+  bool any = false;
+  for (std::uint32_t slot = instance.first_slot; slot < end; ++slot) {
+    if (!is_unplaced(slot)) continue;
+    if (!any) open("EventData");
+    any = true;
+    open("Data");
+    ++uses_[slot];
+    add_part({static_cast<std::int32_t>(slot), {}, slots_[slot].is_array()});
+    close();
+  }
+  if (any) close();
+  if (in_root) open_.pop_back();
 }
 
 void tree_builder::open(std::string_view name) {

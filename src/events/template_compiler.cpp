@@ -39,12 +39,12 @@ class compiler {
         writer_(out),
         texts_(texts) {}
 
-  // True if the stream reached its own end.
+  // True if the stream reached its own end, with all elements closed.
   bool run() {
     if (chunk_.bytes.at<std::uint32_t>(at_) == expected_fragment) at_ += 4;
     while (at_ < end_) {
       const auto token = chunk_.bytes.at_or_zero<std::uint8_t>(at_);
-      if (token == token_end_of_stream) return true;
+      if (token == token_end_of_stream) return depth_ == 0;
       const std::uint64_t before = at_;
       if (!read(token) || !work_budget::spend(budget_, at_ - before)) return false;
     }
@@ -52,7 +52,8 @@ class compiler {
   }
 
   void finish() { writer_.close_all(); }
-  std::uint64_t position() const { return at_; }
+  // As far as it was read; a damaged length leads further.
+  std::uint64_t position() const { return std::min(at_, end_); }
 
  private:
   bool read(std::uint8_t token) {
@@ -222,7 +223,7 @@ bool compile_fragment(const chunk_view& chunk, std::uint64_t offset, std::uint64
   work.finish();
   // Each name may stand in many places and be written in full in each of them.
   out.source_bytes = static_cast<std::uint32_t>(
-      std::max<std::uint64_t>(work.position() - offset, out.pool.size()));
+      std::max<std::uint64_t>(std::max(work.position(), offset) - offset, out.pool.size()));
   return !out.tokens.empty() && out.tokens.front().kind == template_token_kind::open_element;
 }
 

@@ -284,7 +284,7 @@ class record_tree {
         return {};
       }
       out_.cut = out_.cut || body.cut;
-      return expand(body, {});
+      return expand(body, {}, outermost);
     }
     std::uint64_t table = offset + head->length;
     const auto size = chunk_.bytes.at<std::uint32_t>(head->definition + 20);
@@ -300,7 +300,7 @@ class record_tree {
     }
     if (!found) return missing(slots, outermost);
     out_.cut = out_.cut || body.cut;
-    return expand(body, slots);
+    return expand(body, slots, outermost);
   }
 
  private:
@@ -368,7 +368,26 @@ class record_tree {
     out.push_back(std::move(piece));
   }
 
-  std::vector<node> expand(const event_template& body, const std::vector<slot>& slots) {
+  // What a broken template has no place for: templates, then data without names.
+  void add_rest(const std::vector<slot>& slots, const std::set<unsigned>& placed,
+                std::vector<node>& out) {
+    node data{.name = "EventData"};
+    for (unsigned i = 0; i < slots.size(); ++i) {
+      if (placed.contains(i) || slots[i].v.type == 0) continue;
+      std::vector<node> shown;
+      add_slot(slots[i], true, shown);
+      const bool is_nested = slots[i].v.type == 33 && (shown.size() != 1 || !shown[0].is_piece);
+      if (is_nested) {
+        for (node& child : shown) out.push_back(std::move(child));
+      } else {
+        data.children.push_back({.name = "Data", .children = std::move(shown)});
+      }
+    }
+    if (!data.children.empty()) out.push_back(std::move(data));
+  }
+
+  std::vector<node> expand(const event_template& body, const std::vector<slot>& slots,
+                           bool outermost) {
     node root;
     std::vector<node*> open{&root};
     node* attribute = nullptr;
@@ -381,6 +400,7 @@ class record_tree {
       optional_absent = false;
     };
     std::set<unsigned> shown;
+    std::set<unsigned> placed;
     for (const template_token& token : body.tokens) {
       const std::string text(body.text_of(token));
       using kind = template_token_kind;
@@ -399,6 +419,7 @@ class record_tree {
           into.push_back({.is_piece = true, .is_constant = true, .constant = text});
           break;
         case kind::slot:
+          placed.insert(token.slot);
           if (token.slot >= slots.size()) {
             optional_absent = token.optional;
             into.push_back({.is_piece = true});
@@ -416,6 +437,9 @@ class record_tree {
         default:
           break;
       }
+    }
+    if (body.cut && !(outermost && root.children.empty())) {
+      add_rest(slots, placed, outermost ? root.children.front().children : root.children);
     }
     return std::move(root.children);
   }
