@@ -24,15 +24,15 @@ class csv_form : public event_form {
 
   void start_log(const log_source& source) override {
     log_.clear();
-    bool ignored = false;
+    log_lossy_ = false;
     if (!raw_cells_ && is_formula(source.path)) log_ = "'";
-    append_escaped(log_, source.path, escape_form::csv, ignored);
+    append_escaped(log_, source.path, escape_form::csv, log_lossy_);
   }
 
   void write(output_buffer& out, const event_view& event) override {
     const form_program& program =
         programs_.of(event, [&](form_program& fresh) { build(event, fresh); });
-    program.write(out, event, log_, false);
+    program.write(out, event, log_, log_lossy_);
   }
 
   void add_copies(std::string& event, std::uint64_t copies) const override {
@@ -49,6 +49,7 @@ class csv_form : public event_form {
   bool raw_cells_, copies_;
   form_programs programs_;
   std::string log_;
+  bool log_lossy_ = false;
 };
 
 // Cells begin with their first piece of text, which is the one that could be a formula.
@@ -87,7 +88,7 @@ void csv_form::write_member(const event_view& event, system_member member,
   out.text(started ? "\"," : ",");
 }
 
-// "Name: value; Name: value", for people.
+// "Name: value; Name: value", for people. What is odd about the event stands last, like a datum.
 void csv_form::write_data(const event_view& event, form_program& out) const {
   bool started = false;
   bool first = true;
@@ -98,6 +99,7 @@ void csv_form::write_data(const event_view& event, form_program& out) const {
     if (!field.name.empty()) write_constant(field.name + ": ", started, out);
     write_parts(field.parts, started, out);
   }
+  out.add(gap::csv_oddities, -1, started ? "; " : "\"", started ? "" : "\"");
   if (started) out.text("\"");
 }
 

@@ -56,7 +56,12 @@ void elastic_form::build(const event_view& event, form_program& out) {
   members.gap_text("path", gap::log_path);
   members.close_object();
   if (!event.value(system_member::level).absent()) {  // nothing is made up for an event without
-    members.gap_text("level", gap::level_name, members.slot_of(system_member::level));
+    const std::int32_t slot = members.slot_of(system_member::level);
+    if (slot >= 0) {
+      members.gap_text("level", gap::level_name, slot);
+    } else {
+      members.constant("level", level_text(event.value(system_member::level)));
+    }
   }
   members.close_object();
   members.open_object("host");
@@ -86,7 +91,11 @@ void elastic_form::write_winlog(const event_view& event, json_members& members, 
   members.text("task", system_member::task);
   members.name("keywords");
   out.text("[");
-  out.add(gap::keyword_names, members.slot_of(system_member::keywords));
+  if (const std::int32_t slot = members.slot_of(system_member::keywords); slot >= 0) {
+    out.add(gap::keyword_names, slot);
+  } else {
+    out.text(keyword_texts(event.value(system_member::keywords)));
+  }
   out.text("]");
   members.text("activity_id", system_member::activity_id);
   members.text("related_activity_id", system_member::related_activity_id);

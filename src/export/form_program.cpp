@@ -32,23 +32,56 @@ std::size_t room_of(const form_step& step) {
   return std::size_t{step.text_bytes} + step.close_bytes + step_room;
 }
 
+struct oddity {
+  std::uint32_t flag;
+  std::string_view name;
+};
+constexpr oddity oddities[] = {
+    {event_slack, "slack"},
+    {event_cut, "cut"},
+    {event_outside_range, "outside_range"},
+    {event_no_template, "no_template"},
+    {event_carved, "carved"},
+    {event_deleted, "deleted"},
+};
+constexpr std::string_view lossy_name = "lossy";
+
 void put_json_oddities(output_buffer& out, std::uint32_t flags, bool lossy) {
-  if (flags & event_slack) out.append(",\"slack\":true");
-  if (flags & event_cut) out.append(",\"cut\":true");
-  if (flags & event_outside_range) out.append(",\"outside_range\":true");
-  if (flags & event_no_template) out.append(",\"no_template\":true");
-  if (flags & event_carved) out.append(",\"carved\":true");
-  if (flags & event_deleted) out.append(",\"deleted\":true");
-  if (lossy) out.append(",\"lossy\":true");
+  const auto put = [&out](std::string_view name) {
+    out.append(",\"");
+    out.append(name);
+    out.append("\":true");
+  };
+  for (const oddity& each : oddities) {
+    if (flags & each.flag) put(each.name);
+  }
+  if (lossy) put(lossy_name);
 }
 
 void put_xml_oddities(output_buffer& out, std::uint32_t flags) {
-  if (flags & event_slack) out.append(" slack=\"true\"");
-  if (flags & event_cut) out.append(" cut=\"true\"");
-  if (flags & event_outside_range) out.append(" outside_range=\"true\"");
-  if (flags & event_no_template) out.append(" no_template=\"true\"");
-  if (flags & event_carved) out.append(" carved=\"true\"");
-  if (flags & event_deleted) out.append(" deleted=\"true\"");
+  for (const oddity& each : oddities) {
+    if (!(flags & each.flag)) continue;
+    out.append(" ");
+    out.append(each.name);
+    out.append("=\"true\"");
+  }
+}
+
+// "zanvik: slack, lossy", with what stands before and behind it.
+void put_csv_oddities(output_buffer& out, std::uint32_t flags, bool lossy, std::string_view before,
+                      std::string_view behind) {
+  out.append(before);
+  std::string_view separator = "zanvik: ";
+  const auto put = [&](std::string_view name) {
+    out.append(separator);
+    out.append(name);
+    separator = ", ";
+  };
+  for (const oddity& each : oddities) {
+    if (flags & each.flag) put(each.name);
+  }
+  if (lossy) put(lossy_name);
+  out.append(behind);
 }
 
 // Beyond the year 9999 there is no such time: the last one stands for it.
@@ -68,15 +101,17 @@ void put_unix_microseconds(output_buffer& out, std::uint64_t filetime) {
   out.commit(std::to_chars(at, at + 24, microseconds).ptr);
 }
 
-void put_level(output_buffer& out, const event_value& value) {
+}  // namespace
+
+std::string_view level_text(const event_value& value) {
   static constexpr std::string_view names[] = {"information", "critical",    "error",
                                                "warning",     "information", "verbose"};
   std::uint64_t level = 0;
   if (!as_unsigned(value, level) || level >= std::size(names)) level = 0;
-  out.append(names[level]);
+  return names[level];
 }
 
-void put_keywords(output_buffer& out, const event_value& value) {
+std::string keyword_texts(const event_value& value) {
   struct row {
     std::uint64_t bit;
     std::string_view name;
@@ -86,22 +121,22 @@ void put_keywords(output_buffer& out, const event_value& value) {
       {0x20000000000000, "Audit Success"}, {0x10000000000000, "Audit Failure"},
       {0x08000000000000, "SQM"},           {0x04000000000000, "WDI Diag"},
       {0x02000000000000, "WDI Context"},   {0x01000000000000, "Response Time"}};
+  std::string text;
   std::uint64_t keywords = 0;
-  if (!as_unsigned(value, keywords)) return;
-  bool any = false;
+  if (!as_unsigned(value, keywords)) return text;
   for (const row& known : names) {
     if (!(keywords & known.bit)) continue;
-    out.append(any ? ",\"" : "\"");
-    out.append(known.name);
-    out.append("\"");
-    any = true;
+    text += text.empty() ? "\"" : ",\"";
+    text += known.name;
+    text += '"';
   }
-  if (any || keywords == 0) return;
-  out.append("\"0x");
-  char* at = out.room(16);
-  out.commit(write_hex(at, keywords));
-  out.append("\"");
+  if (!text.empty() || keywords == 0) return text;
+  text = "\"0x";
+  append_hex(text, keywords);
+  return text + '"';
 }
+
+namespace {
 
 // Returns whether anything was lost, which may be what only XML cannot hold.
 bool put_xml_string(output_buffer& out, const form_program& xml, const event_view& event) {
@@ -282,10 +317,10 @@ char* form_program::writer::of_slot(char* at, const form_step& step, const event
       cell_empty_ = !sink_.csv_formula_text(value);
       break;
     case gap::level_name:
-      put_level(out_, value);
+      out_.append(level_text(value));
       break;
     case gap::keyword_names:
-      put_keywords(out_, value);
+      out_.append(keyword_texts(value));
       break;
     case gap::xml_repeated:
       sink_.xml_repeated(value, open_of(step), close_of(step));
@@ -325,6 +360,9 @@ void form_program::writer::of_event(const form_step& step) {
       break;
     case gap::xml_oddities:
       put_xml_oddities(out_, header.flags);
+      break;
+    case gap::csv_oddities:
+      put_csv_oddities(out_, header.flags, lossy_, open_of(step), close_of(step));
       break;
     default:
       break;
@@ -380,6 +418,7 @@ void form_program::writer::steps() {
         at = quick_.time(at, event_.time());
         break;
       case gap::json_oddities:
+      case gap::csv_oddities:
         if (header.flags != 0 || lossy_) at = of_slot(at, step, value);
         break;
       case gap::xml_oddities:

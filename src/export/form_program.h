@@ -49,10 +49,16 @@ enum class gap : std::uint8_t {
   xml_string,     // the event's XML inside JSON quotes; the program is in `set_xml`
   log_path,       // as the form has prepared it (form_context)
   json_oddities,  // ,"slack":true and so on
+  csv_oddities,   // if there are any: `open`, "zanvik: slack" and so on, `close`
   xml_oddities,   // the same as attributes, as far as they are known before the event
 };
 
-// Its texts are in the pool, one behind the other.
+// "error"; "information" for what has no name.
+std::string_view level_text(const event_value& level);
+// "Audit Success" and so on, in quotes and with commas between.
+std::string keyword_texts(const event_value& keywords);
+
+// The texts of a step are in the pool, one behind the other.
 struct form_step {
   std::uint32_t text = 0;         // where they begin
   std::uint32_t text_bytes = 0;   // of the constant text before the gap

@@ -88,6 +88,21 @@ TEST(forms, json_says_what_it_could_not_hold) {
   EXPECT_FALSE(lossy(slot::raw(1, bytes_of({1, 0}))));
 }
 
+// In CSV like a datum, the last one; in Timesketch also for what its XML alone cannot hold.
+TEST(forms, all_forms_say_what_they_could_not_hold) {
+  const auto with = [](slot_value value, std::string_view form) {
+    return exported(log_builder().chunk({record(7, {.data = {{"V", std::move(value)}}})}), form);
+  };
+  const slot_value surrogate = slot::raw(1, bytes_of({0x00, 0xdc}));
+  const slot_value control = slot::raw(1, bytes_of({1, 0}));
+  EXPECT_TRUE(with(surrogate, "csv").ends_with(",\"V: \xef\xbf\xbd; zanvik: lossy\"\n"));
+  EXPECT_TRUE(with(control, "csv").ends_with(",\"V: \x01\"\n")) << with(control, "csv");
+  EXPECT_TRUE(with(control, "timesketch").ends_with(",\"lossy\":true}\n"));
+  EXPECT_EQ(with(slot::utf16("x"), "timesketch").find("lossy"), std::string::npos);
+  EXPECT_TRUE(with(surrogate, "elastic").ends_with(",\"lossy\":true}}\n"));
+  EXPECT_NE(with(control, "xml").find("<?zanvik lossy=\"true\"?>"), std::string::npos);
+}
+
 // Texts of every length around the blocks in which they are copied, with a character to escape at
 // each position, at the very end of memory.
 TEST(forms, text_of_any_length) {
@@ -354,6 +369,21 @@ TEST(forms, legacy_records_differ_by_what_they_lack) {
     EXPECT_EQ(legacy_json(all), expected) << strings;
     EXPECT_EQ(expected.find("UserID"), expected.rfind("UserID", expected.find('\n')));
   }
+}
+
+// Level and keywords that the template itself has, rather than the record.
+TEST(forms, elastic_names_constant_levels) {
+  const template_definition definition{
+      "0a0b0c0d-0000-0000-0000-000000000003", [](bxml_builder& b) {
+        b.fragment_header().open("Event").close_start().open("System").close_start();
+        b.open("Level").close_start().value("2").end_element();
+        b.open("Keywords").close_start().value("0x10000000000000").end_element();
+        b.end_element().end_element().end_of_stream();
+      }};
+  const std::string line = exported(
+      log_builder().chunk({template_record(1, default_filetime(1), definition, {})}), "elastic");
+  EXPECT_NE(line.find(R"("level":"error")"), std::string::npos) << line;
+  EXPECT_NE(line.find(R"("keywords":["Audit Failure"])"), std::string::npos) << line;
 }
 
 TEST(forms, legacy_records_are_events) {
