@@ -93,8 +93,12 @@ std::int32_t event_shape::datum_at(std::uint32_t position) const {
 
 std::vector<std::uint32_t> event_shape::find_all(std::string_view name) const {
   std::vector<std::uint32_t> found;
+  unsigned unnamed = 0;
   for (std::size_t i = 0; i < fields.size(); ++i) {
-    const bool named = !name.empty() && equal_nocase(fields[i].name, name);
+    const bool no_name = fields[i].group == field_group::data && fields[i].name.empty();
+    const bool named = no_name ? equal_nocase(name, "Data") ||
+                                     equal_nocase(name, "param" + std::to_string(++unnamed))
+                               : !name.empty() && equal_nocase(fields[i].name, name);
     const bool by_path = equal_nocase(fields[i].path, name);
     bool member = false;
     for (std::size_t m = 0; m < system_members; ++m) {

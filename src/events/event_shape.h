@@ -124,7 +124,8 @@ class event_shape {
   // The datum at that position.
   std::int32_t datum_at(std::uint32_t position) const;
   // Numbers of all fields that `name` may mean: a System member by its name here, a datum or leaf
-  // by its name, anything by its path; in any case.
+  // by its name, anything by its path; in any case. Data without a name are all called Data, and
+  // the second of them param2.
   std::vector<std::uint32_t> find_all(std::string_view name) const;
 
   // Drops tree and fields.

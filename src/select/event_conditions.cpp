@@ -4,11 +4,18 @@
 #include <charconv>
 #include <cstddef>
 
+#include "base/fold_case.h"
 #include "base/text.h"
 #include "base/time_value.h"
 
 namespace zanvik {
 namespace {
+
+bool is_ascii(std::string_view text) {
+  unsigned any = 0;
+  for (const char c : text) any |= static_cast<unsigned char>(c);
+  return any < 0x80;
+}
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
 
@@ -57,6 +64,9 @@ class time_parts {
     if (rest_.empty() || any_of.find(rest_.front()) == std::string_view::npos) return false;
     rest_.remove_prefix(1);
     return true;
+  }
+  bool starts_offset() const {
+    return !rest_.empty() && std::string_view("Zz+-").find(rest_.front()) != std::string_view::npos;
   }
   std::string_view rest() const { return rest_; }
 
@@ -219,8 +229,9 @@ std::optional<std::uint64_t> read_time(std::string_view text, bool last_tick) {
   }
   std::int64_t unit = qx::ticks_per_day;
   std::int64_t of_day = 0;
-  if (!parts.rest().empty()) {
-    if (!parts.skip("Tt ") || !read_time_of_day(parts, of_day, unit)) return std::nullopt;
+  const bool is_day = parts.rest().empty() || parts.starts_offset();
+  if (!is_day && (!parts.skip("Tt ") || !read_time_of_day(parts, of_day, unit))) {
+    return std::nullopt;
   }
   const auto midnight = midnight_of(year, month, day);
   if (!midnight) return std::nullopt;
@@ -228,6 +239,23 @@ std::optional<std::uint64_t> read_time(std::string_view text, bool last_tick) {
   if (!read_offset(parts, ticks) || !parts.rest().empty()) return std::nullopt;
   if (last_tick) ticks += unit - 1;
   return static_cast<std::uint64_t>(std::max<std::int64_t>(ticks, 0));
+}
+
+event_filter::event_filter(const event_conditions& conditions) : conditions_(conditions) {
+  for (auto* texts : {&conditions_.channels, &conditions_.providers, &conditions_.computers,
+                      &conditions_.users, &conditions_.contains}) {
+    for (std::string& text : *texts) text = folded(text);
+  }
+  for (where_condition& condition : conditions_.where) {
+    condition.pattern = folded(condition.pattern);
+  }
+}
+
+std::string_view event_filter::comparable(std::string_view text) {
+  if (is_ascii(text)) return text;
+  folded_.clear();
+  append_folded(folded_, text);
+  return folded_;
 }
 
 const event_filter::known_shape& event_filter::fields_of(const event_shape& shape) {
@@ -245,7 +273,7 @@ const event_filter::known_shape& event_filter::fields_of(const event_shape& shap
 bool event_filter::member_matches(const event_view& event, system_member member,
                                   const std::vector<std::string>& patterns) {
   if (patterns.empty()) return true;
-  const std::string_view text = event.text(member, scratch_);
+  const std::string_view text = comparable(event.text(member, scratch_));
   return std::any_of(patterns.begin(), patterns.end(),
                      [text](const std::string& pattern) { return matches_pattern(text, pattern); });
 }
@@ -254,14 +282,15 @@ bool event_filter::text_matches(const event_view& event, std::uint32_t field,
                                 std::string_view pattern) {
   const event_value value = event.value(field);
   if (!value.is_array()) {
-    return matches_pattern(event.text(static_cast<std::int32_t>(field), scratch_), pattern);
+    return matches_pattern(comparable(event.text(static_cast<std::int32_t>(field), scratch_)),
+                           pattern);
   }
   event_value rest = value;
   event_value item;
   while (next_item(rest, item)) {
     scratch_.clear();
     append_text(scratch_, item);
-    if (matches_pattern(scratch_, pattern)) return true;
+    if (matches_pattern(comparable(scratch_), pattern)) return true;
   }
   return false;
 }
@@ -281,7 +310,8 @@ bool event_filter::where_holds(const event_view& event, const known_shape& known
 
 // In any field: a SID, a name, or the name after a domain and `\`.
 bool event_filter::has_user(const event_view& event) {
-  const auto is_user = [this](std::string_view text) {
+  const auto is_user = [this](std::string_view field) {
+    const std::string_view text = comparable(field);
     const std::size_t slash = text.rfind('\\');
     const auto name = slash == std::string_view::npos ? text : text.substr(slash + 1);
     return std::any_of(conditions_.users.begin(), conditions_.users.end(),
@@ -310,7 +340,8 @@ bool event_filter::contains_all(const event_view& event) {
   return std::all_of(
       conditions_.contains.begin(), conditions_.contains.end(), [&](const std::string& part) {
         for (std::size_t i = 0; i < event.shape().fields.size(); ++i) {
-          if (contains_nocase(event.text(static_cast<std::int32_t>(i), scratch_), part)) {
+          if (contains_nocase(comparable(event.text(static_cast<std::int32_t>(i), scratch_)),
+                              part)) {
             return true;
           }
         }

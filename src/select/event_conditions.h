@@ -15,7 +15,8 @@
 
 namespace zanvik {
 
-// Text with `*` for any run of characters and `?` for one; in any case of ASCII letters.
+// Text with `*` for any run of characters and `?` for one. ASCII letters match in any case; for
+// others, both are given without it (base/fold_case.h), as an event_filter does.
 bool matches_pattern(std::string_view text, std::string_view pattern);
 
 struct where_condition {
@@ -56,13 +57,14 @@ bool read_levels(std::string_view text, event_conditions& out);
 // "NAME=PATTERN", "NAME!=PATTERN".
 bool read_where(std::string_view text, event_conditions& out);
 // ISO 8601: a date, or a date and a time with `T` or a blank between them, followed by `Z`, an
-// offset or nothing, which means UTC. The FILETIME of its first tick, or of the last one that it
-// covers.
+// offset or nothing, which means UTC; a day with an offset is the day there. The FILETIME of its
+// first tick, or of the last one that it covers.
 std::optional<std::uint64_t> read_time(std::string_view text, bool last_tick);
 
+// Texts are compared in any case of the letters that base/fold_case.h knows.
 class event_filter {
  public:
-  explicit event_filter(const event_conditions& conditions) : conditions_(conditions) {}
+  explicit event_filter(const event_conditions& conditions);
   bool takes(const event_view& event);
 
  private:
@@ -78,9 +80,13 @@ class event_filter {
   bool contains_all(const event_view& event);
   bool text_matches(const event_view& event, std::uint32_t field, std::string_view pattern);
 
-  const event_conditions& conditions_;
+  // The text without case if it is not ASCII alone, whose case needs no care here.
+  std::string_view comparable(std::string_view text);
+
+  event_conditions conditions_;  // with their texts folded
   std::vector<known_shape> known_;
   std::string scratch_;
+  std::string folded_;
 };
 
 }  // namespace zanvik

@@ -49,6 +49,9 @@ TEST(event_conditions, times) {
       {"2024-03-09T10:00:05.12Z", "2024-03-09T10:00:05.1200000Z", "2024-03-09T10:00:05.1299999Z"},
       {"2024-03-09T00:30+01:00", "2024-03-08T23:30:00.0000000Z", "2024-03-08T23:30:59.9999999Z"},
       {"2024-03-09T00:30-0130", "2024-03-09T02:00:00.0000000Z", "2024-03-09T02:00:59.9999999Z"},
+      {"2024-03-09+01:00", "2024-03-08T23:00:00.0000000Z", "2024-03-09T22:59:59.9999999Z"},
+      {"2024-03-09Z", "2024-03-09T00:00:00.0000000Z", "2024-03-09T23:59:59.9999999Z"},
+      {"2024-03-09+", "", ""},
       {"2023-02-29", "", ""},
       {"2024-13-01", "", ""},
       {"2024-03-09T24:00", "", ""},
@@ -117,7 +120,8 @@ std::string taken_by(const std::function<bool(event_conditions&)>& set) {
       record(3, {.event_id = 1,
                  .provider = "Other",
                  .form = payload_form::user_data,
-                 .data = {{"Path", slot::utf16("C:\\Temp\\x.exe")}}}),
+                 .data = {{"Path", slot::utf16("C:\\Temp\\x.exe")},
+                          {"Owner", slot::utf16("J\xc3\x96RG M\xc3\x9cller")}}}),
   });
   filtering_sink sink(conditions);
   evtx_event_reader reader(sink);
@@ -166,6 +170,17 @@ TEST(event_conditions, each_takes_its_events) {
               return true;
             }),
             "3");
+  EXPECT_EQ(taken_by([](auto& c) { return read_where("Data=spool*", c); }), "2")
+      << "a datum without a name";
+  EXPECT_EQ(taken_by([](auto& c) { return read_where("param1=ALICE", c); }), "2");
+  EXPECT_EQ(taken_by([](auto& c) { return read_where("param2=*", c); }), "");
+  EXPECT_EQ(taken_by([](auto& c) {
+              c.contains = {"\xc3\xb6rg m\xc3\x9c"};
+              return true;
+            }),
+            "3")
+      << "letters beyond ASCII, in any case";
+  EXPECT_EQ(taken_by([](auto& c) { return read_where("Owner=j\xc3\xb6*\xc3\x9cL?ER", c); }), "3");
   EXPECT_EQ(taken_by([](auto& c) {
               c.from = c.to = default_filetime(2);
               return true;
