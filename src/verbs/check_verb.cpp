@@ -159,6 +159,7 @@ int run_check(int argc, char** argv) {
       ->type_name("FORM");
   app.add_option("-o,--output", options.output,
                  "write to this file, which gets its name when it is complete")
+      ->check(output_name_problem)
       ->type_name("FILE");
   app.add_flag("-q,--quiet", options.logs.quiet, "no progress line");
   app.add_flag("--chunks", options.table.chunks, "a row for each chunk in the table");

@@ -210,6 +210,7 @@ int run_export(int argc, char** argv) {
       ->type_name("FORM");
   app.add_option("-o,--output", options.output,
                  "write to this file, which gets its name when it is complete")
+      ->check(output_name_problem)
       ->type_name("FILE");
   app.add_flag("--raw-cells", options.form.raw_cells,
                "csv: do not mark cells that a spreadsheet would run as formulas");

@@ -39,6 +39,7 @@ void add_result_options(CLI::App& app, hunt_options& options) {
                "write copies of an event once, with their number; needs --format and --order time");
   app.add_option("-o,--output", options.output,
                  "write to this file, which appears when it is whole")
+      ->check(output_name_problem)
       ->type_name("FILE");
   app.add_flag("--raw-cells", options.form.raw_cells,
                "csv: leave cells as they are that a spreadsheet would run as a formula");

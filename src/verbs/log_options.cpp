@@ -170,6 +170,10 @@ int parse_verb(CLI::App& app, int argc, char** argv, bool& done) {
   return verb_bad_command;
 }
 
+std::string output_name_problem(const std::string& name) {
+  return name.empty() ? "an output has to have a name" : "";
+}
+
 void report_problem(const std::string& path, const std::string& what) {
   // Names and rules are anybody's text; a terminal gets no control characters of theirs.
   std::fprintf(stderr, "zanvik: %s\n", printable_name(path + ": " + what).c_str());

@@ -53,6 +53,9 @@ void add_log_options(CLI::App& app, log_options& options);
 // the run: `done` is set then.
 int parse_verb(CLI::App& app, int argc, char** argv, bool& done);
 
+// What is wrong with the name of a file to write, for CLI::Option::check; empty for nothing.
+std::string output_name_problem(const std::string& name);
+
 // One line on standard error.
 void report_problem(const std::string& path, const std::string& what);
 

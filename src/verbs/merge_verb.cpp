@@ -159,6 +159,7 @@ int run_merge(int argc, char** argv) {
       "zanvik merge");
   app.add_option("-o,--output", options.output,
                  "write to this file, which gets its name when it is complete")
+      ->check(output_name_problem)
       ->type_name("FILE");
   add_path_options(app, options, "results, or - for one on standard input");
   bool done = false;

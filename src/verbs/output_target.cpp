@@ -38,6 +38,7 @@ bool output_target::open(const std::string& path, std::string& problem) {
     const std::unique_ptr<char, void (*)(void*)> target(::realpath(path.c_str(), nullptr), ::free);
     if (target) path_ = target.get();
     open_beside();
+    if (there && descriptor_ >= 0) keep_rights(about);
   }
   if (descriptor_ < 0) problem = std::strerror(errno);
   return descriptor_ >= 0;
@@ -58,6 +59,15 @@ void output_target::open_beside() {
   if (unnamed_) return;
   descriptor_ = ::open(temporary_.c_str(), O_WRONLY | O_CLOEXEC | O_CREAT | O_EXCL, 0666);
   if (descriptor_ < 0) temporary_.clear();
+}
+
+// Who may read the old file may read the new one. Only root can give a file away; without its owner
+// it gets no right that the old one gave to owner or group alone.
+void output_target::keep_rights(const struct stat& old) {
+  constexpr mode_t all = S_IRWXU | S_IRWXG | S_IRWXO;
+  const bool owned = ::fchown(descriptor_, old.st_uid, old.st_gid) == 0;
+  const bool grouped = owned || ::fchown(descriptor_, static_cast<uid_t>(-1), old.st_gid) == 0;
+  (void)::fchmod(descriptor_, old.st_mode & (grouped ? all : all & ~mode_t{S_IRWXG}));
 }
 
 bool output_target::keep(std::string& problem, bool whole) {

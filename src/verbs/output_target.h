@@ -1,6 +1,8 @@
 // Where a verb's output goes: standard output, or a file that gets its name when it is complete.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <string>
 
 #include "events/event_view.h"
@@ -15,7 +17,8 @@ class output_target {
   ~output_target();
 
   // Opens the output: "" and "-" are standard output, anything else is a file, which is written
-  // under another name until `keep`. False, with `problem` set, if that is not possible.
+  // under another name until `keep`, and has the rights of the file whose name it gets. False, with
+  // `problem` set, if that is not possible.
   [[nodiscard]] bool open(const std::string& path, std::string& problem);
   int descriptor() const { return descriptor_; }
   // Gives the file its name, or one that says that it is not whole. Without this call, the file is
@@ -26,6 +29,7 @@ class output_target {
 
  private:
   void open_beside();
+  void keep_rights(const struct stat& old);
 
   int descriptor_ = 1;
   std::string path_;       // the name asked for

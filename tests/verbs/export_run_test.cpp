@@ -95,6 +95,9 @@ TEST(export_run, slack_shows_records_that_a_size_hides) {
   const auto run = run_zanvik({"export", "--slack", path});
   EXPECT_EQ(lines_seen(run.out), path + " 1; " + path + " 2; " + path + " 3; ");
   EXPECT_NE(run.out.find("text of 2"), std::string::npos);
+  const std::string csv = run_zanvik({"export", "--slack", "-f", "csv", path}).out;
+  EXPECT_NE(csv.find("text of 2; zanvik: slack\"\n"), std::string::npos) << csv;
+  EXPECT_EQ(csv.find("text of 1; zanvik"), std::string::npos) << csv;
 }
 
 // A log behind other bytes is nothing that export reads, and something that it carves.
@@ -137,8 +140,8 @@ TEST(export_run, what_cannot_be_read_is_counted_and_the_rest_is_written) {
        "1; 2; ", "1 chunk cannot be read"},
       {"all but the header is cut off", [](std::string& log) { log.resize(first_chunk); }, 1, "",
        "no chunk"},
-      {"a chunk of zeros behind the last",
-       [](std::string& log) { log.append(65536, '\0'); }, 0, "1; 2; 3; ", ""},
+      {"a chunk of zeros behind the last", [](std::string& log) { log.append(65536, '\0'); }, 0,
+       "1; 2; 3; ", ""},
   };
   const scratch_dir scratch;
   for (const damage_row& row : rows) {
@@ -233,6 +236,7 @@ TEST(export_run, statuses) {
       {{"export", "-o", log, scratch.path(".")}, 2, "is one of the files"},
       {{"export", "--from-list", list, "-o", list}, 2, "is one of the files"},
       {{"export", "-o", scratch.path("none/x"), log}, 1, "No such file"},
+      {{"export", "-o", "", log}, 2, "has to have a name"},
   };
   for (const status_row& row : rows) {
     const auto run = run_zanvik(row.args);
@@ -267,6 +271,25 @@ TEST(export_run, a_link_stays_and_its_target_is_replaced) {
   EXPECT_EQ(run_zanvik({"export", "-o", link, log}).status, 0);
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(lines_seen(file_text(target)), log + " 1; ");
+}
+
+TEST(export_run, a_file_keeps_the_rights_of_the_one_it_replaces) {
+  const scratch_dir scratch;
+  const std::string log = scratch.write("a.evtx", small_log(1));
+  const auto rights_of = [](const std::string& path) {
+    struct stat about {};
+    return ::stat(path.c_str(), &about) == 0 ? about.st_mode & 07777 : 0;
+  };
+  const std::string old = scratch.write("old.jsonl", "old");
+  for (const mode_t rights : {0600u, 0664u}) {
+    ASSERT_EQ(::chmod(old.c_str(), rights), 0);
+    EXPECT_EQ(run_zanvik({"export", "-o", old, log}).status, 0);
+    EXPECT_EQ(rights_of(old), rights);
+  }
+  const mode_t before = ::umask(027);
+  EXPECT_EQ(run_zanvik({"export", "-o", scratch.path("new.jsonl"), log}).status, 0);
+  ::umask(before);
+  EXPECT_EQ(rights_of(scratch.path("new.jsonl")), 0640u);
 }
 
 TEST(export_run, a_problem_is_one_line_whatever_the_path) {
