@@ -152,10 +152,10 @@ TEST(page, policy_names_the_script_and_the_style_by_hash) {
     EXPECT_NE(line.find(part), std::string_view::npos) << part;
   }
   EXPECT_EQ(line.find("unsafe"), std::string_view::npos);
-  const std::size_t script = line.find("script-src 'sha256-") + 19;
-  EXPECT_EQ(hex_of_base64(line.substr(script, 44)), page_files::script_sha256);
-  const std::size_t style = line.find("style-src 'sha256-") + 18;
-  EXPECT_EQ(hex_of_base64(line.substr(style, 44)), page_files::style_sha256);
+  const std::size_t script_hash = line.find("script-src 'sha256-") + 19;
+  EXPECT_EQ(hex_of_base64(line.substr(script_hash, 44)), page_files::script_sha256);
+  const std::size_t style_hash = line.find("style-src 'sha256-") + 18;
+  EXPECT_EQ(hex_of_base64(line.substr(style_hash, 44)), page_files::style_sha256);
   // What is hashed is what stands between the tags.
   EXPECT_NE(html.find("<script>" + std::string(page_files::script) + "</script>"),
             std::string::npos);
