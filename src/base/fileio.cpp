@@ -161,23 +161,34 @@ bool fileio::walk_blocks(std::uint64_t block_size, std::uint64_t start_offset,
   const std::span<std::byte> buffer = memory.bytes();
   if (buffer.empty()) return false;
   if (size_ - start_offset > buffer.size()) ::posix_fadvise(fd_, 0, 0, POSIX_FADV_SEQUENTIAL);
-  std::uint64_t offset = start_offset;
-  while (offset < size_) {
-    // A block that is only a hole contains no record, and there may be any number of them.
-    const std::uint64_t hole = may_have_holes_ ? next_data(fd_, offset, size_).begin - offset : 0;
-    offset += hole - hole % buffer.size();
-    if (offset >= size_) break;
-    const auto length =
-        static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), size_ - offset));
-    const std::span<std::byte> block = buffer.first(length);
+  for (auto next = next_block(buffer.size(), start_offset); next;
+       next = next_block(buffer.size(), next->offset + next->size)) {
+    const std::span<std::byte> bytes = buffer.first(next->size);
     std::size_t count = 0;
-    const bool fresh = memory.zeroed() && offset == start_offset;
-    const read_end end = fresh ? read_extents(block, count, offset) : read_at(block, count, offset);
-    if (count > 0 && !callback(block.first(count), offset)) return false;
+    const bool fresh = memory.zeroed() && next->offset == start_offset;
+    const read_end end =
+        fresh ? read_extents(bytes, count, next->offset) : read_at(bytes, count, next->offset);
+    if (count > 0 && !callback(bytes.first(count), next->offset)) return false;
     if (end == read_end::end_of_file) break;
-    offset += length;
   }
   return true;
+}
+
+std::optional<fileio::block> fileio::next_block(std::size_t block_size,
+                                                std::uint64_t offset) const {
+  if (!is_open() || offset >= size_ || block_size == 0) return std::nullopt;
+  // A block that is only a hole contains no record, and there may be any number of them.
+  const std::uint64_t hole = may_have_holes_ ? next_data(fd_, offset, size_).begin - offset : 0;
+  offset += hole - hole % block_size;
+  if (offset >= size_) return std::nullopt;
+  return block{offset,
+               static_cast<std::size_t>(std::min<std::uint64_t>(block_size, size_ - offset))};
+}
+
+std::size_t fileio::read_block(std::span<std::byte> buffer, std::uint64_t offset) const {
+  std::size_t count = 0;
+  (void)read_at(buffer, count, offset);
+  return count;
 }
 
 bool read_file_head(std::vector<std::byte>& buffer, std::string_view path, std::size_t limit) {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -58,6 +59,16 @@ class fileio {
   // `start_offset`, if memory for a block runs out, or if the callback returned false.
   [[nodiscard]] bool walk_blocks(std::uint64_t block_size, std::uint64_t start_offset,
                                  const block_callback& callback);
+
+  // A block of such a walk. Reading it may lead to fewer bytes, or none.
+  struct block {
+    std::uint64_t offset = 0;
+    std::size_t size = 0;
+  };
+  // The first block of this size at `offset` or behind a hole there; nothing at the end.
+  [[nodiscard]] std::optional<block> next_block(std::size_t block_size, std::uint64_t offset) const;
+  // Reads a block, for any thread; returns the bytes read.
+  std::size_t read_block(std::span<std::byte> buffer, std::uint64_t offset) const;
 
  private:
   enum class read_end { full, end_of_file, error };

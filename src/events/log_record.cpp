@@ -4,33 +4,10 @@
 #include <functional>
 #include <new>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 
-#include "base/hash_mix.h"
-#include "base/limits.h"
-#include "base/unique_number.h"
-
 namespace zanvik {
-namespace {
-
-std::size_t shape_hash(const record_shape& shape) {
-  std::size_t hash = shape.columns.size();
-  for (const shape_column& column : shape.columns) {
-    hash = mix_hash(hash, column.name);
-    if (column.literal) hash = mix_hash(hash, column.text);
-  }
-  return hash;
-}
-
-std::size_t repeated_bytes(const record_shape& shape) {
-  std::size_t bytes = repeated_column_bytes * shape.columns.size();
-  for (const shape_column& column : shape.columns) {
-    bytes += column.name.size() + column.text.size();
-  }
-  return bytes;
-}
-
-}  // namespace
 
 column_map columns_of(const LogRecord& record) {
   column_map columns;
@@ -42,7 +19,27 @@ column_map columns_of(const LogRecord& record) {
   return columns;
 }
 
-record_container::record_container() : contents_id_(unique_number()) {}
+namespace {
+
+bool is_earlier(const LogRecord* a, const LogRecord* b) { return a->time < b->time; }
+
+// Equal times keep their order.
+void sort_by_time(std::span<LogRecord* const> records, std::vector<LogRecord*>& sorted) {
+  // The times are beside the records while these are sorted, because looking each one up costs
+  // more.
+  std::vector<std::pair<std::uint64_t, LogRecord*>> timed;
+  timed.reserve(records.size());
+  for (LogRecord* record : records) timed.emplace_back(record->time, record);
+  std::stable_sort(timed.begin(), timed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  sorted.clear();
+  sorted.reserve(timed.size());
+  for (const auto& [time, record] : timed) sorted.push_back(record);
+}
+
+}  // namespace
+
+record_container::record_container() : shared_(std::make_shared<shared_parts>()) {}
 
 void record_container::add(const LogRecord& record) {
   static_assert(std::is_trivially_destructible_v<LogRecord> &&
@@ -50,90 +47,96 @@ void record_container::add(const LogRecord& record) {
   char* const place = record_arena_.reserve(sizeof(LogRecord));
   LogRecord& added = *::new (place) LogRecord(record);
   record_arena_.keep(sizeof(LogRecord));
-  records_.push_back(&added);
+  add_in_place(&added);
   if (!added.provider) added.provider = intern_text({});
   if (!added.description) added.description = intern_text({});
   if (!added.shape) added.shape = intern_shape({});
 }
 
+void record_container::add_in_place(LogRecord* record) {
+  in_order_ = in_order_ && (records_.empty() || !is_earlier(record, records_.back()));
+  records_.push_back(record);
+}
+
+void record_container::add(record_batch batch) {
+  if (batch.records.empty()) return;
+  if (batch.shared != shared_) use_own_parts(batch);
+  const auto added = static_cast<std::ptrdiff_t>(batch.records.size());
+  records_.insert(records_.end(), batch.records.begin(), batch.records.end());
+  if (in_order_) {
+    // Those that belong before records of earlier batches: few, or all are sorted in the end.
+    const auto middle = records_.end() - added;
+    const auto first = std::upper_bound(records_.begin(), middle, *middle, is_earlier);
+    in_order_ = middle - first <= 4 * added;
+    if (in_order_ && first != middle) {
+      std::inplace_merge(first, middle, records_.end(), is_earlier);
+    }
+  }
+  for (record_arena::held_memory& memory : batch.memory) {
+    // The last piece of a batch is often the first of the next one of its thread.
+    batch_memory_.push_back(std::move(memory));
+  }
+}
+
+void record_container::use_own_parts(record_batch& batch) {
+  std::unordered_map<const void*, const void*> known;
+  const auto own = [&](const auto*& part, const auto& intern) {
+    const void*& found = known[part];
+    if (!found) found = intern(*part);
+    part = static_cast<std::remove_reference_t<decltype(part)>>(found);
+  };
+  const auto text = [this](const std::string& old) { return intern_text(old); };
+  const auto shape = [this](const record_shape& old) { return intern_shape(old); };
+  for (LogRecord* record : batch.records) {
+    own(record->provider, text);
+    own(record->description, text);
+    own(record->shape, shape);
+  }
+}
+
+record_batch record_container::take() {
+  record_batch batch;
+  if (!in_order_) {
+    sort_by_time(records_, batch.records);
+    records_.clear();
+  } else {
+    batch.records.swap(records_);
+  }
+  in_order_ = true;
+  batch.shared = shared_;
+  if (batch.records.empty()) return batch;
+  arena_.share(batch.memory);
+  record_arena_.share(batch.memory);
+  return batch;
+}
+
 std::span<const LogRecord* const> record_container::in_time_order() {
-  const auto earlier = [](const LogRecord* a, const LogRecord* b) { return a->time < b->time; };
-  // Logs are usually in order already.
-  if (std::is_sorted(records_.begin(), records_.end(), earlier)) return records_;
-  // The times are beside the records while these are sorted, because looking each one up costs
-  // more.
-  std::vector<std::pair<std::uint64_t, const LogRecord*>> timed;
-  timed.reserve(records_.size());
-  for (const LogRecord* record : records_) timed.emplace_back(record->time, record);
-  std::stable_sort(timed.begin(), timed.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
-  ordered_.clear();
-  ordered_.reserve(timed.size());
-  for (const auto& [time, record] : timed) ordered_.push_back(record);
+  if (in_order_) return records_;  // as logs usually are
+  if (ordered_.size() != records_.size()) sort_by_time(records_, ordered_);
   return ordered_;
 }
 
 void record_container::clear() {
-  records_.clear();
-  ordered_.clear();
-  texts_.clear();
-  shapes_.clear();
-  shared_bytes_ = 0;
-  arena_.clear();
-  record_arena_.clear();
-  contents_id_ = unique_number();
+  forget_shared();
+  clear_records();
+}
+
+void record_container::forget_shared() {
+  if (shared_.use_count() == 1) {
+    shared_->clear();
+  } else {
+    shared_ = std::make_shared<shared_parts>();
+  }
 }
 
 void record_container::clear_records() {
-  if (texts_.size() + shapes_.size() > limits::shared_by_records ||
-      shared_bytes_ > limits::shared_by_records_bytes) {
-    return clear();
-  }
+  if (shared_->is_full()) forget_shared();
   records_.clear();
   ordered_.clear();
+  in_order_ = true;
   arena_.clear();
   record_arena_.clear();
-}
-
-const std::string* record_container::intern_text(std::string_view text) {
-  const auto found = texts_.find(text);
-  if (found != texts_.end()) return found->second.get();
-  auto owned = std::make_unique<std::string>(text);
-  const std::string* result = owned.get();
-  texts_.emplace(*result, std::move(owned));
-  shared_bytes_ += text.size();
-  return result;
-}
-
-const record_shape* record_container::intern_names(std::span<const std::string_view> names) {
-  std::size_t hash = names.size();
-  for (const std::string_view name : names) hash = mix_hash(hash, name);
-  const auto same = [](const shape_column& column, std::string_view name) {
-    return !column.literal && column.name == name;
-  };
-  const auto [first, last] = shapes_.equal_range(hash);
-  for (auto it = first; it != last; ++it) {
-    const std::vector<shape_column>& columns = it->second->columns;
-    if (std::equal(columns.begin(), columns.end(), names.begin(), names.end(), same)) {
-      return it->second.get();
-    }
-  }
-  record_shape shape;
-  for (const std::string_view name : names) shape.columns.push_back({std::string(name), false, {}});
-  shape.value_count = names.size();
-  return intern_shape(std::move(shape));
-}
-
-const record_shape* record_container::intern_shape(record_shape shape) {
-  const std::size_t hash = shape_hash(shape);
-  const auto [first, last] = shapes_.equal_range(hash);
-  for (auto it = first; it != last; ++it) {
-    if (it->second->columns == shape.columns) return it->second.get();
-  }
-  shape.id = unique_number();
-  shape.repeated_bytes = repeated_bytes(shape);
-  shared_bytes_ += shape.columns.size() * sizeof(shape_column) + shape.repeated_bytes;
-  return shapes_.emplace(hash, std::make_unique<record_shape>(std::move(shape)))->second.get();
+  batch_memory_.clear();
 }
 
 }  // namespace zanvik

@@ -15,38 +15,15 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include "base/hash_mix.h"
 #include "base/limits.h"
 #include "events/record_arena.h"
+#include "events/shared_parts.h"
 #include "events/value_block.h"
 
 namespace zanvik {
-
-// One column of a record: its name, and its value if that is the same for all records.
-struct shape_column {
-  std::string name;
-  bool literal = false;  // `text` is the value; otherwise it is the next cell of the block
-  std::string text;
-
-  bool operator==(const shape_column&) const = default;
-};
-
-// The cost of a column where it is repeated, besides its name and its literal: its separators, and
-// its place in a shape.
-inline constexpr std::size_t repeated_column_bytes = 16;
-
-// The columns of a record, in byte order of their names, each name once. The record's block has one
-// cell for each column that is not a literal, in the same order.
-struct record_shape {
-  std::vector<shape_column> columns;
-  std::size_t value_count = 0;     // columns that are not literals
-  // Set by the container.
-  std::size_t repeated_bytes = 0;  // of each of its records
-  std::uint64_t id = 0;            // a unique number
-};
 
 // Bits of `LogRecord::flags`.
 enum record_flag : std::uint32_t {
@@ -79,6 +56,13 @@ struct LogRecord {
 using column_map = std::map<std::string, std::string>;
 column_map columns_of(const LogRecord& record);
 
+// Records of a part of a log with all they point to, made on any thread.
+struct record_batch {
+  std::vector<LogRecord*> records;  // by ascending time
+  std::vector<record_arena::held_memory> memory;
+  std::shared_ptr<shared_parts> shared;
+};
+
 // The selected records of a run. It behaves like an ordered multimap from time to record (equal
 // times in order of insertion), but is a vector that is sorted when needed.
 class record_container {
@@ -92,6 +76,8 @@ class record_container {
 
   // Adds a copy. Null strings and a null shape become empty ones of this container.
   void add(const LogRecord& record);
+  // Adds records that share their parts with this container, or did before `renew_shared`.
+  void add(record_batch batch);
 
   // The record added last; there is one.
   const LogRecord& last() const { return *records_.back(); }
@@ -107,21 +93,29 @@ class record_container {
   void clear_records();
   // A unique number, another one after each `clear`: caches of what points to shapes or strings
   // belong to it.
-  std::uint64_t contents_id() const { return contents_id_; }
+  std::uint64_t contents_id() const { return shared_->id(); }
+
+  // From now on shapes and strings are those of `other`, so records of both can be compared. There
+  // are no records.
+  void share_with(const record_container& other) { shared_ = other.shared_; }
+  // The records for another container that shares with this one, which has none afterwards.
+  record_batch take();
 
   // The container's own copy of a text or a shape; equal ones are one object, so they can be
   // compared by address.
-  const std::string* intern_text(std::string_view text);
-  const record_shape* intern_shape(record_shape shape);
+  const std::string* intern_text(std::string_view text) { return shared_->text(text); }
+  const record_shape* intern_shape(record_shape shape) { return shared_->shape(std::move(shape)); }
   // The same for a shape without literals: the names of its columns, in order.
-  const record_shape* intern_names(std::span<const std::string_view> names);
+  const record_shape* intern_names(std::span<const std::string_view> names) {
+    return shared_->names(names);
+  }
   record_arena& arena() { return arena_; }
 
-  // What records repeat of their templates is counted and compared with the size of their log, as
-  // far as it has been read. Without a log there is no limit.
-  void start_log() { repeats_left_ = limits::repeated_bytes_at_least; }
-  void add_log_bytes(std::uint64_t bytes) {
-    repeats_left_ += limits::repeated_bytes_per_byte * static_cast<std::int64_t>(bytes);
+  // What records repeat of their templates is counted for each block of a log and compared with its
+  // size. Before the first block there is no limit.
+  void start_block(std::uint64_t bytes) {
+    repeats_left_ = limits::repeated_bytes_at_least +
+                    limits::repeated_bytes_per_byte * static_cast<std::int64_t>(bytes);
   }
   bool can_repeat(std::size_t bytes) const {
     return static_cast<std::int64_t>(bytes) <= repeats_left_;
@@ -134,15 +128,17 @@ class record_container {
   }
 
  private:
-  std::vector<const LogRecord*> records_;
-  std::vector<const LogRecord*> ordered_;
-  std::unordered_map<std::string, std::unique_ptr<std::string>, keyed_text_hash, std::equal_to<>>
-      texts_;
-  std::unordered_multimap<std::size_t, std::unique_ptr<record_shape>> shapes_;
-  std::size_t shared_bytes_ = 0;  // of the texts and of what shapes hold
-  record_arena arena_;            // of the blocks
-  record_arena record_arena_;     // of the records
-  std::uint64_t contents_id_;
+  void add_in_place(LogRecord* record);
+  void forget_shared();
+  void use_own_parts(record_batch& batch);
+
+  std::vector<LogRecord*> records_;
+  bool in_order_ = true;  // by time
+  std::vector<LogRecord*> ordered_;
+  std::shared_ptr<shared_parts> shared_;
+  record_arena arena_;         // of the blocks
+  record_arena record_arena_;  // of the records
+  std::vector<record_arena::held_memory> batch_memory_;
   std::int64_t repeats_left_ = std::numeric_limits<std::int64_t>::max() / 2;
 };
 

@@ -18,9 +18,16 @@ std::size_t whole_pages(std::size_t bytes) { return (bytes + large_page - 1) & ~
 }  // namespace
 
 void record_arena::clear() {
-  if (!pieces_.empty()) pieces_.resize(1);
-  next_ = pieces_.empty() ? nullptr : pieces_.front().get();
-  room_ = pieces_.empty() ? 0 : first_bytes_;
+  // Memory that others hold is theirs.
+  const bool keeps = !pieces_.empty() && pieces_.front().memory.use_count() == 1;
+  pieces_.resize(keeps ? 1 : 0);
+  next_ = keeps ? pieces_.front().memory.get() : nullptr;
+  room_ = keeps ? pieces_.front().room : 0;
+}
+
+void record_arena::share(std::vector<held_memory>& memory) {
+  for (const piece& shared : pieces_) memory.push_back(shared.memory);
+  if (pieces_.size() > 1) pieces_.erase(pieces_.begin(), pieces_.end() - 1);
 }
 
 void record_arena::grow(std::size_t bytes) {
@@ -28,12 +35,12 @@ void record_arena::grow(std::size_t bytes) {
   const std::size_t size = tight_buffers ? bytes + slack
                            : small       ? first_piece
                                          : whole_pages(std::max(bytes + slack, later_piece));
-  piece added(static_cast<char*>(small ? std::malloc(size) : std::aligned_alloc(large_page, size)));
+  char* const added =
+      static_cast<char*>(small ? std::malloc(size) : std::aligned_alloc(large_page, size));
   if (!added) throw std::bad_alloc();
-  if (!small) (void)::madvise(added.get(), size, MADV_HUGEPAGE);  // only a hint
-  pieces_.push_back(std::move(added));
-  if (pieces_.size() == 1) first_bytes_ = size - slack;
-  next_ = pieces_.back().get();
+  if (!small) (void)::madvise(added, size, MADV_HUGEPAGE);  // only a hint
+  pieces_.push_back({held_memory(added, [](char* memory) { std::free(memory); }), size - slack});
+  next_ = added;
   room_ = size - slack;
 }
 

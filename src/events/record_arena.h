@@ -38,11 +38,17 @@ class record_arena {
   // Keeps nothing except the memory that the next log certainly needs.
   void clear();
 
+  // Memory that lives as long as somebody holds it.
+  using held_memory = std::shared_ptr<char>;
+  // Adds the memory of everything kept since the last call to `memory`. What is still free of it is
+  // used for what is kept next.
+  void share(std::vector<held_memory>& memory);
+
  private:
-  struct release {
-    void operator()(char* memory) const { std::free(memory); }
+  struct piece {
+    held_memory memory;
+    std::size_t room = 0;
   };
-  using piece = std::unique_ptr<char, release>;
 
   void grow(std::size_t bytes);
   void move_along(std::size_t used, std::size_t bytes);
@@ -50,7 +56,6 @@ class record_arena {
   std::vector<piece> pieces_;
   char* next_ = nullptr;
   std::size_t room_ = 0;
-  std::size_t first_bytes_ = 0;  // room of the first piece
 };
 
 }  // namespace zanvik

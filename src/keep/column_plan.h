@@ -27,8 +27,9 @@ struct column_plan {
   std::ptrdiff_t provider_slot = -1;      // -1 if no slot gives it
   std::ptrdiff_t level_value = -1;        // index in `values` of the column "Level"
   std::uint32_t level = 0;                // if that column is a literal
-  bool reusable = true;  // false: valid for this record only, because a value decided it
-  bool selects = true;   // false: such a record has none of the named fields
+  bool reusable = true;          // false: valid for this record only, because a value decided it
+  bool selects = true;           // false: such a record has none of the named fields
+  std::size_t layout_bytes = 0;  // that its layout may repeat; set by the keeper
   cell_form form = cell_form::all_data;  // of all values, including the provider's
 };
 

@@ -173,10 +173,13 @@ LogRecord record_keeper::head_of(const record_fields& record) {
 const column_plan& record_keeper::plan_for(const record_fields& record) {
   plans_.use_with(records_);
   const column_plan* plan = plans_.find(record.layout->id);
-  // Before it takes memory: a shape repeats its layout at most.
-  if (!plan && !records_.can_repeat(repeated_bytes(*record.layout))) return bare_plan_for(record);
+  // Before it takes memory: a shape repeats its layout at most. The same for a plan that is there,
+  // or the result would depend on the records before.
+  const std::size_t most = plan ? plan->layout_bytes : repeated_bytes(*record.layout);
+  if (!records_.can_repeat(most)) return bare_plan_for(record);
   if (!plan) {
     column_plan made = make_plan(record, records_);
+    made.layout_bytes = most;
     plan = made.reusable ? &plans_.add(record.layout->id, std::move(made))
                          : &(own_plan_ = std::move(made));
   }

@@ -8,6 +8,8 @@
 //   timeline_writer.h the timelines, by the plans of timeline_fields.h; their headers and inodes in
 //                     timeline_text.h
 //   cell_text.h       the texts of single cells; path_alias.h has a log's path, time_cells.h a time
+//   grouping.h        which records make a table
+//   threaded_rows.h   the same tables and timelines by several threads, on row_jobs.h
 //   row_buffer.h      where rows are built; short_copy.h and prefetch.h make that fast
 //   write_context.h   what writers need besides the records and the format
 //
@@ -22,6 +24,7 @@
 #include "options/output_format.h"
 #include "output/tables/table_cache.h"
 #include "output/write_context.h"
+#include "pipeline/ordered_work.h"
 
 namespace zanvik {
 
@@ -34,9 +37,10 @@ struct output_memory {
 
 // Writes the records of the container, by time within their groups, in the form that `format`
 // selects; all bytes have reached `out` on return. An empty container writes nothing, not even a
-// header.
+// header. With `threads`, which have no other job, they make the rows; the same bytes.
 void write_records(std::ostream& out, record_container& records, const output_format& format,
-                   const write_context& context, output_memory& memory);
+                   const write_context& context, output_memory& memory,
+                   ordered_work* threads = nullptr);
 
 // Writes one table for each group of equal event ID and provider, in order of ID and then of the
 // provider's bytes. `records` are in time order and stay so within a group.

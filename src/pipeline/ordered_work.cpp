@@ -22,8 +22,9 @@ bool ordered_job::has_turn() const {
   return owner_->first_number_ == number_;
 }
 
-ordered_work::ordered_work(unsigned threads) {
+ordered_work::ordered_work(unsigned threads, std::size_t waiting_jobs) {
   if (threads < 2) return;
+  most_waiting_ = waiting_jobs * threads;
   threads_.reserve(threads);
   sigset_t all, before;  // a new thread has the mask of the one that makes it
   ::sigfillset(&all);
@@ -51,7 +52,11 @@ void ordered_work::add(std::unique_ptr<ordered_job> job) {
     return;
   }
   lock held(mutex_);
-  for_caller_.wait(held, [this] { return jobs_.size() - started_ < threads_.size() || error_; });
+  if (jobs_.size() - started_ >= most_waiting_) {
+    // Until half of them have started, so that it waits less often.
+    for_caller_.wait(held,
+                     [this] { return jobs_.size() - started_ <= most_waiting_ / 2 || error_; });
+  }
   if (error_) return;
   job->owner_ = this;
   job->number_ = first_number_ + jobs_.size();
@@ -81,7 +86,7 @@ void ordered_work::run(std::size_t thread) {
     if (ending_) return;
     ordered_job& job = *jobs_[started_++];
     job.state_ = ordered_job::state::working;
-    for_caller_.notify_one();
+    if (jobs_.size() - started_ == most_waiting_ / 2) for_caller_.notify_one();
     held.unlock();
     std::exception_ptr error;
     try {

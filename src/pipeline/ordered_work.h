@@ -55,8 +55,10 @@ class ordered_job {
 
 class ordered_work {
  public:
-  // `threads`: at least 1. There may be fewer, if the system has no more.
-  explicit ordered_work(unsigned threads);
+  // `threads`: at least 1. There may be fewer, if the system has no more. So many jobs for each of
+  // them may wait: more of them if they hold little, since each time that `add` waits costs as much
+  // as a small job.
+  explicit ordered_work(unsigned threads, std::size_t waiting_jobs = 1);
   ordered_work(const ordered_work&) = delete;
   ordered_work& operator=(const ordered_work&) = delete;
   // Drops the jobs that have not started and waits for the others.
@@ -83,10 +85,29 @@ class ordered_work {
   std::deque<std::unique_ptr<ordered_job>> jobs_;  // those not committed, in order
   std::uint64_t first_number_ = 0;                 // of jobs_.front()
   std::size_t started_ = 0;                        // of `jobs_`, from the front
+  std::size_t most_waiting_ = 0;                   // jobs that have not started
   std::uint64_t waiting_bytes_ = 0;                // of results
   bool committing_ = false, ending_ = false;
   std::exception_ptr error_;
   std::vector<std::thread> threads_;
+};
+
+// Waits at the end of its scope until no job is left that refers to what is in the scope. Errors
+// are those of `finish`, which comes before it.
+class finished_work {
+ public:
+  explicit finished_work(ordered_work& work) : work_(work) {}
+  finished_work(const finished_work&) = delete;
+  finished_work& operator=(const finished_work&) = delete;
+  ~finished_work() {
+    try {
+      work_.finish();
+    } catch (...) {  // an exception is on its way already
+    }
+  }
+
+ private:
+  ordered_work& work_;
 };
 
 }  // namespace zanvik

@@ -1,20 +1,24 @@
 #include "run/command_run.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
+#include <memory>
+#include <new>
 #include <optional>
+#include <utility>
 #include <vector>
 
+#include "base/block_memory.h"
 #include "base/console.h"
 #include "base/fileio.h"
 #include "evt/evt.h"
 #include "evtx/evtx.h"
-#include "keep/keeping_sink.h"
 #include "output/write_records.h"
+#include "pipeline/ordered_work.h"
 #include "run/log_progress.h"
-#include "select/evt_selector.h"
-#include "select/evtx_selector.h"
-#include "stats/counting_sinks.h"
+#include "run/log_reading.h"
+#include "run/log_threads.h"
 
 namespace zanvik {
 namespace {
@@ -23,8 +27,8 @@ namespace {
 constexpr std::uint64_t large_log_bytes = 0x10000000;
 constexpr std::size_t large_log_flush = 200000;
 
-// The size of a legacy log is 32 bits: one of just 4 GiB has the size 0 and yields nothing. Meant.
-constexpr std::uint64_t evt_bytes_end = std::uint64_t{1} << 32;
+// A log of more blocks is read by several threads, if the run has them.
+constexpr std::uint64_t blocks_for_threads = 2;
 
 // Whether a file with these first eight bytes may have records: an .evtx file or only its chunks,
 // or a legacy log, whose header may have any size.
@@ -37,24 +41,20 @@ bool may_hold_records(std::uint64_t head) {
 class log_walk {
  public:
   log_walk(const command_refs& commands, log_run& run)
-      : run_(run),
+      : commands_(commands),
+        run_(run),
         options_(run.options),
-        keeping_(commands, run.records, run.plans),
-        combinations_(run.statistics, commands, run.records, keeping_),
-        selector_(commands, selection()),
-        evt_selector_(commands, selection()),
-        counter_(run.statistics, run.log.channel, selector_, evt_selector_),
         progress_(options_, run.log.path),
-        settings_{options_.inc_slack, run.is_part ? nullptr : progress_.if_wanted(),
-                  options_.reading},
+        reading_(commands, run, run.log, run.is_part ? nullptr : progress_.if_wanted()),
         hist_count_(static_cast<std::size_t>(
             std::count_if(commands.begin(), commands.end(),
                           [](const ReportCommand* command) { return command->has_hist; }))) {
-    run_.records.start_log();
     run_.records.clear_records();  // of a log that an exception ended
     run_.plans.drop_if_full();
     if (run_.timeline) run_.timeline->start_log();
   }
+  log_walk(const log_walk&) = delete;
+  log_walk& operator=(const log_walk&) = delete;
 
   // Returns whether the log was walked to its end.
   bool walk_log(const std::string& path) {
@@ -67,8 +67,7 @@ class log_walk {
     const auto head = read_head(log);
     if (!head) return pass_over(path);
     const bool is_evtx = is_evtx_ = head == evtx_layout::file_signature;
-    init_statistics(run_.statistics, path, "", is_evtx, hist_count_, options_.format.date_format,
-                    options_.format.time_format);
+    reset_statistics(run_.statistics, path);
     if (!may_hold_records(*head)) return !pass_over(path);  // not read whole
     const std::uint64_t first_offset = is_evtx ? evtx_layout::file_header_bytes : 0;
     std::uint64_t block_bytes = is_evtx ? evtx_layout::block_bytes : size;
@@ -80,10 +79,7 @@ class log_walk {
   }
 
  private:
-  // Where selected records go: statistics count them on their way.
-  selection_sink& selection() {
-    return run_.counts ? combinations_ : static_cast<selection_sink&>(keeping_);
-  }
+  class block_job;
 
   // The first eight bytes, 0 if the file is shorter; nothing if the log cannot be read.
   std::optional<std::uint64_t> read_head(uni::fileio& log) {
@@ -109,6 +105,9 @@ class log_walk {
       walk_block(all.subspan(first_offset), first_offset);
       return true;
     }
+    if (run_.jobs && is_evtx_ && log.get_size() > blocks_for_threads * block_bytes) {
+      return walk_by_threads(log, block_bytes, first_offset);
+    }
     return log.walk_blocks(block_bytes, first_offset,
                            [this](std::span<std::byte> block, std::uint64_t offset) {
                              walk_block(block, offset);
@@ -117,20 +116,26 @@ class log_walk {
   }
 
   void walk_block(std::span<std::byte> block, std::uint64_t offset) {
-    run_.records.add_log_bytes(block.size());
-    record_sink& sink = run_.counts ? counter_ : static_cast<record_sink&>(selector_);
-    const auto result = walk_evtx_block(block, offset, run_.reader, sink, settings_);
-    if (is_evtx_ && result != walk_result::walked) {
-      run_.strict.add(run_.log.path + ": the block at " + std::to_string(offset) +
-                      " starts with no whole chunk and is not read");
-    }
-    if (result == walk_result::not_evtx && block.size() < evt_bytes_end) {
-      walk_evt_log(block, run_.counts ? counter_ : static_cast<evt_sink&>(evt_selector_));
-    }
+    note_result(reading_.read(block, offset), offset);
     if (run_.records.size() < flush_limit_) return;
     write_results();
     if (!run_.timeline) run_.results << '\n';
   }
+
+  void note_result(walk_result result, std::uint64_t offset) {
+    if (!is_evtx_ || result == walk_result::walked) return;
+    run_.strict.add(run_.log.path + ": the block at " + std::to_string(offset) +
+                    " starts with no whole chunk and is not read");
+  }
+
+  void reset_statistics(LogStatistics& statistics, const std::string& path) const {
+    init_statistics(statistics, path, "", is_evtx_, hist_count_, options_.format.date_format,
+                    options_.format.time_format);
+  }
+
+  bool walk_by_threads(uni::fileio& log, std::uint64_t block_bytes, std::uint64_t first_offset);
+  void add_records(record_batch batch);
+  void write_full_parts();
 
   void write_results() {
     // Results and status may share a terminal: neither may end up in a line of the other.
@@ -147,25 +152,128 @@ class log_walk {
     if (run_.timeline) {
       run_.timeline->add(run_.records.in_time_order(), context);
     } else {
-      write_records(run_.results, run_.records, options_.format, context, run_.written);
+      write_records(run_.results, run_.records, options_.format, context, run_.written,
+                    run_.jobs ? &run_.jobs->work() : nullptr);
     }
     if (on_terminal) run_.results.flush();
     run_.records.clear_records();
   }
 
+  const command_refs& commands_;
   log_run& run_;
   const evt_output_options& options_;
-  keeping_sink keeping_;
-  combination_counter combinations_;
-  evtx_selector selector_;
-  evt_selector evt_selector_;
-  record_counter counter_;
   log_progress progress_;
-  walk_settings settings_;
+  log_reading reading_;
   bool is_evtx_ = false;
   std::size_t hist_count_;  // commands that count combinations of fields
   std::size_t flush_limit_ = std::numeric_limits<std::size_t>::max();
+
+  // Only with several threads. Records past the flush limit wait until those before are written.
+  std::atomic<bool> full_ = false;
+  std::vector<record_batch> waiting_;
 };
+
+// Several threads: what one of them has for the blocks that it reads.
+struct block_reading {
+  block_reading(const command_refs& commands, log_run& part, const log_source& log,
+                std::uint64_t block_bytes)
+      : run(part), memory(block_bytes), reading(commands, part, log, nullptr) {}
+  log_run& run;
+  uni::block_memory memory;
+  log_reading reading;
+};
+
+// A block of a log, read by a thread; its records join those of the log in their order.
+class log_walk::block_job : public ordered_job {
+ public:
+  struct shared {
+    log_walk& walk;
+    const uni::fileio& log;
+    std::uint64_t block_bytes;
+    std::vector<std::unique_ptr<block_reading>> readings;  // by thread, made when needed
+  };
+
+  block_job(shared& of, uni::fileio::block block) : of_(of), block_(block) {}
+
+  void work(std::size_t thread) override {
+    log_run& run = of_.walk.run_;
+    if (run.ends_early()) return;
+    auto& own = of_.readings[thread];
+    if (!own) own = start_thread(thread);
+    const std::span<std::byte> buffer = own->memory.bytes();
+    if (buffer.size() < block_.size) throw std::bad_alloc();
+    const std::size_t count = of_.log.read_block(buffer.first(block_.size), block_.offset);
+    if (count == 0) return;
+    if (run.counts) of_.walk.reset_statistics(own->run.statistics, run.statistics.log_path);
+    result_ = own->reading.read(buffer.first(count), block_.offset);
+    records_ = own->run.records.take();
+    if (run.counts) statistics_ = std::move(own->run.statistics);
+  }
+
+  void commit() override {
+    log_walk& walk = of_.walk;
+    if (!result_) return;
+    walk.note_result(*result_, block_.offset);
+    if (walk.run_.counts) add_statistics(walk.run_.statistics, statistics_);
+    if (!records_.records.empty()) walk.progress_.at_block(records_.records.back()->record_number);
+    walk.add_records(std::move(records_));
+    walk.run_.jobs->check_output();
+  }
+
+ private:
+  std::unique_ptr<block_reading> start_thread(std::size_t thread) const {
+    log_run& part = of_.walk.run_.jobs->part_run(thread);
+    part.records.clear_records();
+    part.records.share_with(of_.walk.run_.records);
+    part.plans.drop_if_full();
+    return std::make_unique<block_reading>(of_.walk.commands_, part, of_.walk.run_.log,
+                                           of_.block_bytes);
+  }
+
+  shared& of_;
+  uni::fileio::block block_;
+  std::optional<walk_result> result_;
+  record_batch records_;
+  LogStatistics statistics_;
+};
+
+bool log_walk::walk_by_threads(uni::fileio& log, std::uint64_t block_bytes,
+                               std::uint64_t first_offset) {
+  const auto size = static_cast<std::size_t>(block_bytes);
+  ordered_work& work = run_.jobs->work();
+  block_job::shared shared{*this, log, block_bytes, {}};
+  shared.readings.resize(work.threads());
+  const finished_work finished(work);
+  for (auto next = log.next_block(size, first_offset); next && !run_.ends_early();
+       next = log.next_block(size, next->offset + next->size)) {
+    work.add(std::make_unique<block_job>(shared, *next));
+    if (!full_) continue;
+    work.finish();
+    write_full_parts();
+    // What records share may be another one now.
+    for (auto& reading : shared.readings) reading.reset();
+  }
+  work.finish();
+  write_full_parts();
+  return !run_.ends_early();
+}
+
+// In the order of the blocks.
+void log_walk::add_records(record_batch batch) {
+  if (full_) return waiting_.push_back(std::move(batch));
+  run_.records.add(std::move(batch));
+  full_ = run_.records.size() >= flush_limit_;
+}
+
+// While no thread is at work.
+void log_walk::write_full_parts() {
+  while (full_) {
+    write_results();
+    if (!run_.timeline) run_.results << '\n';
+    full_ = false;
+    for (record_batch& batch : std::exchange(waiting_, {})) add_records(std::move(batch));
+  }
+}
 
 }  // namespace
 

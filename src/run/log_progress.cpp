@@ -35,4 +35,10 @@ void log_progress::at_record(std::uint64_t number, std::uint64_t number_before) 
                static_cast<long long>(number_before));
 }
 
+void log_progress::at_block(std::uint64_t last_number) const {
+  if (!options_.show_status) return;
+  print_status(status_width_max, "%s: %lld", short_name_.c_str(),
+               static_cast<long long>(last_number));
+}
+
 }  // namespace zanvik

@@ -16,6 +16,9 @@ class log_progress : public walk_progress {
   log_progress(const cmd_params& options, const std::string& log_path);
   void at_record(std::uint64_t number, std::uint64_t number_before) override;
 
+  // Several threads: a block has been read, the last record of which has this number.
+  void at_block(std::uint64_t last_number) const;
+
   // Null when nothing is to be shown.
   walk_progress* if_wanted() { return traces_ || options_.show_status ? this : nullptr; }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <mutex>
 #include <sstream>
 #include <streambuf>
@@ -23,6 +24,9 @@ constexpr off_t large_log_bytes = off_t{8} << 20;
 // Small logs are read so many in one job, if they come faster than they are read: waking a thread
 // takes as long as reading one.
 constexpr std::size_t logs_in_job = 16;
+
+// Jobs of a thread that may wait: they hold a name, or where a block or some records are.
+constexpr std::size_t waiting_jobs = 16;
 
 // Records of one timeline are made into lines so many at a time.
 constexpr std::size_t records_at_once = 4096;
@@ -199,6 +203,10 @@ log_threads::log_threads(log_run& run, unsigned threads) : run_(run), threads_(t
 
 log_threads::~log_threads() {
   work_.reset();
+  // The run ends: what its parts have learnt of templates is left to the end of the process, which
+  // frees it all at once.
+  static auto& left = *new std::vector<std::unique_ptr<part>>;
+  std::move(parts_.begin(), parts_.end(), std::back_inserter(left));
   run_.jobs = nullptr;
   run_.lost = nullptr;
 }
@@ -211,14 +219,10 @@ void log_threads::add(const std::string& path, task read) {
     check_output();
     return;
   }
-  if (!work_) {
-    work_ = std::make_unique<ordered_work>(threads_);
-    parts_.resize(work_->threads());
-  }
   if (next_ && next_->add(read)) return;
   next_ = std::make_shared<log_tasks>();
   (void)next_->add(read);
-  work_->add(std::make_unique<job>(*this, next_));
+  work().add(std::make_unique<job>(*this, next_));
 }
 
 bool log_threads::finish() {
@@ -226,12 +230,21 @@ bool log_threads::finish() {
   return std::exchange(any_results_, false);
 }
 
+ordered_work& log_threads::work() {
+  if (!work_) {
+    work_ = std::make_unique<ordered_work>(threads_, waiting_jobs);
+    parts_.resize(work_->threads());
+  }
+  return *work_;
+}
+
+log_run& log_threads::part_run(std::size_t thread) { return part_of(thread).run; }
+
 log_threads::part& log_threads::part_of(std::size_t thread) {
   if (!parts_[thread]) parts_[thread] = std::make_unique<part>(run_);
   return *parts_[thread];
 }
 
-// By whoever has the turn, or by the run alone.
 void log_threads::check_output() {
   if (run_.output && run_.output->is_lost()) lost_ = true;
 }

@@ -35,13 +35,19 @@ class log_threads {
   // Returns when all logs have been read, and whether one of them gave results since the last call.
   bool finish();
 
+  // For a log that is read by several threads; there is no other job in work.
+  ordered_work& work();
+  // The part of the run that belongs to a thread, for its jobs.
+  log_run& part_run(std::size_t thread);
+  // Sees whether anybody reads the results. For whoever has the turn to write them.
+  void check_output();
+
  private:
   class part;
   class job;
   class log_tasks;
 
   part& part_of(std::size_t thread);
-  void check_output();
 
   log_run& run_;
   unsigned threads_;

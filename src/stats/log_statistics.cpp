@@ -52,6 +52,12 @@ void EventCount::add(std::uint64_t time) {
   last_time = std::max(last_time, time);
 }
 
+void EventCount::add(const EventCount& part) {
+  count += part.count;
+  first_time = std::min(first_time, part.first_time);
+  last_time = std::max(last_time, part.last_time);
+}
+
 void init_statistics(LogStatistics& stats, std::string_view path, std::string_view type,
                      bool is_evtx, std::size_t hist_count, std::string_view date_format,
                      std::string_view time_format) {
@@ -102,6 +108,22 @@ void count_hist_from(LogStatistics& stats, const command_refs& commands, std::si
                      const LogRecord& record) {
   if (stats.hist_tables.empty()) return;
   for (std::size_t i = first; i < commands.size(); ++i) count_hist(stats, commands[i], record);
+}
+
+void add_statistics(LogStatistics& stats, const LogStatistics& part) {
+  if (stats.log_type.empty()) stats.log_type = part.log_type;
+  stats.all.add(part.all);
+  for (const auto& [event_id, count] : part.per_event) {
+    EventCount& sum = stats.per_event[event_id];
+    sum.event_id = event_id;
+    sum.add(count);
+  }
+  for (std::size_t i = 0; i < part.hist_tables.size(); ++i) {
+    for (const auto& [key, entry] : part.hist_tables[i]) {
+      const auto [at, added] = stats.hist_tables[i].try_emplace(key, entry);
+      if (!added) at->second.seen.add(entry.seen);
+    }
+  }
 }
 
 }  // namespace zanvik

@@ -28,6 +28,7 @@ struct EventCount {
   std::uint64_t event_id = 0;
 
   void add(std::uint64_t time);
+  void add(const EventCount& part);
 };
 
 // A combination of key values under one command.
@@ -70,6 +71,9 @@ void count_hist(LogStatistics& stats, const ReportCommand& command, const LogRec
 // these only count, without further selection.
 void count_hist_from(LogStatistics& stats, const command_refs& commands, std::size_t first,
                      const LogRecord& record);
+
+// Adds the counters of the part of a log that follows. They were reset like those of `stats`.
+void add_statistics(LogStatistics& stats, const LogStatistics& part);
 
 // Writes the block of one log.
 void write_statistics(const LogStatistics& stats, std::ostream& out);

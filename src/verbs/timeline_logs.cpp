@@ -173,7 +173,6 @@ log_losses timeline_logs::read(const found_log& log,
   const CommandSet set = listing_commands(options_, entry);
   command_refs commands;
   for (const auto& [path, command] : set) commands.add(command);
-  records_.start_log();
   plans_.drop_if_full();
   lines_.start_log();
   keeping_sink keeping(commands, records_, plans_);
@@ -195,7 +194,7 @@ log_losses timeline_logs::read_evtx(const found_log& log, LogEntry& entry, selec
   bool first = true;
   const auto take_block = [&](std::span<std::byte> block, std::uint64_t offset) {
     if (std::exchange(first, false)) classify(log, block, offset, entry);
-    records_.add_log_bytes(block.size());
+    records_.start_block(block.size());
     losses.start_block(block);
     const std::uint64_t skip = first_chunk(block);
     const auto chunks = block.subspan(skip);
@@ -217,12 +216,9 @@ log_losses timeline_logs::read_evt(const found_log& log, LogEntry& entry, select
   evt_selector selector(commands, wanted);
   record_pair pair(wanted_.get(), selector);
   bool first = true;
-  std::uint64_t seen = 0;
   const log_losses lost =
       walk_evt_windows(log, pair, [&](std::span<const std::byte> window, std::uint64_t offset) {
         if (std::exchange(first, false)) classify(log, window, offset, entry);
-        records_.add_log_bytes(offset + window.size() - seen);
-        seen = offset + window.size();
         // The log is a ring: one log's own order of time needs all of it.
         if (by_time_) hand_on(entry);
         if (wanted_) wanted_->start_window(window);

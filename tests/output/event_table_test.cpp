@@ -219,11 +219,11 @@ TEST(event_table, row_plans_give_their_memory_back) {
   time_cells times(format);
   table_cache tables;
   table_plan& table = tables.plan_for(records.in_time_order(), format, context);
-  row_writer rows(out, times, table, format, context);
+  row_writer rows(out, times, table.layout, table.rows, format, context);
   for (const LogRecord* record : records.in_time_order()) rows.write(*record);
   std::size_t held = 0;
-  for (const row_plan& plan : table.rows) held += plan.text.capacity();
-  EXPECT_GT(held, table.row_bytes / 2) << "the plans of the last records are there";
+  for (const row_plan& plan : table.rows.plans) held += plan.text.capacity();
+  EXPECT_GT(held, table.rows.bytes / 2) << "the plans of the last records are there";
   EXPECT_LT(held, std::size_t{36} << 20);
 }
 

@@ -23,4 +23,9 @@ void write_event_table(row_buffer& out, time_cells& times, table_cache& tables,
                        std::span<const LogRecord* const> records, const output_format& format,
                        const write_context& context);
 
+// Writes rows of `records`, which are some of a table with this layout. `plans` are of the layout.
+void write_table_rows(row_buffer& out, time_cells& times, const table_layout& layout,
+                      row_plans& plans, std::span<const LogRecord* const> records,
+                      const output_format& format, const write_context& context);
+
 }  // namespace zanvik

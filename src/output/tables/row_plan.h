@@ -36,6 +36,13 @@ struct row_plan {
   bool made() const { return !text.empty(); }  // it has at least its slack
 };
 
+// The plans of the rows of one table, by shape, made when needed.
+struct row_plans {
+  shape_index shapes;
+  std::vector<row_plan> plans;  // by the number of the shape; not made for all
+  std::size_t bytes = 0;        // that they hold
+};
+
 // Values shorter than this are covered by a plan's `room`.
 inline constexpr std::size_t long_value = 64;
 

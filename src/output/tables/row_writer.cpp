@@ -54,12 +54,12 @@ char* put_number(char* at, std::uint64_t value, std::size_t width) {
 
 }  // namespace
 
-row_writer::row_writer(row_buffer& out, time_cells& times, table_plan& table,
-                       const output_format& format, const write_context& context)
+row_writer::row_writer(row_buffer& out, time_cells& times, const table_layout& layout,
+                       row_plans& plans, const output_format& format, const write_context& context)
     : out_(out),
       times_(times),
-      table_(table),
-      layout_(table.layout),
+      layout_(layout),
+      plans_(plans),
       format_(format),
       context_(context),
       rules_(format),
@@ -102,16 +102,17 @@ void row_writer::write(const LogRecord& record) {
 }
 
 const row_plan& row_writer::plan_of(const LogRecord& record) {
-  const std::size_t shape = layout_.shapes.of(record);
-  if (table_.rows[shape].made()) return table_.rows[shape];
-  if (table_.row_bytes > most_plan_bytes) {
+  const std::size_t shape = plans_.shapes.of(record);
+  if (shape >= plans_.plans.size()) plans_.plans.resize(shape + 1);
+  if (plans_.plans[shape].made()) return plans_.plans[shape];
+  if (plans_.bytes > most_plan_bytes) {
     // In one step: a string that an empty one is moved to would keep its memory.
-    table_.rows = std::vector<row_plan>(table_.rows.size());
-    table_.row_bytes = 0;
+    plans_.plans = std::vector<row_plan>(plans_.plans.size());
+    plans_.bytes = 0;
   }
-  row_plan& plan = table_.rows[shape];
+  row_plan& plan = plans_.plans[shape];
   plan = make_row_plan(layout_, record, rules_, format_.csv_separator);
-  table_.row_bytes += plan.text.size() + plan.steps.size() * sizeof(plan_step);
+  plans_.bytes += plan.text.size() + plan.steps.size() * sizeof(plan_step);
   return plan;
 }
 

@@ -13,7 +13,8 @@
 #include "options/output_format.h"
 #include "output/cell_text.h"
 #include "output/row_buffer.h"
-#include "output/tables/table_cache.h"
+#include "output/tables/row_plan.h"
+#include "output/tables/table_layout.h"
 #include "output/time_cells.h"
 #include "output/write_context.h"
 
@@ -21,8 +22,8 @@ namespace zanvik {
 
 class row_writer {
  public:
-  row_writer(row_buffer& out, time_cells& times, table_plan& table, const output_format& format,
-             const write_context& context);
+  row_writer(row_buffer& out, time_cells& times, const table_layout& layout, row_plans& plans,
+             const output_format& format, const write_context& context);
 
   // Appends the record's line. The record is one of those that the table was planned for.
   void write(const LogRecord& record);
@@ -43,8 +44,8 @@ class row_writer {
 
   row_buffer& out_;
   time_cells& times_;
-  table_plan& table_;
-  table_layout& layout_;
+  const table_layout& layout_;
+  row_plans& plans_;
   const output_format& format_;
   const write_context& context_;
   text_rules rules_;

@@ -6,15 +6,21 @@
 #include "output/tables/table_columns.h"
 
 namespace zanvik {
+table_plan make_table_plan(const table_survey& found, const output_format& format,
+                           const write_context& context) {
+  table_plan plan;
+  plan.layout = lay_out_table(found, format, context);
+  plan.header = table_header(plan.layout.columns, format);
+  return plan;
+}
+
 namespace {
 
 table_plan make_plan(std::span<const LogRecord* const> records, const output_format& format,
                      const write_context& context) {
-  table_plan plan;
-  plan.layout = lay_out_table(records, format, context);
-  plan.header = table_header(plan.layout.columns, format);
-  plan.rows.resize(plan.layout.shapes.size());
-  return plan;
+  table_survey found(!format.no_whitespace);
+  found.add(records);
+  return make_table_plan(found, format, context);
 }
 
 }  // namespace

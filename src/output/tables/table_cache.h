@@ -22,10 +22,13 @@ namespace zanvik {
 // What is computed before a table's rows are written, or with the first row of a shape.
 struct table_plan {
   table_layout layout;
-  std::string header;          // its line
-  std::vector<row_plan> rows;  // by the layout's number for the shape, made when needed
-  std::size_t row_bytes = 0;   // that they hold
+  std::string header;  // its line
+  row_plans rows;
 };
+
+// The plan for a table of the records of a survey, without any row.
+table_plan make_table_plan(const table_survey& found, const output_format& format,
+                           const write_context& context);
 
 class table_cache {
  public:

@@ -10,46 +10,17 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "events/log_record.h"
 #include "options/output_format.h"
 #include "output/tables/table_columns.h"
+#include "output/tables/table_survey.h"
 #include "output/write_context.h"
 
 namespace zanvik {
-
-// Whether any flag says more than that the record was decoded normally and is in range.
-inline bool is_anomalous(const LogRecord& record) { return (record.flags & ~record_ordinary) != 0; }
-
-// Numbers the distinct pairs of a shape and whether its records are anomalous, from 0.
-class shape_index {
- public:
-  // The number of the record's pair, which is size() - 1 if it is new.
-  std::size_t of(const LogRecord& record) {
-    const bool anomalous = is_anomalous(record);
-    last& recent = last_[anomalous];
-    const std::uint64_t shape = record.shape->id;
-    if (recent.shape_id != shape) recent = {shape, find(shape, anomalous)};
-    return recent.number;
-  }
-  std::size_t size() const { return count_; }
-
- private:
-  struct last {
-    std::uint64_t shape_id = 0;
-    std::size_t number = 0;
-  };
-  std::size_t find(std::uint64_t shape_id, bool anomalous);
-
-  std::unordered_map<std::uint64_t, std::size_t> numbers_[2];  // by shape ID
-  std::size_t count_ = 0;
-  last last_[2];
-};
 
 // One name among the fields of a table's records.
 struct field_column {
@@ -66,7 +37,6 @@ struct table_layout {
   bool has_description = false;
   bool has_provider = false;
   const record_shape* name_giver = nullptr;  // shape of the first ordinary record with a field
-  shape_index shapes;
 
   // The shape that names the fields of this record, with the same number of columns.
   const record_shape& naming_shape(const LogRecord& record) const {
@@ -76,7 +46,10 @@ struct table_layout {
   }
 };
 
-// The layout of a table of these records, of which there is at least one.
+// The layout of a table of the records of a survey, of which there is at least one.
+table_layout lay_out_table(const table_survey& found, const output_format& format,
+                           const write_context& context);
+// The same for these records.
 table_layout lay_out_table(std::span<const LogRecord* const> records, const output_format& format,
                            const write_context& context);
 

@@ -36,7 +36,8 @@ void clean(std::string& text, const field_style& style) {
 // Lines of the log2timeline form.
 class timeline_writer {
  public:
-  timeline_writer(row_buffer& out, const output_format& format, const write_context& context);
+  timeline_writer(row_buffer& out, field_plans& plans, const output_format& format,
+                  const write_context& context);
 
   void write(const LogRecord& record);
 
@@ -51,7 +52,7 @@ class timeline_writer {
   const output_format& format_;
   const write_context& context_;
   field_style style_;
-  field_plans plans_;
+  field_plans& plans_;
   field_values values_;
   cell_time_formatter times_;
   std::size_t row_room_ = 0;  // the size of the current row without the list of fields
@@ -74,13 +75,13 @@ class timeline_writer {
   std::string scratch_;
 };
 
-timeline_writer::timeline_writer(row_buffer& out, const output_format& format,
+timeline_writer::timeline_writer(row_buffer& out, field_plans& plans, const output_format& format,
                                  const write_context& context)
     : out_(out),
       format_(format),
       context_(context),
       style_(field_style_of(format, context)),
-      plans_(style_),
+      plans_(plans),
       times_(format.descriptor) {
   const std::string& separator = format.csv_separator;
   lead_ = separator + "UTC" + separator + "M..B" + separator +
@@ -191,10 +192,11 @@ char* timeline_writer::put_notes(char* at, const LogRecord& record) {
 // Lines of the body file.
 class body_writer {
  public:
-  body_writer(row_buffer& out, const output_format& format, const write_context& context)
+  body_writer(row_buffer& out, field_plans& plans, const output_format& format,
+              const write_context& context)
       : out_(out),
         style_(field_style_of(format, context)),
-        plans_(style_),
+        plans_(plans),
         allparams_(context.allparams),
         log_part_("|" + std::to_string(context.log.inode) + "||0|0|0|") {}
 
@@ -205,7 +207,7 @@ class body_writer {
 
   row_buffer& out_;
   field_style style_;
-  field_plans plans_;
+  field_plans& plans_;
   field_values values_;
   bool allparams_;
   std::string log_part_;  // after the name, up to the times
@@ -263,12 +265,12 @@ void write_each(writer rows, std::span<const LogRecord* const> records, F&& writ
 }
 
 template <typename F>
-void write_lines(row_buffer& buffer, std::span<const LogRecord* const> records,
+void write_lines(row_buffer& buffer, field_plans& plans, std::span<const LogRecord* const> records,
                  const output_format& format, const write_context& context, F&& written) {
   if (format.output_bodyfile) {
-    write_each(body_writer(buffer, format, context), records, written);
+    write_each(body_writer(buffer, plans, format, context), records, written);
   } else {
-    write_each(timeline_writer(buffer, format, context), records, written);
+    write_each(timeline_writer(buffer, plans, format, context), records, written);
   }
 }
 
@@ -299,7 +301,13 @@ void write_timeline(std::ostream& out, std::span<const LogRecord* const> records
     buffer.append(timeline_head(format));
   }
   header_pending = false;
-  write_lines(buffer, records, format, context, [](const LogRecord&) {});
+  field_plans plans(field_style_of(format, context));
+  write_lines(buffer, plans, records, format, context, [](const LogRecord&) {});
+}
+
+void append_timeline(row_buffer& out, field_plans& plans, std::span<const LogRecord* const> records,
+                     const output_format& format, const write_context& context) {
+  write_lines(out, plans, records, format, context, [](const LogRecord&) {});
 }
 
 void render_timeline(std::span<const LogRecord* const> records, const output_format& format,
@@ -307,7 +315,8 @@ void render_timeline(std::span<const LogRecord* const> records, const output_for
   text_buffer line;
   std::ostream stream(&line);
   row_buffer buffer(stream);
-  write_lines(buffer, records, format, context, [&](const LogRecord& record) {
+  field_plans plans(field_style_of(format, context));
+  write_lines(buffer, plans, records, format, context, [&](const LogRecord& record) {
     buffer.flush();
     if (!line.text.empty()) use(record, line.text);
     line.text.clear();

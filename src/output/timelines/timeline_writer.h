@@ -15,6 +15,8 @@
 
 #include "events/log_record.h"
 #include "options/output_format.h"
+#include "output/row_buffer.h"
+#include "output/timelines/timeline_fields.h"
 #include "output/write_context.h"
 
 namespace zanvik {
@@ -25,6 +27,10 @@ namespace zanvik {
 void write_timeline(std::ostream& out, std::span<const LogRecord* const> records,
                     const output_format& format, const write_context& context,
                     bool& header_pending);
+
+// Appends the lines without a header. `plans` are of the form's style, for all lines of a thread.
+void append_timeline(row_buffer& out, field_plans& plans, std::span<const LogRecord* const> records,
+                     const output_format& format, const write_context& context);
 
 // The same without a header, in the order of `records`: calls `use` for each record that has a
 // line, which lives during the call.
