@@ -64,7 +64,7 @@ class log_jobs::job : public ordered_job, public part_turn {
     if (owner_.cut_short_) return false;
     if (mine_ || bytes < ask_at_) return mine_;
     ask_at_ = bytes + asking_bytes;
-    if (bytes >= limits::part_result_bytes) wait_turn();
+    if (bytes >= owner_.most_bytes_) wait_turn();
     mine_ = has_turn();
     return mine_ && !owner_.cut_short_;
   }
@@ -91,6 +91,9 @@ log_jobs::log_jobs(const settings& wanted, worker_maker make_worker, problem_use
       progress_(wanted.shows_progress, wanted.total_bytes),
       work_(wanted.threads != 0 ? wanted.threads : usable_processors()) {
   workers_.resize(work_.threads());
+  // Two threads whose turns alternate need half a block's result at most; less memory is less to
+  // clear, and stays in the cache.
+  if (work_.threads() == 2) most_bytes_ /= 2;
 }
 
 log_jobs::~log_jobs() = default;

@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "base/limits.h"
 #include "pipeline/ordered_work.h"
 #include "source/log_events.h"
 #include "verbs/progress_line.h"
@@ -93,6 +94,7 @@ class log_jobs {
   const settings settings_;
   const worker_maker make_worker_;
   const problem_use on_problem_;
+  std::uint64_t most_bytes_ = limits::part_result_bytes;
   block_memory memory_;
   std::vector<std::unique_ptr<log_worker>> workers_;  // by thread; made when needed
   std::uint64_t logs_found_ = 0;
