@@ -183,9 +183,10 @@ void event_shape::list_fields() {
     }
   }
   has_fields = true;
-  const std::int32_t time = find(system_member::time_created);
-  if (time >= 0 && fields[static_cast<std::size_t>(time)].parts.size() == 1) {
-    time_slot = fields[static_cast<std::size_t>(time)].parts.front().slot;
+  for (std::size_t m = 0; m < system_members; ++m) {
+    if (system_[m] < 0) continue;
+    const value_parts& parts = fields[static_cast<std::size_t>(system_[m])].parts;
+    if (parts.size() == 1) slots_[m] = std::max(parts.front().slot, -1);
   }
   for (const event_field& field : fields) {
     new_bytes += sizeof(field) + field.path.size() + field.parts.size() * sizeof(value_part);

@@ -13,6 +13,7 @@
 // during the call that passes its event, its index until its ID changes.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -108,13 +109,15 @@ class event_shape {
   std::uint64_t source_bytes = 0;   // of the templates
   std::uint64_t paid_in_chunk = 0;  // for the reader's account
 
-  // The slot that is all of TimeCreated/SystemTime, once the fields have been listed; -1 for none.
-  std::int32_t time_slot = -1;
-
   std::vector<event_item> roots;  // of the tree
   std::vector<event_element> elements;
   std::vector<event_field> fields;  // in document order
 
+  // The slot that is all of the member, known once the fields have been listed, even if they are
+  // gone since; -1 when they have to be asked.
+  std::int32_t slot_of(system_member member) const {
+    return slots_[static_cast<std::size_t>(member)];
+  }
   // The field's number, or -1.
   std::int32_t find(system_member member) const {
     return system_[static_cast<std::size_t>(member)];
@@ -138,12 +141,18 @@ class event_shape {
   std::size_t tree_bytes() const;
 
  private:
+  static constexpr std::array<std::int32_t, system_members> no_slots() {
+    std::array<std::int32_t, system_members> none{};
+    none.fill(-1);
+    return none;
+  }
   void list_element(const event_element& element, const std::string& path, bool is_system,
                     unsigned depth);
   void add_field(field_group group, std::string_view name, std::string path,
                  const value_parts& parts);
 
   std::int32_t system_[system_members];
+  std::array<std::int32_t, system_members> slots_ = no_slots();
   std::uint32_t data_ = 0;
 };
 

@@ -27,6 +27,8 @@ event_value event_view::value(std::uint32_t field) const {
 }
 
 event_value event_view::value(system_member member) const {
+  const std::int32_t slot = shape_->slot_of(member);
+  if (slot >= 0) return slots_[static_cast<std::size_t>(slot)];
   const std::int32_t field = shape().find(member);
   return field < 0 ? event_value{} : value(static_cast<std::uint32_t>(field));
 }
@@ -40,15 +42,20 @@ std::string_view event_view::text(std::int32_t field, std::string& scratch) cons
   return scratch;
 }
 
+std::string_view event_view::text(system_member member, std::string& scratch) const {
+  const std::int32_t slot = shape_->slot_of(member);
+  if (slot < 0) return text(shape().find(member), scratch);
+  scratch.clear();
+  append_text(scratch, slots_[static_cast<std::size_t>(slot)]);
+  return scratch;
+}
+
 bool event_view::number(system_member member, std::uint64_t& out) const {
   return as_unsigned(value(member), out);
 }
 
 std::uint64_t event_view::time() const {
-  // Without the fields, which may be gone, if they have said where it is.
-  const std::int32_t slot = shape_->time_slot;
-  const event_value created =
-      slot >= 0 ? slots_[static_cast<std::size_t>(slot)] : value(system_member::time_created);
+  const event_value created = value(system_member::time_created);
   std::uint64_t filetime = 0;
   if (created.type == value_type::filetime && created.size == sizeof(filetime)) {
     std::memcpy(&filetime, created.data, sizeof(filetime));

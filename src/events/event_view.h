@@ -75,9 +75,7 @@ class event_view {
   event_value value(system_member member) const;
   // The same as UTF-8, in `scratch` or where it stands; empty for an absent one and for field -1.
   std::string_view text(std::int32_t field, std::string& scratch) const;
-  std::string_view text(system_member member, std::string& scratch) const {
-    return text(shape().find(member), scratch);
-  }
+  std::string_view text(system_member member, std::string& scratch) const;
   // The member as a number; false when there is none.
   bool number(system_member member, std::uint64_t& out) const;
   // FILETIME: of TimeCreated, else of the record's header.
