@@ -144,6 +144,25 @@ def choose_hour_of_weeks(browser, folder):
     page.close()
 
 
+# Sessions are put together from their events; a logon at the machine is none.
+def put_sessions_together(browser, folder):
+    logs = os.path.join(folder, "sessions")
+    os.mkdir(logs)
+    subprocess.run([maker, "--sessions", logs], check=True)
+    page = browser.open(make_report(os.path.join(folder, "sessions.html"), logs))
+    columns = ("session", "source_address", "ended", "duration", "how")
+    seen = zip(*(page.run(CELLS.format("rdp_sessions", column)) for column in columns))
+    check("sessions", list(seen), [
+        ("2", "10.0.0.8", "2024-05-06 01:05:00.000", "01:05:00", "session disconnected"),
+        ("2", "10.0.0.9", "2024-05-06 01:12:00.000", "00:02:00", "session logoff"),
+        ("4", "10.0.0.7", "2024-05-06 01:11:00.000", "", "session disconnected, no start in the logs"),
+        ("5", "10.0.0.6", "", "", "no end in the logs"),
+    ])
+    check("events of sessions", count(page, "rdp"), "8")
+    quiet(page, "sessions")
+    page.close()
+
+
 # Scripts that get in after all, by any way, do not run, and nothing is loaded.
 def attack(page):
     page.run("window.ran = 0")
@@ -206,6 +225,7 @@ with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
         attack(page)
         page.close()
         choose_hour_of_weeks(browser, folder)
+        put_sessions_together(browser, folder)
         look_at_hostile(browser, folder)
 print("pictures are in " + pictures)
 if failures:

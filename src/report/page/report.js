@@ -370,6 +370,72 @@
     return {labels, groups: [...groups.values()].sort((a, b) => a.first - b.first)};
   }
 
+  // ---- Remote desktop sessions, put together from their events
+
+  const sessionStarts = ['session logon', 'session reconnected'];
+  const sessionEnds = ['session logoff', 'session disconnected', 'disconnected by another session'];
+
+  function durationText(milliseconds) {
+    const seconds = Math.floor(milliseconds / 1000);
+    return `${two(Math.floor(seconds / 3600))}:${two(Math.floor(seconds / 60) % 60)}:${two(seconds % 60)}`;
+  }
+
+  // A session lasts from its logon or reconnection to the next event that ends it. The session
+  // manager numbers its sessions; the security log names them, and counts where the other has none.
+  function sessionsOf(table) {
+    const text = (name, row) => {
+      const column = columnOf(table, name);
+      return column ? String(column.values[column.codes[row]]) : '';
+    };
+    const isNumbered = (row) => /^\d+$/.test(text('session', row));
+    const numbered = new Set();
+    for (let row = 0; row < table.rows; row++) {
+      if (isNumbered(row)) numbered.add(text('computer', row));
+    }
+    const sessions = [], open = new Map();
+    const add = (session) => {
+      // A logon at the machine itself is no remote one.
+      if (text('source_address', session.row).toLowerCase() !== 'local') sessions.push(session);
+    };
+    for (let row = 0; row < table.rows; row++) {
+      const what = text('what', row), computer = text('computer', row);
+      const starts = sessionStarts.includes(what);
+      if (!starts && !sessionEnds.includes(what)) continue;
+      if (numbered.has(computer) && !isNumbered(row)) continue;
+      const key = JSON.stringify([computer, text('session', row)]);
+      const begun = open.get(key);
+      open.delete(key);
+      if (starts) {
+        if (begun) add({...begun, how: 'no end in the logs'});
+        open.set(key, {row, ended: '', duration: ''});
+      } else if (begun) {
+        const time = table.time[row];
+        add({...begun, ended: timeText(time, true), how: what,
+          duration: durationText(time - table.time[begun.row])});
+      } else {
+        add({row, ended: timeText(table.time[row], true), duration: '', how: what + ', no start in the logs'});
+      }
+    }
+    for (const begun of open.values()) add({...begun, how: 'no end in the logs'});
+    return sessions.sort((a, b) => a.row - b.row);
+  }
+
+  function sessionTable(table) {
+    const sessions = sessionsOf(table);
+    const labels = [['computer', 'Computer'], ['account', 'Account'], ['domain', 'Domain'],
+      ['source_address', 'Source address'], ['source_host', 'Source host'], ['session', 'Session']];
+    const columns = labels.flatMap(([name, label]) => {
+      const column = columnOf(table, name);
+      return column ? [codedColumn(name, label, sessions.map(({row}) => column.values[column.codes[row]]))] : [];
+    });
+    for (const [name, label] of [['ended', 'Ended (UTC)'], ['duration', 'Duration'], ['how', 'How']]) {
+      columns.push(codedColumn(name, label, sessions.map((session) => session[name])));
+    }
+    const at = (values) => Float64Array.from(sessions, ({row}) => values[row]);
+    return {name: 'rdp_sessions', title: 'Remote desktop sessions', total: sessions.length,
+      rows: sessions.length, time: at(table.time), record: at(table.record), log: at(table.log), columns};
+  }
+
   function codedColumn(name, label, values) {
     const different = [...new Set(values)];
     if (typeof values[0] === 'number') different.sort((a, b) => a - b);
@@ -483,7 +549,14 @@
   addCounts('by_address', 'Source addresses', 'Address', 'source_address',
     [['failed_logons', 'Failed logons'], ['logons', 'Logons'], ['rdp', 'Remote desktop']],
     (value) => value === '' ? [] : [plainAddress(value)], '');
-  for (const name of tables.keys()) if (name !== 'matches') addTable(name);
+  for (const name of [...tables.keys()]) {
+    if (name === 'matches') continue;
+    if (name === 'rdp') {
+      const sessions = sessionTable(tables.get(name));
+      if (sessions.rows !== 0) addView(new TableView(sessions, {timeLabel: 'Began (UTC)'}));
+    }
+    addTable(name);
+  }
 
   // ---- The span
 
