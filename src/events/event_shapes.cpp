@@ -12,12 +12,10 @@ namespace {
 
 constexpr std::size_t first_places = 1024;
 
+// With the secret: the kinds of slots are those of the log.
 std::uint64_t hash_of(std::span<const std::uint64_t> key) {
-  std::uint64_t hash = key.size();
-  for (const std::uint64_t word : key) {
-    hash = (hash ^ word) * hash_multiplier;
-    hash ^= hash >> 32;
-  }
+  std::uint64_t hash = key.size() ^ hash_secret[0];
+  for (const std::uint64_t word : key) hash = hash_detail::fold_product(hash ^ word, hash_secret[1]);
   return hash;
 }
 

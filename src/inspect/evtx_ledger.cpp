@@ -19,10 +19,10 @@ constexpr std::uint64_t header_bytes_used = 128;
 constexpr std::uint64_t header_checksum_at = 124;
 constexpr std::uint64_t header_summed_bytes = 120;
 
-// Of number and time together; two records of a log with the same number and time are taken as
-// equal.
+// Of number and time together: two records of a log with the same number and time are taken as
+// equal. With the secret, so that nobody can make different ones that seem to be.
 std::uint64_t key_of(const area& record) {
-  return (record.number * hash_multiplier ^ record.time_written) * hash_multiplier;
+  return keyed_hash(record.number, record.time_written);
 }
 
 std::string hex_text(std::uint32_t value) {
