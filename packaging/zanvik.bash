@@ -117,6 +117,9 @@ _zanvik() {
     -csv_separator)
       _zanvik_words 'tab ,'
       return ;;
+    -threads)
+      _zanvik_words '1 2 3 4 6 8 12 16'
+      return ;;
     -num_subdirs)
       _zanvik_words '0 1 2 3 4 5 6 7 8 9'
       return ;;
@@ -124,7 +127,7 @@ _zanvik() {
     -alias | -aliaspath | -cmd_start_time | -cmd_stop_time | -cpu | -cpuinst | -createlog | \
       -eventid | -filter | -filter_path | -filter_sig | -filter_skip | -fragment_files | -hist | \
       -hostname | -rec_id | -rec_start | -rec_stop | -signal | -sqlite | -sqlite_log | \
-      -start_time | -stop_time | -string | -threads | -username)
+      -start_time | -stop_time | -string | -username)
       return ;;
   esac
   _zanvik_words '
@@ -136,7 +139,7 @@ _zanvik() {
     -csv -csvl2t -bodyfile
     -allparams -one_timeline -csv_separator -no_whitespace -enable_quoted_csv_fields -pair_datetime
     -dateformat -timeformat -base10 -base16 -full_sids -show_offsets -alias -aliaspath -username
-    -out -outfile -stats -hist -quiet -strict -profile -diags -l2 -l3
+    -out -outfile -stats -hist -quiet -strict -threads -profile -diags -l2 -l3
   '
 }
 

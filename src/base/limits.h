@@ -80,7 +80,8 @@ inline constexpr std::size_t padding_at_least = 16 << 20;
 
 // How much of their templates the records of a log may repeat: names of columns and literal values,
 // which are in each row or in the header of each table but only once in the log. Counted for each
-// kept record, in bytes, and compared with the log's size. A record beyond it keeps its own values;
+// kept record of a block, in bytes, and compared with the block's size, so that blocks can be read
+// on their own. A record beyond it keeps its own values;
 // its literals are left out and its names cut. The whole output of 389 real logs is at most 3.6
 // times the log.
 inline constexpr std::int64_t repeated_bytes_per_byte = 32;

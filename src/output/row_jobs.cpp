@@ -27,7 +27,9 @@ class row_jobs::job : public ordered_job {
   std::unique_ptr<row_buffer> buffer_;
 };
 
-void row_jobs::add(make_rows make) { work_.add(std::make_unique<job>(*this, std::move(make))); }
+void row_jobs::add(make_rows make) {
+  work_.add(std::make_unique<job>(*this, std::move(make)), ordered_work::small_jobs);
+}
 
 std::unique_ptr<row_buffer> row_jobs::take_buffer() {
   const std::lock_guard held(mutex_);

@@ -88,8 +88,9 @@ class threaded_tables {
     for (std::size_t i = 0; i < groups_.count(); ++i) {
       if (!is_large(i)) continue;
       table_survey& whole = surveys_.emplace_back(!format_.no_whitespace);
-      for_parts(groups_.group(i),
-                [&](record_span part) { threads.add(std::make_unique<survey_job>(part, whole)); });
+      for_parts(groups_.group(i), [&](record_span part) {
+        threads.add(std::make_unique<survey_job>(part, whole), ordered_work::small_jobs);
+      });
     }
     threads.finish();
     for (const table_survey& found : surveys_) {

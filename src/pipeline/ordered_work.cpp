@@ -22,9 +22,8 @@ bool ordered_job::has_turn() const {
   return owner_->first_number_ == number_;
 }
 
-ordered_work::ordered_work(unsigned threads, std::size_t waiting_jobs) {
+ordered_work::ordered_work(unsigned threads) {
   if (threads < 2) return;
-  most_waiting_ = waiting_jobs * threads;
   threads_.reserve(threads);
   sigset_t all, before;  // a new thread has the mask of the one that makes it
   ::sigfillset(&all);
@@ -45,13 +44,14 @@ ordered_work::~ordered_work() {
   for (std::thread& thread : threads_) thread.join();
 }
 
-void ordered_work::add(std::unique_ptr<ordered_job> job) {
+void ordered_work::add(std::unique_ptr<ordered_job> job, std::size_t waiting_jobs) {
   if (threads_.empty()) {
     job->work(0);
     job->commit();
     return;
   }
   lock held(mutex_);
+  most_waiting_ = waiting_jobs * threads_.size();
   if (jobs_.size() - started_ >= most_waiting_) {
     // Until half of them have started, so that it waits less often.
     for_caller_.wait(held,

@@ -55,10 +55,8 @@ class ordered_job {
 
 class ordered_work {
  public:
-  // `threads`: at least 1. There may be fewer, if the system has no more. So many jobs for each of
-  // them may wait: more of them if they hold little, since each time that `add` waits costs as much
-  // as a small job.
-  explicit ordered_work(unsigned threads, std::size_t waiting_jobs = 1);
+  // `threads`: at least 1. There may be fewer, if the system has no more.
+  explicit ordered_work(unsigned threads);
   ordered_work(const ordered_work&) = delete;
   ordered_work& operator=(const ordered_work&) = delete;
   // Drops the jobs that have not started and waits for the others.
@@ -66,8 +64,10 @@ class ordered_work {
 
   std::size_t threads() const { return threads_.empty() ? 1 : threads_.size(); }
 
-  // Waits while too many jobs wait for a thread. After an exception, does nothing.
-  void add(std::unique_ptr<ordered_job> job);
+  // Waits while too many jobs wait for a thread: so many for each of them, more if jobs are small
+  // and hold little, since waiting costs as much as a small job. After an exception, does nothing.
+  static constexpr std::size_t small_jobs = 16;
+  void add(std::unique_ptr<ordered_job> job, std::size_t waiting_jobs = 1);
   // Returns when all jobs are committed. Throws what a job threw. More jobs may follow.
   void finish();
 

@@ -25,9 +25,6 @@ constexpr off_t large_log_bytes = off_t{8} << 20;
 // takes as long as reading one.
 constexpr std::size_t logs_in_job = 16;
 
-// Jobs of a thread that may wait: they hold a name, or where a block or some records are.
-constexpr std::size_t waiting_jobs = 16;
-
 // Records of one timeline are made into lines so many at a time.
 constexpr std::size_t records_at_once = 4096;
 
@@ -64,7 +61,8 @@ class log_threads::log_tasks {
 // the job waits for its turn, and from then on passes them on.
 class log_threads::job : public ordered_job, public std::streambuf, public timeline_sink {
  public:
-  job(log_threads& jobs, std::shared_ptr<log_tasks> tasks) : jobs_(jobs), tasks_(std::move(tasks)) {}
+  job(log_threads& jobs, std::shared_ptr<log_tasks> tasks)
+      : jobs_(jobs), tasks_(std::move(tasks)) {}
 
   void work(std::size_t thread) override;
   void commit() override;
@@ -151,7 +149,8 @@ void log_threads::job::commit() {
   if (error_) std::rethrow_exception(error_);
 }
 
-void log_threads::job::add(std::span<const LogRecord* const> records, const write_context& context) {
+void log_threads::job::add(std::span<const LogRecord* const> records,
+                           const write_context& context) {
   while (!records.empty()) {
     const std::size_t count = std::min(records.size(), records_at_once);
     lines_.add(records.first(count), part_run_->options.format, context);
@@ -222,7 +221,7 @@ void log_threads::add(const std::string& path, task read) {
   if (next_ && next_->add(read)) return;
   next_ = std::make_shared<log_tasks>();
   (void)next_->add(read);
-  work().add(std::make_unique<job>(*this, next_));
+  work().add(std::make_unique<job>(*this, next_), ordered_work::small_jobs);
 }
 
 bool log_threads::finish() {
@@ -232,7 +231,7 @@ bool log_threads::finish() {
 
 ordered_work& log_threads::work() {
   if (!work_) {
-    work_ = std::make_unique<ordered_work>(threads_, waiting_jobs);
+    work_ = std::make_unique<ordered_work>(threads_);
     parts_.resize(work_->threads());
   }
   return *work_;
