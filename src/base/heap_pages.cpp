@@ -10,8 +10,8 @@
 namespace zanvik {
 namespace {
 
-constexpr int heap_step_bytes = 32 << 20;       // only what is touched takes memory
-constexpr int mapped_from_bytes = 4 << 20;      // larger allocations have their own mapping
+constexpr int heap_step_bytes = 32 << 20;   // only what is touched takes memory
+constexpr int mapped_from_bytes = 4 << 20;  // larger allocations have their own mapping
 constexpr std::uintptr_t large_page_bytes = 2 << 20;
 constexpr std::uintptr_t thread_heap_bytes = 64 << 20;  // reserved at such a multiple
 

@@ -38,8 +38,8 @@ unsigned granted_processors() {
     if (c < '0' || c > '9' || granted > UINT32_MAX) return 0;
     granted = granted * 10 + static_cast<std::uint64_t>(c - '0');
   }
-  return static_cast<unsigned>(std::min<std::uint64_t>(granted / period + (granted % period != 0),
-                                                       limits::threads));
+  return static_cast<unsigned>(
+      std::min<std::uint64_t>(granted / period + (granted % period != 0), limits::threads));
 }
 
 }  // namespace

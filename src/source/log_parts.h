@@ -1,9 +1,9 @@
 // Logs cut into the parts that are read on their own, in any order and on any thread.
 //
-// In: a log that was found. Out: its parts, in order. A part of an .evtx log is a block of chunks; a
-// legacy log and bytes to be carved are one part. What cannot be read from several threads is read
-// here: blocks of streams and of logs in disk images come with their bytes. A stop signal ends the
-// parts.
+// In: a log that was found. Out: its parts, in order. A part of an .evtx log is a block of chunks;
+// a legacy log and bytes to be carved are one part. What cannot be read from several threads is
+// read here: blocks of streams and of logs in disk images come with their bytes. A stop signal ends
+// the parts.
 #pragma once
 
 #include <cstddef>

@@ -34,8 +34,11 @@ class sorted_result : public part_result {
 class event_worker : public log_worker, public event_sink {
  public:
   explicit event_worker(export_work& work)
-      : work_(work), form_(work.form.make(work.options)), filter_(work.logs.conditions),
-        filtering_(work.logs.conditions.any()), reader_(*this, work.logs.slack) {
+      : work_(work),
+        form_(work.form.make(work.options)),
+        filter_(work.logs.conditions),
+        filtering_(work.logs.conditions.any()),
+        reader_(*this, work.logs.slack) {
     if (work.logs.conditions.event_ids) reader_.take_event_ids(&*work.logs.conditions.event_ids);
     reader_.on_progress = [this](std::uint64_t bytes) { turn_->show_progress(bytes); };
   }

@@ -16,7 +16,7 @@ struct export_work {
   const log_options& logs;
   const form_name& form;
   const form_options& options;
-  output_buffer& out;             // the results go there in their turn,
+  output_buffer& out;              // the results go there in their turn,
   line_sorter* by_time = nullptr;  // or there, if they have to be in one order of time
   bool one_thread = false;         // then each event is passed on at once
   piece_memory pieces;

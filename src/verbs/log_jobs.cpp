@@ -41,7 +41,10 @@ class log_jobs::message : public ordered_job {
 class log_jobs::job : public ordered_job, public part_turn {
  public:
   job(log_jobs& owner, log_part&& part)
-      : owner_(owner), part_(std::move(part)), size_(part_.log->size), path_(part_.log->source.path) {}
+      : owner_(owner),
+        part_(std::move(part)),
+        size_(part_.log->size),
+        path_(part_.log->source.path) {}
 
   void work(std::size_t thread) override {
     auto& worker = owner_.workers_[thread];

@@ -1,9 +1,9 @@
 // The logs of a run, read part by part on several threads, with results in the order of the logs.
 //
-// In: paths, and a worker for each thread. Each part of a log (source/log_parts.h) is a job: a worker
-// reads it, its result is passed on when those of all earlier parts are. Messages about logs keep
-// that order too, and what a log lost is reported in one line after its last part. With one thread
-// no thread is made: a part is read and passed on before the next one.
+// In: paths, and a worker for each thread. Each part of a log (source/log_parts.h) is a job: a
+// worker reads it, its result is passed on when those of all earlier parts are. Messages about logs
+// keep that order too, and what a log lost is reported in one line after its last part. With one
+// thread no thread is made: a part is read and passed on before the next one.
 //
 // SIGINT and SIGTERM stop the reading; what was read until then is passed on.
 //
@@ -64,8 +64,8 @@ class log_worker {
 class log_jobs {
  public:
   struct settings {
-    unsigned threads = 0;      // 0: all usable processors
-    bool whole_logs = false;   // parts are whole logs
+    unsigned threads = 0;     // 0: all usable processors
+    bool whole_logs = false;  // parts are whole logs
     bool shows_progress = false;
     std::uint64_t total_bytes = 0;  // for the progress
     carve_what carve = carve_what::nothing;
@@ -104,7 +104,7 @@ class log_jobs {
   log_losses lost_;               // of the log in hand
   std::atomic<bool> cut_short_ = false;
   int stopped_by_ = 0;
-  ordered_work work_;             // ends first
+  ordered_work work_;  // ends first
 };
 
 }  // namespace zanvik

@@ -76,8 +76,8 @@ class threads_verbs : public ::testing::Test {
       const program_run several = run_zanvik(with, setup);
       std::string run = std::string("with ") + threads + " threads:";
       for (const std::string& word : args) run += ' ' + word;
-      EXPECT_TRUE(several.out == one.out) << run << ": " << several.out.size() << " bytes, not "
-                                          << one.out.size();
+      EXPECT_TRUE(several.out == one.out)
+          << run << ": " << several.out.size() << " bytes, not " << one.out.size();
       EXPECT_EQ(without_seconds(several.err), without_seconds(one.err)) << run;
       EXPECT_EQ(several.status, one.status) << run;
     }
@@ -193,7 +193,8 @@ TEST(stopped, a_run_writes_what_is_complete_and_says_where_it_ends) {
                         input, scratch);
     const program_run kept = in_file.stop(SIGTERM);
     EXPECT_EQ(kept.status, 128 + SIGTERM) << kept.err;
-    EXPECT_EQ(kept.err, "zanvik: " + file + ".incomplete: stopped by SIGTERM; the results end here\n");
+    EXPECT_EQ(kept.err,
+              "zanvik: " + file + ".incomplete: stopped by SIGTERM; the results end here\n");
     EXPECT_EQ(file_text(file), "an earlier result");
     EXPECT_EQ(file_text(file + ".incomplete"), run_zanvik({"export", log, "--order", "time"}).out);
   }
