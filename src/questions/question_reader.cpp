@@ -51,11 +51,12 @@ void find_alternative(const event_shape& shape, std::string_view name,
     if (datum >= 0) {
       add_field(out, datum);
     } else {
+      // Not the data that conditions call param1, param2 ...: they are asked for by position.
       for (const std::uint32_t field : shape.find_all(name)) {
-        if (shape.fields[field].group != field_group::system) {
-          out.push_back({field});
-          break;
-        }
+        if (shape.fields[field].group == field_group::system) continue;
+        if (shape.fields[field].name.empty()) continue;
+        out.push_back({field});
+        break;
       }
     }
   }
