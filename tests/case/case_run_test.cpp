@@ -147,7 +147,7 @@ TEST(case_run, a_log_has_its_facts_and_findings) {
 TEST(case_run, a_case_may_have_any_name) {
   const scratch_dir scratch;
   const std::string log = scratch.write("a.evtx", small_log(1));
-  for (const std::string& name : {":memory:", "file:x?mode=memory", "-wal", "a\nb%41"}) {
+  for (const std::string name : {":memory:", "file:x?mode=memory", "-wal", "a\nb%41"}) {
     const auto run = run_zanvik({"export", "-f", "sqlite", "-o" + std::string(name), log},
                                 {.input = "", .folder = scratch.path("")});
     EXPECT_EQ(run.status, 0) << name << run.err;
